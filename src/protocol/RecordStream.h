@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+namespace protocol {
+
+/// What stands at a place in a stream of records.
+enum class StreamState {
+    complete,    ///< a whole record
+    incomplete,  ///< the beginning of one, or nothing: more bytes are needed
+    hopeless     ///< a length that no record may have: the stream cannot be followed any further
+};
+
+/// The record at one place of a stream, as far as its frame tells.
+struct FramedRecord {
+    StreamState state = StreamState::incomplete;
+    std::size_t length = 0;       ///< all its bytes; valid if complete
+    std::uint32_t requestId = 0;  ///< valid if complete
+};
+
+/// The longest record that a stream may carry: far above any real one (100,000 values take less
+/// than a megabyte) and low enough that a peer gone mad cannot exhaust the process.
+constexpr std::size_t maxRecordBytes = 16u << 20;
+
+/// Looks at the bytes from `position` on, which must not lie behind the end.
+FramedRecord recordAt(const std::string& bytes, std::size_t position);
+
+}  // namespace protocol

@@ -1,0 +1,114 @@
+#include "protocol/Wire.h"
+
+#include <cstring>
+#include <stdexcept>
+
+namespace wire {
+
+static_assert(sizeof(double) == 8, "doubles travel as 8-byte IEEE images");
+
+void Writer::put(std::uint32_t value) {
+    const char bytes[4] = {static_cast<char>(value), static_cast<char>(value >> 8),
+                           static_cast<char>(value >> 16), static_cast<char>(value >> 24)};
+    out_.append(bytes, sizeof bytes);
+}
+
+void Writer::put(double value) {
+    std::uint64_t image = 0;
+    std::memcpy(&image, &value, sizeof image);
+    put(static_cast<std::uint32_t>(image));
+    put(static_cast<std::uint32_t>(image >> 32));
+}
+
+void Writer::put(const std::string& text) {
+    put(static_cast<std::uint32_t>(text.size()));
+    out_ += text;
+}
+
+void Writer::put(const std::map<std::string, std::string>& entries) {
+    put(static_cast<std::uint32_t>(entries.size()));
+    for (const auto& entry : entries) {
+        put(entry.first);
+        put(entry.second);
+    }
+}
+
+void Reader::get(std::uint32_t& value) {
+    if (remaining() < 4) return;
+    std::uint32_t read = 0;
+    for (unsigned int i = 0; i < 4; ++i)
+        read |= static_cast<std::uint32_t>(static_cast<unsigned char>(payload_[position_ + i]))
+                << (8 * i);
+    value = read;
+    position_ += 4;
+}
+
+void Reader::get(std::int32_t& value) {
+    std::uint32_t word = static_cast<std::uint32_t>(value);
+    get(word);
+    value = static_cast<std::int32_t>(word);
+}
+
+void Reader::get(std::uint8_t& value) {
+    std::uint32_t word = value;
+    get(word);
+    value = static_cast<std::uint8_t>(word);
+}
+
+void Reader::get(bool& value) {
+    std::uint32_t word = value ? 1 : 0;
+    get(word);
+    value = word == 1;
+}
+
+void Reader::get(double& value) {
+    if (remaining() < 8) return;
+    std::uint32_t low = 0;
+    std::uint32_t high = 0;
+    get(low);
+    get(high);
+    const std::uint64_t image = (static_cast<std::uint64_t>(high) << 32) | low;
+    std::memcpy(&value, &image, sizeof value);
+}
+
+void Reader::get(std::string& text) {
+    const std::size_t start = position_;
+    std::uint32_t length = 0;
+    get(length);
+    if (position_ == start || length > remaining()) {
+        position_ = start;
+        return;
+    }
+    text.assign(payload_, position_, length);
+    position_ += length;
+}
+
+void Reader::get(std::map<std::string, std::string>& entries) {
+    std::uint32_t count = 0;
+    get(count);
+    entries.clear();
+    for (std::uint32_t i = 0; i < count; ++i) {
+        const std::size_t before = position_;
+        std::string key;
+        std::string value;
+        get(key);
+        get(value);
+        // An entry that is not there has the empty key, as has every one behind it.
+        entries[key] = value;
+        if (position_ == before) return;
+    }
+}
+
+std::size_t Reader::admitted(std::uint32_t count, std::size_t elementBytes,
+                             std::size_t encodedBytes) {
+    const std::size_t backed = remaining() / encodedBytes;
+    if (count > backed) {
+        const std::size_t missing = count - backed;
+        if (missing > (maxDefaultedBytes - defaultedBytes_) / elementBytes)
+            throw std::length_error("more elements announced than a payload may ask for");
+        defaultedBytes_ += missing * elementBytes;
+    }
+    return count;
+}
+
+}  // namespace wire

@@ -1,0 +1,131 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <string>
+#include <type_traits>
+#include <vector>
+
+/// The value encodings of a command's payload. All integers are little-endian; values follow one
+/// another without tags, names or padding. This is the one place that touches raw bytes.
+///
+/// A record that travels declares its fields once, in wire order:
+///
+///     template <class Self, class Visitor>
+///     static void fields(Self& self, Visitor&& visit) {
+///         visit("status", self.status);
+///     }
+///
+/// and both the writer and the reader (and comparisons and dumps in tests) are visitors of it.
+namespace wire {
+
+/// A sequence without a count in front: as many whole elements as the payload holds.
+template <class T>
+struct BareRun {
+    std::vector<T> items;
+};
+
+/// Appends values to a byte string that it does not own.
+class Writer {
+public:
+    explicit Writer(std::string& out) : out_(out) {}
+
+    void put(std::uint32_t value);
+    void put(std::int32_t value) { put(static_cast<std::uint32_t>(value)); }
+    void put(std::uint8_t value) { put(static_cast<std::uint32_t>(value)); }
+    void put(bool value) { put(static_cast<std::uint32_t>(value ? 1 : 0)); }
+    void put(double value);
+    void put(const std::string& text);
+    void put(const std::map<std::string, std::string>& entries);
+
+    template <class T>
+    void put(const std::vector<T>& items) {
+        put(static_cast<std::uint32_t>(items.size()));
+        for (const T& item : items) put(item);
+    }
+
+    template <class T>
+    void put(const BareRun<T>& run) {
+        for (const T& item : run.items) put(item);
+    }
+
+    /// A record, alone or inside a sequence: its fields, nothing around them.
+    template <class Record>
+    auto put(const Record& record) -> std::enable_if_t<std::is_class<Record>::value> {
+        Record::fields(record, [this](const char*, const auto& field) { put(field); });
+    }
+
+private:
+    std::string& out_;
+};
+
+/// How many bytes a value of this kind takes at least: those of a default one, whose texts and
+/// sequences are empty.
+template <class T>
+std::size_t smallestEncoding() {
+    static const std::size_t bytes = [] {
+        std::string encoded;
+        Writer(encoded).put(T());
+        return encoded.size();
+    }();
+    return bytes;
+}
+
+/// Reads values from a payload that must outlive it. No input can fail: a value that is not there
+/// whole is left as it is and the position stays, so that missing fields keep their defaults.
+///
+/// The one thing that a payload can do wrong is to announce so many elements that the default
+/// ones behind its end would take unreasonable memory: then std::length_error is thrown.
+class Reader {
+public:
+    /// Bytes of default elements, beyond what the payload itself backs, that one payload may ask
+    /// for.
+    static constexpr std::size_t maxDefaultedBytes = 16u << 20;
+
+    explicit Reader(const std::string& payload) : payload_(payload) {}
+
+    void get(std::uint32_t& value);
+    void get(std::int32_t& value);
+    /// Takes the low byte of a word.
+    void get(std::uint8_t& value);
+    /// Only the word 1 is true.
+    void get(bool& value);
+    void get(double& value);
+    void get(std::string& text);
+    void get(std::map<std::string, std::string>& entries);
+
+    template <class T>
+    void get(std::vector<T>& items) {
+        std::uint32_t count = 0;
+        get(count);
+        items.assign(admitted(count, sizeof(T), smallestEncoding<T>()), T());
+        for (T& item : items) {
+            const std::size_t before = position_;
+            get(item);
+            // What could not be read here cannot be read by any later element of the same kind.
+            if (position_ == before) return;
+        }
+    }
+
+    template <class T>
+    void get(BareRun<T>& run) {
+        run.items.resize(remaining() / sizeof(T));
+        for (T& item : run.items) get(item);
+    }
+
+    template <class Record>
+    auto get(Record& record) -> std::enable_if_t<std::is_class<Record>::value> {
+        Record::fields(record, [this](const char*, auto& field) { get(field); });
+    }
+
+private:
+    std::size_t remaining() const { return payload_.size() - position_; }
+    std::size_t admitted(std::uint32_t count, std::size_t elementBytes, std::size_t encodedBytes);
+
+    const std::string& payload_;
+    std::size_t position_ = 0;
+    std::size_t defaultedBytes_ = 0;
+};
+
+}  // namespace wire
