@@ -1,0 +1,73 @@
+#include "framework/SocketWindow.h"
+
+#include "framework/Application.h"
+#include "framework/AsyncSocket.h"
+
+namespace {
+
+const char* const className = "QorSocketWindow";
+
+// A plain pointer, so that nothing has to run when a thread ends: the window goes with the
+// thread's last socket.
+thread_local SocketWindow* threadWindow = nullptr;
+
+}  // namespace
+
+SocketWindow::SocketWindow() {
+    WNDCLASSA windowClass = {};
+    windowClass.lpfnWndProc = procedure;
+    windowClass.hInstance = AfxThisModule();
+    windowClass.lpszClassName = className;
+    RegisterClassA(&windowClass);  // fails harmlessly when another thread has done it
+    window_ = CreateWindowExA(0, className, "", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr,
+                              windowClass.hInstance, nullptr);
+}
+
+SocketWindow::~SocketWindow() {
+    if (window_ != nullptr) DestroyWindow(window_);
+    UnregisterClassA(className, AfxThisModule());  // fails while another thread has such a window
+}
+
+bool SocketWindow::attach(CAsyncSocket& socket, long events) {
+    if (threadWindow == nullptr) threadWindow = new SocketWindow;
+    if (WSAAsyncSelect(socket.m_hSocket, threadWindow->window_, socketNotifyMessage, events) != 0) {
+        const int error = WSAGetLastError();
+        if (threadWindow->sockets_.empty()) {
+            delete threadWindow;
+            threadWindow = nullptr;
+        }
+        WSASetLastError(error);
+        return false;
+    }
+    threadWindow->sockets_[socket.m_hSocket] = &socket;
+    return true;
+}
+
+void SocketWindow::detach(SOCKET socket) {
+    if (threadWindow == nullptr || threadWindow->sockets_.erase(socket) == 0) return;
+    WSAAsyncSelect(socket, threadWindow->window_, 0, 0);
+    threadWindow->dropQueuedOf(socket);
+    if (!threadWindow->sockets_.empty()) return;
+    delete threadWindow;
+    threadWindow = nullptr;
+}
+
+void SocketWindow::dropQueuedOf(SOCKET socket) {
+    MSG message;
+    while (PeekMessageA(&message, window_, socketNotifyMessage, socketDeadMessage, PM_REMOVE)) {
+        if (message.message == WM_QUIT) {
+            PostQuitMessage(static_cast<int>(message.wParam));
+            return;
+        }
+        if (message.wParam != socket) DispatchMessageA(&message);
+    }
+}
+
+LRESULT CALLBACK SocketWindow::procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    if (message != socketNotifyMessage) return DefWindowProcA(window, message, wParam, lParam);
+    if (threadWindow == nullptr) return 0;
+    const auto entry = threadWindow->sockets_.find(wParam);
+    if (entry != threadWindow->sockets_.end())
+        entry->second->notify(WSAGETSELECTEVENT(lParam), WSAGETSELECTERROR(lParam));
+    return 0;
+}

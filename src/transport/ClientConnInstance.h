@@ -1,0 +1,43 @@
+#pragma once
+
+#include <string>
+
+#include "transport/ConnectionDataAccepter.h"
+#include "transport/ConnInstance.h"
+
+/// The connection to QOR's listening socket. It is made, used and deleted on one thread.
+class ClientConnInstance : public ConnInstance {
+public:
+    /// `accepter` must outlive the connection.
+    ClientConnInstance(std::string serverAddress, unsigned int serverPort,
+                       ConnectionDataAccepter& accepter);
+    ~ClientConnInstance() override;
+
+    /// "No time limit" for `ensureConnected`; a single attempt then takes at most 3 s.
+    static constexpr unsigned int noLimit = 0xFFFFFFFFu;
+
+    /// Returns true if the connection stands, otherwise tries to make it, again and again, for
+    /// about `timeoutMs`. A refused attempt lasts as long as one without an answer.
+    bool ensureConnected(unsigned int timeoutMs);
+
+    bool isConnected() const { return isOpen() && connected_; }
+
+    /// Gives the connection up: the next `ensureConnected` makes a new one.
+    void abandon();
+
+    void onConnect(int errorCode) override;
+    void onData(const std::string& bytes) override;
+    void onError(int errorCode) override;
+    void onSendError(int errorCode) override;
+
+private:
+    bool isEnding() const { return closing_ || accepter_.isStopping(); }
+    bool startAttempt();
+    void awaitConnected(unsigned int attemptMs);
+
+    const std::string serverAddress_;
+    const unsigned int serverPort_;
+    bool connected_ = false;
+    bool closing_ = false;
+    ConnectionDataAccepter& accepter_;
+};

@@ -1,0 +1,115 @@
+#include "transport/ClientSocketCommandFactory.h"
+
+#include <cstdio>
+#include <utility>
+
+#include "common/Clock.h"
+#include "framework/AsyncSocket.h"
+#include "transport/ResultQueues.h"
+#include "transport/SocketWorker.h"
+
+namespace {
+
+constexpr unsigned int outgoingSlots = 10;
+constexpr unsigned int defaultTimeoutMs = 2000;
+constexpr int stopPolls = 100;
+constexpr unsigned int stopPollMs = 50;
+
+/// The socket support of the process while the worker runs.
+class SocketSupport {
+public:
+    SocketSupport() : started_(AfxSocketInit() != FALSE) {
+        if (!started_) std::printf("Failed to Initialize Sockets\n");
+    }
+    ~SocketSupport() {
+        if (started_) AfxSocketTerm();
+    }
+    SocketSupport(const SocketSupport&) = delete;
+    SocketSupport& operator=(const SocketSupport&) = delete;
+
+private:
+    const bool started_;
+};
+
+}  // namespace
+
+ClientSocketCommandFactory::ClientSocketCommandFactory(std::string serverIp, unsigned int port)
+    : serverAddress_(std::move(serverIp)), serverPort_(port), outgoing_(outgoingSlots) {}
+
+ClientSocketCommandFactory::~ClientSocketCommandFactory() {
+    stopWorker();
+}
+
+void ClientSocketCommandFactory::startWorker() {
+    worker_.start(workerThread, this);
+}
+
+void ClientSocketCommandFactory::stopWorker() {
+    if (!worker_.hasHandle()) return;
+    stop_ = true;
+    common::sleepMs(stopPollMs);
+    for (int poll = 0; poll < stopPolls && worker_.isRunning(); ++poll) common::sleepMs(stopPollMs);
+    worker_.close();
+}
+
+unsigned __stdcall ClientSocketCommandFactory::workerThread(void* factory) {
+    auto& self = *static_cast<ClientSocketCommandFactory*>(factory);
+    const SocketSupport support;
+    {
+        SocketWorker worker(self);
+        self.running_ = &worker;
+        while (!self.stop_) worker.runOnce();
+        self.running_ = nullptr;
+    }
+    self.stop_ = true;
+    return 0;
+}
+
+bool ClientSocketCommandFactory::send(std::unique_ptr<IExternalCommand> command,
+                                      unsigned int timeoutMs) {
+    SocketWorker* const worker = running_;
+    if (worker != nullptr && worker->isCaller()) {
+        worker->sendNow(*command);
+        return true;
+    }
+    if (timeoutMs == useDefault) timeoutMs = defaultTimeout(command->getId());
+    CmdData data;
+    data.requestId = dynamic_cast<const ExternalCommand&>(*command).requestId();
+    data.timeoutMs = timeoutMs;
+    command->write(data.bytes);
+    command.reset();
+    if (timeoutMs != doNotWait) data.results = &resultQueueOfThisThread();
+    outgoing_.push(data);
+    return timeoutMs == doNotWait || awaitResult(*data.results, data.requestId, timeoutMs);
+}
+
+bool ClientSocketCommandFactory::awaitResult(CmdResultQueue& results, std::uint32_t requestId,
+                                             unsigned int timeoutMs) {
+    const std::uint32_t start = common::tickCount();
+    for (;;) {
+        CmdResult result;
+        // A result with another id belongs to an earlier send that no longer waited for it.
+        if (results.pop(result, 1) && result.requestId == requestId)
+            return result.status == CmdResult::success;
+        if (timeoutMs != noLimit && common::hasPassed(common::tickCount(), start, timeoutMs))
+            return false;
+    }
+}
+
+unsigned int ClientSocketCommandFactory::defaultTimeout(unsigned int) const {
+    return defaultTimeoutMs;
+}
+
+void ClientSocketCommandFactory::onConnected(ConnInstance&) {
+    received_.clear();
+}
+
+void ClientSocketCommandFactory::onData(ConnInstance&, const std::string& bytes) {
+    received_.append(bytes);
+}
+
+void ClientSocketCommandFactory::onClosed(ConnInstance&) {}
+
+bool ClientSocketCommandFactory::isStopping() const {
+    return false;
+}

@@ -1,0 +1,78 @@
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <string>
+
+#include "common/Thread.h"
+#include "common/ThreadSafeQueue.h"
+#include "protocol/Commands.h"
+#include "transport/CmdResult.h"
+#include "transport/ConnectionDataAccepter.h"
+#include "transport/IExternalCommandFactory.h"
+#include "transport/ReceiveBuffer.h"
+
+class SocketWorker;
+
+/// The TCP transport: connects to QOR's listening socket and carries commands back to back on the
+/// stream. A worker thread owns the connection, matches acknowledgements to requests by request
+/// id and runs the handlers of everything that QOR sends; `send` hands it commands from other
+/// threads.
+///
+/// A derived class supplies the handlers. It calls `startWorker` at the end of its constructor
+/// and `stopWorker` at the beginning of its destructor, because the worker uses both its parts
+/// and the registry of prototypes.
+class ClientSocketCommandFactory : public ConnectionDataAccepter, public IExternalCommandFactory {
+public:
+    using CmdResult = ::CmdResult;
+
+    /// One command on its way to the worker.
+    struct CmdData {
+        std::uint32_t requestId = 0;
+        unsigned int timeoutMs = 0;
+        std::string bytes;
+        CmdResultQueue* results = nullptr;  ///< null when nobody waits
+    };
+
+    /// Does not connect; the worker does.
+    ClientSocketCommandFactory(std::string serverIp, unsigned int port);
+    ~ClientSocketCommandFactory() override;
+
+    /// From any thread. On the worker's own thread (in a handler) the bytes go straight to the
+    /// connection, nothing waits and the result is true; without a connection they are dropped.
+    /// Elsewhere: with `doNotWait` true as soon as the command is queued; with `noLimit` the
+    /// worker gives the request up at its next pass unless the answer is already there.
+    bool send(std::unique_ptr<IExternalCommand> command, unsigned int timeoutMs) override;
+
+    unsigned int defaultTimeout(unsigned int commandType) const override;
+
+    /// A new connection starts with an empty buffer: what the broken one left would misalign it.
+    void onConnected(ConnInstance& connection) override;
+    void onData(ConnInstance& connection, const std::string& bytes) override;
+    void onClosed(ConnInstance& connection) override;
+    bool isStopping() const override;
+
+    /// Runs the handler of a received command; false means "not handled".
+    virtual bool handleCommand(IExternalCommand& command,
+                               IExternalCommand::ICommandReplyer& replyer) = 0;
+
+protected:
+    void startWorker();
+    /// Waits for the worker's end, at most about 5 s; a worker that hangs is let go.
+    void stopWorker();
+
+private:
+    friend class SocketWorker;
+
+    static unsigned __stdcall workerThread(void* factory);
+    bool awaitResult(CmdResultQueue& results, std::uint32_t requestId, unsigned int timeoutMs);
+
+    const CommandPing pingPrototype_;
+    common::Thread worker_;
+    std::atomic<bool> stop_{false};
+    const std::string serverAddress_;
+    const unsigned int serverPort_;
+    ThreadSafeQueue<CmdData> outgoing_;
+    ReceiveBuffer received_;
+    std::atomic<SocketWorker*> running_{nullptr};  // set and cleared by the worker thread
+};

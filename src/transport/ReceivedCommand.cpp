@@ -1,0 +1,32 @@
+#include "transport/ReceivedCommand.h"
+
+#include <new>
+
+std::uint32_t ReceivedCommand::pingStatus() const {
+    return isPing ? static_cast<const CommandPing&>(*command).status : 0;
+}
+
+ReceivedCommand recognise(const std::string& record,
+                          const IExternalCommandFactory::Prototypes& prototypes,
+                          const CommandPing& ping) {
+    std::size_t consumed = 0;
+    for (const auto& prototype : prototypes) {
+        const auto* command = dynamic_cast<const IExternalCommand*>(prototype.get());
+        auto parsed = command->parse(record, consumed);
+        if (parsed) return {std::move(parsed), false};
+    }
+    auto parsed = ping.parse(record, consumed);
+    const bool isPing = parsed != nullptr;
+    return {std::move(parsed), isPing};
+}
+
+bool dispatch(IExternalCommand& command, IExternalCommand::ICommandReplyer& replyer,
+              ClientExternalOperating* client) {
+    try {
+        if (auto* clientCommand = dynamic_cast<IClientCommand*>(&command))
+            return clientCommand->onReply(&replyer, client);
+        return command.execute(&replyer);
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
+}

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "protocol/Commands.h"
+#include "transport/IExternalCommandFactory.h"
+
+/// A record as a transport recognises it.
+struct ReceivedCommand {
+    std::unique_ptr<IExternalCommand> command;  ///< null: no prototype takes the record
+    bool isPing = false;                        ///< taken by the ping prototype
+
+    /// The status of a ping; 0 for any other command.
+    std::uint32_t pingStatus() const;
+};
+
+/// Offers `record` to the prototypes in their order, then to `ping`; the first that takes it wins.
+ReceivedCommand recognise(const std::string& record,
+                          const IExternalCommandFactory::Prototypes& prototypes,
+                          const CommandPing& ping);
+
+/// Hands a received command to its handler: a client command to its `onReply`, any other to its
+/// `execute`. Running out of memory in a handler counts as "not handled".
+bool dispatch(IExternalCommand& command, IExternalCommand::ICommandReplyer& replyer,
+              ClientExternalOperating* client);

@@ -1,0 +1,97 @@
+#include "transport/SocketWorker.h"
+
+#include <new>
+
+#include "protocol/RecordStream.h"
+#include "transport/SocketCommandReplyer.h"
+#include "transport/SocketPump.h"
+
+namespace {
+
+constexpr unsigned int connectMs = 1000;
+
+}  // namespace
+
+SocketWorker::SocketWorker(ClientSocketCommandFactory& factory)
+    : factory_(factory),
+      threadId_(common::currentThreadId()),
+      connection_(factory.serverAddress_, factory.serverPort_, factory) {}
+
+void SocketWorker::runOnce() {
+    try {
+        work();
+    } catch (const std::bad_alloc&) {
+        connection_.abandon();
+    }
+}
+
+void SocketWorker::work() {
+    handleReceived();
+    pending_.failExpired();
+    connection_.ensureConnected(connectMs);
+    sendNextCommand();
+    pumpSocketNotifications(&factory_.outgoing_.pushed());
+}
+
+bool SocketWorker::isCaller() const {
+    return common::currentThreadId() == threadId_;
+}
+
+void SocketWorker::sendNow(const IExternalCommand& command) {
+    if (!connection_.isConnected()) return;
+    std::string bytes;
+    command.write(bytes);
+    connection_.send(bytes);
+}
+
+void SocketWorker::handleReceived() {
+    std::string bytes = factory_.received_.takeAll();
+    if (bytes.empty()) return;
+    bytes.erase(0, handleRecords(bytes));
+    if (!bytes.empty()) factory_.received_.putBack(std::move(bytes));
+}
+
+std::size_t SocketWorker::handleRecords(const std::string& bytes) {
+    std::size_t position = 0;
+    for (;;) {
+        const protocol::FramedRecord framed = protocol::recordAt(bytes, position);
+        if (framed.state == protocol::StreamState::incomplete) return position;
+        if (framed.state == protocol::StreamState::hopeless) {
+            connection_.abandon();
+            return bytes.size();
+        }
+        handleRecord(bytes.substr(position, framed.length), framed.requestId);
+        position += framed.length;
+    }
+}
+
+void SocketWorker::handleRecord(const std::string& record, std::uint32_t requestId) {
+    const ReceivedCommand received =
+        recognise(record, factory_.prototypes(), factory_.pingPrototype_);
+    // The sender is released before the handler runs: it waits for its data by itself. A record
+    // that no prototype takes still answers its request.
+    const bool refused = received.pingStatus() == protocol::Ping::notHandled;
+    pending_.complete(requestId, refused ? CmdResult::failure : CmdResult::success);
+    if (received.command) handleCommand(*received.command);
+}
+
+void SocketWorker::handleCommand(IExternalCommand& command) {
+    const auto& received = static_cast<const ExternalCommand&>(command);
+    SocketCommandReplyer replyer(*this, received.requestId(), received.isReply());
+    const bool handled = factory_.handleCommand(command, replyer);
+    if (replyer.wasCalled() || received.isReply()) return;
+    replyer.acknowledge(handled ? protocol::Ping::handled : protocol::Ping::notHandled);
+}
+
+void SocketWorker::sendNextCommand() {
+    ClientSocketCommandFactory::CmdData next;
+    // No wait here: the pump waits for the queue and the socket together.
+    if (!factory_.outgoing_.pop(next, 0)) return;
+    if (!connection_.isConnected()) {
+        if (next.results != nullptr)
+            next.results->push(CmdResult{next.requestId, CmdResult::failure});
+        return;
+    }
+    connection_.send(next.bytes);
+    if (next.results != nullptr) pending_.add(next.requestId, next.timeoutMs, next.results);
+}

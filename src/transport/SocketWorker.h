@@ -1,0 +1,40 @@
+#pragma once
+
+#include <string>
+
+#include "transport/ClientConnInstance.h"
+#include "transport/ClientSocketCommandFactory.h"
+#include "transport/PendingRequests.h"
+#include "transport/ReceivedCommand.h"
+
+/// What the worker thread of the TCP transport owns and does: the connection, the requests whose
+/// answers are awaited, and the loop over both. It lives on that thread's stack.
+class SocketWorker {
+public:
+    explicit SocketWorker(ClientSocketCommandFactory& factory);
+
+    /// One pass: parse and handle what has arrived, fail what is overdue, see to the connection,
+    /// send at most one command, wait at most 1 ms for something to do. If memory runs out, the
+    /// connection is given up, because the place in its stream is lost.
+    void runOnce();
+
+    /// Whether the caller is the worker thread.
+    bool isCaller() const;
+
+    /// Sends at once, on the worker thread only; drops the bytes while not connected.
+    void sendNow(const IExternalCommand& command);
+
+private:
+    void work();
+    void handleReceived();
+    /// Handles the complete records at the head of `bytes`; returns how many bytes they took.
+    std::size_t handleRecords(const std::string& bytes);
+    void handleRecord(const std::string& record, std::uint32_t requestId);
+    void handleCommand(IExternalCommand& command);
+    void sendNextCommand();
+
+    ClientSocketCommandFactory& factory_;
+    const unsigned int threadId_;
+    PendingRequests pending_;
+    ClientConnInstance connection_;
+};
