@@ -1,0 +1,83 @@
+#include "client/Bootstrap.h"
+
+#include "common/Clock.h"
+#include "common/Pump.h"
+
+namespace {
+
+constexpr std::int32_t resultSuccess = -1;
+constexpr std::int32_t resultReported = -2;
+constexpr std::uint32_t onlineMs = 15000;
+constexpr unsigned int pollMs = 1;
+
+}  // namespace
+
+Bootstrap::Bootstrap(ClientExternalOperating& client, common::Guarded<ClientState>& state,
+                     const std::atomic<bool>& operating, IProgressMonitor& monitor,
+                     ClientExternalOperating::ConnectCallback& callback)
+    : client_(client),
+      state_(state),
+      operating_(operating),
+      monitor_(monitor),
+      callback_(callback) {}
+
+bool Bootstrap::follow() {
+    state_.lock()->bootstrapResults.clear();
+    return awaitResult() && awaitOnline();
+}
+
+bool Bootstrap::awaitResult() {
+    while (operating_) {
+        common::pumpCopyData();
+        const Phase phase = lookForResult();
+        if (phase != Phase::goesOn) return phase == Phase::succeeded;
+        if (monitor_.isCancelled()) return fail("Bootstrap failed - cancelled");
+        reportProgress();
+        common::sleepMs(pollMs);
+    }
+    return fail("Bootstrap failed - some problem");
+}
+
+Bootstrap::Phase Bootstrap::lookForResult() {
+    std::int32_t result = 0;
+    if (!takeResult(result)) return Phase::goesOn;
+    if (result == resultSuccess) return Phase::succeeded;
+    fail(result == resultReported ? "Bootstrap failed - QOR reported"
+                                  : "Bootstrap failed - unknown code");
+    return Phase::failed;
+}
+
+bool Bootstrap::takeResult(std::int32_t& result) {
+    const auto state = state_.lock();
+    if (state->bootstrapResults.empty()) return false;
+    result = state->bootstrapResults.front();
+    state->bootstrapResults.pop_front();
+    return true;
+}
+
+bool Bootstrap::awaitOnline() {
+    const std::uint32_t start = common::tickCount();
+    while (operating_) {
+        common::pumpCopyData();
+        if (client_.isEcuOnline()) return true;
+        if (monitor_.isCancelled()) return fail("Bootstrap failed - cancelled");
+        if (common::hasPassed(common::tickCount(), start, onlineMs))
+            return fail("Bootstrap failed - timeout");
+        reportProgress();
+        common::sleepMs(pollMs);
+    }
+    return fail("Bootstrap failed - some problem");
+}
+
+void Bootstrap::reportProgress() {
+    // Progress is not reset by a connect: what the previous one left counts as a first change.
+    const std::int32_t progress = state_.lock()->bootstrapProgress;
+    if (progress == seenProgress_) return;
+    callback_.onProgress();
+    seenProgress_ = progress;
+}
+
+bool Bootstrap::fail(const char* message) {
+    monitor_.reportError(message, 0);
+    return false;
+}

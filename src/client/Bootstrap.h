@@ -1,0 +1,38 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <string>
+
+#include "client/ClientExternalOperating.h"
+
+/// Follows one ECU connection from QOR's acceptance of the request to the ECU being online. QOR
+/// reports on the way through values of reserved parameter ids, which the receiving side has
+/// stored in the client's state.
+class Bootstrap {
+public:
+    Bootstrap(ClientExternalOperating& client, common::Guarded<ClientState>& state,
+              const std::atomic<bool>& operating, IProgressMonitor& monitor,
+              ClientExternalOperating::ConnectCallback& callback);
+
+    /// True once the ECU is online. On failure the monitor has been told why. The first phase,
+    /// until QOR reports the result, has no time limit; the monitor can cancel both.
+    bool follow();
+
+private:
+    enum class Phase { goesOn, succeeded, failed };
+
+    bool awaitResult();
+    bool awaitOnline();
+    Phase lookForResult();
+    bool takeResult(std::int32_t& result);
+    void reportProgress();
+    bool fail(const char* message);
+
+    ClientExternalOperating& client_;
+    common::Guarded<ClientState>& state_;
+    const std::atomic<bool>& operating_;
+    IProgressMonitor& monitor_;
+    ClientExternalOperating::ConnectCallback& callback_;
+    std::int32_t seenProgress_ = -1;
+};

@@ -1,0 +1,81 @@
+#include "client/ClientCommands.h"
+
+#include "client/ClientExternalOperating.h"
+#include "client/ExportFiles.h"
+
+using Replyer = IExternalCommand::ICommandReplyer;
+
+namespace {
+
+constexpr unsigned int redirectedChoiceMs = 2000;
+
+}  // namespace
+
+bool ClientCommandStartEdit::onReply(Replyer*, ClientExternalOperating*) {
+    exportfiles::handle(*this);
+    return true;
+}
+
+bool ClientCommandGetParamInfo::onReply(Replyer*, ClientExternalOperating* client) {
+    client->onParamInfo(*this);
+    return true;
+}
+
+bool ClientCommandReceiveParamData::onReply(Replyer*, ClientExternalOperating* client) {
+    client->onParamValue(paramIndex, value);
+    return true;
+}
+
+bool ClientCommandDirectCtrl::onReply(Replyer*, ClientExternalOperating* client) {
+    client->onDirectCtrl(*this);
+    return true;
+}
+
+bool ClientCommandGetDTC::onReply(Replyer*, ClientExternalOperating* client) {
+    client->onDtcs(*this);
+    return true;
+}
+
+bool ClientCommandRedirectUI::onReply(Replyer* replyer, ClientExternalOperating* client) {
+    replyer->reply(nullptr, 0);
+    protocol::RedirectUI choice;
+    choice.result = client->messageBox().show(text, caption, type);
+    return client->transport().send(std::make_unique<CommandRedirectUI>(choice),
+                                    redirectedChoiceMs);
+}
+
+bool ClientCommandGetHex::onReply(Replyer*, ClientExternalOperating* client) {
+    client->onModelDescription(*this);
+    return true;
+}
+
+bool ClientCommandStaticParam::onReply(Replyer*, ClientExternalOperating* client) {
+    client->onStaticParam(*this);
+    return true;
+}
+
+bool ClientCommandEcuSegment::onReply(Replyer*, ClientExternalOperating*) {
+    return true;  // that it came is all there is to know
+}
+
+bool ClientCommandExecKwp::onReply(Replyer*, ClientExternalOperating* client) {
+    client->onKwpAnswer(*this);
+    return true;
+}
+
+bool ClientCommandCanBusData::onReply(Replyer*, ClientExternalOperating* client) {
+    client->onCanBusData(*this);
+    return true;
+}
+
+bool ClientCommandReadTogether::onReply(Replyer*, ClientExternalOperating* client) {
+    for (std::size_t i = 0; i < paramIndices.size(); ++i) {
+        if (values.size() <= i) return false;
+        protocol::DirectCtrl record;
+        record.paramIndex = paramIndices[i];
+        record.operation = protocol::DirectCtrl::readValues;
+        record.values = values[i];
+        client->onDirectCtrl(record);
+    }
+    return true;
+}

@@ -1,0 +1,179 @@
+#include "client/ClientExternalOperating.h"
+
+#include <io.h>
+#include <windows.h>
+
+#include <stdexcept>
+
+#include "client/Bootstrap.h"
+#include "client/ClientCommands.h"
+#include "client/ClientSend.h"
+#include "client/ClientSettings.h"
+#include "client/MySocketCommandFactory.h"
+#include "client/ProcessStarter.h"
+#include "client/SystemMessageBox.h"
+#include "common/Paths.h"
+#include "framework/Application.h"
+
+namespace {
+
+constexpr int readPermission = 4;
+constexpr unsigned int launchPingMs = 200;
+constexpr unsigned int launchPauseMs = 10;
+constexpr unsigned int connectMs = 10000;
+constexpr unsigned int disconnectMs = 3000;
+constexpr unsigned int shutdownMs = 5000;
+constexpr std::uint32_t onlineQueryPeriodMs = 400;
+constexpr unsigned int settleMs = 50;
+/// A protocol number that no real connection carries: "no connection".
+constexpr std::uint32_t noProtocol = 0;
+
+void prepareFramework(const std::string& settingsPath) {
+    const HINSTANCE process = GetModuleHandleA(nullptr);
+    if (ClientSettings::readInitMfc(settingsPath)) {
+        if (!AfxWinInit(process, nullptr, GetCommandLineA(), 0))
+            throw std::runtime_error("MFC initialization failed");
+        return;
+    }
+    AFX_MODULE_STATE* const state = AfxGetModuleState();
+    state->m_hCurrentInstanceHandle = process;
+    state->m_hCurrentResourceHandle = process;
+    state->CreateActivationContext();
+}
+
+std::unique_ptr<IExternalCommandFactory> makeTransport(const std::string& settingsPath,
+                                                       ClientExternalOperating& client) {
+    const ClientSettings settings = ClientSettings::read(settingsPath);
+    if (!settings.useTcp)
+        throw std::runtime_error("Window messages are not available, set UseTcp to true");
+    return std::make_unique<MySocketCommandFactory>(settings.serverIp, settings.tcpPort, client);
+}
+
+template <class... Commands>
+IExternalCommandFactory::Prototypes makePrototypes() {
+    IExternalCommandFactory::Prototypes prototypes;
+    (prototypes.push_back(std::make_unique<Commands>()), ...);
+    return prototypes;
+}
+
+}  // namespace
+
+std::unique_ptr<ClientExternalOperating> ClientExternalOperating::create(
+    const std::string& settingsPath) {
+    if (_access(settingsPath.c_str(), readPermission) != 0)
+        throw std::runtime_error(
+            "Specified settings file for QOR 'external operation mode' is not valid.\nFile: " +
+            settingsPath);
+    prepareFramework(settingsPath);
+    return std::make_unique<ClientExternalOperating>(settingsPath);
+}
+
+ClientExternalOperating::ClientExternalOperating(const std::string& settingsPath)
+    : ClientExternalOperating(
+          settingsPath,
+          [&](ClientExternalOperating& client) { return makeTransport(settingsPath, client); },
+          std::make_unique<ProcessStarter>(), std::make_unique<SystemMessageBox>()) {}
+
+ClientExternalOperating::ClientExternalOperating(const std::string& settingsPath,
+                                                 const MakeTransport& makeTransport,
+                                                 std::unique_ptr<IProcessStarter> processStarter,
+                                                 std::unique_ptr<IMessageBox> messageBox)
+    : settingsPath_(settingsPath),
+      processStarter_(std::move(processStarter)),
+      messageBox_(std::move(messageBox)) {
+    const std::string executable =
+        ClientSettings::readExecutable(settingsPath, ClientSettings::maxValueChars);
+    if (!executable.empty()) {
+        executablePath_ = common::resolveAgainstExecutable(executable);
+        qorDirectory_ = common::directoryOf(executablePath_);
+    }
+    // Before the transport, whose receiving side reads them from its start.
+    prototypes_ =
+        makePrototypes<ClientCommandGetParamInfo, ClientCommandReceiveParamData,
+                       ClientCommandDirectCtrl, ClientCommandGetDTC, ClientCommandStartEdit,
+                       ClientCommandRedirectUI, ClientCommandGetHex, ClientCommandStaticParam,
+                       ClientCommandEcuSegment, ClientCommandExecKwp, ClientCommandCanBusData,
+                       ClientCommandReadTogether>();
+    transport_ = makeTransport(*this);
+}
+
+ClientExternalOperating::~ClientExternalOperating() {
+    transport_.reset();
+    operating_ = false;
+    prototypes_.clear();
+    common::sleepMs(settleMs);
+}
+
+bool ClientExternalOperating::launch(unsigned int timeoutMs) {
+    if (ping(launchPingMs)) return true;
+    const std::string executable =
+        ClientSettings::readExecutable(settingsPath_, ClientSettings::maxLaunchChars);
+    if (executable.empty()) return true;
+    const std::string resolved = common::resolveAgainstExecutable(executable);
+    return !resolved.empty() && startProcess(resolved, timeoutMs);
+}
+
+bool ClientExternalOperating::startProcess(const std::string& executable, unsigned int timeoutMs) {
+    const std::string commandLine = " -external_operating \"" + settingsPath_ + "\"";
+    if (commandLine.size() > ClientSettings::maxLaunchChars) return false;
+    const std::uint32_t start = common::tickCount();
+    if (!processStarter_->start(executable, commandLine, timeoutMs)) return false;
+    do {
+        if (ping(launchPingMs)) return true;
+        common::sleepMs(launchPauseMs);
+    } while (!common::hasPassed(common::tickCount(), start, timeoutMs));
+    return ping(launchPingMs);
+}
+
+bool ClientExternalOperating::ping(unsigned int timeoutMs) {
+    return send<CommandPing>(protocol::Ping(), timeoutMs);
+}
+
+bool ClientExternalOperating::connectEcu(const protocol::KwpConnect& record,
+                                         IProgressMonitor* monitor, ConnectCallback& callback) {
+    {
+        const auto state = state_.lock();
+        state->connectRecord = record;
+        state->connecting = true;
+    }
+    if (!send<CommandKwpConnect>(record, connectMs)) return false;
+    if (monitor == nullptr) return true;
+    return Bootstrap(*this, state_, operating_, *monitor, callback).follow();
+}
+
+bool ClientExternalOperating::disconnectEcu() {
+    protocol::KwpConnect neutral;
+    neutral.protocol = noProtocol;
+    {
+        const auto state = state_.lock();
+        state->connecting = false;
+        state->connectRecord = neutral;
+        // What QOR said of the old connection must not be taken for an answer about none.
+        state->ecuOnline = false;
+    }
+    return send<CommandKwpConnect>(neutral, disconnectMs);
+}
+
+bool ClientExternalOperating::isEcuOnline() {
+    protocol::KwpConnect query;
+    {
+        const auto state = state_.lock();
+        if (common::tickCount() - state->lastOnlineQuery < onlineQueryPeriodMs)
+            return state->ecuOnline;
+        state->ecuOnline = false;
+        query = state->connectRecord;
+        query.mode = protocol::KwpConnect::modeOnlineQuery;
+        if (!state->connecting) query.protocol = noProtocol;
+    }
+    send<CommandKwpConnect>(query, IExternalCommandFactory::doNotWait);
+    const auto state = state_.lock();
+    state->lastOnlineQuery = common::tickCount();
+    return state->ecuOnline;
+}
+
+bool ClientExternalOperating::shutdown(bool firstOption, bool secondOption) {
+    protocol::Shutdown request;
+    if (firstOption) request.flags |= protocol::Shutdown::firstOption;
+    if (secondOption) request.flags |= protocol::Shutdown::secondOption;
+    return send<CommandShutdown>(request, shutdownMs);
+}

@@ -1,0 +1,127 @@
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "client/ClientState.h"
+#include "client/IMessageBox.h"
+#include "client/IProcessStarter.h"
+#include "common/Guarded.h"
+#include "common/HostInterfaces.h"
+#include "transport/IExternalCommandFactory.h"
+
+/// The client side of the external-operating protocol: starts QOR, sends it commands and waits
+/// for the answers, which the transport's receiving side stores here through the `on...`
+/// operations.
+///
+/// All operations but those belong to the thread that made the client (the agent thread); they
+/// return true on success, throw nothing and report nothing. While they wait they dispatch that
+/// thread's copy-data messages. Time-outs are milliseconds, with the transport's special values.
+class ClientExternalOperating {
+public:
+    /// Hears of each change of a connect's progress, on the agent thread.
+    class ConnectCallback {
+    public:
+        virtual void onProgress() = 0;
+
+    protected:
+        ~ConnectCallback() = default;
+    };
+
+    /// Makes the transport; tests make their own.
+    using MakeTransport =
+        std::function<std::unique_ptr<IExternalCommandFactory>(ClientExternalOperating&)>;
+
+    /// Checks that the settings file can be read, prepares the window framework as the settings
+    /// say and makes the client. Throws std::runtime_error with a text for the operator.
+    static std::unique_ptr<ClientExternalOperating> create(const std::string& settingsPath);
+
+    /// Reads the settings and makes the transport that they choose.
+    explicit ClientExternalOperating(const std::string& settingsPath);
+    ClientExternalOperating(const std::string& settingsPath, const MakeTransport& makeTransport,
+                            std::unique_ptr<IProcessStarter> processStarter,
+                            std::unique_ptr<IMessageBox> messageBox);
+    virtual ~ClientExternalOperating();
+    ClientExternalOperating(const ClientExternalOperating&) = delete;
+    ClientExternalOperating& operator=(const ClientExternalOperating&) = delete;
+
+    /// The resolved path of QOR's executable; empty if the settings name none.
+    const std::string& executablePath() const { return executablePath_; }
+    /// Drive and directory of that path.
+    const std::string& qorDirectory() const { return qorDirectory_; }
+
+    /// One prototype of every command that QOR may send or answer.
+    const IExternalCommandFactory::Prototypes& prototypes() const { return prototypes_; }
+
+    /// Makes sure that QOR runs and answers; starts it unless it does, or unless the settings
+    /// name no executable.
+    bool launch(unsigned int timeoutMs);
+    bool ping(unsigned int timeoutMs);
+
+    /// Sends the connection request and, with a monitor, follows the ECU's bootstrap to its end;
+    /// without one it returns as soon as QOR has accepted the request. A failure of the bootstrap
+    /// is reported to the monitor.
+    bool connectEcu(const protocol::KwpConnect& record, IProgressMonitor* monitor,
+                    ConnectCallback& callback);
+    bool disconnectEcu();
+    /// What QOR last said of the ECU. Asks QOR every 400 ms, without waiting for the answer: the
+    /// call that asks returns false unless the answer comes during the send.
+    bool isEcuOnline();
+    bool shutdown(bool firstOption, bool secondOption);
+
+    /// The description of a parameter, from the table once QOR has told it. A name that QOR does
+    /// not know stays known as unknown, until `refresh` is given.
+    bool getParamInfo(const std::string& name, protocol::ParamInfo& description,
+                      unsigned int timeoutMs, bool refresh);
+    /// The first array of a parameter; without `refresh` a value that is there already will do.
+    bool getParamData(const std::string& name, std::vector<double>& values, unsigned int timeoutMs,
+                      bool refresh);
+    bool setParamData(const std::string& name, const std::vector<double>& values);
+    /// The three arrays of a parameter.
+    bool getStaticParam(const std::string& name, SampledValue& sample, unsigned int timeoutMs);
+    bool setStaticParam(const std::string& name, const SampledValue& sample);
+
+    // The receiving side: called by the handlers of received commands, on the transport's
+    // receiving thread. Each copies what it needs.
+    void onParamValue(std::int32_t id, double value);
+    void onParamInfo(const protocol::ParamInfo& record);
+    void onDirectCtrl(const protocol::DirectCtrl& record);
+    void onStaticParam(const protocol::StaticParam& record);
+    void onDtcs(const protocol::GetDtc& record);
+    void onCanBusData(const protocol::CanBusData& record);
+    void onKwpAnswer(const protocol::ExecKwp& record);
+    void onModelDescription(const protocol::GetHex& record);
+
+    /// For the handlers that act by themselves.
+    IExternalCommandFactory& transport() { return *transport_; }
+    IMessageBox& messageBox() { return *messageBox_; }
+
+    /// Ends every wait of the client as a failure; for tests, the destructor does it by itself.
+    void stopOperating() { operating_ = false; }
+
+private:
+    /// A name's index for a request about it; false if there is none to be had in time.
+    bool resolve(const std::string& name, unsigned int timeoutMs, std::int32_t& index);
+
+    /// Pumps until `isThere` is true, the time-out has passed or the client ends.
+    template <class Condition>
+    bool waitUntil(unsigned int timeoutMs, Condition isThere);
+
+    template <class Command>
+    bool send(const typename Command::Payload& payload, unsigned int timeoutMs);
+
+    bool startProcess(const std::string& executable, unsigned int timeoutMs);
+
+    const std::string settingsPath_;
+    std::string executablePath_;
+    std::string qorDirectory_;
+    common::Guarded<ClientState> state_;
+    std::atomic<bool> operating_{true};
+    std::unique_ptr<IExternalCommandFactory> transport_;
+    std::unique_ptr<IProcessStarter> processStarter_;
+    std::unique_ptr<IMessageBox> messageBox_;
+    IExternalCommandFactory::Prototypes prototypes_;
+};

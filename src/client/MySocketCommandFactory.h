@@ -1,0 +1,23 @@
+#pragma once
+
+#include "client/ClientExternalOperating.h"
+#include "transport/ClientSocketCommandFactory.h"
+
+/// The client's TCP transport: received commands go to the client's prototypes and handlers.
+class MySocketCommandFactory final : public ClientSocketCommandFactory {
+public:
+    MySocketCommandFactory(const std::string& serverIp, unsigned int port,
+                           ClientExternalOperating& client)
+        : ClientSocketCommandFactory(serverIp, port), client_(client) {
+        startWorker();
+    }
+    ~MySocketCommandFactory() override { stopWorker(); }
+
+    const Prototypes& prototypes() const override { return client_.prototypes(); }
+
+    bool handleCommand(IExternalCommand& command,
+                       IExternalCommand::ICommandReplyer& replyer) override;
+
+private:
+    ClientExternalOperating& client_;
+};
