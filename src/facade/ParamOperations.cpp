@@ -1,0 +1,122 @@
+#include "facade/CmdData.h"
+#include "facade/QorControlFacade.h"
+#include "facade/Text.h"
+#include "facade/TimedCall.h"
+#include "facade/ValueCache.h"
+#include "trace/Trace.h"
+
+using tracelog::libraryModule;
+using tracelog::trace;
+using Impl = QorControlFacade::Impl;
+
+namespace {
+
+constexpr std::uint32_t descriptionWaitMs = 3000;
+
+/// A value as a character code: truncated toward zero, its low 8 bits. What no integer can hold
+/// gives 0.
+char asCharacter(double value) {
+    constexpr double limit = 9007199254740992.0;  // 2^53: all integers below are exact
+    if (!(value > -limit && value < limit)) return 0;
+    return static_cast<char>(static_cast<unsigned char>(static_cast<long long>(value)));
+}
+
+void logFailedGet(const QorControlFacade::Impl& impl, bool isOnline, const std::string& name,
+                  const TimedCall& call) {
+    trace(libraryModule, tracelog::warning, 0,
+          "QorControlFacade::getParamData() failed on param: %s , t: %d ms\n", name.c_str(),
+          call.elapsedMs());
+    trace(libraryModule, tracelog::information, 0,
+          "QorControlFacade::getParamData() isEcuOnline=%s\n", isOnline ? "true" : "false");
+    if (impl.eolLog != nullptr)
+        impl.eolLog->error("FAILED GET-param(%s), t: %d ms", name.c_str(), call.elapsedMs());
+}
+
+}  // namespace
+
+bool QorControlFacade::getParamDescription(const std::string& name,
+                                           wex::ParamDescription& desc) const {
+    static AnswerTable answers;
+    const auto impl = impl_->shared_from_this();
+    if (!impl->agentThread.isRunning()) return false;
+    TimedCall call(*impl, answers);
+    desc.name = name;
+    const auto request = std::make_shared<Impl::CmdDataParamInfo>(name, desc);
+    if (call.run(Impl::kindGetParamDescription, request, descriptionWaitMs)) {
+        if (const auto* answer = call.results<Impl::CmdDataParamInfo>()) {
+            desc = answer->description;
+            return true;
+        }
+    }
+    trace(libraryModule, tracelog::warning, 0,
+          "QorControlFacade::getParamDescription() failed on param: %s , t: %d ms\n", name.c_str(),
+          call.elapsedMs());
+    return false;
+}
+
+bool QorControlFacade::getParamData(const std::string& name, std::vector<double>& values,
+                                    std::vector<double>& second, std::vector<double>& third,
+                                    unsigned int timeoutMs) const {
+    static AnswerTable answers;
+    const auto impl = impl_->shared_from_this();
+    if (!impl->agentThread.isRunning()) return false;
+    if (valuecache::find(*impl, name, values, second, third)) return true;
+    TimedCall call(*impl, answers);
+    const auto request = std::make_shared<Impl::CmdDataParamData>(name, timeoutMs);
+    const Impl::CmdDataParamData* answer = nullptr;
+    if (call.run(Impl::kindGetParamData, request, doubledWait(timeoutMs)))
+        answer = call.results<Impl::CmdDataParamData>();
+    if (answer == nullptr) {
+        logFailedGet(*impl, impl->isEcuOnline(), name, call);
+        return false;
+    }
+    values = answer->values;
+    second = answer->second;
+    third = answer->third;
+    valuecache::store(*impl, name, {answer->values, answer->second, answer->third, answer->stamp});
+    trace(libraryModule, tracelog::information, 0, "OK on get: %s [%s], t: %d ms\n", name.c_str(),
+          text::ofValues(answer->values).c_str(), call.elapsedMs());
+    return true;
+}
+
+bool QorControlFacade::getParamData(const std::string& name, std::vector<double>& values,
+                                    unsigned int timeoutMs) const {
+    std::vector<double> second;
+    std::vector<double> third;
+    return getParamData(name, values, second, third, timeoutMs);
+}
+
+bool QorControlFacade::getParamDataAsString(const std::string& name, std::string& text,
+                                            unsigned int timeoutMs) const {
+    std::vector<double> values;
+    if (!getParamData(name, values, timeoutMs)) return false;
+    text.assign(values.size(), '\0');
+    for (std::size_t i = 0; i < values.size(); ++i) text[i] = asCharacter(values[i]);
+    return true;
+}
+
+bool QorControlFacade::setParamData(const std::string& name, const std::vector<double>& values,
+                                    const std::vector<double>& second,
+                                    const std::vector<double>& third,
+                                    unsigned int timeoutMs) const {
+    static AnswerTable answers;
+    const auto impl = impl_->shared_from_this();
+    if (!impl->agentThread.isRunning()) return false;
+    TimedCall call(*impl, answers);
+    const auto request = std::make_shared<Impl::CmdDataParamData>(name, timeoutMs);
+    request->values = values;
+    request->second = second;
+    request->third = third;
+    if (!call.run(Impl::kindSetParamData, request, doubledWait(timeoutMs))) {
+        trace(libraryModule, tracelog::warning, 0,
+              "QorControlFacade::setParamData() failed on param: %s , t: %d ms\n", name.c_str(),
+              call.elapsedMs());
+        if (impl->eolLog != nullptr)
+            impl->eolLog->error("FAILED SET-param(%s), t: %d ms", name.c_str(), call.elapsedMs());
+        return false;
+    }
+    trace(libraryModule, tracelog::information, 0, "OK on set: %s [%s], t: %d ms\n", name.c_str(),
+          text::ofValues(values).c_str(), call.elapsedMs());
+    valuecache::store(*impl, name, {values, second, third, request->stamp});
+    return true;
+}

@@ -1,0 +1,124 @@
+#include "facade/QorControlFacade.h"
+
+#include "common/Clock.h"
+#include "common/LastError.h"
+#include "common/Paths.h"
+#include "common/Pump.h"
+#include "facade/FacadeImpl.h"
+#include "trace/Trace.h"
+
+using tracelog::libraryModule;
+using tracelog::trace;
+
+namespace {
+
+constexpr int shutdownPolls = 100;
+constexpr unsigned int shutdownPollMs = 50;
+constexpr std::uint32_t executablePathMs = 3000;
+
+void openTraceBeside(const std::string& hostPath) {
+    if (hostPath.empty()) return;
+    const std::string base = common::withoutExtension(hostPath);
+    if (base.empty()) return;
+    tracelog::loadSettings((base + ".cfg").c_str());
+    tracelog::openTraceFile((base + ".log").c_str(), "w");
+}
+
+/// False once there is nothing more to wait for.
+bool isStillActive(const common::Thread& thread) {
+    const common::ThreadState state = thread.state();
+    if (state == common::ThreadState::unreadable)
+        trace(libraryModule, tracelog::error, 0,
+              "Can't obtain QOR Remote agent thread exit code, %s\n",
+              common::lastErrorText().c_str());
+    return state == common::ThreadState::running;
+}
+
+void awaitEnd(const common::Thread& thread) {
+    common::sleepMs(shutdownPollMs);
+    for (int poll = 0; poll < shutdownPolls && isStillActive(thread); ++poll) {
+        trace(libraryModule, tracelog::warning, 0,
+              "QOR Remote agent thread is still active, wait next 50 ms.\n");
+        common::sleepMs(shutdownPollMs);
+    }
+}
+
+}  // namespace
+
+QorControlFacade::QorControlFacade(const std::string& settingsPath, const EolLog* eolLog,
+                                   unsigned int readPeriodMs, const std::string& hostPath)
+    : impl_(nullptr) {
+    auto impl = std::make_shared<Impl>(settingsPath, eolLog, readPeriodMs);
+    openTraceBeside(hostPath);
+    const tracelog::Scope scope(libraryModule, "QorControlFacade::QorControlFacade()\n");
+    impl_ = impl.get();
+    impl_->facadeCount = impl;
+    try {
+        if (impl_->agentThread.start(agentThread, this)) return;
+    } catch (...) {
+        impl_->facadeCount.reset();
+        throw;
+    }
+    trace(libraryModule, tracelog::error, 0, "Failed to start QOR Remote agent thread, %s.\n",
+          common::lastErrorText().c_str());
+}
+
+QorControlFacade::~QorControlFacade() {
+    const std::shared_ptr<Impl> last = std::move(impl_->facadeCount);
+    const tracelog::Scope scope(libraryModule, "QorControlFacade::~QorControlFacade()\n");
+    try {
+        shutdown();
+    } catch (...) {
+        // The host destroys the object whatever happens.
+    }
+}
+
+void QorControlFacade::shutdown() {
+    common::Thread& thread = impl_->agentThread;
+    if (!thread.hasHandle() || thread.state() != common::ThreadState::running) return;
+    impl_->agentRunning = false;
+    awaitEnd(thread);
+    if (!thread.close())
+        trace(libraryModule, tracelog::error, 0, "Can't close QOR Remote agent thread, %s\n",
+              common::lastErrorText().c_str());
+}
+
+bool QorControlFacade::isOperating() const {
+    return impl_->agentThread.isRunning();
+}
+
+bool QorControlFacade::protectedMessagePump() const {
+    common::pumpOneMessage();
+    return isOperating();
+}
+
+bool QorControlFacade::isEcuOnline() const {
+    return impl_->isEcuOnline();
+}
+
+bool QorControlFacade::isConnecting() const {
+    return impl_->connecting;
+}
+
+std::string QorControlFacade::getQorExecutablePath() {
+    const std::uint32_t start = common::tickCount();
+    while (!common::hasPassed(common::tickCount(), start, executablePathMs)) {
+        {
+            const LockGuard guard(impl_->stateLock);
+            if (!impl_->qorExecutablePath.empty()) return impl_->qorExecutablePath;
+        }
+        common::pumpCopyData();
+    }
+    const LockGuard guard(impl_->stateLock);
+    return impl_->qorExecutablePath;
+}
+
+const std::string& QorControlFacade::getEdcRamSegmentName() {
+    static const std::string name("WorkingPage");
+    return name;
+}
+
+const std::string& QorControlFacade::getEdcRomSegmentName() {
+    static const std::string name("ReferencePage");
+    return name;
+}

@@ -1,0 +1,238 @@
+#pragma once
+
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "common/Export.h"
+#include "common/HostInterfaces.h"
+#include "common/ThreadSafeQueue.h"
+#include "facade/ParamDescription.h"
+
+/// Remote control of QOR, an ECU calibration and diagnostic application, from a test-station
+/// program: launch it, connect an ECU, read and write parameters, switch memory pages, drive
+/// actuators, read and clear trouble codes, send KWP requests and CAN frames, stream values.
+///
+/// **Life.** One object controls one QOR. The constructor returns at once; an agent thread of the
+/// library then reads QOR's settings file, starts QOR with it unless it already runs, and carries
+/// out all requests, one at a time, in the order in which they were posted. If QOR cannot be
+/// started the agent thread ends, and every operation fails from then on (the trace says why).
+/// Call `shutdown`, or destroy the object, before the library is unloaded.
+///
+/// **Threads.** Any number of host threads may call the operations at once; each waits for its
+/// own answer. Constructor, `shutdown` and destructor belong to one thread. `connect` (with a
+/// monitor) and `setEcuSegment` dispatch the calling thread's window messages while they wait, so
+/// a user-interface thread may call them; all other waiting operations block without dispatching.
+///
+/// **Time-outs** are unsigned milliseconds. An operation with a `timeoutMs` gives QOR that long
+/// and itself waits up to twice as long for the agent, which may still be busy with another
+/// request; 0xFFFFFFFF is not doubled and means "no limit". The doubling wraps: 0x80000000 waits
+/// 0 ms. 0 waits for nothing and practically always fails. `clearDtc` does not double its
+/// argument, `getParamDescription` waits 3000 ms whatever happens.
+///
+/// **False** means that it did not work, never more: the agent thread has ended (checked first,
+/// without a log line), QOR did not answer in time, or QOR refused. The failure is in the trace
+/// with the operation's name and the elapsed milliseconds, and for most operations in `EolLog` as
+/// a line beginning with "FAILED". Unless an operation says otherwise, its output arguments are
+/// then unchanged. A request whose caller has given up may still be carried out.
+///
+/// **Exceptions.** None but std::bad_alloc leaves an operation.
+///
+/// **Texts** are narrow strings in the process's ANSI code page; paths too.
+///
+/// **Ownership.** The library keeps only pointers to the log, the monitor and the streaming
+/// queues. The log must outlive the object, the monitor the `connect` that it was given to. A
+/// queue must stay alive after its stop operation until a later answered operation (`pingQor`,
+/// for instance) has returned: the agent may still be about to fill it.
+///
+/// **Build.** The interface passes standard strings, vectors and maps, so the host must be a
+/// 32-bit program built with the same compiler and standard library as the library, both linked
+/// to the shared run-time libraries (libstdc++-6, libgcc_s_dw2-1, libwinpthread-1): with a static
+/// copy on either side an exception cannot cross. Enumerations are 32 bits wide, flags one byte,
+/// records are packed as the compiler does by default.
+///
+/// **One per process.** Trace, answer tables and model export files are shared by all objects of
+/// a process, and over window messages the second object's window could not be told from the
+/// first one's.
+class QOR_API QorControlFacade {
+public:
+    /// How to reach the ECU. Fields without a comment are QOR's own and travel unchanged; the
+    /// value after "QOR:" is what QOR itself would use.
+    struct EcuConnect {
+        /// What to connect through; beside `connect` and `connectCanBus`.
+        enum ConnType : int {
+            Default = 1,         ///< connection mode 0; bus mode 0
+            SecurityAccess = 2,  ///< connection mode 0x30, `securityDll` is passed; bus mode 0
+            Alternative = 3      ///< connection mode 1; bus mode 1
+        };
+
+        unsigned int protocol;  ///< 1 to 4; any other value is taken as 1
+        unsigned int protocolOption;
+        bool optionFlag;               ///< QOR: true
+        unsigned int kLineBaudRate;    ///< bit/s; QOR: 10400
+        unsigned int canBaudRate;      ///< bit/s; QOR: 125000
+        unsigned int refreshPeriodMs;  ///< see `getParamData` and `startParamRead`
+        unsigned int canRequestId;     ///< QOR: 0xFFFFFFFF, none
+        unsigned int canResponseId;    ///< QOR: 0xFFFFFFFF, none
+        unsigned char addressByte1;    ///< QOR: 0xFF
+        unsigned char addressByte2;    ///< QOR: 0xFF
+        unsigned int addressWord;      ///< QOR: 255
+        bool extraFlag;                ///< QOR: true
+        /// Path of the ECU's security-access library, absolute or relative to the host's
+        /// executable; passed on for `SecurityAccess` only.
+        std::string securityDll;
+        bool finalFlag;  ///< QOR: true
+    };
+
+    /// How to open the CAN bus.
+    struct CanBusConnect {
+        unsigned int busParam;  ///< bus setting, a bit rate
+        bool firstFlag;
+        bool secondFlag;
+    };
+
+    /// CAN identifiers and their values.
+    struct CanBusData {
+        struct Item {
+            unsigned int canId;
+            int value;
+        };
+        std::vector<Item> items;
+    };
+
+    /// One diagnostic trouble code, as QOR tells it.
+    struct DtcDescription {
+        unsigned int code;
+        unsigned int status;
+        std::string text1;
+        std::string text2;
+        std::string text3;
+        std::string text4;
+    };
+
+    /// One KWP exchange, used both ways.
+    struct KwpCommand {
+        unsigned int service;  ///< service identifier
+        std::string data;      ///< raw bytes of the request, then of the answer; zeros allowed
+        unsigned char failed;  ///< out: not 0 if QOR reports the exchange as failed
+    };
+
+    /// The files of a model.
+    struct ModelDescription {
+        unsigned int modelType;  ///< 1 to 5; 6 is taken as 2, any other value as 1
+        std::string model;       ///< path of the model file
+        unsigned int modelOption;
+        std::string hex;  ///< path of the data file; used only when not empty
+        unsigned int hexOption;
+        std::string csv;  ///< path of the second data file; used only when not empty
+        unsigned int csvOption;
+        std::map<std::string, std::string> extra;  ///< further entries for QOR
+    };
+
+    /// One streamed value.
+    struct ParamValue {
+        std::string name;            ///< as registered
+        std::vector<double> values;  ///< exactly one element: the current value
+    };
+
+    /// @name Life
+    /// @{
+
+    /// @param settingsPath  QOR's settings file; absolute with a drive letter, or relative to the
+    ///                      host's executable.
+    /// @param eolLog        the host's log, or null; not owned.
+    /// @param readPeriodMs  the refresh period until the first connect brings its own.
+    /// @param hostPath      the host's executable. The trace settings are read from the file of
+    ///                      that name with the extension ".cfg", and the trace goes to the one
+    ///                      with ".log". Empty: neither.
+    QorControlFacade(const std::string& settingsPath, const EolLog* eolLog,
+                     unsigned int readPeriodMs, const std::string& hostPath);
+
+    /// Calls `shutdown`. An operation that another thread still waits in ends by its time-out.
+    ~QorControlFacade();
+
+    QorControlFacade(const QorControlFacade&) = delete;
+    QorControlFacade& operator=(const QorControlFacade&) = delete;
+
+    /// Lets the agent finish its step, disconnect the ECU and shut QOR down; waits at most about
+    /// 5 s for it and then lets it go. A second call does nothing.
+    void shutdown();
+
+    /// @}
+    /// @name State, asked without a request to QOR
+    /// @{
+
+    /// Whether QOR reported an ECU online within the last 2 s. During a monitored connect it
+    /// stays true for 17 s after every progress step, so that a slow connect does not look like a
+    /// lost ECU.
+    bool isEcuOnline() const;
+
+    /// True while a `connect` with a monitor waits.
+    bool isConnecting() const;
+
+    /// The path of QOR's executable. Right after construction it waits, at most 3000 ms, until
+    /// the settings are read, and dispatches copy-data messages meanwhile; empty if the settings
+    /// name none or could not be read.
+    std::string getQorExecutablePath();
+
+    /// The segment names for `setEcuSegment`: the working page in RAM ...
+    static const std::string& getEdcRamSegmentName();
+    /// ... and the reference page in ROM.
+    static const std::string& getEdcRomSegmentName();
+
+    /// @}
+    /// @name The connection
+    /// @{
+
+    /// Connects the ECU. With a monitor it returns when the ECU is online or the attempt has
+    /// failed (the reason goes to the monitor); there is no time limit, but the monitor can
+    /// cancel. Without one it returns true at once and the connect goes on in the background:
+    /// `isEcuOnline` tells how it ended.
+    bool connect(const EcuConnect& settings, EcuConnect::ConnType type,
+                 IProgressMonitor* monitor) const;
+
+    /// Whether QOR answers.
+    bool pingQor(unsigned int timeoutMs) const;
+
+    /// @}
+    /// @name Parameters
+    /// @{
+
+    /// Describes a parameter; 3000 ms at most. `desc.name` is set to `name` even on failure.
+    bool getParamDescription(const std::string& name, wex::ParamDescription& desc) const;
+
+    /// Reads a parameter: its values, and for a parameter of three arrays its two further ones
+    /// (otherwise empty). Values read, written or streamed less than half a refresh period ago
+    /// are returned at once, without asking QOR and without a log line.
+    bool getParamData(const std::string& name, std::vector<double>& values,
+                      std::vector<double>& second, std::vector<double>& third,
+                      unsigned int timeoutMs) const;
+
+    /// The same, for the first array alone.
+    bool getParamData(const std::string& name, std::vector<double>& values,
+                      unsigned int timeoutMs) const;
+
+    /// Reads a parameter whose values are character codes: each is truncated toward zero and cut
+    /// to its low 8 bits. There is no terminator.
+    bool getParamDataAsString(const std::string& name, std::string& text,
+                              unsigned int timeoutMs) const;
+
+    /// Writes a parameter; the further arrays are used only for a parameter of three arrays. For
+    /// half a refresh period `getParamData` then returns what was written.
+    bool setParamData(const std::string& name, const std::vector<double>& values,
+                      const std::vector<double>& second, const std::vector<double>& third,
+                      unsigned int timeoutMs) const;
+
+    /// @}
+
+    /// The library's own state; of no use to a host.
+    class Impl;
+
+private:
+    bool isOperating() const;
+    bool protectedMessagePump() const;
+    static unsigned int __stdcall agentThread(void* facade);
+
+    Impl* impl_;
+};

@@ -1,0 +1,92 @@
+#include "common/Pump.h"
+#include "facade/CmdData.h"
+#include "facade/QorControlFacade.h"
+#include "facade/TimedCall.h"
+#include "trace/Trace.h"
+
+using tracelog::libraryModule;
+using tracelog::trace;
+using Impl = QorControlFacade::Impl;
+
+namespace {
+
+constexpr unsigned int untimedPollMs = 1;
+
+/// Waits without a time limit, keeping the calling thread's windows alive, until the answer comes
+/// or the agent thread has ended.
+bool awaitPumping(Impl& impl, Impl::AnswerQueue& answers) {
+    Impl::CmdResponse response;
+    while (!answers.pop(response, untimedPollMs)) {
+        common::pumpOneMessage();
+        if (!impl.agentThread.isRunning()) return false;
+    }
+    return response.result == Impl::CmdResponse::success;
+}
+
+/// Posts a request without a time limit and waits for its answer.
+bool postAndAwaitPumping(Impl& impl, Impl::ProtocolCmd command) {
+    auto answers = std::make_unique<Impl::AnswerQueue>(1);
+    command.replyQueue = answers.get();
+    impl.commandQueue.push(command);
+    const bool succeeded = awaitPumping(impl, *answers);
+    // An agent that was let go may still hold the request.
+    impl.buryQueue(std::move(answers), command.data);
+    return succeeded;
+}
+
+/// Sets the connecting flag to the end of the block.
+class Connecting {
+public:
+    explicit Connecting(Impl& impl) : impl_(impl) { impl_.connecting = true; }
+    ~Connecting() { impl_.connecting = false; }
+    Connecting(const Connecting&) = delete;
+    Connecting& operator=(const Connecting&) = delete;
+
+private:
+    Impl& impl_;
+};
+
+void logConnect(const Impl& impl, const QorControlFacade::EcuConnect& settings,
+                QorControlFacade::EcuConnect::ConnType type) {
+    trace(libraryModule, tracelog::information, 0,
+          "Connecting type = %d, proto = %d, secdll = '%s'\n", type,
+          static_cast<int>(settings.protocol), settings.securityDll.c_str());
+    if (impl.eolLog == nullptr) return;
+    impl.eolLog->info("CONNECT-type(%d): [%d %d %d %d %d 0x%08X 0x%08X %d %d %s]", type,
+                      settings.protocol, settings.protocolOption, settings.kLineBaudRate,
+                      settings.canBaudRate, settings.refreshPeriodMs, settings.canRequestId,
+                      settings.canResponseId, static_cast<int>(settings.addressByte1),
+                      static_cast<int>(settings.addressByte2), settings.securityDll.c_str());
+}
+
+}  // namespace
+
+bool QorControlFacade::connect(const EcuConnect& settings, EcuConnect::ConnType type,
+                               IProgressMonitor* monitor) const {
+    const auto impl = impl_->shared_from_this();
+    if (!impl->agentThread.isRunning()) return false;
+    logConnect(*impl, settings, type);
+    Impl::ProtocolCmd command;
+    command.kind = Impl::kindConnect;
+    command.data = std::make_shared<Impl::CmdDataConnect>(settings, type);
+    command.monitor = monitor;
+    if (monitor == nullptr) {
+        impl->commandQueue.push(command);
+        return true;
+    }
+    const Connecting connecting(*impl);
+    return postAndAwaitPumping(*impl, command);
+}
+
+bool QorControlFacade::pingQor(unsigned int timeoutMs) const {
+    static AnswerTable answers;
+    const auto impl = impl_->shared_from_this();
+    if (!impl->agentThread.isRunning()) return false;
+    TimedCall call(*impl, answers);
+    if (call.run(Impl::kindPingQor, std::make_shared<Impl::CmdDataPing>(timeoutMs),
+                 doubledWait(timeoutMs)))
+        return true;
+    trace(libraryModule, tracelog::warning, 0, "QorControlFacade::pingQor(), t: %d ms\n",
+          call.elapsedMs());
+    return false;
+}

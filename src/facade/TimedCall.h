@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include "facade/AnswerTable.h"
+#include "facade/FacadeImpl.h"
+
+/// How long a facade operation waits for a time-out of `timeoutMs`: twice as long, in wrap-around
+/// arithmetic, because the agent may be busy with another request; 0xFFFFFFFF stays "no limit".
+constexpr std::uint32_t doubledWait(std::uint32_t timeoutMs) {
+    return timeoutMs == 0xFFFFFFFFu ? timeoutMs : timeoutMs * 2u;
+}
+
+/// The shape that all timed operations share: note the time, find the calling thread's answer
+/// queue, post the request, wait for the answer, and let an answer that did not come in time go
+/// astray. An operation adds only its payload, its results and its log lines.
+class TimedCall {
+public:
+    using Impl = QorControlFacade::Impl;
+
+    /// Starts the clock of the call.
+    TimedCall(Impl& impl, AnswerTable& answers);
+
+    /// Posts the request.
+    void post(std::uint32_t kind, std::shared_ptr<Impl::CmdData> request);
+
+    /// Waits for the answer; true if it came and tells success.
+    bool await(std::uint32_t waitMs);
+
+    /// Posts and waits.
+    bool run(std::uint32_t kind, std::shared_ptr<Impl::CmdData> request, std::uint32_t waitMs);
+
+    /// After a success: the payload that carries the results, which is the request's own where
+    /// the answer has none. Null if it is not a `Data`.
+    template <class Data>
+    const Data* results() const {
+        const auto& carrier = response_.data ? response_.data : request_;
+        return dynamic_cast<const Data*>(carrier.get());
+    }
+
+    /// Milliseconds since the start, as the log lines print them.
+    int elapsedMs() const;
+
+private:
+    bool popWithin(std::uint32_t waitMs);
+
+    Impl& impl_;
+    AnswerTable& answers_;
+    const std::uint32_t start_;
+    Impl::AnswerQueue* queue_ = nullptr;
+    std::shared_ptr<Impl::CmdData> request_;
+    Impl::CmdResponse response_;
+};

@@ -1,0 +1,27 @@
+#include "facade/ValueCache.h"
+
+#include "common/Clock.h"
+
+namespace valuecache {
+
+bool find(QorControlFacade::Impl& impl, const std::string& name, std::vector<double>& values,
+          std::vector<double>& second, std::vector<double>& third) {
+    const LockGuard guard(impl.stateLock);
+    const auto found = impl.paramValueCache.find(name);
+    if (found == impl.paramValueCache.end()) return false;
+    const auto& cached = found->second;
+    const std::uint32_t end = cached.stamp + impl.readPeriodMs / 2;
+    if (common::tickCount() >= end) return false;
+    values = cached.values;
+    second = cached.second;
+    third = cached.third;
+    return true;
+}
+
+void store(QorControlFacade::Impl& impl, const std::string& name,
+           const QorControlFacade::Impl::CachedValue& value) {
+    const LockGuard guard(impl.stateLock);
+    impl.paramValueCache[name] = value;
+}
+
+}  // namespace valuecache
