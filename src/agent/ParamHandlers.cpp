@@ -1,0 +1,65 @@
+#include "agent/Answering.h"
+#include "agent/QorProtocolAgent.h"
+
+using protocol::ParamInfo;
+
+namespace {
+
+constexpr unsigned int describeMs = 400;
+
+/// Names and texts in the order in which hosts have always had them: the second and the third
+/// text change places, the limits and the index stay behind.
+wex::ParamDescription describe(const std::string& name, const ParamInfo& record) {
+    wex::ParamDescription description;
+    description.name = name;
+    description.text1 = record.name;
+    description.text2 = record.firstText;
+    description.text3 = record.thirdText;
+    description.text4 = record.secondText;
+    description.value = 0;
+    description.threeArrays = record.threeArrays;
+    return description;
+}
+
+}  // namespace
+
+bool QorProtocolAgent::readDescription(const Impl::ProtocolCmd& command) {
+    const auto* request = payloadOf<Impl::CmdDataParamInfo>(command);
+    if (request == nullptr) return false;
+    ParamInfo record;
+    if (!client_->getParamInfo(request->name, record, describeMs, false)) return false;
+    return answer(command, std::make_shared<Impl::CmdDataParamInfo>(
+                               request->name, describe(request->name, record)));
+}
+
+bool QorProtocolAgent::readParam(const Impl::ProtocolCmd& command) {
+    const auto* request = payloadOf<Impl::CmdDataParamData>(command);
+    if (request == nullptr) return false;
+    const unsigned int timeoutMs = request->timeoutMs;
+    ParamInfo record;
+    if (!client_->getParamInfo(request->name, record, timeoutMs, false)) return false;
+    SampledValue read;
+    // A parameter of one array is always asked for afresh: the facade has a cache of its own.
+    const bool done = record.threeArrays
+                          ? client_->getStaticParam(request->name, read, timeoutMs)
+                          : client_->getParamData(request->name, read.values, timeoutMs, true);
+    if (!done) return false;
+    auto result = std::make_shared<Impl::CmdDataParamData>(request->name, timeoutMs);
+    result->values = std::move(read.values);
+    result->second = std::move(read.second);
+    result->third = std::move(read.third);
+    return answer(command, std::move(result));
+}
+
+bool QorProtocolAgent::writeParam(const Impl::ProtocolCmd& command) {
+    const auto* request = payloadOf<Impl::CmdDataParamData>(command);
+    if (request == nullptr) return false;
+    ParamInfo record;
+    if (!client_->getParamInfo(request->name, record, describeMs, false)) return false;
+    const bool done =
+        record.threeArrays
+            ? client_->setStaticParam(request->name,
+                                      {request->values, request->second, request->third, 0})
+            : client_->setParamData(request->name, request->values);
+    return done && answer(command);
+}

@@ -1,0 +1,81 @@
+#include "agent/QorProtocolAgent.h"
+
+#include <stdexcept>
+#include <utility>
+
+#include "agent/Answering.h"
+#include "common/Clock.h"
+#include "common/Paths.h"
+#include "common/Pump.h"
+
+namespace {
+
+constexpr unsigned int launchMs = 10000;
+constexpr unsigned int afterLaunchMs = 100;
+constexpr unsigned int requestWaitMs = 1;
+
+}  // namespace
+
+struct QorProtocolAgent::Route {
+    std::uint32_t kind;
+    Handler handler;
+};
+
+const QorProtocolAgent::Route QorProtocolAgent::routes[] = {
+    {Impl::kindConnect, &QorProtocolAgent::performConnect},
+    {Impl::kindGetParamDescription, &QorProtocolAgent::readDescription},
+    {Impl::kindGetParamData, &QorProtocolAgent::readParam},
+    {Impl::kindSetParamData, &QorProtocolAgent::writeParam},
+    {Impl::kindPingQor, &QorProtocolAgent::ping},
+};
+
+QorProtocolAgent::QorProtocolAgent(std::shared_ptr<Impl> impl) : impl_(std::move(impl)) {
+    client_ =
+        ClientExternalOperating::create(common::resolveAgainstExecutable(impl_->settingsPath));
+    {
+        const LockGuard guard(impl_->stateLock);
+        impl_->qorExecutablePath = client_->executablePath();
+    }
+    if (!client_->launch(launchMs))
+        throw std::runtime_error("Fail to launch QOR external operating");
+    common::sleepMs(afterLaunchMs);
+}
+
+QorProtocolAgent::QorProtocolAgent(std::shared_ptr<Impl> impl,
+                                   std::unique_ptr<ClientExternalOperating> client)
+    : impl_(std::move(impl)), client_(std::move(client)) {}
+
+void QorProtocolAgent::step() {
+    noteOnlineState();
+    common::pumpCopyData();
+    Impl::ProtocolCmd command;
+    if (!impl_->commandQueue.pop(command, requestWaitMs)) return;
+    if (!handle(command) && command.replyQueue != nullptr)
+        command.replyQueue->push(Impl::CmdResponse());
+}
+
+void QorProtocolAgent::noteOnlineState() {
+    if (!client_->isEcuOnline()) return;
+    const LockGuard guard(impl_->stateLock);
+    impl_->lastQorContactTick = common::tickCount();
+}
+
+QorProtocolAgent::Handler QorProtocolAgent::handlerOf(std::uint32_t kind) const {
+    for (const Route& route : routes)
+        if (route.kind == kind) return route.handler;
+    return nullptr;
+}
+
+bool QorProtocolAgent::handle(const Impl::ProtocolCmd& command) {
+    const Handler handler = handlerOf(command.kind);
+    return handler != nullptr && (this->*handler)(command);
+}
+
+void QorProtocolAgent::finish() {
+    {
+        const LockGuard guard(impl_->stateLock);
+        if (impl_->qorExecutablePath.empty()) return;
+    }
+    client_->disconnectEcu();
+    client_->shutdown(true, true);
+}

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "client/ClientExternalOperating.h"
+#include "facade/FacadeImpl.h"
+
+/// The library's one worker on QOR: owns the client, carries out the facade's requests one at a
+/// time and keeps the time of QOR's last answer fresh. Everything happens on the agent thread.
+class QorProtocolAgent {
+public:
+    using Impl = QorControlFacade::Impl;
+
+    /// Makes the client from the facade's settings file, publishes the path of QOR's executable
+    /// and launches QOR. Throws std::runtime_error if one of that fails.
+    explicit QorProtocolAgent(std::shared_ptr<Impl> impl);
+
+    /// With a client of the caller's making, already launched; for tests.
+    QorProtocolAgent(std::shared_ptr<Impl> impl, std::unique_ptr<ClientExternalOperating> client);
+
+    /// One round: look after the online state, dispatch the thread's copy-data messages, carry
+    /// out at most one request; waits at most 1 ms for one. A request that fails, for whatever
+    /// reason, is answered as a failure; one that succeeds has been answered by its handler.
+    void step();
+
+    /// Ends the work with QOR: disconnects the ECU and shuts QOR down, if the settings name an
+    /// executable; a QOR that was started by someone else is left alone.
+    void finish();
+
+private:
+    using Handler = bool (QorProtocolAgent::*)(const Impl::ProtocolCmd&);
+    struct Route;
+    static const Route routes[];
+
+    void noteOnlineState();
+    Handler handlerOf(std::uint32_t kind) const;
+    bool handle(const Impl::ProtocolCmd& command);
+
+    bool performConnect(const Impl::ProtocolCmd& command);
+    bool ping(const Impl::ProtocolCmd& command);
+    bool readDescription(const Impl::ProtocolCmd& command);
+    bool readParam(const Impl::ProtocolCmd& command);
+    bool writeParam(const Impl::ProtocolCmd& command);
+
+    std::shared_ptr<Impl> impl_;
+    std::unique_ptr<ClientExternalOperating> client_;
+};
