@@ -1,0 +1,15 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "Samples.h"
+
+/// Writing a record of each command and reading its payload back, without drawing an id.
+struct CodecResult {
+    std::string command;
+    std::size_t recordBytes = 0;
+    Samples samples;
+};
+
+std::vector<CodecResult> measureCodec(int runs);

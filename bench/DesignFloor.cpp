@@ -1,0 +1,121 @@
+#include "DesignFloor.h"
+
+#include <stdexcept>
+#include <string>
+
+#include "common/Clock.h"
+#include "EchoPeer.h"
+#include "framework/AsyncSocket.h"
+#include "transport/SocketPump.h"
+
+namespace {
+
+constexpr unsigned int giveUpMs = 5000;
+
+/// Reports each whole message to the results.
+class EchoSocket final : public CAsyncSocket {
+public:
+    explicit EchoSocket(ThreadSafeQueue<int>& results) : results_(results) {}
+
+    bool isConnected() const { return connected_; }
+    bool hasFailed() const { return failed_; }
+
+protected:
+    void OnConnect(int errorCode) override {
+        connected_ = errorCode == 0;
+        failed_ = errorCode != 0;
+    }
+
+    void OnReceive(int) override {
+        char bytes[echoBytes];
+        const int received = Receive(bytes, sizeof bytes);
+        if (received > 0) got_ += received;
+        if (got_ < echoBytes) return;
+        got_ -= echoBytes;
+        results_.push(1);
+    }
+
+private:
+    ThreadSafeQueue<int>& results_;
+    bool connected_ = false;
+    bool failed_ = false;
+    int got_ = 0;
+};
+
+std::unique_ptr<EchoSocket> connectTo(unsigned int port, ThreadSafeQueue<int>& results) {
+    const std::uint32_t start = common::tickCount();
+    while (!common::hasPassed(common::tickCount(), start, giveUpMs)) {
+        auto socket = std::make_unique<EchoSocket>(results);
+        socket->Create();
+        socket->Connect("127.0.0.1", port);
+        while (!socket->isConnected() && !socket->hasFailed()) pumpSocketNotifications(nullptr);
+        if (socket->isConnected()) return socket;
+        common::sleepMs(10);
+    }
+    return nullptr;
+}
+
+/// Takes the next item, however long it takes; throws if it does not come at all.
+void await(ThreadSafeQueue<int>& queue) {
+    const std::uint32_t start = common::tickCount();
+    int item = 0;
+    while (!queue.pop(item, 1))
+        if (common::hasPassed(common::tickCount(), start, giveUpMs))
+            throw std::runtime_error("no answer from the other side of a floor");
+}
+
+}  // namespace
+
+DesignFloor::DesignFloor()
+    : outgoing(10),
+      results(1),
+      port_(freePort()),
+      peer_("qor-bench.exe", "--echo-peer " + std::to_string(port_)) {
+    worker_.start(run, this);
+}
+
+DesignFloor::~DesignFloor() {
+    stop_ = true;
+    while (worker_.isRunning()) common::sleepMs(1);
+}
+
+unsigned __stdcall DesignFloor::run(void* floor) {
+    auto& self = *static_cast<DesignFloor*>(floor);
+    const auto socket = connectTo(self.port_, self.results);
+    if (!socket) return 1;
+    const char message[echoBytes] = {};
+    while (!self.stop_) {
+        int item = 0;
+        if (self.outgoing.pop(item, 0)) socket->Send(message, sizeof message);
+        pumpSocketNotifications(&self.outgoing.pushed());
+    }
+    return 0;
+}
+
+void DesignFloor::roundTrip() {
+    outgoing.push(1);
+    await(results);
+}
+
+ThreadHop::ThreadHop() : requests_(10), answers_(1) {
+    worker_.start(run, this);
+}
+
+ThreadHop::~ThreadHop() {
+    stop_ = true;
+    while (worker_.isRunning()) common::sleepMs(1);
+}
+
+unsigned __stdcall ThreadHop::run(void* hop) {
+    auto& self = *static_cast<ThreadHop*>(hop);
+    while (!self.stop_) {
+        int item = 0;
+        if (self.requests_.pop(item, 1)) self.answers_.push(item);
+    }
+    return 0;
+}
+
+void ThreadHop::roundTrip() {
+    requests_.push(1);
+    await(answers_);
+}

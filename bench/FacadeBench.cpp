@@ -1,0 +1,90 @@
+#include "FacadeBench.h"
+
+#include <windows.h>
+
+#include <fstream>
+#include <stdexcept>
+
+#include "common/Clock.h"
+
+namespace {
+
+const char* const scalar = "EngineSpeed";
+constexpr unsigned int timeoutMs = 2000;
+constexpr unsigned int readyMs = 15000;
+constexpr unsigned int longPeriodMs = 10u * 60u * 1000u;
+
+class QuietMonitor final : public IProgressMonitor {
+public:
+    void reserved1() override {}
+    void reserved2() override {}
+    void reserved3() override {}
+    void reserved4() override {}
+    void reserved5() override {}
+    void reserved6() override {}
+    bool isCancelled() override { return false; }
+    void reserved8() override {}
+    void reserved9() override {}
+    void reportError(const std::string&, unsigned int) override {}
+};
+
+std::string writeSettings() {
+    char folder[MAX_PATH] = "";
+    GetTempPathA(sizeof folder, folder);
+    const std::string path =
+        std::string(folder) + "qor-bench-" + std::to_string(GetCurrentProcessId()) + ".ini";
+    std::ofstream(path) << "[CommonSettings]\nQORexecutable=" << programFolder()
+                        << "qor-simulator.exe\nUseTcp=true\nServerIp=127.0.0.1\nTcpPort="
+                        << freePort() << "\n[Simulator]\nModel=" << programFolder()
+                        << "engine.json\nConnectMs=50\nExitWithoutClientMs=5000\n";
+    return path;
+}
+
+void require(bool succeeded, const char* what) {
+    if (!succeeded) throw std::runtime_error(std::string(what) + " failed");
+}
+
+}  // namespace
+
+FacadeBench::FacadeBench() : settingsPath_(writeSettings()) {
+    facade_ = std::make_unique<QorControlFacade>(settingsPath_, nullptr, 0,
+                                                 programFolder() + "qor-bench.exe");
+    awaitReady();
+    connect(0);
+}
+
+FacadeBench::~FacadeBench() {
+    facade_.reset();
+    DeleteFileA(settingsPath_.c_str());
+}
+
+void FacadeBench::awaitReady() {
+    const std::uint32_t start = common::tickCount();
+    while (!facade_->pingQor(timeoutMs))
+        if (common::hasPassed(common::tickCount(), start, readyMs))
+            throw std::runtime_error("the simulated QOR does not answer (see qor-bench.log)");
+}
+
+void FacadeBench::connect(unsigned int refreshPeriodMs) {
+    QorControlFacade::EcuConnect settings = {};
+    settings.protocol = 1;
+    settings.refreshPeriodMs = refreshPeriodMs;
+    QuietMonitor monitor;
+    require(facade_->connect(settings, QorControlFacade::EcuConnect::Default, &monitor), "connect");
+    periodMs_ = refreshPeriodMs;
+    require(facade_->getParamData(scalar, values_, timeoutMs), "the first read");
+}
+
+void FacadeBench::ping() {
+    require(facade_->pingQor(timeoutMs), "pingQor");
+}
+
+void FacadeBench::readParam() {
+    if (periodMs_ != 0) connect(0);
+    require(facade_->getParamData(scalar, values_, timeoutMs), "getParamData");
+}
+
+void FacadeBench::readCachedParam() {
+    if (periodMs_ == 0) connect(longPeriodMs);
+    require(facade_->getParamData(scalar, values_, timeoutMs), "a cached getParamData");
+}

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "Samples.h"
+
+/// Collects what was measured, prints it as a table and writes it as JSON.
+class Report {
+public:
+    /// `p50Bound` and `p99Bound` are what the figure is held against, in microseconds, 0: nothing.
+    void add(const std::string& name, const Samples& samples, double p50Bound = 0,
+             double p99Bound = 0);
+
+    void print() const;
+    /// Throws std::runtime_error if the file cannot be written.
+    void writeJson(const std::string& path) const;
+
+private:
+    struct Row {
+        std::string name;
+        Samples samples;
+        double p50Bound;
+        double p99Bound;
+    };
+
+    std::vector<Row> rows_;
+};
