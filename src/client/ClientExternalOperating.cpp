@@ -9,6 +9,7 @@
 #include "client/ClientCommands.h"
 #include "client/ClientSend.h"
 #include "client/ClientSettings.h"
+#include "client/MyExternalCommandFactory.h"
 #include "client/MySocketCommandFactory.h"
 #include "client/ProcessStarter.h"
 #include "client/SystemMessageBox.h"
@@ -44,9 +45,11 @@ void prepareFramework(const std::string& settingsPath) {
 std::unique_ptr<IExternalCommandFactory> makeTransport(const std::string& settingsPath,
                                                        ClientExternalOperating& client) {
     const ClientSettings settings = ClientSettings::read(settingsPath);
-    if (!settings.useTcp)
-        throw std::runtime_error("Window messages are not available, set UseTcp to true");
-    return std::make_unique<MySocketCommandFactory>(settings.serverIp, settings.tcpPort, client);
+    if (settings.useTcp)
+        return std::make_unique<MySocketCommandFactory>(settings.serverIp, settings.tcpPort,
+                                                        client);
+    return std::make_unique<MyExternalCommandFactory>(settings.clientPipeName,
+                                                      settings.serverPipeName, client);
 }
 
 template <class... Commands>

@@ -22,6 +22,13 @@ BOOL CWnd::DestroyWindow() {
     return m_hWnd != nullptr && ::DestroyWindow(m_hWnd);
 }
 
+CWnd* CWnd::FromHandle(HWND window) {
+    if (GetWindowThreadProcessId(window, nullptr) != GetCurrentThreadId()) return nullptr;
+    if (GetClassLongPtrA(window, GCLP_WNDPROC) != reinterpret_cast<ULONG_PTR>(procedure))
+        return nullptr;
+    return reinterpret_cast<CWnd*>(GetWindowLongPtrA(window, GWLP_USERDATA));
+}
+
 void CWnd::BeginModalState() {
     EnableWindow(m_hWnd, FALSE);
 }

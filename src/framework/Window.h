@@ -31,6 +31,9 @@ public:
                   int y, int width, int height, HWND parent, HMENU menu);
     BOOL DestroyWindow();
 
+    /// The object of a window that the calling thread created; null for every other window.
+    static CWnd* FromHandle(HWND window);
+
     /// Disable and re-enable the window while a modal one is up.
     virtual void BeginModalState();
     virtual void EndModalState();
@@ -70,11 +73,11 @@ public:
             static const AFX_MSGMAP* get() { return Base::GetThisMessageMap(); } \
         };                                                                       \
         static const AFX_MSGMAP_ENTRY entries[] = {
-#define ON_WM_COPYDATA()                                                      \
-    {WM_COPYDATA, [](CWnd& window, WPARAM wParam, LPARAM lParam) -> LRESULT { \
-         auto* const sender = reinterpret_cast<HWND>(wParam);                 \
-         auto* const data = reinterpret_cast<COPYDATASTRUCT*>(lParam);        \
-         return static_cast<ThisClass&>(window).OnCopyData(sender, data);     \
+#define ON_WM_COPYDATA()                                                        \
+    {WM_COPYDATA, [](CWnd& window, WPARAM wParam, LPARAM lParam) -> LRESULT {   \
+         CWnd* const sender = CWnd::FromHandle(reinterpret_cast<HWND>(wParam)); \
+         auto* const data = reinterpret_cast<COPYDATASTRUCT*>(lParam);          \
+         return static_cast<ThisClass&>(window).OnCopyData(sender, data);       \
      }},
 
 #define END_MESSAGE_MAP()                                   \

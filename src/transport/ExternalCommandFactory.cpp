@@ -1,0 +1,87 @@
+#include "transport/ExternalCommandFactory.h"
+
+#include <new>
+#include <stdexcept>
+#include <utility>
+
+#include "protocol/RecordStream.h"
+#include "transport/ReceivedCommand.h"
+
+namespace {
+
+constexpr unsigned int defaultTimeoutMs = 2000;
+
+}  // namespace
+
+/// Answers one received command.
+class ExternalCommandFactory::CommandReplyer final : public IExternalCommand::ICommandReplyer {
+public:
+    CommandReplyer(ExternalCommandFactory& factory, const ExternalCommand& received)
+        : factory_(factory), received_(received) {}
+
+    bool reply(std::unique_ptr<IExternalCommand> answer, unsigned int timeoutMs) override {
+        factory_.releaseHeldSender();
+        if (!answer) return true;
+        dynamic_cast<ExternalCommand&>(*answer).stampAsReplyTo(received_.requestId());
+        return factory_.send(std::move(answer), timeoutMs);
+    }
+
+private:
+    ExternalCommandFactory& factory_;
+    const ExternalCommand& received_;
+};
+
+ExternalCommandFactory::ExternalCommandFactory(const std::string& clientWindowName,
+                                               std::string serverWindowName,
+                                               std::unique_ptr<IWindowPlatform> platform)
+    : window_(std::make_unique<ExternalOperatingWnd>(*this)),
+      serverWindowName_(std::move(serverWindowName)),
+      platform_(std::move(platform)) {
+    if (!window_->create(clientWindowName.c_str()))
+        throw std::runtime_error("Unable to create External Operating CWnd (" + clientWindowName +
+                                 ")");
+}
+
+ExternalCommandFactory::~ExternalCommandFactory() = default;
+
+bool ExternalCommandFactory::send(std::unique_ptr<IExternalCommand> command,
+                                  unsigned int timeoutMs) {
+    releaseHeldSender();
+    const HWND server = platform_->findWindow(serverWindowName_);
+    if (server == nullptr) return false;
+    if (timeoutMs == useDefault) timeoutMs = defaultTimeout(command->getId());
+    std::string bytes;
+    command->write(bytes);
+    const unsigned int flags =
+        timeoutMs <= abortIfHungMs ? SMTO_BLOCK | SMTO_ABORTIFHUNG : SMTO_BLOCK;
+    unsigned long result = 0;
+    return platform_->sendCopyData(server, messageTag, bytes, flags, timeoutMs, result) &&
+           result != 0;
+}
+
+void ExternalCommandFactory::releaseHeldSender() {
+    if (platform_->holdsSender()) platform_->releaseSender(1);
+}
+
+unsigned int ExternalCommandFactory::defaultTimeout(unsigned int) const {
+    return defaultTimeoutMs;
+}
+
+bool ExternalCommandFactory::onCopyData(const COPYDATASTRUCT* record) {
+    if (record == nullptr || record->dwData != messageTag) return false;
+    if (record->lpData == nullptr || record->cbData > protocol::maxRecordBytes) return false;
+    try {
+        return handleBytes(std::string(static_cast<const char*>(record->lpData), record->cbData));
+    } catch (const std::bad_alloc&) {
+        return false;  // must not leave through the system's dispatching
+    }
+}
+
+bool ExternalCommandFactory::handleBytes(const std::string& bytes) {
+    const ReceivedCommand received = recognise(bytes, prototypes(), pingPrototype_);
+    if (!received.command) return false;
+    if (received.isPing) return true;
+    auto& command = static_cast<ExternalCommand&>(*received.command);
+    CommandReplyer replyer(*this, command);
+    return handleCommand(command, replyer);
+}

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "protocol/Commands.h"
+#include "transport/ExternalOperatingWnd.h"
+#include "transport/IExternalCommandFactory.h"
+#include "transport/WindowPlatform.h"
+
+/// The window-message transport: a command is one copy-data message to the window of the other
+/// side, handled there before the send returns. Each side finds the other's hidden window by its
+/// title.
+///
+/// Everything happens on the thread that makes the object, which must dispatch its messages: what
+/// QOR sends is handled inside that dispatching, or, where the system allows it, inside a `send`.
+/// Nothing here depends on which of the two it is.
+class ExternalCommandFactory : public IExternalCommandFactory {
+public:
+    /// The tag of the protocol's messages; all others are refused unread.
+    static constexpr unsigned long messageTag = 3084;
+
+    /// Up to this time-out a peer that does not react at all is given up at once.
+    static constexpr unsigned int abortIfHungMs = 1000;
+
+    /// Throws std::runtime_error if the window cannot be created.
+    ExternalCommandFactory(const std::string& clientWindowName, std::string serverWindowName,
+                           std::unique_ptr<IWindowPlatform> platform);
+    ~ExternalCommandFactory() override;
+
+    /// True if QOR's handler accepted the message in time. A sender that this thread still holds
+    /// is released first, so that the two sides never wait for each other. What a time-out of 0
+    /// does is the system's affair.
+    bool send(std::unique_ptr<IExternalCommand> command, unsigned int timeoutMs) override;
+
+    unsigned int defaultTimeout(unsigned int commandType) const override;
+
+    /// Handles a received message; the result goes back to the sender.
+    bool onCopyData(const COPYDATASTRUCT* record);
+
+    /// Runs the handler of a received command; false means "not handled".
+    virtual bool handleCommand(IExternalCommand& command,
+                               IExternalCommand::ICommandReplyer& replyer) = 0;
+
+private:
+    class CommandReplyer;
+
+    void releaseHeldSender();
+    bool handleBytes(const std::string& bytes);
+
+    std::unique_ptr<ExternalOperatingWnd> window_;
+    const std::string serverWindowName_;
+    const CommandPing pingPrototype_;
+    const std::unique_ptr<IWindowPlatform> platform_;
+};

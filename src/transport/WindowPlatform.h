@@ -1,0 +1,37 @@
+#pragma once
+
+#include <windows.h>
+
+#include <string>
+
+/// The window calls of the message transport; tests put their own.
+class IWindowPlatform {
+public:
+    virtual ~IWindowPlatform() = default;
+
+    /// The top-level window of any class with this title, null if there is none. Of several with
+    /// one title it is the system's choice.
+    virtual HWND findWindow(const std::string& title) = 0;
+
+    /// Sends `bytes` as one copy-data message with this tag and waits at most `timeoutMs` for the
+    /// receiver's result. False if the message was not taken in time.
+    virtual bool sendCopyData(HWND window, unsigned long tag, const std::string& bytes,
+                              unsigned int flags, unsigned int timeoutMs,
+                              unsigned long& result) = 0;
+
+    /// Whether the calling thread handles a message that another one sent and still waits for.
+    virtual bool holdsSender() = 0;
+
+    /// Lets that sender go on, with this result; what the handler returns no longer counts.
+    virtual void releaseSender(long result) = 0;
+};
+
+/// The system's windows.
+class WindowPlatform final : public IWindowPlatform {
+public:
+    HWND findWindow(const std::string& title) override;
+    bool sendCopyData(HWND window, unsigned long tag, const std::string& bytes, unsigned int flags,
+                      unsigned int timeoutMs, unsigned long& result) override;
+    bool holdsSender() override;
+    void releaseSender(long result) override;
+};
