@@ -63,3 +63,26 @@ bool QorProtocolAgent::writeParam(const Impl::ProtocolCmd& command) {
             : client_->setParamData(request->name, request->values);
     return done && answer(command);
 }
+
+bool QorProtocolAgent::setDynamic(const Impl::ProtocolCmd& command) {
+    const auto* request = payloadOf<Impl::CmdDataParamData>(command);
+    return request != nullptr &&
+           client_->setDynamicData(request->name, request->values, request->text) &&
+           answer(command);
+}
+
+bool QorProtocolAgent::controlParam(const Impl::ProtocolCmd& command) {
+    const auto* request = payloadOf<Impl::CmdDataParamData>(command);
+    if (request == nullptr) return false;
+    const bool done = command.kind == Impl::kindStartDirectCtrl
+                          ? client_->startDirectCtrl(request->name)
+                          : client_->stopDirectCtrl(request->name);
+    return done && answer(command);
+}
+
+bool QorProtocolAgent::readTogether(const Impl::ProtocolCmd& command) {
+    auto* request = payloadOf<Impl::CmdParamDataAtOnce>(command);
+    return request != nullptr &&
+           client_->readTogether(request->names, request->values, request->timeoutMs) &&
+           answer(command, command.data);
+}

@@ -22,11 +22,26 @@ struct QorProtocolAgent::Route {
 };
 
 const QorProtocolAgent::Route QorProtocolAgent::routes[] = {
+    {Impl::kindOpenModel, &QorProtocolAgent::openModel},
     {Impl::kindConnect, &QorProtocolAgent::performConnect},
     {Impl::kindGetParamDescription, &QorProtocolAgent::readDescription},
     {Impl::kindGetParamData, &QorProtocolAgent::readParam},
     {Impl::kindSetParamData, &QorProtocolAgent::writeParam},
+    {Impl::kindStartDtcRead, &QorProtocolAgent::setDtcStream},
+    {Impl::kindStopDtcRead, &QorProtocolAgent::setDtcStream},
+    {Impl::kindClearDtc, &QorProtocolAgent::clearDtc},
+    {Impl::kindSetEcuSegment, &QorProtocolAgent::selectSegment},
+    {Impl::kindStopParamRead, &QorProtocolAgent::stopParamStream},
+    {Impl::kindGetDtcByStatus, &QorProtocolAgent::readDtc},
+    {Impl::kindSendKwpCommand, &QorProtocolAgent::sendKwp},
+    {Impl::kindConnectCanBus, &QorProtocolAgent::connectCanBus},
+    {Impl::kindGetCanBusData, &QorProtocolAgent::readCanBus},
+    {Impl::kindGetParamDataAtOnce, &QorProtocolAgent::readTogether},
+    {Impl::kindSetDynamicData, &QorProtocolAgent::setDynamic},
     {Impl::kindPingQor, &QorProtocolAgent::ping},
+    {Impl::kindSendCanBusMsg, &QorProtocolAgent::sendCanBus},
+    {Impl::kindStartDirectCtrl, &QorProtocolAgent::controlParam},
+    {Impl::kindStopDirectCtrl, &QorProtocolAgent::controlParam},
 };
 
 QorProtocolAgent::QorProtocolAgent(std::shared_ptr<Impl> impl) : impl_(std::move(impl)) {
@@ -49,7 +64,11 @@ void QorProtocolAgent::step() {
     noteOnlineState();
     common::pumpCopyData();
     Impl::ProtocolCmd command;
-    if (!impl_->commandQueue.pop(command, requestWaitMs)) return;
+    if (!impl_->commandQueue.pop(command, requestWaitMs)) {
+        streamParams();
+        streamDtcs();
+        return;
+    }
     if (!handle(command) && command.replyQueue != nullptr)
         command.replyQueue->push(Impl::CmdResponse());
 }

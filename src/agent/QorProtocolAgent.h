@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "client/ClientExternalOperating.h"
 #include "facade/FacadeImpl.h"
@@ -20,8 +21,9 @@ public:
     QorProtocolAgent(std::shared_ptr<Impl> impl, std::unique_ptr<ClientExternalOperating> client);
 
     /// One round: look after the online state, dispatch the thread's copy-data messages, carry
-    /// out at most one request; waits at most 1 ms for one. A request that fails, for whatever
-    /// reason, is answered as a failure; one that succeeds has been answered by its handler.
+    /// out at most one request; waits at most 1 ms for one, and without one feeds the streams. A
+    /// request that fails, for whatever reason, is answered as a failure; one that succeeds has
+    /// been answered by its handler.
     void step();
 
     /// Ends the work with QOR: disconnects the ECU and shuts QOR down, if the settings name an
@@ -42,7 +44,35 @@ private:
     bool readDescription(const Impl::ProtocolCmd& command);
     bool readParam(const Impl::ProtocolCmd& command);
     bool writeParam(const Impl::ProtocolCmd& command);
+    bool setDynamic(const Impl::ProtocolCmd& command);
+    bool controlParam(const Impl::ProtocolCmd& command);
+    bool readTogether(const Impl::ProtocolCmd& command);
+    bool openModel(const Impl::ProtocolCmd& command);
+    bool selectSegment(const Impl::ProtocolCmd& command);
+    bool clearDtc(const Impl::ProtocolCmd& command);
+    bool readDtc(const Impl::ProtocolCmd& command);
+    bool sendKwp(const Impl::ProtocolCmd& command);
+    bool connectCanBus(const Impl::ProtocolCmd& command);
+    bool readCanBus(const Impl::ProtocolCmd& command);
+    bool sendCanBus(const Impl::ProtocolCmd& command);
+    bool setDtcStream(const Impl::ProtocolCmd& command);
+    bool stopParamStream(const Impl::ProtocolCmd& command);
+
+    // One step each of the streams, in rounds without a request.
+    void streamParams();
+    void fillQueue(Impl::ParamQueue& queue, const std::vector<std::string>& names);
+    bool isFresh(std::uint32_t arrivalTick);
+    void streamDtcs();
+    bool readDtcsFor(Impl::DtcQueue& queue);
+    bool hasQorAnsweredLately() const;
 
     std::shared_ptr<Impl> impl_;
     std::unique_ptr<ClientExternalOperating> client_;
+
+    // The one stream of trouble codes; a null queue means none.
+    Impl::DtcQueue* dtcQueue_ = nullptr;
+    std::uint32_t dtcStatusMask_ = 0;  // in truth the time-out of a read, see CmdDataDtc
+    std::uint32_t dtcPeriodMs_ = 0;
+    std::uint32_t dtcNextTick_ = 0;
+    std::uint32_t dtcFailures_ = 0;
 };

@@ -84,6 +84,38 @@ public:
     bool getStaticParam(const std::string& name, SampledValue& sample, unsigned int timeoutMs);
     bool setStaticParam(const std::string& name, const SampledValue& sample);
 
+    /// The value as a text in QOR's notation.
+    bool setDynamicData(const std::string& name, const std::vector<double>& values,
+                        const std::string& text);
+    bool startDirectCtrl(const std::string& name);
+    bool stopDirectCtrl(const std::string& name);
+    /// The first arrays of several parameters, in the order of the names. What came for some of
+    /// them counts only when all have come; no names succeed at once.
+    bool readTogether(const std::vector<std::string>& names,
+                      std::vector<std::vector<double>>& values, unsigned int timeoutMs);
+
+    /// Asks QOR to send these parameters' values by itself, until as many `unsubscribe` calls
+    /// have taken them back. A `subscribe` that fails changes nothing.
+    bool subscribe(const std::vector<std::string>& names);
+    bool unsubscribe(const std::vector<std::string>& names);
+    /// The values that QOR last sent of a parameter, with the tick of their arrival; without a
+    /// command once the name is known.
+    bool peekParamData(const std::string& name, SampledValue& sample);
+
+    /// The trouble codes. There is no selection by status: QOR is passed whether the mask is 0.
+    bool getDtc(std::uint32_t statusMask, std::vector<protocol::DtcRecord>& dtcs,
+                unsigned int timeoutMs);
+    bool clearDtc();
+    /// One KWP exchange; only after a connect. `answer` is the whole record as QOR sent it back.
+    bool execKwp(const protocol::ExecKwp& request, protocol::ExecKwp& answer);
+    bool connectCanBus(const protocol::CanBusConnect& settings);
+    bool getCanBusData(const std::vector<protocol::CanBusItem>& request,
+                       std::vector<protocol::CanBusItem>& frames, unsigned int timeoutMs);
+    bool sendCanBusMsg(const protocol::CanBusSend& message, unsigned int timeoutMs);
+
+    bool setEcuSegment(const std::string& segment, bool flag);
+    bool startEdit(const protocol::StartEdit& model);
+
     // The receiving side: called by the handlers of received commands, on the transport's
     // receiving thread. Each copies what it needs.
     void onParamValue(std::int32_t id, double value);
@@ -109,6 +141,13 @@ private:
     /// Pumps until `isThere` is true, the time-out has passed or the client ends.
     template <class Condition>
     bool waitUntil(unsigned int timeoutMs, Condition isThere);
+
+    bool directCtrl(const std::string& name, std::uint32_t operation,
+                    const std::vector<double>& values, const std::string& text);
+    bool resolveAll(const std::vector<std::string>& names, unsigned int timeoutMs,
+                    std::vector<std::int32_t>& indices);
+    bool sendSubscriptions();
+    void count(const std::vector<std::int32_t>& indices, std::int32_t difference);
 
     template <class Command>
     bool send(const typename Command::Payload& payload, unsigned int timeoutMs);

@@ -8,16 +8,7 @@ using protocol::StaticParam;
 
 namespace {
 
-constexpr unsigned int resolveMs = 400;
 constexpr unsigned int writeMs = 500;
-
-template <class Map, class Key>
-bool copyEntry(const Map& map, const Key& key, typename Map::mapped_type& copy) {
-    const auto found = map.find(key);
-    if (found == map.end()) return false;
-    copy = found->second;
-    return true;
-}
 
 }  // namespace
 
@@ -25,7 +16,9 @@ bool ClientExternalOperating::getParamInfo(const std::string& name, ParamInfo& d
                                            unsigned int timeoutMs, bool refresh) {
     if (refresh) state_.lock()->descriptions.erase(name);
     ParamInfo found;
-    const auto isThere = [&] { return copyEntry(state_.lock()->descriptions, name, found); };
+    const auto isThere = [&] {
+        return clientsend::copyEntry(state_.lock()->descriptions, name, found);
+    };
     if (!isThere()) {
         ParamInfo request;
         request.name = name;
@@ -54,7 +47,9 @@ bool ClientExternalOperating::getParamData(const std::string& name, std::vector<
     std::int32_t index = 0;
     if (!resolve(name, timeoutMs, index)) return false;
     if (refresh) state_.lock()->values.erase(index);
-    const auto isThere = [&] { return copyEntry(state_.lock()->values, index, values); };
+    const auto isThere = [&] {
+        return clientsend::copyEntry(state_.lock()->values, index, values);
+    };
     if (isThere()) return true;
     DirectCtrl request;
     request.paramIndex = static_cast<std::uint32_t>(index);
@@ -65,12 +60,33 @@ bool ClientExternalOperating::getParamData(const std::string& name, std::vector<
 
 bool ClientExternalOperating::setParamData(const std::string& name,
                                            const std::vector<double>& values) {
+    return directCtrl(name, DirectCtrl::writeValues, values, std::string());
+}
+
+bool ClientExternalOperating::setDynamicData(const std::string& name,
+                                             const std::vector<double>& values,
+                                             const std::string& text) {
+    return directCtrl(name, DirectCtrl::writeDynamic, values, text);
+}
+
+bool ClientExternalOperating::startDirectCtrl(const std::string& name) {
+    return directCtrl(name, DirectCtrl::startControl, {}, name);
+}
+
+bool ClientExternalOperating::stopDirectCtrl(const std::string& name) {
+    return directCtrl(name, DirectCtrl::stopControl, {}, name);
+}
+
+bool ClientExternalOperating::directCtrl(const std::string& name, std::uint32_t operation,
+                                         const std::vector<double>& values,
+                                         const std::string& text) {
     std::int32_t index = 0;
-    if (!resolve(name, resolveMs, index)) return false;
+    if (!resolve(name, clientsend::resolveMs, index)) return false;
     DirectCtrl request;
     request.paramIndex = static_cast<std::uint32_t>(index);
-    request.operation = DirectCtrl::writeValues;
+    request.operation = operation;
     request.values = values;
+    request.name = text;
     return send<ClientCommandDirectCtrl>(request, writeMs);
 }
 
@@ -82,13 +98,15 @@ bool ClientExternalOperating::getStaticParam(const std::string& name, SampledVal
     StaticParam request;
     request.paramIndex = static_cast<std::uint32_t>(index);
     request.operation = StaticParam::readArrays;
-    const auto isThere = [&] { return copyEntry(state_.lock()->samples, index, sample); };
+    const auto isThere = [&] {
+        return clientsend::copyEntry(state_.lock()->samples, index, sample);
+    };
     return send<ClientCommandStaticParam>(request, timeoutMs) && waitUntil(timeoutMs, isThere);
 }
 
 bool ClientExternalOperating::setStaticParam(const std::string& name, const SampledValue& sample) {
     std::int32_t index = 0;
-    if (!resolve(name, resolveMs, index)) return false;
+    if (!resolve(name, clientsend::resolveMs, index)) return false;
     StaticParam request;
     request.paramIndex = static_cast<std::uint32_t>(index);
     request.operation = StaticParam::writeArrays;

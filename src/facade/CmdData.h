@@ -46,3 +46,91 @@ struct QorControlFacade::Impl::CmdDataParamData : CmdData {
     std::string text;                           ///< the value of a dynamic write
     unsigned int timeoutMs;
 };
+
+struct QorControlFacade::Impl::CmdParamDataAtOnce : CmdData {
+    CmdParamDataAtOnce(std::vector<std::string> paramNames, unsigned int timeout)
+        : names(std::move(paramNames)), timeoutMs(timeout) {}
+
+    std::vector<std::string> names;
+    std::vector<std::vector<double>> values;  ///< filled by the agent, in the order of the names
+    unsigned int timeoutMs;
+};
+
+struct QorControlFacade::Impl::CmdDataSegment : CmdData {
+    CmdDataSegment(std::string name, bool option) : segment(std::move(name)), flag(option) {}
+
+    std::string segment;
+    bool flag;
+};
+
+struct QorControlFacade::Impl::CmdDataModel : CmdData {
+    explicit CmdDataModel(ModelDescription description) : model(std::move(description)) {}
+
+    ModelDescription model;
+};
+
+/// The one trouble-code stream; stopping it and clearing the codes pass nothing.
+struct QorControlFacade::Impl::CmdDataDtc : CmdData {
+    CmdDataDtc() = default;
+    CmdDataDtc(DtcQueue* hostQueue, std::uint32_t mask, std::uint32_t period)
+        : queue(hostQueue), statusMask(mask), periodMs(period) {}
+
+    DtcQueue* queue = nullptr;
+    /// The host's time-out for one read. There is no selection by status: the word doubles as
+    /// the option that QOR is passed, which is set for every time-out but 0.
+    std::uint32_t statusMask = 0;
+    std::uint32_t periodMs = 0;
+};
+
+struct QorControlFacade::Impl::CmdDataDtcData : CmdData {
+    explicit CmdDataDtcData(std::uint32_t mask) : statusMask(mask) {}
+
+    std::uint32_t statusMask;  ///< the host's time-out, as in CmdDataDtc
+    std::vector<DtcDescription> dtcs;
+};
+
+struct QorControlFacade::Impl::CmdDataKwp : CmdData {
+    CmdDataKwp(unsigned int timeout, const KwpCommand& kwp)
+        : timeoutMs(timeout), service(kwp.service), data(kwp.data), failed(kwp.failed) {}
+
+    std::uint32_t timeoutMs;
+    std::uint32_t service;
+    std::string data;  ///< the request, replaced by the answer
+    std::uint32_t failed;
+};
+
+/// Three words: the bus setting, the word that holds both flags, the connection type.
+struct QorControlFacade::Impl::CmdCanBusConn : CmdData {
+    CmdCanBusConn(const CanBusConnect& record, EcuConnect::ConnType connType)
+        : settings(record), type(connType) {}
+
+    CanBusConnect settings;
+    EcuConnect::ConnType type;
+};
+
+struct QorControlFacade::Impl::CmdCanBusSend : CmdData {
+    CmdCanBusSend(std::uint32_t firstNumber, std::uint32_t secondNumber, std::string bytes,
+                  std::uint32_t timeout)
+        : first(firstNumber), second(secondNumber), message(std::move(bytes)), timeoutMs(timeout) {}
+
+    std::uint32_t first;
+    std::uint32_t second;
+    std::string message;
+    std::uint32_t timeoutMs;
+};
+
+struct QorControlFacade::Impl::CmdCanBusData : CmdData {
+    CmdCanBusData(CanBusData record, std::uint32_t timeout)
+        : data(std::move(record)), timeoutMs(timeout) {}
+
+    CanBusData data;  ///< the identifiers, replaced by the answer
+    std::uint32_t timeoutMs;
+};
+
+/// Ends a stream of parameter values.
+struct QorControlFacade::Impl::CmdRepeatRead : CmdData {
+    explicit CmdRepeatRead(std::vector<std::string> paramNames) : names(std::move(paramNames)) {}
+
+    ParamQueue* queue = nullptr;  ///< not used: the registration is gone already
+    std::vector<std::string> names;
+};

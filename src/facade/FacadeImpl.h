@@ -53,6 +53,16 @@ public:
     struct CmdDataConnect;
     struct CmdDataParamInfo;
     struct CmdDataParamData;
+    struct CmdParamDataAtOnce;
+    struct CmdDataSegment;
+    struct CmdDataModel;
+    struct CmdDataDtc;
+    struct CmdDataDtcData;
+    struct CmdDataKwp;
+    struct CmdCanBusConn;
+    struct CmdCanBusSend;
+    struct CmdCanBusData;
+    struct CmdRepeatRead;
 
     /// The agent's answer to one request.
     struct CmdResponse {
@@ -83,6 +93,7 @@ public:
     };
 
     using ParamQueue = ThreadSafeQueue<std::vector<ParamValue>>;
+    using DtcQueue = ThreadSafeQueue<std::vector<DtcDescription>>;
 
     /// What one host queue is to be filled with.
     struct RepeatRead {

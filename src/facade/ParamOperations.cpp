@@ -1,4 +1,5 @@
 #include "facade/CmdData.h"
+#include "facade/ParamLines.h"
 #include "facade/QorControlFacade.h"
 #include "facade/Text.h"
 #include "facade/TimedCall.h"
@@ -21,17 +22,6 @@ char asCharacter(double value) {
     return static_cast<char>(static_cast<unsigned char>(static_cast<long long>(value)));
 }
 
-void logFailedGet(const QorControlFacade::Impl& impl, bool isOnline, const std::string& name,
-                  const TimedCall& call) {
-    trace(libraryModule, tracelog::warning, 0,
-          "QorControlFacade::getParamData() failed on param: %s , t: %d ms\n", name.c_str(),
-          call.elapsedMs());
-    trace(libraryModule, tracelog::information, 0,
-          "QorControlFacade::getParamData() isEcuOnline=%s\n", isOnline ? "true" : "false");
-    if (impl.eolLog != nullptr)
-        impl.eolLog->error("FAILED GET-param(%s), t: %d ms", name.c_str(), call.elapsedMs());
-}
-
 }  // namespace
 
 bool QorControlFacade::getParamDescription(const std::string& name,
@@ -48,9 +38,7 @@ bool QorControlFacade::getParamDescription(const std::string& name,
             return true;
         }
     }
-    trace(libraryModule, tracelog::warning, 0,
-          "QorControlFacade::getParamDescription() failed on param: %s , t: %d ms\n", name.c_str(),
-          call.elapsedMs());
+    paramlines::traceFailure("getParamDescription", name, call);
     return false;
 }
 
@@ -67,15 +55,18 @@ bool QorControlFacade::getParamData(const std::string& name, std::vector<double>
     if (call.run(Impl::kindGetParamData, request, doubledWait(timeoutMs)))
         answer = call.results<Impl::CmdDataParamData>();
     if (answer == nullptr) {
-        logFailedGet(*impl, impl->isEcuOnline(), name, call);
+        paramlines::traceFailure("getParamData", name, call);
+        trace(libraryModule, tracelog::information, 0,
+              "QorControlFacade::getParamData() isEcuOnline=%s\n",
+              impl->isEcuOnline() ? "true" : "false");
+        paramlines::logFailure(*impl, "GET", name, call);
         return false;
     }
     values = answer->values;
     second = answer->second;
     third = answer->third;
     valuecache::store(*impl, name, {answer->values, answer->second, answer->third, answer->stamp});
-    trace(libraryModule, tracelog::information, 0, "OK on get: %s [%s], t: %d ms\n", name.c_str(),
-          text::ofValues(answer->values).c_str(), call.elapsedMs());
+    paramlines::traceValue("get", name, text::ofValues(answer->values), call);
     return true;
 }
 
@@ -108,15 +99,11 @@ bool QorControlFacade::setParamData(const std::string& name, const std::vector<d
     request->second = second;
     request->third = third;
     if (!call.run(Impl::kindSetParamData, request, doubledWait(timeoutMs))) {
-        trace(libraryModule, tracelog::warning, 0,
-              "QorControlFacade::setParamData() failed on param: %s , t: %d ms\n", name.c_str(),
-              call.elapsedMs());
-        if (impl->eolLog != nullptr)
-            impl->eolLog->error("FAILED SET-param(%s), t: %d ms", name.c_str(), call.elapsedMs());
+        paramlines::traceFailure("setParamData", name, call);
+        paramlines::logFailure(*impl, "SET", name, call);
         return false;
     }
-    trace(libraryModule, tracelog::information, 0, "OK on set: %s [%s], t: %d ms\n", name.c_str(),
-          text::ofValues(values).c_str(), call.elapsedMs());
+    paramlines::traceValue("set", name, text::ofValues(values), call);
     valuecache::store(*impl, name, {values, second, third, request->stamp});
     return true;
 }

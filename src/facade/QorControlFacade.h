@@ -195,6 +195,18 @@ public:
     /// Whether QOR answers.
     bool pingQor(unsigned int timeoutMs) const;
 
+    /// Selects the memory page to work on, one of the two segment names. There is no time limit.
+    /// `monitor` may be null; nothing is reported to it.
+    bool setEcuSegment(const std::string& segment, bool flag, IProgressMonitor* monitor) const;
+
+    /// Lets QOR end its work with the ECU and open a model; true as soon as that is posted.
+    /// `isEcuOnline` is false from then on until an ECU is connected anew. What QOR exports of the
+    /// model stands afterwards in "c:\qor_exp.sde" and "c:\qor_exp_add.sde".
+    bool openModel(const ModelDescription& model) const;
+
+    /// Opens the CAN bus; true as soon as that is posted.
+    bool connectCanBus(const CanBusConnect& settings, EcuConnect::ConnType type) const;
+
     /// @}
     /// @name Parameters
     /// @{
@@ -223,6 +235,68 @@ public:
     bool setParamData(const std::string& name, const std::vector<double>& values,
                       const std::vector<double>& second, const std::vector<double>& third,
                       unsigned int timeoutMs) const;
+
+    /// Writes a value as text, in QOR's own notation. The value cache is not touched. QOR is given
+    /// 500 ms whatever `timeoutMs` says.
+    bool setDynamicData(const std::string& name, const std::string& value,
+                        unsigned int timeoutMs) const;
+
+    /// Takes an actuator under direct control ...
+    bool startDirectCtrl(const std::string& name, unsigned int timeoutMs) const;
+    /// ... and gives it back. QOR is given 500 ms, as for a write.
+    bool stopDirectCtrl(const std::string& name, unsigned int timeoutMs) const;
+
+    /// Reads several parameters in one exchange, past the cache: one array per name, in the order
+    /// of the names; an array may be empty.
+    bool getParamDataAtOnce(const std::vector<std::string>& names,
+                            std::vector<std::vector<double>>& values, unsigned int timeoutMs) const;
+
+    /// @}
+    /// @name Diagnostics
+    /// @{
+
+    /// Clears the trouble codes. Waits exactly `timeoutMs`; QOR is given 400 ms.
+    bool clearDtc(unsigned int timeoutMs) const;
+
+    /// Reads the trouble codes.
+    bool getDtcByStatus(std::vector<DtcDescription>& dtcs, unsigned int timeoutMs) const;
+
+    /// Sends a KWP request. True says that the exchange took place: `data` is then the answer and
+    /// `failed` the ECU's verdict. Works only after a `connect`.
+    bool sendKwpCommand(KwpCommand& kwp, unsigned int timeoutMs) const;
+
+    /// Reads the values of the CAN identifiers in `data`, which is replaced by QOR's answer.
+    bool getCanBusData(CanBusData& data, unsigned int timeoutMs) const;
+
+    /// Sends a CAN message; the two numbers and the bytes are QOR's and travel unchanged.
+    bool sendCanBusMsg(unsigned int first, unsigned int second, const std::string& message,
+                       unsigned int timeoutMs) const;
+
+    /// @}
+
+    /// @name Streams into the host's own queues
+    /// @{
+
+    /// Fills `queue` with the current values of these parameters: a vector of those that are
+    /// fresh, again and again while QOR sends them. A value is fresh for three refresh periods
+    /// after its arrival; a parameter that stalls disappears from the vectors. Registering the
+    /// same queue again replaces its names. Works at any time and is always true; the values flow
+    /// once QOR has an ECU online. A queue that is full loses values, see ThreadSafeQueue. A null
+    /// queue is ignored.
+    bool startParamRead(ThreadSafeQueue<std::vector<ParamValue>>* queue,
+                        const std::vector<std::string>& names) const;
+
+    /// Ends that. See "Ownership" above for how long the queue must stay alive.
+    bool stopParamRead(ThreadSafeQueue<std::vector<ParamValue>>* queue) const;
+
+    /// Fills `queue` with the list of trouble codes, read every `periodMs` and given `timeoutMs`
+    /// each time. After four failed reads in a row it gets a vector of one empty entry. There is
+    /// one such stream: a second call redirects it, a null queue ends it.
+    bool startDtcRead(ThreadSafeQueue<std::vector<DtcDescription>>* queue, unsigned int timeoutMs,
+                      unsigned int periodMs) const;
+
+    /// Ends that.
+    bool stopDtcRead() const;
 
     /// @}
 

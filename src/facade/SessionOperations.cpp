@@ -1,5 +1,6 @@
 #include "common/Pump.h"
 #include "facade/CmdData.h"
+#include "facade/Posting.h"
 #include "facade/QorControlFacade.h"
 #include "facade/TimedCall.h"
 #include "trace/Trace.h"
@@ -24,13 +25,18 @@ bool awaitPumping(Impl& impl, Impl::AnswerQueue& answers) {
 }
 
 /// Posts a request without a time limit and waits for its answer.
-bool postAndAwaitPumping(Impl& impl, Impl::ProtocolCmd command) {
+bool postAndAwaitPumping(Impl& impl, std::uint32_t kind, std::shared_ptr<Impl::CmdData> request,
+                         IProgressMonitor* monitor) {
     auto answers = std::make_unique<Impl::AnswerQueue>(1);
+    Impl::ProtocolCmd command;
+    command.kind = kind;
+    command.data = request;
     command.replyQueue = answers.get();
+    command.monitor = monitor;
     impl.commandQueue.push(command);
     const bool succeeded = awaitPumping(impl, *answers);
     // An agent that was let go may still hold the request.
-    impl.buryQueue(std::move(answers), command.data);
+    impl.buryQueue(std::move(answers), request);
     return succeeded;
 }
 
@@ -66,16 +72,40 @@ bool QorControlFacade::connect(const EcuConnect& settings, EcuConnect::ConnType 
     const auto impl = impl_->shared_from_this();
     if (!impl->agentThread.isRunning()) return false;
     logConnect(*impl, settings, type);
-    Impl::ProtocolCmd command;
-    command.kind = Impl::kindConnect;
-    command.data = std::make_shared<Impl::CmdDataConnect>(settings, type);
-    command.monitor = monitor;
-    if (monitor == nullptr) {
-        impl->commandQueue.push(command);
-        return true;
-    }
+    auto request = std::make_shared<Impl::CmdDataConnect>(settings, type);
+    if (monitor == nullptr) return postOnly(*impl, Impl::kindConnect, std::move(request));
     const Connecting connecting(*impl);
-    return postAndAwaitPumping(*impl, command);
+    return postAndAwaitPumping(*impl, Impl::kindConnect, std::move(request), monitor);
+}
+
+bool QorControlFacade::setEcuSegment(const std::string& segment, bool flag,
+                                     IProgressMonitor* monitor) const {
+    const auto impl = impl_->shared_from_this();
+    if (!impl->agentThread.isRunning()) return false;
+    trace(libraryModule, tracelog::information, 0, "Setting segment = '%s' [%d]\n", segment.c_str(),
+          flag);
+    if (impl->eolLog != nullptr) impl->eolLog->info("SET-segment(%s): [%d]", segment.c_str(), flag);
+    return postAndAwaitPumping(*impl, Impl::kindSetEcuSegment,
+                               std::make_shared<Impl::CmdDataSegment>(segment, flag), monitor);
+}
+
+bool QorControlFacade::openModel(const ModelDescription& model) const {
+    const auto impl = impl_->shared_from_this();
+    if (!impl->agentThread.isRunning()) return false;
+    trace(libraryModule, tracelog::information, 0, "Opening model = '%s', hex = '%s', csv = '%s'\n",
+          model.model.c_str(), model.hex.c_str(), model.csv.c_str());
+    if (impl->eolLog != nullptr)
+        impl->eolLog->info("OPEN-model(%s): ['%s' '%s']", model.model.c_str(), model.hex.c_str(),
+                           model.csv.c_str());
+    return postOnly(*impl, Impl::kindOpenModel, std::make_shared<Impl::CmdDataModel>(model));
+}
+
+bool QorControlFacade::connectCanBus(const CanBusConnect& settings,
+                                     EcuConnect::ConnType type) const {
+    const auto impl = impl_->shared_from_this();
+    if (!impl->agentThread.isRunning()) return false;
+    return postOnly(*impl, Impl::kindConnectCanBus,
+                    std::make_shared<Impl::CmdCanBusConn>(settings, type));
 }
 
 bool QorControlFacade::pingQor(unsigned int timeoutMs) const {

@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "framework/SocketWindow.h"
 
@@ -61,9 +62,9 @@ BOOL CAsyncSocket::SetSockOpt(int optionName, const void* optionValue, int optio
 
 void CAsyncSocket::Close() {
     if (m_hSocket == INVALID_SOCKET) return;
-    SocketWindow::detach(m_hSocket);
-    closesocket(m_hSocket);
-    m_hSocket = INVALID_SOCKET;
+    const SOCKET closing = std::exchange(m_hSocket, INVALID_SOCKET);
+    SocketWindow::detach(closing);
+    closesocket(closing);
 }
 
 int CAsyncSocket::Receive(void* buffer, int length, int flags) {

@@ -18,9 +18,13 @@ SocketWindow::SocketWindow() {
     windowClass.lpfnWndProc = procedure;
     windowClass.hInstance = AfxThisModule();
     windowClass.lpszClassName = className;
-    RegisterClassA(&windowClass);  // fails harmlessly when another thread has done it
-    window_ = CreateWindowExA(0, className, "", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr,
-                              windowClass.hInstance, nullptr);
+    bool isAnothers = false;
+    do {  // a class of another thread may vanish with that thread's last window
+        isAnothers =
+            RegisterClassA(&windowClass) == 0 && GetLastError() == ERROR_CLASS_ALREADY_EXISTS;
+        window_ = CreateWindowExA(0, className, "", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr,
+                                  windowClass.hInstance, nullptr);
+    } while (window_ == nullptr && isAnothers && GetLastError() == ERROR_CANNOT_FIND_WND_CLASS);
 }
 
 SocketWindow::~SocketWindow() {
@@ -32,10 +36,7 @@ bool SocketWindow::attach(CAsyncSocket& socket, long events) {
     if (threadWindow == nullptr) threadWindow = new SocketWindow;
     if (WSAAsyncSelect(socket.m_hSocket, threadWindow->window_, socketNotifyMessage, events) != 0) {
         const int error = WSAGetLastError();
-        if (threadWindow->sockets_.empty()) {
-            delete threadWindow;
-            threadWindow = nullptr;
-        }
+        deleteIfUnused();
         WSASetLastError(error);
         return false;
     }
@@ -46,15 +47,20 @@ bool SocketWindow::attach(CAsyncSocket& socket, long events) {
 void SocketWindow::detach(SOCKET socket) {
     if (threadWindow == nullptr || threadWindow->sockets_.erase(socket) == 0) return;
     WSAAsyncSelect(socket, threadWindow->window_, 0, 0);
-    threadWindow->dropQueuedOf(socket);
-    if (!threadWindow->sockets_.empty()) return;
+    dropQueuedOf(socket, threadWindow->window_);
+    deleteIfUnused();
+}
+
+void SocketWindow::deleteIfUnused() {
+    if (threadWindow == nullptr || !threadWindow->sockets_.empty()) return;
     delete threadWindow;
     threadWindow = nullptr;
 }
 
-void SocketWindow::dropQueuedOf(SOCKET socket) {
+void SocketWindow::dropQueuedOf(SOCKET socket, HWND window) {
+    // Dispatching for another socket may close that one, too, and so end the window in here.
     MSG message;
-    while (PeekMessageA(&message, window_, socketNotifyMessage, socketDeadMessage, PM_REMOVE)) {
+    while (PeekMessageA(&message, window, socketNotifyMessage, socketDeadMessage, PM_REMOVE)) {
         if (message.message == WM_QUIT) {
             PostQuitMessage(static_cast<int>(message.wParam));
             return;

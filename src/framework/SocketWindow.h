@@ -27,7 +27,8 @@ private:
     SocketWindow& operator=(const SocketWindow&) = delete;
 
     static LRESULT CALLBACK procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
-    void dropQueuedOf(SOCKET socket);
+    static void dropQueuedOf(SOCKET socket, HWND window);
+    static void deleteIfUnused();
 
     HWND window_;
     std::map<SOCKET, CAsyncSocket*> sockets_;

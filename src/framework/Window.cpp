@@ -1,10 +1,51 @@
 #include "framework/Window.h"
 
+#include <cstdio>
+#include <set>
+#include <string>
+
+#include "common/Guarded.h"
 #include "framework/Application.h"
 
 namespace {
 
-const char* const wndClassName = "QorFrameworkWindow";
+/// The names of the window classes that this module has registered. They go with the module:
+/// the system would keep them, and with them the address of a procedure that is there no more.
+class WindowClasses {
+public:
+    ~WindowClasses() {
+        for (const std::string& name : *names_.lock())
+            UnregisterClassA(name.c_str(), AfxThisModule());
+    }
+
+    /// Registers the class under `name` unless it is there already. The result lasts as long as
+    /// the module; null if the system refuses.
+    const char* add(WNDCLASSA windowClass, const std::string& name) {
+        const auto names = names_.lock();
+        const auto known = names->find(name);
+        if (known != names->end()) return known->c_str();
+        windowClass.lpszClassName = name.c_str();
+        return RegisterClassA(&windowClass) != 0 ? names->insert(name).first->c_str() : nullptr;
+    }
+
+private:
+    common::Guarded<std::set<std::string>> names_;
+};
+
+WindowClasses& moduleClasses() {
+    static WindowClasses classes;
+    return classes;
+}
+
+/// A name of its own for every set of properties.
+std::string classNameFor(const WNDCLASSA& windowClass) {
+    char name[96];
+    std::snprintf(name, sizeof name, "QorWindow:%X:%p:%p:%p", windowClass.style,
+                  static_cast<void*>(windowClass.hCursor),
+                  static_cast<void*>(windowClass.hbrBackground),
+                  static_cast<void*>(windowClass.hIcon));
+    return name;
+}
 
 }  // namespace
 
@@ -75,8 +116,6 @@ LRESULT CWnd::handle(UINT message, WPARAM wParam, LPARAM lParam) {
 }
 
 const char* AfxRegisterWndClass(UINT classStyle, HCURSOR cursor, HBRUSH background, HICON icon) {
-    WNDCLASSA existing;
-    if (GetClassInfoA(AfxThisModule(), wndClassName, &existing)) return wndClassName;
     WNDCLASSA windowClass = {};
     windowClass.style = classStyle;
     windowClass.lpfnWndProc = CWnd::procedure;
@@ -84,6 +123,5 @@ const char* AfxRegisterWndClass(UINT classStyle, HCURSOR cursor, HBRUSH backgrou
     windowClass.hCursor = cursor;
     windowClass.hbrBackground = background;
     windowClass.hIcon = icon;
-    windowClass.lpszClassName = wndClassName;
-    return RegisterClassA(&windowClass) != 0 ? wndClassName : nullptr;
+    return moduleClasses().add(windowClass, classNameFor(windowClass));
 }

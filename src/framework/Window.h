@@ -51,8 +51,8 @@ private:
     LRESULT handle(UINT message, WPARAM wParam, LPARAM lParam);
 };
 
-/// Registers (once per set of properties) a class for CWnd windows and returns its name; null if
-/// the system refuses.
+/// Registers (once per set of properties) a class for CWnd windows and returns its name, which
+/// lasts as long as this module; null if the system refuses. The classes go with the module.
 const char* AfxRegisterWndClass(UINT classStyle, HCURSOR cursor = nullptr,
                                 HBRUSH background = nullptr, HICON icon = nullptr);
 

@@ -1,5 +1,8 @@
 #include "transport/PeerAsyncSocket.h"
 
+#include <new>
+#include <utility>
+
 #include "common/Thread.h"
 #include "transport/ConnInstance.h"
 
@@ -32,17 +35,21 @@ bool PeerAsyncSocket::isOwnedByCaller() const {
 }
 
 void PeerAsyncSocket::sendBytes(const std::string& bytes) {
-    if (!bytes.empty()) {
-        const LockGuard guard(lock_);
-        pendingOutput_ += bytes;
-    }
+    if (!addPending(bytes)) return connection_.onSendError(WSAENOBUFS);
     if (isOwnedByCaller() && isOpen()) OnSend(0);
 }
 
+bool PeerAsyncSocket::addPending(const std::string& bytes) {
+    const LockGuard guard(lock_);
+    if (pendingOutput_.size() + bytes.size() > maxPendingBytes) return false;
+    pendingOutput_ += bytes;
+    return true;
+}
+
 void PeerAsyncSocket::OnSend(int errorCode) {
-    const std::string output = takePending();
-    const std::size_t sent = sendAsMuchAsPossible(output);
-    if (sent < output.size()) putBack(output.substr(sent));
+    std::string output = takePending();
+    output.erase(0, sendAsMuchAsPossible(output));
+    if (!output.empty()) putBack(std::move(output));
     CAsyncSocket::OnSend(errorCode);
 }
 
@@ -53,9 +60,10 @@ std::string PeerAsyncSocket::takePending() {
     return output;
 }
 
-void PeerAsyncSocket::putBack(const std::string& unsent) {
+void PeerAsyncSocket::putBack(std::string&& unsent) {
     const LockGuard guard(lock_);
-    pendingOutput_.insert(0, unsent);
+    unsent += pendingOutput_;
+    pendingOutput_.swap(unsent);
 }
 
 std::size_t PeerAsyncSocket::sendAsMuchAsPossible(const std::string& bytes) {
@@ -73,6 +81,17 @@ std::size_t PeerAsyncSocket::sendAsMuchAsPossible(const std::string& bytes) {
 }
 
 void PeerAsyncSocket::OnReceive(int errorCode) {
+    try {
+        receiveChunk();
+    } catch (const std::bad_alloc&) {
+        // It must not pass through the system's code that called us. A chunk is lost, and with it
+        // the place in the stream: a broken connection.
+        connection_.onError(WSAENOBUFS);
+    }
+    CAsyncSocket::OnReceive(errorCode);
+}
+
+void PeerAsyncSocket::receiveChunk() {
     char chunk[16384];
     const int received = Receive(chunk, sizeof chunk);
     if (received > 0) {
@@ -82,7 +101,6 @@ void PeerAsyncSocket::OnReceive(int errorCode) {
         const int error = GetLastError();
         if (received == 0 || error != WSAEWOULDBLOCK) connection_.onError(error);
     }
-    CAsyncSocket::OnReceive(errorCode);
 }
 
 void PeerAsyncSocket::OnConnect(int errorCode) {

@@ -19,6 +19,9 @@ public:
     int Receive(void* buffer, int length, int flags = 0) override;
     int Send(const void* buffer, int length, int flags = 0) override;
 
+    /// A peer that does not read lets at most this much wait; more is a send error.
+    static constexpr std::size_t maxPendingBytes = 64u << 20;
+
     /// Takes over bytes to send; on the owner's thread they leave at once, as far as the socket
     /// accepts them, from any other thread with the next "may send" notification.
     void sendBytes(const std::string& bytes);
@@ -33,8 +36,10 @@ protected:
     void OnClose(int errorCode) override;
 
 private:
+    bool addPending(const std::string& bytes);
     std::string takePending();
-    void putBack(const std::string& unsent);
+    void putBack(std::string&& unsent);
+    void receiveChunk();
     std::size_t sendAsMuchAsPossible(const std::string& bytes);
 
     ConnInstance& connection_;

@@ -1,0 +1,75 @@
+#include "agent/Answering.h"
+#include "agent/DtcConversion.h"
+#include "agent/QorProtocolAgent.h"
+
+using EcuConnect = QorControlFacade::EcuConnect;
+
+std::vector<QorControlFacade::DtcDescription> toDescriptions(
+    const std::vector<protocol::DtcRecord>& records) {
+    std::vector<QorControlFacade::DtcDescription> descriptions;
+    descriptions.reserve(records.size());
+    for (const protocol::DtcRecord& record : records)
+        descriptions.push_back(
+            {record.code, record.status, record.text1, record.text2, record.text3, record.text4});
+    return descriptions;
+}
+
+bool QorProtocolAgent::clearDtc(const Impl::ProtocolCmd& command) {
+    return payloadOf<Impl::CmdDataDtc>(command) != nullptr && client_->clearDtc() &&
+           answer(command);
+}
+
+bool QorProtocolAgent::readDtc(const Impl::ProtocolCmd& command) {
+    auto* request = payloadOf<Impl::CmdDataDtcData>(command);
+    if (request == nullptr) return false;
+    std::vector<protocol::DtcRecord> dtcs;
+    if (!client_->getDtc(request->statusMask, dtcs, request->statusMask)) return false;
+    request->dtcs = toDescriptions(dtcs);
+    return answer(command, command.data);
+}
+
+bool QorProtocolAgent::sendKwp(const Impl::ProtocolCmd& command) {
+    auto* request = payloadOf<Impl::CmdDataKwp>(command);
+    if (request == nullptr) return false;
+    protocol::ExecKwp record;
+    record.service = request->service;
+    record.data = request->data;
+    record.timeoutMs = request->timeoutMs;
+    record.failed = request->failed != 0;
+    protocol::ExecKwp result;
+    if (!client_->execKwp(record, result)) return false;
+    request->data = result.data;
+    request->failed = result.failed;
+    return answer(command, command.data);
+}
+
+bool QorProtocolAgent::connectCanBus(const Impl::ProtocolCmd& command) {
+    const auto* request = payloadOf<Impl::CmdCanBusConn>(command);
+    if (request == nullptr) return false;
+    protocol::CanBusConnect record;
+    record.busMode = request->type == EcuConnect::Alternative ? 1 : 0;
+    record.busParam = request->settings.busParam;
+    record.firstFlag = request->settings.firstFlag;
+    record.secondFlag = request->settings.secondFlag;
+    return client_->connectCanBus(record) && answer(command);
+}
+
+bool QorProtocolAgent::readCanBus(const Impl::ProtocolCmd& command) {
+    auto* request = payloadOf<Impl::CmdCanBusData>(command);
+    if (request == nullptr) return false;
+    std::vector<protocol::CanBusItem> wanted;
+    for (const auto& item : request->data.items) wanted.push_back({item.canId, item.value});
+    std::vector<protocol::CanBusItem> frames;
+    if (!client_->getCanBusData(wanted, frames, request->timeoutMs)) return false;
+    request->data.items.clear();
+    for (const auto& frame : frames) request->data.items.push_back({frame.canId, frame.value});
+    return answer(command, command.data);
+}
+
+bool QorProtocolAgent::sendCanBus(const Impl::ProtocolCmd& command) {
+    const auto* request = payloadOf<Impl::CmdCanBusSend>(command);
+    return request != nullptr &&
+           client_->sendCanBusMsg({request->first, request->second, request->message},
+                                  request->timeoutMs) &&
+           answer(command);
+}

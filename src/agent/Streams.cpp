@@ -1,0 +1,97 @@
+#include <map>
+
+#include "agent/Answering.h"
+#include "agent/DtcConversion.h"
+#include "agent/QorProtocolAgent.h"
+#include "common/Clock.h"
+
+namespace {
+
+constexpr std::uint32_t answeredLatelyMs = 1000;
+constexpr std::uint32_t freshPeriods = 3;
+/// So many reads of trouble codes may fail in a row before the host is told.
+constexpr std::uint32_t silentFailures = 3;
+
+}  // namespace
+
+bool QorProtocolAgent::hasQorAnsweredLately() const {
+    const std::uint32_t lastContact = impl_->lastQorContactTick;
+    return static_cast<std::uint32_t>(lastContact + answeredLatelyMs) > common::tickCount();
+}
+
+void QorProtocolAgent::streamParams() {
+    std::map<Impl::ParamQueue*, Impl::RepeatRead> registered;
+    {
+        const LockGuard guard(impl_->stateLock);
+        if (impl_->repeatReads.empty()) return;
+        registered = impl_->repeatReads;
+    }
+    std::map<Impl::ParamQueue*, bool> tried;
+    for (const auto& entry : registered) {
+        bool prepared = entry.second.prepared;
+        if (!prepared && hasQorAnsweredLately())
+            prepared = tried[entry.first] = client_->subscribe(entry.second.names);
+        if (prepared) fillQueue(*entry.first, entry.second.names);
+    }
+    // The host may have changed its registrations meanwhile; one that is gone stays gone.
+    const LockGuard guard(impl_->stateLock);
+    for (const auto& outcome : tried) {
+        const auto live = impl_->repeatReads.find(outcome.first);
+        if (live != impl_->repeatReads.end()) live->second.prepared = outcome.second;
+    }
+}
+
+void QorProtocolAgent::fillQueue(Impl::ParamQueue& queue, const std::vector<std::string>& names) {
+    std::vector<QorControlFacade::ParamValue> batch;
+    batch.reserve(names.size());
+    for (const std::string& name : names) {
+        SampledValue sample;
+        if (!client_->peekParamData(name, sample) || !isFresh(sample.tick)) continue;
+        const double value = sample.values.front();
+        batch.push_back({name, {value}});
+        const LockGuard guard(impl_->stateLock);
+        impl_->paramValueCache[name] = Impl::CachedValue{{value}, {}, {}, sample.tick};
+    }
+    if (!batch.empty()) queue.push(batch);
+}
+
+bool QorProtocolAgent::isFresh(std::uint32_t arrivalTick) {
+    const LockGuard guard(impl_->stateLock);
+    const std::uint32_t end = arrivalTick + freshPeriods * impl_->readPeriodMs;
+    return end > common::tickCount();
+}
+
+bool QorProtocolAgent::stopParamStream(const Impl::ProtocolCmd& command) {
+    const auto* request = payloadOf<Impl::CmdRepeatRead>(command);
+    return request != nullptr && client_->unsubscribe(request->names) && answer(command);
+}
+
+void QorProtocolAgent::streamDtcs() {
+    if (dtcNextTick_ > common::tickCount() || dtcQueue_ == nullptr) return;
+    if (hasQorAnsweredLately() && readDtcsFor(*dtcQueue_)) {
+        dtcFailures_ = 0;
+    } else if (++dtcFailures_ > silentFailures) {
+        dtcQueue_->push({QorControlFacade::DtcDescription()});
+        dtcFailures_ = 0;
+    }
+    // From the end of the read, so that a slow one does not shorten the pause.
+    dtcNextTick_ = common::tickCount() + dtcPeriodMs_;
+}
+
+bool QorProtocolAgent::readDtcsFor(Impl::DtcQueue& queue) {
+    std::vector<protocol::DtcRecord> dtcs;
+    if (!client_->getDtc(dtcStatusMask_, dtcs, dtcStatusMask_)) return false;
+    queue.push(toDescriptions(dtcs));
+    return true;
+}
+
+bool QorProtocolAgent::setDtcStream(const Impl::ProtocolCmd& command) {
+    const auto* request = payloadOf<Impl::CmdDataDtc>(command);
+    if (request == nullptr) return false;
+    dtcQueue_ = request->queue;
+    dtcStatusMask_ = request->statusMask;
+    dtcPeriodMs_ = request->periodMs;
+    dtcNextTick_ = 0;
+    dtcFailures_ = 0;
+    return answer(command);
+}

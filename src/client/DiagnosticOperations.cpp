@@ -1,0 +1,85 @@
+#include "client/ClientCommands.h"
+#include "client/ClientExternalOperating.h"
+#include "client/ClientSend.h"
+
+namespace {
+
+constexpr unsigned int routineMs = 400;
+constexpr unsigned int kwpMs = 400;
+constexpr unsigned int canExtraMs = 150;
+constexpr unsigned int busMs = 10000;
+constexpr unsigned int segmentMs = 10000;
+constexpr unsigned int editMs = 90000;
+
+/// Forgets an earlier answer.
+template <class T>
+void expect(Arrival<T>& arrival) {
+    arrival = Arrival<T>();
+}
+
+/// Copies an answer out, if it has come.
+template <class T>
+bool take(const Arrival<T>& arrival, T& content) {
+    if (arrival.arrived) content = arrival.content;
+    return arrival.arrived;
+}
+
+}  // namespace
+
+bool ClientExternalOperating::getDtc(std::uint32_t statusMask,
+                                     std::vector<protocol::DtcRecord>& dtcs,
+                                     unsigned int timeoutMs) {
+    expect(state_.lock()->dtcs);
+    protocol::GetDtc request;
+    request.option = statusMask != 0;
+    return send<ClientCommandGetDTC>(request, timeoutMs) &&
+           waitUntil(timeoutMs, [&] { return take(state_.lock()->dtcs, dtcs); });
+}
+
+bool ClientExternalOperating::clearDtc() {
+    protocol::EcuToolRoutine request;
+    request.routine = protocol::EcuToolRoutine::clearDtc;
+    return send<CommandEcuToolRoutine>(request, routineMs);
+}
+
+bool ClientExternalOperating::execKwp(const protocol::ExecKwp& request, protocol::ExecKwp& answer) {
+    protocol::ExecKwp command = request;
+    {
+        const auto state = state_.lock();
+        if (!state->connecting) return false;
+        expect(state->kwpAnswer);
+        command.channel = state->connectRecord.protocol;
+    }
+    return send<ClientCommandExecKwp>(command, kwpMs) &&
+           waitUntil(clientsend::withExtra(request.timeoutMs, kwpMs),
+                     [&] { return take(state_.lock()->kwpAnswer, answer); });
+}
+
+bool ClientExternalOperating::connectCanBus(const protocol::CanBusConnect& settings) {
+    return send<CommandCanBusConnect>(settings, busMs);
+}
+
+bool ClientExternalOperating::getCanBusData(const std::vector<protocol::CanBusItem>& request,
+                                            std::vector<protocol::CanBusItem>& frames,
+                                            unsigned int timeoutMs) {
+    expect(state_.lock()->canFrames);
+    return send<ClientCommandCanBusData>(protocol::CanBusData{request}, timeoutMs) &&
+           waitUntil(clientsend::withExtra(timeoutMs, canExtraMs),
+                     [&] { return take(state_.lock()->canFrames, frames); });
+}
+
+bool ClientExternalOperating::sendCanBusMsg(const protocol::CanBusSend& message,
+                                            unsigned int timeoutMs) {
+    return send<CommandCanBusSend>(message, timeoutMs);
+}
+
+bool ClientExternalOperating::setEcuSegment(const std::string& segment, bool flag) {
+    protocol::EcuSegment request;
+    request.segment = segment;
+    request.flag = flag;
+    return send<ClientCommandEcuSegment>(request, segmentMs);
+}
+
+bool ClientExternalOperating::startEdit(const protocol::StartEdit& model) {
+    return send<CommandStartEdit>(model, editMs);
+}
