@@ -1,0 +1,235 @@
+#include "behaviour/Conversation.h"
+
+#include <utility>
+
+#include "behaviour/Dispatch.h"
+#include "behaviour/RequestFacts.h"
+#include "behaviour/SessionRequests.h"
+
+namespace simulator {
+
+namespace {
+
+Delivery withFaults(Record record, const Action& action) {
+    Delivery delivery;
+    delivery.record = std::move(record);
+    delivery.splitAfterBytes = action.splitAfterBytes;
+    delivery.gapMs = action.gapMs;
+    delivery.mergeWithNext = action.mergeWithNext;
+    delivery.closeMid = action.close == CloseWhen::Mid;
+    delivery.closeAfter = action.close == CloseWhen::After;
+    return delivery;
+}
+
+}  // namespace
+
+Conversation::Conversation(const EcuModel& model, Script script, const ConversationOptions& options,
+                           ExportFiles exports, RecordLog& recordLog, Log& log, std::uint64_t nowMs)
+    : ecu_(model),
+      script_(std::move(script)),
+      options_(options),
+      exports_(std::move(exports)),
+      recordLog_(recordLog),
+      log_(log),
+      startMs_(nowMs) {
+    timeline_.plan(script_.scheduledSince(Since::Start), nowMs);
+}
+
+void Conversation::clientConnected(std::uint64_t nowMs) {
+    clientPresent_ = true;
+    timeline_.plan(script_.scheduledSince(Since::Client), nowMs);
+}
+
+void Conversation::clientDisconnected() {
+    clientPresent_ = false;
+    outbox_.clear();
+}
+
+void Conversation::received(const Record& record, std::uint64_t nowMs) {
+    recordLog_.record(RecordLog::Direction::In, record, nowMs);
+    ecu_.parameters.advanceTo(nowMs - startMs_);
+    if (record.isReply) {
+        noteReply(record);
+        return;
+    }
+    // A copy: carrying out may change what the script decides next.
+    const Action action = script_.actionFor(factsOf(record, ecu_.parameters));
+    if (action.answer != AnswerKind::Silent) {
+        answer(record, carryOut(record, action, nowMs), action, nowMs);
+    }
+    timeline_.plan(action.then, nowMs + action.delayMs);
+    tick(nowMs);
+}
+
+// Our own commands are acknowledged by the client; nothing waits for that.
+void Conversation::noteReply(const Record& record) {
+    if (record.id != CommandId::Ping) return;
+    if (PingPayload::read(record.payload).status == PingPayload::NotHandled) {
+        log_.info("the client did not handle command " + std::to_string(record.requestId));
+    }
+}
+
+Outcome Conversation::carryOut(const Record& request, const Action& action, std::uint64_t nowMs) {
+    if (action.answer == AnswerKind::Refuse) return Outcome::refused("the script says so");
+    const std::uint64_t answerMs = nowMs + action.delayMs;
+    Outcome outcome = dispatch(ecu_, request, planFor(action), answerMs);
+    const bool connects = request.id == CommandId::KwpConnect && asksForConnection(request.payload);
+    if (connects && !outcome.refusal) {
+        timeline_.plan(script_.scheduledSince(Since::Connect), answerMs);
+    }
+    return outcome;
+}
+
+BootstrapPlan Conversation::planFor(const Action& action) const {
+    if (action.bootstrap) return *action.bootstrap;
+    if (script_.bootstrap()) return *script_.bootstrap();
+    BootstrapPlan plan;
+    plan.durationMs = options_.connectMs;
+    return plan;
+}
+
+void Conversation::answer(const Record& request, const Outcome& outcome, const Action& action,
+                          std::uint64_t nowMs) {
+    if (outcome.refusal) log_.info(commandName(request.id) + " refused: " + *outcome.refusal);
+    if (!outcome.note.empty()) log_.info(outcome.note);
+    std::vector<AnswerRecord> records = composeAnswer(
+        request, outcome, action, options_.answerStyle, [this] { return freshRequestId(); });
+    if (!action.rawBefore.empty()) {
+        Delivery raw;
+        raw.raw = action.rawBefore;
+        post(std::move(raw), nowMs + action.delayMs);
+    }
+    if (action.close == CloseWhen::Before) {
+        happen(CloseEffect(), nowMs + action.delayMs);
+        return;
+    }
+    for (std::size_t i = 0; i + 1 < records.size(); ++i) {
+        Delivery first;
+        first.record = std::move(records[i].record);
+        post(std::move(first), nowMs + records[i].delayMs);
+    }
+    const Delivery last = withFaults(std::move(records.back().record), action);
+    for (std::uint32_t i = 0; i <= action.duplicates; ++i) {
+        post(last, nowMs + records.back().delayMs);
+    }
+    timeline_.plan(outcome.then, nowMs + action.delayMs);
+}
+
+void Conversation::tick(std::uint64_t nowMs) {
+    ecu_.parameters.advanceTo(nowMs - startMs_);
+    for (const ParamDataPayload& report : ecu_.bootstrap.poll(nowMs)) {
+        postOwn(CommandId::ReceiveParamData, report.write(), nowMs);
+    }
+    while (const std::optional<Effect> effect = timeline_.take(nowMs)) {
+        std::visit([&](const auto& kind) { happen(kind, nowMs); }, *effect);
+    }
+    const std::vector<std::uint32_t> due = ecu_.subscription.poll(nowMs);
+    if (!ecu_.bootstrap.isOnline()) return;
+    for (const std::uint32_t index : due) {
+        const ParamDataPayload value{static_cast<std::int32_t>(index),
+                                     ecu_.parameters.firstValue(index)};
+        postOwn(CommandId::ReceiveParamData, value.write(), nowMs);
+    }
+}
+
+std::optional<Piece> Conversation::take(std::uint64_t nowMs) {
+    std::optional<Piece> piece = outbox_.take(nowMs);
+    if (!piece) return piece;
+    if (piece->record) {
+        recordLog_.record(RecordLog::Direction::Out, *piece->record, nowMs);
+    } else if (!piece->bytes.empty() && !piece->isRest) {
+        recordLog_.raw(piece->bytes, nowMs);
+    }
+    return piece;
+}
+
+std::optional<std::uint64_t> Conversation::nextMs() const {
+    std::optional<std::uint64_t> next;
+    for (const auto& candidate : {outbox_.nextMs(), timeline_.nextMs(), ecu_.bootstrap.nextMs(),
+                                  ecu_.subscription.nextMs()}) {
+        if (candidate && (!next || *candidate < *next)) next = candidate;
+    }
+    return next;
+}
+
+void Conversation::post(Delivery delivery, std::uint64_t dueMs) {
+    if (clientPresent_) outbox_.post(std::move(delivery), dueMs);
+}
+
+void Conversation::postOwn(CommandId id, std::string payload, std::uint64_t nowMs) {
+    Delivery delivery;
+    delivery.record = Record{id, false, freshRequestId(), std::move(payload)};
+    post(std::move(delivery), nowMs);
+}
+
+void Conversation::happen(const PushEffect& push, std::uint64_t nowMs) {
+    ParamDataPayload value{push.index, push.value};
+    if (!push.name.empty()) {
+        const ParameterModel* model = ecu_.parameters.find(push.name);
+        if (model == nullptr) {
+            log_.error("the script pushes \"" + push.name + "\", which is no parameter");
+            return;
+        }
+        value.index = ecu_.parameters.indexOf(*model);
+    }
+    postOwn(CommandId::ReceiveParamData, value.write(), nowMs);
+}
+
+void Conversation::happen(const MessageBoxEffect& box, std::uint64_t nowMs) {
+    postOwn(CommandId::RedirectUi, box.box.write(), nowMs);
+}
+
+void Conversation::happen(const EditEffect& edit, std::uint64_t nowMs) {
+    EditPayload payload = edit.edit;
+    if (edit.exportBytes) {
+        const bool additional = payload.stage == EditPayload::AdditionalExport;
+        std::vector<std::string>& files = additional ? payload.addFiles : payload.files;
+        try {
+            files.insert(files.begin(), exports_.create(*edit.exportBytes));
+        } catch (const std::exception& error) {
+            log_.error(error.what());
+            return;
+        }
+    }
+    postOwn(CommandId::StartEdit, payload.write(), nowMs);
+}
+
+void Conversation::happen(const RecordEffect& record, std::uint64_t nowMs) {
+    Delivery delivery;
+    delivery.record = Record{record.id, record.isReply, record.requestId.value_or(freshRequestId()),
+                             record.payload};
+    post(std::move(delivery), nowMs);
+}
+
+void Conversation::happen(const RawEffect& raw, std::uint64_t nowMs) {
+    Delivery delivery;
+    delivery.raw = raw.bytes;
+    post(std::move(delivery), nowMs);
+}
+
+void Conversation::happen(const CloseEffect& /*close*/, std::uint64_t nowMs) {
+    Delivery delivery;
+    delivery.closeAfter = true;
+    post(std::move(delivery), nowMs);
+}
+
+void Conversation::happen(const OnlineEffect& online, std::uint64_t /*nowMs*/) {
+    ecu_.bootstrap.setOnline(online.online);
+}
+
+void Conversation::happen(const StallEffect& stall, std::uint64_t /*nowMs*/) {
+    if (stall.name.empty()) {
+        ecu_.subscription.stallAll(stall.stalled);
+    } else if (const ParameterModel* model = ecu_.parameters.find(stall.name)) {
+        const auto index = static_cast<std::uint32_t>(ecu_.parameters.indexOf(*model));
+        ecu_.subscription.stall(index, stall.stalled);
+    } else {
+        log_.error("the script stalls \"" + stall.name + "\", which is no parameter");
+    }
+}
+
+void Conversation::happen(const ExitEffect& exit, std::uint64_t /*nowMs*/) {
+    exit_ = exit;
+}
+
+}  // namespace simulator

@@ -1,0 +1,112 @@
+#include "script/EffectLoader.h"
+
+#include <cstring>
+#include <limits>
+
+namespace simulator {
+
+namespace {
+
+Effect pushFrom(const JsonNode& node) {
+    node.allowOnly({"name", "index", "value"});
+    if (node.has("name") == node.has("index")) node.fail("needs either \"name\" or \"index\"");
+    PushEffect push;
+    push.name = node.text("name", "");
+    push.index = static_cast<std::int32_t>(node.integer("index", -1,
+                                                        std::numeric_limits<std::int32_t>::min(),
+                                                        std::numeric_limits<std::int32_t>::max()));
+    push.value = node.at("value").number();
+    return push;
+}
+
+Effect messageBoxFrom(const JsonNode& node) {
+    node.allowOnly({"caption", "text", "type"});
+    MessageBoxPayload box;
+    box.caption = node.text("caption", "");
+    box.text = node.text("text", "");
+    box.type = static_cast<std::uint32_t>(node.integer("type", 0, 0, 0xFFFFFFFF));
+    return MessageBoxEffect{box};
+}
+
+Effect editFrom(const JsonNode& node) {
+    node.allowOnly({"stage", "path", "info", "files", "addFiles", "exportBytes"});
+    EditEffect effect;
+    effect.edit.stage = node.at("stage").word();
+    effect.edit.path = node.text("path", "");
+    if (node.has("info")) {
+        for (const auto& [key, value] : node.at("info").members()) {
+            effect.edit.info[key] = value.text();
+        }
+    }
+    for (const JsonNode& item : node.items("files")) effect.edit.files.push_back(item.text());
+    for (const JsonNode& item : node.items("addFiles")) effect.edit.addFiles.push_back(item.text());
+    if (node.has("exportBytes")) {
+        effect.exportBytes =
+            static_cast<std::uint32_t>(node.at("exportBytes").integer(0, 100000000));
+    }
+    return effect;
+}
+
+Effect recordFrom(const JsonNode& node) {
+    node.allowOnly({"id", "payloadHex", "reply", "requestId"});
+    RecordEffect effect;
+    effect.id = static_cast<CommandId>(node.at("id").integer(0, 0xFFFF));
+    effect.isReply = node.boolean("reply", false);
+    if (node.has("requestId")) effect.requestId = node.at("requestId").word();
+    if (node.has("payloadHex")) effect.payload = node.at("payloadHex").hexBytes();
+    return effect;
+}
+
+Effect closeFrom(const JsonNode& node) {
+    if (!node.boolean()) node.fail("can only be true");
+    return CloseEffect{};
+}
+
+// "*" stands for every subscribed parameter.
+Effect stallFrom(const JsonNode& node, bool stalled) {
+    const std::string name = node.text();
+    return StallEffect{name == "*" ? "" : name, stalled};
+}
+
+struct EffectKind {
+    const char* key;
+    Effect (*load)(const JsonNode& node);
+};
+
+constexpr EffectKind kKinds[] = {
+    {"push", pushFrom},
+    {"messageBox", messageBoxFrom},
+    {"edit", editFrom},
+    {"record", recordFrom},
+    {"rawHex", [](const JsonNode& node) -> Effect { return RawEffect{node.hexBytes()}; }},
+    {"close", closeFrom},
+    {"online", [](const JsonNode& node) -> Effect { return OnlineEffect{node.boolean()}; }},
+    {"stall", [](const JsonNode& node) { return stallFrom(node, true); }},
+    {"resume", [](const JsonNode& node) { return stallFrom(node, false); }},
+    {"exit",
+     [](const JsonNode& node) -> Effect {
+         return ExitEffect{static_cast<int>(node.integer(0, 255))};
+     }},
+};
+
+}  // namespace
+
+TimedEffect timedEffectFrom(const JsonNode& node, const char* more) {
+    TimedEffect timed;
+    timed.afterMs = static_cast<std::uint32_t>(node.integer("afterMs", 0, 0, 86400000));
+    int effects = 0;
+    for (const auto& [key, value] : node.members()) {
+        if (key == "afterMs" || (more != nullptr && key == more)) continue;
+        const EffectKind* kind = nullptr;
+        for (const EffectKind& known : kKinds) {
+            if (key == known.key) kind = &known;
+        }
+        if (kind == nullptr) node.fail("unknown key \"" + key + "\"");
+        timed.effect = kind->load(value);
+        ++effects;
+    }
+    if (effects != 1) node.fail("needs exactly one effect such as \"push\"");
+    return timed;
+}
+
+}  // namespace simulator

@@ -1,0 +1,126 @@
+#include "script/ScriptLoader.h"
+
+#include <limits>
+#include <utility>
+
+#include "script/EffectLoader.h"
+
+namespace simulator {
+
+namespace {
+
+constexpr std::int64_t kMaxMs = 86400000;  // a day
+
+template <class Choice, std::size_t Size>
+Choice choiceFrom(const JsonNode& node, const std::pair<const char*, Choice> (&choices)[Size]) {
+    const std::string text = node.text();
+    std::string known;
+    for (const auto& [name, choice] : choices) {
+        if (text == name) return choice;
+        known += known.empty() ? name : std::string(", ") + name;
+    }
+    node.fail("\"" + text + "\" is none of " + known);
+}
+
+constexpr std::pair<const char*, AnswerKind> kAnswers[] = {
+    {"normal", AnswerKind::Normal},
+    {"stamped", AnswerKind::Stamped},
+    {"separate", AnswerKind::Separate},
+    {"ackOnly", AnswerKind::AckOnly},
+    {"silent", AnswerKind::Silent},
+    {"refuse", AnswerKind::Refuse},
+    {"wrongName", AnswerKind::WrongName},
+    {"wrongType", AnswerKind::WrongType},
+    {"fewerVectors", AnswerKind::FewerVectors}};
+
+constexpr std::pair<const char*, CloseWhen> kCloses[] = {
+    {"before", CloseWhen::Before}, {"mid", CloseWhen::Mid}, {"after", CloseWhen::After}};
+
+constexpr std::pair<const char*, Since> kSinces[] = {
+    {"start", Since::Start}, {"client", Since::Client}, {"connect", Since::Connect}};
+
+std::optional<std::uint32_t> optionalWord(const JsonNode& node, const char* key,
+                                          std::int64_t lowest = 0) {
+    if (!node.has(key)) return std::nullopt;
+    return static_cast<std::uint32_t>(node.at(key).integer(lowest, 0xFFFFFFFF));
+}
+
+BootstrapPlan bootstrapFrom(const JsonNode& node, std::uint32_t connectMs) {
+    node.allowOnly({"durationMs", "steps", "result", "online"});
+    BootstrapPlan plan;
+    plan.durationMs = static_cast<std::uint32_t>(node.integer("durationMs", connectMs, 0, kMaxMs));
+    plan.steps = static_cast<std::uint32_t>(node.integer("steps", plan.steps, 0, 10000));
+    plan.online = node.boolean("online", true);
+    if (node.has("result")) {
+        plan.result.reset();
+        const JsonNode result = node.at("result");
+        if (!result.isNull()) {
+            plan.result =
+                static_cast<std::int32_t>(result.integer(std::numeric_limits<std::int32_t>::min(),
+                                                         std::numeric_limits<std::int32_t>::max()));
+        }
+    }
+    return plan;
+}
+
+Match matchFrom(const JsonNode& node) {
+    node.allowOnly({"id", "operation", "name", "index", "nth", "every"});
+    Match match;
+    if (node.has("id")) match.id = static_cast<CommandId>(node.at("id").integer(0, 0xFFFF));
+    match.operation = optionalWord(node, "operation");
+    if (node.has("name")) match.name = node.at("name").text();
+    match.index = optionalWord(node, "index");
+    match.nth = optionalWord(node, "nth", 1);
+    match.every = optionalWord(node, "every", 1);
+    return match;
+}
+
+Action actionFrom(const JsonNode& node, std::uint32_t connectMs) {
+    node.allowOnly({"answer", "delayMs", "ackStatus", "splitAfterBytes", "gapMs", "mergeWithNext",
+                    "duplicates", "close", "rawHexBefore", "bootstrap", "then"});
+    Action action;
+    if (node.has("answer")) action.answer = choiceFrom(node.at("answer"), kAnswers);
+    action.delayMs = static_cast<std::uint32_t>(node.integer("delayMs", 0, 0, kMaxMs));
+    action.ackStatus = optionalWord(node, "ackStatus");
+    action.splitAfterBytes = optionalWord(node, "splitAfterBytes", 1);
+    action.gapMs = static_cast<std::uint32_t>(node.integer("gapMs", 0, 0, kMaxMs));
+    action.mergeWithNext = node.boolean("mergeWithNext", false);
+    action.duplicates = static_cast<std::uint32_t>(node.integer("duplicates", 0, 0, 1000));
+    if (node.has("close")) action.close = choiceFrom(node.at("close"), kCloses);
+    if (node.has("rawHexBefore")) action.rawBefore = node.at("rawHexBefore").hexBytes();
+    if (node.has("bootstrap")) action.bootstrap = bootstrapFrom(node.at("bootstrap"), connectMs);
+    for (const JsonNode& item : node.items("then")) action.then.push_back(timedEffectFrom(item));
+    return action;
+}
+
+Rule ruleFrom(const JsonNode& node, std::uint32_t connectMs) {
+    node.allowOnly({"match", "action"});
+    return {matchFrom(node.at("match")), actionFrom(node.at("action"), connectMs)};
+}
+
+ScheduledEffect scheduledFrom(const JsonNode& node) {
+    ScheduledEffect scheduled;
+    scheduled.since = choiceFrom(node.at("since"), kSinces);
+    scheduled.timed = timedEffectFrom(node, "since");
+    return scheduled;
+}
+
+}  // namespace
+
+Script scriptFromJson(const JsonNode& root, std::uint32_t connectMs) {
+    root.allowOnly({"rules", "at", "bootstrap"});
+    std::vector<Rule> rules;
+    for (const JsonNode& node : root.items("rules")) rules.push_back(ruleFrom(node, connectMs));
+    std::vector<ScheduledEffect> scheduled;
+    for (const JsonNode& node : root.items("at")) scheduled.push_back(scheduledFrom(node));
+    std::optional<BootstrapPlan> bootstrap;
+    if (root.has("bootstrap")) bootstrap = bootstrapFrom(root.at("bootstrap"), connectMs);
+    return Script(std::move(rules), std::move(scheduled), bootstrap);
+}
+
+Script loadScript(const std::string& path, std::uint32_t connectMs) {
+    const nlohmann::json document = readJsonFile(path);
+    return scriptFromJson(JsonNode(document, path), connectMs);
+}
+
+}  // namespace simulator

@@ -1,0 +1,58 @@
+#include "wire/Writer.h"
+
+#include <cstring>
+
+namespace simulator {
+
+Writer& Writer::u32(std::uint32_t value) {
+    for (unsigned shift = 0; shift < 32; shift += 8) {
+        bytes_.push_back(static_cast<char>((value >> shift) & 0xFFU));
+    }
+    return *this;
+}
+
+Writer& Writer::i32(std::int32_t value) {
+    return u32(static_cast<std::uint32_t>(value));
+}
+
+Writer& Writer::boolean(bool value) {
+    return u32(value ? 1U : 0U);
+}
+
+Writer& Writer::f64(double value) {
+    std::uint64_t image = 0;
+    static_assert(sizeof image == sizeof value, "a double must be 8 bytes");
+    std::memcpy(&image, &value, sizeof image);
+    u32(static_cast<std::uint32_t>(image & 0xFFFFFFFFU));
+    return u32(static_cast<std::uint32_t>(image >> 32U));
+}
+
+Writer& Writer::text(const std::string& value) {
+    count(value.size());
+    bytes_ += value;
+    return *this;
+}
+
+Writer& Writer::doubles(const std::vector<double>& values) {
+    count(values.size());
+    for (const double value : values) f64(value);
+    return *this;
+}
+
+Writer& Writer::words(const std::vector<std::uint32_t>& values) {
+    count(values.size());
+    for (const std::uint32_t value : values) u32(value);
+    return *this;
+}
+
+Writer& Writer::texts(const std::vector<std::string>& values) {
+    count(values.size());
+    for (const std::string& value : values) text(value);
+    return *this;
+}
+
+Writer& Writer::count(std::size_t elements) {
+    return u32(static_cast<std::uint32_t>(elements));
+}
+
+}  // namespace simulator

@@ -1,0 +1,124 @@
+#include "script/Script.h"
+
+#include "TestSupport.h"
+
+namespace simulator::test {
+namespace {
+
+RequestFacts facts(CommandId id, std::optional<std::uint32_t> operation = {},
+                   const std::string& name = {}, std::optional<std::uint32_t> index = {}) {
+    return {id, operation, name, index};
+}
+
+std::string errorOf(const std::string& text) {
+    return configErrorOf([&] { scriptOf(text); });
+}
+
+TEST(Script, ARuleFitsWhenEverythingThatItNamesIsEqual) {
+    Script script = scriptOf(R"({'rules': [{
+        'match': {'id': 7, 'operation': 4, 'name': 'P', 'index': 3},
+        'action': {'answer': 'refuse'}}]})");
+    const auto decide = [&](const RequestFacts& f) { return script.actionFor(f).answer; };
+    EXPECT_EQ(decide(facts(CommandId::DirectCtrl, 4, "P", 3)), AnswerKind::Refuse);
+    EXPECT_EQ(decide(facts(CommandId::StaticParam, 4, "P", 3)), AnswerKind::Normal);
+    EXPECT_EQ(decide(facts(CommandId::DirectCtrl, 1, "P", 3)), AnswerKind::Normal);
+    EXPECT_EQ(decide(facts(CommandId::DirectCtrl, 4, "Q", 3)), AnswerKind::Normal);
+    EXPECT_EQ(decide(facts(CommandId::DirectCtrl, 4, "P", 2)), AnswerKind::Normal);
+    EXPECT_EQ(decide(facts(CommandId::DirectCtrl)), AnswerKind::Normal);
+}
+
+TEST(Script, NthAndEveryCountTheFitsOfTheirOwnRule) {
+    Script script = scriptOf(R"({'rules': [
+        {'match': {'id': 0, 'nth': 2}, 'action': {'delayMs': 1}},
+        {'match': {'id': 0, 'every': 3}, 'action': {'delayMs': 2}}]})");
+    std::vector<std::uint32_t> delays;
+    for (int i = 0; i < 6; ++i) {
+        script.actionFor(facts(CommandId::GetHex));
+        delays.push_back(script.actionFor(facts(CommandId::Ping)).delayMs);
+    }
+    EXPECT_THAT(delays, testing::ElementsAre(0, 1, 2, 0, 0, 2));
+}
+
+TEST(Script, TheFirstRuleThatFitsDecides) {
+    Script script = scriptOf(R"({'rules': [
+        {'match': {'id': 0}, 'action': {'delayMs': 1}},
+        {'match': {}, 'action': {'delayMs': 2}}]})");
+    EXPECT_EQ(script.actionFor(facts(CommandId::Ping)).delayMs, 1U);
+    EXPECT_EQ(script.actionFor(facts(CommandId::GetHex)).delayMs, 2U);
+}
+
+TEST(Script, EveryKeyOfAnActionIsRead) {
+    Script script = scriptOf(R"({'rules': [{'match': {}, 'action': {
+        'answer': 'fewerVectors', 'delayMs': 1, 'ackStatus': 0, 'splitAfterBytes': 2, 'gapMs': 3,
+        'mergeWithNext': true, 'duplicates': 4, 'close': 'mid', 'rawHexBefore': '0A0b',
+        'bootstrap': {'durationMs': 5, 'steps': 6, 'result': null, 'online': false},
+        'then': [{'afterMs': 7, 'stall': '*'}]}}]})");
+    const Action action = script.actionFor(facts(CommandId::Ping));
+    EXPECT_EQ(action.answer, AnswerKind::FewerVectors);
+    EXPECT_EQ(action.delayMs, 1U);
+    EXPECT_EQ(action.ackStatus, 0U);
+    EXPECT_EQ(action.splitAfterBytes, 2U);
+    EXPECT_EQ(action.gapMs, 3U);
+    EXPECT_TRUE(action.mergeWithNext);
+    EXPECT_EQ(action.duplicates, 4U);
+    EXPECT_EQ(action.close, CloseWhen::Mid);
+    EXPECT_EQ(action.rawBefore, "\x0A\x0B");
+    ASSERT_TRUE(action.bootstrap);
+    EXPECT_EQ(action.bootstrap->durationMs, 5U);
+    EXPECT_EQ(action.bootstrap->steps, 6U);
+    EXPECT_EQ(action.bootstrap->result, std::nullopt);
+    EXPECT_FALSE(action.bootstrap->online);
+    ASSERT_EQ(action.then.size(), 1U);
+    EXPECT_EQ(action.then[0].afterMs, 7U);
+    EXPECT_TRUE(std::get<StallEffect>(action.then[0].effect).stalled);
+}
+
+TEST(Script, ABootstrapWithoutDurationTakesThatOfTheSettings) {
+    EXPECT_EQ(scriptOf("{'bootstrap': {'result': -2}}").bootstrap()->durationMs, 600U);
+    EXPECT_EQ(scriptOf("{'bootstrap': {'result': -2}}").bootstrap()->result, -2);
+    EXPECT_EQ(scriptOf("{'bootstrap': {}}").bootstrap()->result, -1);
+}
+
+TEST(Script, ScheduledEffectsAreSortedByWhatTheyCountFrom) {
+    const Script script = scriptOf(R"({'at': [
+        {'since': 'start', 'afterMs': 5, 'online': true},
+        {'since': 'client', 'close': true},
+        {'since': 'connect', 'exit': 3}]})");
+    ASSERT_EQ(script.scheduledSince(Since::Start).size(), 1U);
+    EXPECT_EQ(script.scheduledSince(Since::Start)[0].afterMs, 5U);
+    const auto connect = script.scheduledSince(Since::Connect);
+    EXPECT_EQ(std::get<ExitEffect>(connect[0].effect).code, 3);
+}
+
+TEST(Script, ErrorsNameFilePlaceAndReason) {
+    const struct {
+        const char* text;
+        const char* error;
+    } cases[] = {
+        {"{'rule': []}", "s.json: unknown key \"rule\""},
+        {"{'rules': [{'match': {}}]}", "s.json: rules[0]: \"action\" is missing"},
+        {"{'rules': [{'match': {'nth': 0}, 'action': {}}]}",
+         "s.json: rules[0]: match: nth: must be a whole number from 1 to 4294967295"},
+        {"{'rules': [{'match': {'every': 0}, 'action': {}}]}",
+         "s.json: rules[0]: match: every: must be a whole number from 1 to 4294967295"},
+        {"{'rules': [{'match': {'id': 70000}, 'action': {}}]}",
+         "s.json: rules[0]: match: id: must be a whole number from 0 to 65535"},
+        {"{'rules': [{'match': {}, 'action': {'close': 'now'}}]}",
+         "s.json: rules[0]: action: close: \"now\" is none of before, mid, after"},
+        {"{'rules': [{'match': {}, 'action': {'then': [{}]}}]}",
+         "s.json: rules[0]: action: then[0]: needs exactly one effect such as \"push\""},
+        {"{'rules': [{'match': {}, 'action': {'then': [{'push': {'value': 1}}]}}]}",
+         "s.json: rules[0]: action: then[0]: push: needs either \"name\" or \"index\""},
+        {"{'at': [{'close': true}]}", "s.json: at[0]: \"since\" is missing"},
+        {"{'at': [{'since': 'noon', 'close': true}]}",
+         "s.json: at[0]: since: \"noon\" is none of start, client, connect"},
+        {"{'at': [{'since': 'start', 'rawHex': '0g'}]}",
+         "s.json: at[0]: rawHex: must be hexadecimal bytes such as \"5A 80\""},
+        {"{'at': [{'since': 'start', 'stop': true}]}", "s.json: at[0]: unknown key \"stop\""},
+        {"{'at': [{'since': 'start', 'close': false}]}", "s.json: at[0]: close: can only be true"},
+    };
+    for (const auto& c : cases) EXPECT_EQ(errorOf(c.text), c.error) << c.text;
+}
+
+}  // namespace
+}  // namespace simulator::test

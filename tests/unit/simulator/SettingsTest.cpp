@@ -1,0 +1,76 @@
+#include "app/Settings.h"
+
+#include <map>
+
+#include "TestSupport.h"
+
+namespace simulator::test {
+namespace {
+
+using Values = std::map<std::string, std::string>;
+
+Settings settingsOf(Values values) {
+    values.emplace("UseTcp", "true");
+    values.emplace("TcpPort", "47110");
+    const auto read = [&](const std::string& section, const std::string& key) {
+        const bool isCommon = key == "UseTcp" || key == "TcpPort" || key == "ServerIp";
+        EXPECT_EQ(section, isCommon ? "CommonSettings" : "Simulator") << key;
+        return values[key];
+    };
+    return settingsFrom(read, {"c:\\set\\", "c:\\prog\\", "c:\\temp\\export-1-"});
+}
+
+std::string errorOf(const Values& values) {
+    return configErrorOf([&] { settingsOf(values); });
+}
+
+TEST(Settings, MissingKeysTakeTheirDefaults) {
+    const Settings settings = settingsOf({});
+    EXPECT_EQ(settings.serverIp, "127.0.0.1");
+    EXPECT_EQ(settings.tcpPort, 47110);
+    EXPECT_EQ(settings.modelPath, "c:\\prog\\engine.json");
+    EXPECT_EQ(settings.scriptPath, "");
+    EXPECT_EQ(settings.recordLogPath, "");
+    EXPECT_EQ(settings.exportPrefix, "c:\\temp\\export-1-");
+    EXPECT_EQ(settings.answerStyle, AnswerStyle::Stamped);
+    EXPECT_EQ(settings.connectMs, 600U);
+    EXPECT_EQ(settings.exitWithoutClientMs, 60000U);
+}
+
+TEST(Settings, RelativePathsGoByTheFolderOfTheSettings) {
+    const Settings settings =
+        settingsOf({{"Model", "m\\a.json"}, {"Script", "d:\\s.json"}, {"RecordLog", "\\\\h\\r"}});
+    EXPECT_EQ(settings.modelPath, "c:\\set\\m\\a.json");
+    EXPECT_EQ(settings.scriptPath, "d:\\s.json");
+    EXPECT_EQ(settings.recordLogPath, "\\\\h\\r");
+}
+
+TEST(Settings, TcpIsChosenByTheWordTrueInAnyCase) {
+    EXPECT_EQ(errorOf({{"UseTcp", "TRUE"}}), "");
+    for (const char* other : {"", "1", "yes", "false"}) {
+        EXPECT_THAT(errorOf({{"UseTcp", other}}), testing::HasSubstr("[CommonSettings] UseTcp"))
+            << other;
+    }
+}
+
+TEST(Settings, EveryBadValueIsNamedWithItsKey) {
+    EXPECT_EQ(errorOf({{"TcpPort", "0"}}), "[CommonSettings] TcpPort: must not be 0");
+    EXPECT_EQ(errorOf({{"TcpPort", "65536"}}),
+              "[CommonSettings] TcpPort: \"65536\" is not a whole number from 0 to 65535");
+    EXPECT_EQ(errorOf({{"AnswerStyle", "both"}}),
+              "[Simulator] AnswerStyle: \"both\" is neither \"stamped\" nor \"separate\"");
+    EXPECT_EQ(errorOf({{"ConnectMs", "1e3"}}),
+              "[Simulator] ConnectMs: \"1e3\" is not a whole number from 0 to 86400000");
+    EXPECT_THAT(errorOf({{"ExitWithoutClientMs", "99999999999"}}),
+                testing::HasSubstr("ExitWithoutClientMs"));
+    for (const char* ip : {"host", "1.2.3", "1.2.3.4.5", "1.2.3.256", "1.2.3.", "1..2.3"}) {
+        EXPECT_THAT(errorOf({{"ServerIp", ip}}), testing::HasSubstr("ServerIp")) << ip;
+    }
+}
+
+TEST(Settings, TheStyleOfAnsweringIsChosen) {
+    EXPECT_EQ(settingsOf({{"AnswerStyle", "separate"}}).answerStyle, AnswerStyle::Separate);
+}
+
+}  // namespace
+}  // namespace simulator::test
