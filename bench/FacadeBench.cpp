@@ -28,14 +28,18 @@ public:
     void reportError(const std::string&, unsigned int) override {}
 };
 
-std::string writeSettings() {
+std::string writeSettings(Transport transport) {
+    const bool useTcp = transport == Transport::tcp;
+    const std::string id = std::to_string(GetCurrentProcessId()) + (useTcp ? "-tcp" : "-window");
     char folder[MAX_PATH] = "";
     GetTempPathA(sizeof folder, folder);
-    const std::string path =
-        std::string(folder) + "qor-bench-" + std::to_string(GetCurrentProcessId()) + ".ini";
+    const std::string path = std::string(folder) + "qor-bench-" + id + ".ini";
     std::ofstream(path) << "[CommonSettings]\nQORexecutable=" << programFolder()
-                        << "qor-simulator.exe\nUseTcp=true\nServerIp=127.0.0.1\nTcpPort="
-                        << freePort() << "\n[Simulator]\nModel=" << programFolder()
+                        << "qor-simulator.exe\nUseTcp=" << (useTcp ? "true" : "false")
+                        << "\nServerIp=127.0.0.1\nTcpPort=" << freePort()
+                        << "\nServerPipeName=qor-bench server " << id
+                        << "\nClientPipeName=qor-bench client " << id
+                        << "\n[Simulator]\nModel=" << programFolder()
                         << "engine.json\nConnectMs=50\nExitWithoutClientMs=5000\n";
     return path;
 }
@@ -46,7 +50,7 @@ void require(bool succeeded, const char* what) {
 
 }  // namespace
 
-FacadeBench::FacadeBench() : settingsPath_(writeSettings()) {
+FacadeBench::FacadeBench(Transport transport) : settingsPath_(writeSettings(transport)) {
     facade_ = std::make_unique<QorControlFacade>(settingsPath_, nullptr, 0,
                                                  programFolder() + "qor-bench.exe");
     awaitReady();

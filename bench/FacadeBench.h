@@ -7,11 +7,13 @@
 #include "facade/QorControlFacade.h"
 #include "Process.h"
 
-/// A facade with the simulated QOR behind it, as a station has it: over TCP, the ECU connected,
-/// one parameter known by name.
+enum class Transport { tcp, window };
+
+/// A facade with the simulated QOR behind it, as a station has it: the ECU connected, one
+/// parameter known by name.
 class FacadeBench {
 public:
-    FacadeBench();
+    explicit FacadeBench(Transport transport);
     ~FacadeBench();
     FacadeBench(const FacadeBench&) = delete;
     FacadeBench& operator=(const FacadeBench&) = delete;

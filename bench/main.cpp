@@ -5,6 +5,7 @@
 
 #include "BlockingFloor.h"
 #include "CodecBench.h"
+#include "CopyDataFloor.h"
 #include "DesignFloor.h"
 #include "EchoPeer.h"
 #include "FacadeBench.h"
@@ -19,6 +20,7 @@ struct Options {
     int perRound = 100;
     std::string jsonPath = "bench.json";
     unsigned int echoPeerPort = 0;
+    std::string copyDataPeerTitle;
 };
 
 /// An aim in terms of a bound: p50 at most 1.3 times, p99 at most 3 times that.
@@ -27,49 +29,73 @@ constexpr double p99Factor = 3.0;
 constexpr double shortActionBoundUs = 1.0;
 constexpr int cachedBatch = 1000;
 
-/// Everything that takes turns in one run, so that a machine that changes its speed changes all.
-struct RoundTrips {
-    Samples fill, blocking, design, hop, ping, read, cached;
+/// A facade's requests and what they are held against. Everything takes its turn in one run, so
+/// that a machine that changes its speed changes all.
+struct FacadeSamples {
+    Samples ping, read, cached;
 };
+struct RoundTrips {
+    Samples fill, hop;
+    Samples blocking, design;
+    Samples copyData, copyDataBack;
+    FacadeSamples tcp, window;
+};
+
+void measureFacade(const Options& options, FacadeBench& facade, FacadeSamples& samples) {
+    facade.readParam();  // the cache is off from here on
+    measure(samples.ping, options.perRound, [&] { facade.ping(); });
+    measure(samples.read, options.perRound, [&] { facade.readParam(); });
+    facade.readCachedParam();  // and on
+    measureBatches(samples.cached, 10, cachedBatch, [&] { facade.readCachedParam(); });
+}
 
 void measureRoundTrips(const Options& options, RoundTrips& all) {
     BlockingFloor blocking;
     DesignFloor design;
+    CopyDataFloor copyData;
     ThreadHop hop;
-    FacadeBench facade;
+    FacadeBench tcp(Transport::tcp);
+    FacadeBench window(Transport::window);
     for (int round = 0; round < options.rounds; ++round) {
         fmt::print("\rround {} of {}", round + 1, options.rounds);
         std::fflush(stdout);
         measure(all.fill, options.perRound, [] { protocol::drawRequestId(); });
+        measure(all.hop, options.perRound, [&] { hop.roundTrip(); });
         measure(all.blocking, options.perRound, [&] { blocking.roundTrip(); });
         measure(all.design, options.perRound, [&] { design.roundTrip(); });
-        measure(all.hop, options.perRound, [&] { hop.roundTrip(); });
-        facade.readParam();  // the cache is off from here on
-        measure(all.ping, options.perRound, [&] { facade.ping(); });
-        measure(all.read, options.perRound, [&] { facade.readParam(); });
-        facade.readCachedParam();  // and on
-        measureBatches(all.cached, 10, cachedBatch, [&] { facade.readCachedParam(); });
+        measureFacade(options, tcp, all.tcp);
+        measure(all.copyData, options.perRound, [&] { copyData.sendAndResult(); });
+        measure(all.copyDataBack, options.perRound, [&] { copyData.thereAndBack(); });
+        measureFacade(options, window, all.window);
     }
     fmt::print("\n");
 }
 
-/// The bound of a request: the design's floor, a generator fill for each of the two command
-/// objects that the library builds (the request and the parsed answer), and the hop from the
-/// host's thread to the agent's and back.
-double requestBound(const RoundTrips& all) {
-    return all.design.p50() + 2 * all.fill.p50() + all.hop.p50();
+/// What a request may cost: the transport's floor, a generator fill for each command object that
+/// the library builds for it, and the hop from the host's thread to the agent's and back.
+double boundOf(const RoundTrips& all, const Samples& floor, int commandObjects) {
+    return floor.p50() + commandObjects * all.fill.p50() + all.hop.p50();
+}
+
+void reportRequest(Report& report, const std::string& name, const Samples& samples, double bound) {
+    report.add(name, samples, bound * p50Factor, bound * p50Factor * p99Factor);
 }
 
 void reportRoundTrips(const RoundTrips& all, Report& report) {
-    const double bound = requestBound(all);
     report.add("generator fill", all.fill);
+    report.add("floor: thread hop, there and back", all.hop);
     report.add("floor: blocking 32-byte TCP round trip", all.blocking);
     report.add("floor: asynchronous socket and hand-over", all.design);
-    report.add("floor: thread hop, there and back", all.hop);
-    report.add("pingQor", all.ping, bound * p50Factor, bound * p50Factor * p99Factor);
-    report.add("getParamData, one value", all.read, bound * p50Factor,
-               bound * p50Factor * p99Factor);
-    report.add("getParamData, cached", all.cached, shortActionBoundUs);
+    report.add("floor: copy-data message and its result", all.copyData);
+    report.add("floor: copy-data message there and back", all.copyDataBack);
+    // Over TCP every answer is an object of its own; a window message's result is none.
+    const double tcp = boundOf(all, all.design, 2);
+    reportRequest(report, "pingQor, TCP", all.tcp.ping, tcp);
+    reportRequest(report, "getParamData, one value, TCP", all.tcp.read, tcp);
+    reportRequest(report, "pingQor, window", all.window.ping, boundOf(all, all.copyData, 1));
+    reportRequest(report, "getParamData, one value, window", all.window.read,
+                  boundOf(all, all.copyDataBack, 2));
+    report.add("getParamData, cached", all.tcp.cached, shortActionBoundUs);
 }
 
 int run(const Options& options) {
@@ -101,6 +127,7 @@ int main(int argc, char** argv) {
     AfxSocketInit();
     try {
         if (options.echoPeerPort != 0) return runEchoPeer(options.echoPeerPort);
+        if (!options.copyDataPeerTitle.empty()) return runCopyDataPeer(options.copyDataPeerTitle);
         return run(options);
     } catch (const std::exception& error) {
         fmt::print(stderr, "qor-bench: {}\n", error.what());

@@ -1,5 +1,7 @@
 #include "facade/QorControlFacade.h"
 
+#include <cstddef>
+
 #include "common/Clock.h"
 #include "common/LastError.h"
 #include "common/Paths.h"
@@ -9,6 +11,13 @@
 
 using tracelog::libraryModule;
 using tracelog::trace;
+
+// Hosts are built against these layouts.
+static_assert(sizeof(QorControlFacade) == sizeof(void*), "the class is one pointer wide");
+static_assert(sizeof(QorControlFacade::EcuConnect::ConnType) == 4, "enumerations are 32 bits wide");
+static_assert(offsetof(QorControlFacade::CanBusConnect, firstFlag) == 4 &&
+                  offsetof(QorControlFacade::CanBusConnect, secondFlag) == 5,
+              "the flags are adjacent bytes right behind the bus setting");
 
 namespace {
 

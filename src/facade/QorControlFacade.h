@@ -42,9 +42,10 @@
 /// **Texts** are narrow strings in the process's ANSI code page; paths too.
 ///
 /// **Ownership.** The library keeps only pointers to the log, the monitor and the streaming
-/// queues. The log must outlive the object, the monitor the `connect` that it was given to. A
-/// queue must stay alive after its stop operation until a later answered operation (`pingQor`,
-/// for instance) has returned: the agent may still be about to fill it.
+/// queues. The log must outlive the object and every operation that still runs, the monitor the
+/// `connect` that it was given to. A queue must stay alive after its stop operation until a later
+/// answered operation (`pingQor`, for instance) has returned: the agent may still be about to fill
+/// it.
 ///
 /// **Build.** The interface passes standard strings, vectors and maps, so the host must be a
 /// 32-bit program built with the same compiler and standard library as the library, both linked

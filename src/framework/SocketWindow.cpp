@@ -2,6 +2,7 @@
 
 #include "framework/Application.h"
 #include "framework/AsyncSocket.h"
+#include "framework/WindowClasses.h"
 
 namespace {
 
@@ -17,24 +18,18 @@ SocketWindow::SocketWindow() {
     WNDCLASSA windowClass = {};
     windowClass.lpfnWndProc = procedure;
     windowClass.hInstance = AfxThisModule();
-    windowClass.lpszClassName = className;
-    bool isAnothers = false;
-    do {  // a class of another thread may vanish with that thread's last window
-        isAnothers =
-            RegisterClassA(&windowClass) == 0 && GetLastError() == ERROR_CLASS_ALREADY_EXISTS;
-        window_ = CreateWindowExA(0, className, "", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr,
-                                  windowClass.hInstance, nullptr);
-    } while (window_ == nullptr && isAnothers && GetLastError() == ERROR_CANNOT_FIND_WND_CLASS);
+    if (moduleClasses().add(windowClass, className) == nullptr) return;
+    window_ = CreateWindowExA(0, className, "", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr,
+                              windowClass.hInstance, nullptr);
 }
 
 SocketWindow::~SocketWindow() {
     if (window_ != nullptr) DestroyWindow(window_);
-    UnregisterClassA(className, AfxThisModule());  // fails while another thread has such a window
 }
 
 bool SocketWindow::attach(CAsyncSocket& socket, long events) {
     if (threadWindow == nullptr) threadWindow = new SocketWindow;
-    if (WSAAsyncSelect(socket.m_hSocket, threadWindow->window_, socketNotifyMessage, events) != 0) {
+    if (!threadWindow->request(socket.m_hSocket, events)) {
         const int error = WSAGetLastError();
         deleteIfUnused();
         WSASetLastError(error);
@@ -42,6 +37,14 @@ bool SocketWindow::attach(CAsyncSocket& socket, long events) {
     }
     threadWindow->sockets_[socket.m_hSocket] = &socket;
     return true;
+}
+
+bool SocketWindow::request(SOCKET socket, long events) const {
+    if (window_ == nullptr) {  // some systems would accept even that, and notify nobody
+        WSASetLastError(WSAEINVAL);
+        return false;
+    }
+    return WSAAsyncSelect(socket, window_, socketNotifyMessage, events) == 0;
 }
 
 void SocketWindow::detach(SOCKET socket) {

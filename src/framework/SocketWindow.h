@@ -27,9 +27,10 @@ private:
     SocketWindow& operator=(const SocketWindow&) = delete;
 
     static LRESULT CALLBACK procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+    bool request(SOCKET socket, long events) const;
     static void dropQueuedOf(SOCKET socket, HWND window);
     static void deleteIfUnused();
 
-    HWND window_;
+    HWND window_ = nullptr;
     std::map<SOCKET, CAsyncSocket*> sockets_;
 };

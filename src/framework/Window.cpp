@@ -1,41 +1,12 @@
 #include "framework/Window.h"
 
 #include <cstdio>
-#include <set>
 #include <string>
 
-#include "common/Guarded.h"
 #include "framework/Application.h"
+#include "framework/WindowClasses.h"
 
 namespace {
-
-/// The names of the window classes that this module has registered. They go with the module:
-/// the system would keep them, and with them the address of a procedure that is there no more.
-class WindowClasses {
-public:
-    ~WindowClasses() {
-        for (const std::string& name : *names_.lock())
-            UnregisterClassA(name.c_str(), AfxThisModule());
-    }
-
-    /// Registers the class under `name` unless it is there already. The result lasts as long as
-    /// the module; null if the system refuses.
-    const char* add(WNDCLASSA windowClass, const std::string& name) {
-        const auto names = names_.lock();
-        const auto known = names->find(name);
-        if (known != names->end()) return known->c_str();
-        windowClass.lpszClassName = name.c_str();
-        return RegisterClassA(&windowClass) != 0 ? names->insert(name).first->c_str() : nullptr;
-    }
-
-private:
-    common::Guarded<std::set<std::string>> names_;
-};
-
-WindowClasses& moduleClasses() {
-    static WindowClasses classes;
-    return classes;
-}
 
 /// A name of its own for every set of properties.
 std::string classNameFor(const WNDCLASSA& windowClass) {

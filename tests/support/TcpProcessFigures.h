@@ -1,0 +1,41 @@
+#pragma once
+
+#include <windows.h>
+
+// Needs windows.h before it.
+#include <psapi.h>
+#include <tlhelp32.h>
+
+#include <cstddef>
+#include <cstdint>
+
+/// What this process holds of the system, to find leaks by comparing before and after.
+namespace tcp {
+
+/// Handles are given out from the lowest free value up, so this grows with every leaked handle.
+/// (The system's own count is not available everywhere.)
+inline std::uintptr_t nextFreeHandle() {
+    HANDLE const probe = CreateEventA(nullptr, FALSE, FALSE, nullptr);
+    CloseHandle(probe);
+    return reinterpret_cast<std::uintptr_t>(probe);
+}
+
+inline unsigned threadCount() {
+    HANDLE const snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
+    THREADENTRY32 entry = {};
+    entry.dwSize = sizeof entry;
+    unsigned count = 0;
+    for (BOOL more = Thread32First(snapshot, &entry); more; more = Thread32Next(snapshot, &entry))
+        if (entry.th32OwnerProcessID == GetCurrentProcessId()) ++count;
+    CloseHandle(snapshot);
+    return count;
+}
+
+inline std::size_t memoryBytes() {
+    PROCESS_MEMORY_COUNTERS counters = {};
+    counters.cb = sizeof counters;
+    K32GetProcessMemoryInfo(GetCurrentProcess(), &counters, sizeof counters);
+    return counters.PagefileUsage;
+}
+
+}  // namespace tcp

@@ -1,0 +1,55 @@
+#include "transport/ReceiveBuffer.h"
+
+#include <gtest/gtest.h>
+
+#include <thread>
+
+namespace {
+
+TEST(ReceiveBuffer, TakingLeavesItEmpty) {
+    ReceiveBuffer buffer;
+    buffer.append("ab");
+    buffer.append("c");
+
+    EXPECT_EQ("abc", buffer.takeAll());
+    EXPECT_EQ("", buffer.takeAll());
+}
+
+TEST(ReceiveBuffer, WhatIsPutBackStandsInFrontOfWhatArrivedMeanwhile) {
+    ReceiveBuffer buffer;
+    buffer.append("first");
+    std::string taken = buffer.takeAll();
+    buffer.append("second");
+
+    buffer.putBack(std::move(taken));
+
+    EXPECT_EQ("firstsecond", buffer.takeAll());
+}
+
+TEST(ReceiveBuffer, ClearingDropsEverything) {
+    ReceiveBuffer buffer;
+    buffer.append("abc");
+
+    buffer.clear();
+
+    EXPECT_EQ("", buffer.takeAll());
+}
+
+TEST(ReceiveBuffer, ItMayBeFilledWhileItIsTaken) {
+    constexpr std::size_t count = 20000;
+    ReceiveBuffer buffer;
+    std::thread writer([&buffer] {
+        for (std::size_t i = 0; i < count; ++i) buffer.append("x");
+    });
+    std::size_t taken = 0;
+    while (taken < count) {
+        std::string bytes = buffer.takeAll();
+        if (bytes.size() > 1) buffer.putBack(bytes.substr(1));
+        taken += bytes.empty() ? 0 : 1;
+    }
+    writer.join();
+
+    EXPECT_EQ("", buffer.takeAll());
+}
+
+}  // namespace

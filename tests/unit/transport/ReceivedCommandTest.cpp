@@ -1,0 +1,145 @@
+#include "transport/ReceivedCommand.h"
+
+#include <gtest/gtest.h>
+
+#include <new>
+
+#include "SocketTransportSupport.h"
+
+namespace {
+
+using tcp::record;
+using tcp::word;
+
+/// Notes its number when it is asked, and takes records of id 8 if it is told to.
+class CountingPrototype final : public CommandEcuToolRoutine, public IClientCommand {
+public:
+    CountingPrototype(std::string& asked, char name, bool takes)
+        : asked_(asked), name_(name), takes_(takes) {}
+
+    IExternalCommand* createFromPayload(const std::string&) const override {
+        asked_ += name_;
+        return takes_ ? new CountingPrototype(asked_, name_, takes_) : nullptr;
+    }
+    bool onReply(IExternalCommand::ICommandReplyer*, ClientExternalOperating*) override {
+        return true;
+    }
+
+private:
+    std::string& asked_;
+    char name_;
+    bool takes_;
+};
+
+class Recognising : public testing::Test {
+protected:
+    std::string asked;
+    IExternalCommandFactory::Prototypes prototypes;
+    const CommandPing ping;
+
+    void add(char name, bool takes) {
+        prototypes.push_back(std::make_unique<CountingPrototype>(asked, name, takes));
+    }
+};
+
+TEST_F(Recognising, TheFirstPrototypeThatTakesTheRecordWins) {
+    add('a', false);
+    add('b', true);
+    add('c', true);
+
+    const ReceivedCommand received = recognise(record(8, 5, word(3)), prototypes, ping);
+
+    ASSERT_NE(nullptr, received.command);
+    EXPECT_FALSE(received.isPing);
+    EXPECT_EQ("ab", asked);
+    EXPECT_EQ(5u, static_cast<ExternalCommand&>(*received.command).requestId());
+}
+
+TEST_F(Recognising, OnlyWhatNobodyTakesIsOfferedToThePing) {
+    add('a', true);
+
+    const ReceivedCommand received = recognise(tcp::pingAnswer(5, 2), prototypes, ping);
+
+    EXPECT_TRUE(received.isPing);
+    EXPECT_EQ(2u, received.pingStatus());
+    EXPECT_EQ("", asked);
+}
+
+TEST_F(Recognising, AStatusIsReadFromPingsOnly) {
+    add('a', true);
+
+    EXPECT_EQ(0u, recognise(record(8, 5, word(2)), prototypes, ping).pingStatus());
+}
+
+TEST_F(Recognising, APingWithoutAStatusHasStatusZero) {
+    const ReceivedCommand received = recognise(record(0, 5, ""), prototypes, ping);
+
+    EXPECT_TRUE(received.isPing);
+    EXPECT_EQ(0u, received.pingStatus());
+}
+
+TEST_F(Recognising, ARecordThatNobodyTakesGivesNothing) {
+    add('a', false);
+
+    EXPECT_EQ(nullptr, recognise(record(8, 5, ""), prototypes, ping).command);
+    EXPECT_EQ(nullptr, recognise(record(4, 5, ""), prototypes, ping).command);
+    EXPECT_FALSE(recognise(record(4, 5, ""), prototypes, ping).isPing);
+}
+
+class NoReplyer final : public IExternalCommand::ICommandReplyer {
+public:
+    bool reply(std::unique_ptr<IExternalCommand>, unsigned int) override { return true; }
+};
+
+/// Its handlers give what the test says; each notes that it ran.
+class BothWays final : public CommandShutdown, public IClientCommand {
+public:
+    bool onReply(IExternalCommand::ICommandReplyer* replyer,
+                 ClientExternalOperating* client) override {
+        ran += "onReply ";
+        seenReplyer = replyer;
+        seenClient = client;
+        return result;
+    }
+    bool execute(IExternalCommand::ICommandReplyer*) override {
+        ran += "execute ";
+        return result;
+    }
+
+    bool result = true;
+    std::string ran;
+    IExternalCommand::ICommandReplyer* seenReplyer = nullptr;
+    ClientExternalOperating* seenClient = nullptr;
+};
+
+TEST(Dispatch, AClientCommandGoesToItsReplyHandlerWithReplyerAndClient) {
+    BothWays command;
+    NoReplyer replyer;
+    auto* const client = reinterpret_cast<ClientExternalOperating*>(0x1234);
+
+    EXPECT_TRUE(dispatch(command, replyer, client));
+    EXPECT_EQ("onReply ", command.ran);
+    EXPECT_EQ(&replyer, command.seenReplyer);
+    EXPECT_EQ(client, command.seenClient);
+
+    command.result = false;
+    EXPECT_FALSE(dispatch(command, replyer, client));
+}
+
+TEST(Dispatch, AnyOtherCommandIsExecutedAndThatAcceptsByDefault) {
+    CommandShutdown command;
+    NoReplyer replyer;
+
+    EXPECT_TRUE(dispatch(command, replyer, nullptr));
+}
+
+TEST(Dispatch, RunningOutOfMemoryIsNotHandled) {
+    struct Hungry final : CommandShutdown {
+        bool execute(IExternalCommand::ICommandReplyer*) override { throw std::bad_alloc(); }
+    } command;
+    NoReplyer replyer;
+
+    EXPECT_FALSE(dispatch(command, replyer, nullptr));
+}
+
+}  // namespace
