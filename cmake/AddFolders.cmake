@@ -1,0 +1,16 @@
+# qor_add_folders(folder... [EXCLUDE_FROM_ALL]): adds those that exist; patterns are allowed.
+# The build notices by itself when one appears or goes.
+function(qor_add_folders)
+    cmake_parse_arguments(PARSE_ARGV 0 arg "EXCLUDE_FROM_ALL" "" "")
+    set(exclude)
+    if(arg_EXCLUDE_FROM_ALL)
+        set(exclude EXCLUDE_FROM_ALL)
+    endif()
+    foreach(pattern IN LISTS arg_UNPARSED_ARGUMENTS)
+        file(GLOB lists CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${pattern}/CMakeLists.txt)
+        foreach(list IN LISTS lists)
+            cmake_path(GET list PARENT_PATH folder)
+            add_subdirectory(${folder} ${exclude})
+        endforeach()
+    endforeach()
+endfunction()
