@@ -1,0 +1,60 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <utility>
+
+#include "common/Clock.h"
+
+/// The library's clock for the life of this object: time stands still but for what the test and
+/// the library's own sleeps add, and nobody really sleeps.
+class FakeClock final : public common::IClock {
+public:
+    explicit FakeClock(std::uint32_t start = 1000000) : start_(start) {
+        common::replaceClock(this);
+    }
+    ~FakeClock() { common::replaceClock(nullptr); }
+    FakeClock(const FakeClock&) = delete;
+    FakeClock& operator=(const FakeClock&) = delete;
+
+    std::uint32_t tickCount() override {
+        pass(msPerRead);
+        return now();
+    }
+    void sleepMs(unsigned int ms) override {
+        if (onSleep) onSleep(ms);
+        pass(static_cast<std::uint64_t>(ms) * msPerSleptMs);
+    }
+
+    std::uint32_t now() const { return start_ + static_cast<std::uint32_t>(passed_.load()); }
+    void advance(std::uint32_t ms) { pass(ms); }
+
+    /// Runs `action` once that much more time has passed, on the thread that lets it pass: inside
+    /// a sleep or a look at the clock. Only for tests of a single thread.
+    void after(std::uint32_t ms, std::function<void()> action) {
+        due_.emplace(passed_ + ms, std::move(action));
+    }
+
+    /// Time that each look at the clock takes: what ends loops that wait without sleeping.
+    std::atomic<std::uint32_t> msPerRead{0};
+    /// Makes sleeps longer than asked for, to get through long waits in few turns.
+    std::atomic<std::uint32_t> msPerSleptMs{1};
+    /// Called at each sleep, before its time passes.
+    std::function<void(unsigned int ms)> onSleep;
+
+private:
+    void pass(std::uint64_t ms) {
+        passed_ += ms;
+        while (!due_.empty() && due_.begin()->first <= passed_) {
+            const auto action = std::move(due_.begin()->second);
+            due_.erase(due_.begin());
+            action();
+        }
+    }
+
+    const std::uint32_t start_;
+    std::atomic<std::uint64_t> passed_{0};
+    std::multimap<std::uint64_t, std::function<void()>> due_;
+};

@@ -1,0 +1,62 @@
+#include <gmock/gmock.h>
+
+#include <stdexcept>
+
+#include "client/ClientExternalOperating.h"
+#include "support/TempFolder.h"
+
+namespace {
+
+/// Clients with their real transports, on the system's clock.
+class ClientCreation : public ::testing::Test {
+protected:
+    void settings(const std::string& lines) {
+        settingsPath = folder.write("qor.ini", "[CommonSettings]\r\n" + lines);
+    }
+
+    TempFolder folder;
+    std::string settingsPath;
+};
+
+std::string textOfFailedCreation(const std::string& settingsPath) {
+    try {
+        ClientExternalOperating::create(settingsPath);
+    } catch (const std::runtime_error& error) {
+        return error.what();
+    }
+    return "";
+}
+
+TEST_F(ClientCreation, AMissingSettingsFileIsToldWithItsPath) {
+    const std::string path = folder.pathOf("no such %s.ini");
+    EXPECT_EQ(
+        textOfFailedCreation(path),
+        "Specified settings file for QOR 'external operation mode' is not valid.\nFile: " + path);
+    EXPECT_EQ(textOfFailedCreation(""),
+              "Specified settings file for QOR 'external operation mode' is not valid.\nFile: ");
+}
+
+/// A client of these settings and its window's title; is there such a window while it lives?
+bool makesAWindow(const std::string& settingsPath, const std::string& title) {
+    EXPECT_EQ(FindWindowA(nullptr, title.c_str()), nullptr);
+    const auto made = ClientExternalOperating::create(settingsPath);
+    return FindWindowA(nullptr, title.c_str()) != nullptr;
+}
+
+TEST_F(ClientCreation, OnlyTheTextTrueSelectsTcpAndAllElseAWindow) {
+    const std::string title = "client of " + folder.path();
+    const std::string peers =
+        "ServerIp=127.0.0.1\r\nTcpPort=1\r\nServerPipeName=nobody\r\n"
+        "ClientPipeName=" +
+        title + "\r\n";
+    for (const char* choice : {"", "UseTcp=1\r\n", "UseTcp=yes\r\nInitMFC=0\r\n"}) {
+        settings(choice + peers);
+        EXPECT_TRUE(makesAWindow(settingsPath, title)) << choice;
+    }
+    for (const char* choice : {"UseTcp=TRUE\r\n", "UseTcp=true\r\nInitMFC=0\r\n"}) {
+        settings(choice + peers);
+        EXPECT_FALSE(makesAWindow(settingsPath, title)) << choice;
+    }
+}
+
+}  // namespace

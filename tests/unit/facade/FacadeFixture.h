@@ -1,0 +1,82 @@
+#pragma once
+
+#include <gmock/gmock.h>
+#include <windows.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "ScriptedAgent.h"
+#include "support/FakeClock.h"
+#include "support/RecordingEolLog.h"
+#include "support/TempFolder.h"
+#include "trace/Trace.h"
+
+/// A facade whose agent the test plays, on the system's clock.
+class RealTimeFacadeTest : public ::testing::Test {
+protected:
+    using Impl = QorControlFacade::Impl;
+    using Cmd = Impl::ProtocolCmd;
+
+    ~RealTimeFacadeTest() override {
+        facade.reset();
+        closeTrace();
+    }
+
+    QorControlFacade& start(unsigned int periodMs = 0) {
+        facade = std::make_unique<QorControlFacade>("settings.ini", &log, periodMs, hostPath);
+        agent.impl();  // it runs
+        return *facade;
+    }
+    void succeedAlways(std::shared_ptr<Impl::CmdData> data = nullptr) {
+        agent.script().onRequest = [data](Impl&, const Cmd& c) { ScriptedAgent::succeed(c, data); };
+    }
+    void failAlways() {
+        agent.script().onRequest = [](Impl&, const Cmd& c) { ScriptedAgent::fail(c); };
+    }
+    static std::shared_ptr<Impl::CmdDataParamData> valuesOf(const std::vector<double>& values) {
+        auto data = std::make_shared<Impl::CmdDataParamData>("of the answer", 0u);
+        data->values = values;
+        return data;
+    }
+
+    /// The trace behind the lines of the facade's construction.
+    std::vector<std::string> trace() const {
+        auto lines = linesOfFile(folder.pathOf("host.log"));
+        lines.erase(lines.begin(), lines.begin() + (lines.size() < 2 ? 0 : 2));
+        return lines;
+    }
+    /// So that the temporary folder can be deleted.
+    static void closeTrace() { tracelog::openTraceFile("c:\\no such folder\\x.log", "w"); }
+
+    TempFolder folder;
+    std::string hostPath = folder.pathOf("host.exe");
+    RecordingEolLog log;
+    ScriptedAgent agent;
+    std::unique_ptr<QorControlFacade> facade;
+};
+
+/// The same on a clock of the test's: log lines tell exact times. Only answers end a wait here.
+class FacadeTest : public RealTimeFacadeTest {
+protected:
+    FacadeTest() {
+        // The agent thread needs real time to end.
+        clock.onSleep = [this](unsigned int ms) {
+            ++sleeps;
+            Sleep(ms < 5 ? 1 : ms / 5);
+        };
+    }
+    ~FacadeTest() override { facade.reset(); }
+
+    /// The agent answers after this much time.
+    void after(std::uint32_t ms, const std::function<void(const Cmd&)>& reaction) {
+        agent.script().onRequest = [=](Impl&, const Cmd& command) {
+            clock.advance(ms);
+            reaction(command);
+        };
+    }
+
+    FakeClock clock;
+    std::atomic<int> sleeps{0};
+};

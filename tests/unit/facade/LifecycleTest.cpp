@@ -1,0 +1,245 @@
+#include <thread>
+
+#include "FacadeFixture.h"
+#include "support/FakeMonitor.h"
+
+namespace {
+
+using ::testing::Each;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::SizeIs;
+
+constexpr const char* opened = "1\t{ QorControlFacade::QorControlFacade()";
+constexpr const char* closed = "1\t} QorControlFacade::QorControlFacade()";
+constexpr const char* destroying = "1\t{ QorControlFacade::~QorControlFacade()";
+constexpr const char* destroyed = "1\t} QorControlFacade::~QorControlFacade()";
+
+class Lifecycle : public FacadeTest {
+protected:
+    std::vector<std::string> wholeTrace() { return linesOfFile(folder.pathOf("host.log")); }
+};
+
+TEST_F(Lifecycle, ConstructionAndDestructionAreScopesOfTheTraceBesideTheHost) {
+    start();
+    facade.reset();
+    EXPECT_THAT(wholeTrace(), ElementsAre(opened, closed, destroying, destroyed));
+}
+
+TEST_F(Lifecycle, OnlyTheLastExtensionOfTheHostPathIsReplaced) {
+    hostPath = folder.pathOf("my.host.v2.exe");
+    start();
+    EXPECT_TRUE(fileExists(folder.pathOf("my.host.v2.log")));
+    EXPECT_FALSE(fileExists(folder.pathOf("my.host.v2.cfg")));
+}
+
+TEST_F(Lifecycle, AnEmptyHostPathLeavesTheTraceWhereItIs) {
+    tracelog::openTraceFile(folder.pathOf("elsewhere.log").c_str(), "w");
+    hostPath = "";
+    start();
+    EXPECT_THAT(linesOfFile(folder.pathOf("elsewhere.log")), ElementsAre(opened, closed));
+}
+
+TEST_F(Lifecycle, AHostPathTooLongToSplitLeavesTheTraceWhereItIs) {
+    tracelog::openTraceFile(folder.pathOf("elsewhere.log").c_str(), "w");
+    hostPath = "c:\\" + std::string(5000, 'x') + ".exe";
+    start();
+    EXPECT_THAT(linesOfFile(folder.pathOf("elsewhere.log")), ElementsAre(opened, closed));
+}
+
+TEST_F(Lifecycle, TheTraceSettingsBesideTheHostAreRead) {
+    folder.write("host.cfg", "ts=2\r\n");
+    failAlways();
+    start().pingQor(1);
+    EXPECT_THAT(wholeTrace(), ElementsAre("2\tQorControlFacade::pingQor(), t: 0 ms"));
+    tracelog::loadSettings(folder.write("all.cfg", "ts=4294967295\r\n").c_str());
+}
+
+TEST_F(Lifecycle, ASecondFacadeOfTheSameHostAppends) {
+    start();
+    start();
+    facade.reset();
+    EXPECT_THAT(wholeTrace(), SizeIs(8));
+}
+
+TEST_F(Lifecycle, TheAgentGetsTheSettingsPathAsItWasGiven) {
+    start(123);
+    EXPECT_EQ(agent.impl()->settingsPath, "settings.ini");
+    EXPECT_EQ(agent.impl()->readPeriodMs, 123u);
+}
+
+TEST_F(Lifecycle, ASecondShutdownReturnsAtOnce) {
+    start().shutdown();
+    sleeps = 0;
+    facade->shutdown();
+    EXPECT_EQ(sleeps, 0);
+}
+
+TEST_F(Lifecycle, AShutdownOfADeadAgentReturnsAtOnceAndLeavesEverything) {
+    agent.script().atStart = [](Impl& impl) { impl.agentRunning = false; };
+    start();
+    const auto impl = agent.impl();
+    while (impl->agentThread.state() == common::ThreadState::running) Sleep(1);
+    impl->agentRunning = true;
+    sleeps = 0;
+    facade->shutdown();
+    EXPECT_EQ(sleeps, 0);
+    EXPECT_TRUE(impl->agentThread.hasHandle());
+    EXPECT_TRUE(impl->agentRunning);
+}
+
+TEST_F(Lifecycle, AShutdownAsksTheAgentToEndAndTracesEach50MsThatItWaits) {
+    agent.script().atEnd = [this](Impl&) {
+        while (sleeps < 4) Sleep(1);
+        Sleep(1);
+    };
+    start();
+    facade->shutdown();
+    EXPECT_TRUE(agent.hasEnded());
+    EXPECT_GE(trace().size(), 3u);
+    EXPECT_THAT(trace(), Each("2\tQOR Remote agent thread is still active, wait next 50 ms."));
+}
+
+TEST_F(Lifecycle, TheStateIsFreedWithTheFacade) {
+    succeedAlways();
+    start().pingQor(100);
+    std::weak_ptr<Impl> impl = agent.impl();
+    facade.reset();
+    EXPECT_TRUE(impl.expired());
+}
+
+TEST_F(Lifecycle, AnAgentThatNeverEndsIsLetGoAfterFiveSecondsAndHarmsNobody) {
+    std::atomic<bool> mayEnd{false};
+    agent.script().atEnd = [&mayEnd](Impl& impl) {
+        while (!mayEnd) Sleep(1);
+        const LockGuard guard(impl.stateLock);
+        impl.qorExecutablePath = std::string(1000, 'x');
+        impl.paramValueCache["late"] = {};
+    };
+    start();
+    std::weak_ptr<Impl> impl = agent.impl();
+    const std::uint32_t before = clock.now();
+    facade.reset();
+    EXPECT_EQ(clock.now() - before, 50u + 100u * 50u);
+    EXPECT_FALSE(impl.expired());
+    EXPECT_FALSE(agent.hasEnded());
+    EXPECT_EQ(linesOfFile(folder.pathOf("host.log")).size(), 2u + 1 + 100 + 1);
+    mayEnd = true;
+    while (!impl.expired()) Sleep(1);
+    EXPECT_TRUE(agent.hasEnded());
+}
+
+TEST_F(Lifecycle, AfterAShutdownEveryOperationFailsWithoutALine) {
+    succeedAlways(valuesOf({1.0}));
+    start(1000);
+    std::vector<double> values;
+    ASSERT_TRUE(facade->getParamData("Cached", values, 100));
+    facade->shutdown();
+    const auto lines = trace().size();
+    agent.forgetRequests();
+    values = {7.0};
+    std::string text = "mine";
+    wex::ParamDescription description{"mine", "", "", "", "", 0, false};
+    FakeMonitor monitor;
+    EXPECT_FALSE(facade->getParamData("Cached", values, 100));
+    EXPECT_FALSE(facade->getParamDataAsString("Cached", text, 100));
+    EXPECT_FALSE(facade->setParamData("Cached", {}, {}, {}, 100));
+    EXPECT_FALSE(facade->getParamDescription("Cached", description));
+    EXPECT_FALSE(facade->pingQor(0xFFFFFFFFu));
+    EXPECT_FALSE(facade->connect({}, QorControlFacade::EcuConnect::Default, nullptr));
+    EXPECT_FALSE(facade->connect({}, QorControlFacade::EcuConnect::Default, &monitor));
+    EXPECT_FALSE(facade->isConnecting());
+    EXPECT_THAT(values, ElementsAre(7.0));
+    EXPECT_EQ(text, "mine");
+    EXPECT_EQ(description.name, "mine");
+    EXPECT_EQ(trace().size(), lines);
+    EXPECT_THAT(log.lines(), IsEmpty());
+    EXPECT_THAT(agent.requests(), IsEmpty());
+}
+
+TEST_F(Lifecycle, SegmentNamesAreTheTwoConstants) {
+    EXPECT_EQ(QorControlFacade::getEdcRamSegmentName(), "WorkingPage");
+    EXPECT_EQ(QorControlFacade::getEdcRomSegmentName(), "ReferencePage");
+    EXPECT_EQ(&QorControlFacade::getEdcRamSegmentName(), &QorControlFacade::getEdcRamSegmentName());
+}
+
+TEST_F(Lifecycle, RightAfterConstructionTheEcuIsOffline) {
+    EXPECT_FALSE(start().isEcuOnline());
+    EXPECT_FALSE(facade->isConnecting());
+}
+
+TEST_F(Lifecycle, TheEcuIsOnlineForLessThanTwoSecondsAfterTheLastContact) {
+    start();
+    agent.impl()->lastQorContactTick = clock.now();
+    clock.advance(1999);
+    EXPECT_TRUE(facade->isEcuOnline());
+    clock.advance(1);
+    EXPECT_FALSE(facade->isEcuOnline());
+}
+
+TEST_F(Lifecycle, TheSumOfTheOnlineTimeWrapsAndIsComparedPlainly) {
+    start();
+    clock.advance(0xFFFFFFFFu - clock.now());
+    agent.impl()->lastQorContactTick = clock.now();
+    EXPECT_FALSE(facade->isEcuOnline());  // the sum has wrapped, the clock has not
+    clock.advance(1000);
+    EXPECT_TRUE(facade->isEcuOnline());
+}
+
+TEST_F(Lifecycle, ThePathOfTheExecutableIsAwaitedUntilTheAgentPublishesIt) {
+    agent.script().atStart = [](Impl& impl) {
+        Sleep(30);
+        const LockGuard guard(impl.stateLock);
+        impl.qorExecutablePath = "c:\\q.exe";
+    };
+    facade = std::make_unique<QorControlFacade>("s", nullptr, 0u, "");
+    EXPECT_EQ(facade->getQorExecutablePath(), "c:\\q.exe");
+    EXPECT_EQ(sleeps, 0);
+}
+
+TEST_F(Lifecycle, ThePathOfTheExecutableIsGivenUpAfterThreeSeconds) {
+    start();
+    clock.msPerRead = 10;
+    const std::uint32_t before = clock.now();
+    EXPECT_EQ(facade->getQorExecutablePath(), "");
+    EXPECT_GT(clock.now() - before, 3000u);
+    EXPECT_LT(clock.now() - before, 3100u);
+}
+
+TEST_F(Lifecycle, ThePathOfTheExecutableSurvivesTheAgent) {
+    agent.script().atStart = [](Impl& impl) { impl.qorExecutablePath = "c:\\q.exe"; };
+    start().shutdown();
+    EXPECT_EQ(facade->getQorExecutablePath(), "c:\\q.exe");
+}
+
+/// Operations of another thread that still wait when the facade ends.
+class DestructionWhileWaiting : public RealTimeFacadeTest {};
+
+TEST_F(DestructionWhileWaiting, ATimedOperationTimesOutByItself) {
+    const QorControlFacade& used = start();
+    bool result = true;
+    std::thread host([&] {
+        std::vector<double> values;
+        result = used.getParamData("Speed", values, 300);
+    });
+    while (agent.requests().empty()) Sleep(1);
+    facade.reset();
+    host.join();
+    EXPECT_FALSE(result);
+    ASSERT_THAT(log.lines(), SizeIs(1));
+    EXPECT_THAT(log.lines().at(0), ::testing::StartsWith("error: FAILED GET-param(Speed), t: "));
+}
+
+TEST_F(DestructionWhileWaiting, AConnectEndsWithTheAgent) {
+    const QorControlFacade& used = start();
+    FakeMonitor monitor;
+    bool result = true;
+    std::thread host(
+        [&] { result = used.connect({}, QorControlFacade::EcuConnect::Default, &monitor); });
+    while (agent.requests().empty()) Sleep(1);
+    facade.reset();
+    host.join();
+    EXPECT_FALSE(result);
+}
+
+}  // namespace

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+#include "facade/CmdData.h"
+#include "facade/FacadeImpl.h"
+
+/// What runs on the agent thread of each facade that is made while this object lives: takes the
+/// requests, keeps them and does what the test says. Set the script before the facade is made.
+class ScriptedAgent {
+public:
+    using Impl = QorControlFacade::Impl;
+    using Cmd = Impl::ProtocolCmd;
+
+    struct Script {
+        std::function<void(Impl&)> atStart = [](Impl&) {};
+        /// By default nothing is ever answered.
+        std::function<void(Impl&, const Cmd&)> onRequest = [](Impl&, const Cmd&) {};
+        /// After the facade has asked the agent to end.
+        std::function<void(Impl&)> atEnd = [](Impl&) {};
+    };
+
+    ScriptedAgent();
+    ~ScriptedAgent();
+    ScriptedAgent(const ScriptedAgent&) = delete;
+    ScriptedAgent& operator=(const ScriptedAgent&) = delete;
+
+    Script& script();
+
+    /// The requests so far, in order.
+    std::vector<Cmd> requests() const;
+    /// Forgets them, and so lets their payloads go.
+    void forgetRequests();
+    /// The shared state of the last facade; waits until its thread runs.
+    std::shared_ptr<Impl> impl() const;
+    bool hasEnded() const;
+
+    static void succeed(const Cmd& command, std::shared_ptr<Impl::CmdData> data = nullptr) {
+        command.replyQueue->push({Impl::CmdResponse::success, std::move(data)});
+    }
+    static void fail(const Cmd& command) { command.replyQueue->push(Impl::CmdResponse()); }
+
+    /// The body of the agent thread.
+    static unsigned int run(const std::shared_ptr<Impl>& impl);
+
+private:
+    struct State;
+
+    // Shared with the threads: an abandoned one outlives this object.
+    std::shared_ptr<State> state_;
+};
