@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstdio>
+#include <mutex>
+#include <string>
+
+namespace qorctl {
+
+/// Where a person reads what goes on: whole lines, and on a terminal one transient line below
+/// them, which the next line replaces. All operations may be called from any thread.
+class Console {
+public:
+    /// `stream` is stdout or stderr; not owned.
+    explicit Console(std::FILE* stream);
+    Console(const Console&) = delete;
+    Console& operator=(const Console&) = delete;
+
+    bool isTerminal() const { return isTerminal_; }
+
+    void line(const std::string& text);
+
+    /// Shows `text`, cut to the width of a terminal, in place of the last transient line; nothing
+    /// when the stream is not a terminal.
+    void transient(const std::string& text);
+    void eraseTransient();
+
+private:
+    /// What makes the transient line vanish, which then counts as gone.
+    std::string erasure();
+
+    std::FILE* const stream_;
+    const bool isTerminal_;
+    std::mutex mutex_;
+    std::size_t transientChars_ = 0;
+};
+
+}  // namespace qorctl

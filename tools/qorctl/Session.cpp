@@ -1,0 +1,148 @@
+#include "Session.h"
+
+#include <fmt/format.h>
+
+#include <chrono>
+#include <CLI/CLI.hpp>
+
+#include "Activity.h"
+#include "ConnectMonitor.h"
+#include "HostPaths.h"
+#include "Interrupt.h"
+
+namespace qorctl {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+// The library itself gives QOR 10 s to come up.
+constexpr std::chrono::seconds startLimit(15);
+constexpr unsigned int startPingMs = 250;
+constexpr unsigned int betweenPingsMs = 20;
+// Ticks of the system's clock are up to 20 ms apart.
+constexpr unsigned int clockGrainMs = 40;
+// So long the library waits for its agent thread before it lets it go.
+constexpr std::chrono::milliseconds shutdownLimit(5000);
+
+std::string checkTracePath(const std::string& path) {
+    const std::string wanted = ".log";
+    const bool fits = path.size() > wanted.size() &&
+                      path.compare(path.size() - wanted.size(), wanted.size(), wanted) == 0;
+    return fits ? std::string() : path + " does not end in .log, as the library's traces do";
+}
+
+std::string checkPath(const std::string& path) {
+    try {
+        paths::absolute(path);
+        return {};
+    } catch (const std::invalid_argument& error) {
+        return error.what();
+    }
+}
+
+SessionOptions withAbsolutePaths(SessionOptions options) {
+    options.settingsPath = paths::absolute(options.settingsPath);
+    if (!options.tracePath.empty()) options.tracePath = paths::absolute(options.tracePath);
+    return options;
+}
+
+/// QOR's own defaults.
+QorControlFacade::EcuConnect defaultConnection(unsigned int refreshMs) {
+    QorControlFacade::EcuConnect settings = {};
+    settings.protocol = 1;
+    settings.protocolOption = 1;
+    settings.optionFlag = true;
+    settings.kLineBaudRate = 10400;
+    settings.canBaudRate = 125000;
+    settings.refreshPeriodMs = refreshMs;
+    settings.canRequestId = 0xFFFFFFFF;
+    settings.canResponseId = 0xFFFFFFFF;
+    settings.addressByte1 = 0xFF;
+    settings.addressByte2 = 0xFF;
+    settings.addressWord = 255;
+    settings.extraFlag = true;
+    settings.finalFlag = true;
+    return settings;
+}
+
+}  // namespace
+
+void SessionOptions::declare(CLI::App& command) {
+    command
+        .add_option("SETTINGS", settingsPath, "QOR's settings file (INI, section CommonSettings)")
+        ->required()
+        ->check(checkPath);
+    command
+        .add_option("--trace", tracePath, "Trace to FILE.log and take trace settings from FILE.cfg")
+        ->type_name("FILE.log")
+        ->check(checkTracePath)
+        ->check(checkPath);
+    command.add_option("--timeout", timeoutMs, "Time that QOR has for one request")
+        ->type_name("MS")
+        ->check(CLI::Range(1u, 60000u))
+        ->capture_default_str();
+    command.add_option("--refresh", refreshMs, "Refresh period; a value is reused for half of it")
+        ->type_name("MS")
+        ->check(CLI::Range(100u, 5000u))
+        ->capture_default_str();
+}
+
+std::string SessionOptions::hostPath() const {
+    return tracePath.empty() ? paths::ofThisProgram() : tracePath;
+}
+
+Session::Session(const SessionOptions& options, Console& console)
+    : options_(withAbsolutePaths(options)),
+      console_(console),
+      trace_(paths::traceFileOf(options_.hostPath())),
+      log_(console) {
+    trace_.removeOld();
+    facade_ = std::make_unique<QorControlFacade>(options_.settingsPath, &log_, options_.refreshMs,
+                                                 options_.hostPath());
+    if (!trace_.exists())
+        console_.line("note    no trace, the library cannot write " + trace_.path());
+}
+
+Outcome Session::awaitQor() {
+    const Activity activity(console_, "QOR", [] { return "starting, no answer yet"; });
+    const Clock::time_point end = Clock::now() + startLimit;
+    while (Clock::now() < end) {
+        if (facade_->pingQor(startPingMs)) return Outcome::success();
+        if (const auto failure = trace_.startFailure())
+            return Outcome::failure(failure->text, failure->number);
+        if (!interrupt::sleepMs(betweenPingsMs)) return Outcome::failure("cancelled with Ctrl-C");
+    }
+    return Outcome::failure(fmt::format("no answer within {} s", startLimit.count()));
+}
+
+Outcome Session::connectEcu() {
+    ConnectMonitor monitor;
+    const auto state = [&]() -> std::string {
+        if (!monitor.isAccepted()) return "waiting for QOR to accept";
+        return facade_->isEcuOnline() ? "QOR reports progress" : "waiting for the ECU";
+    };
+    bool connected = false;
+    {
+        const Activity activity(console_, "ECU", state);
+        connected = facade_->connect(defaultConnection(options_.refreshMs),
+                                     QorControlFacade::EcuConnect::Default, &monitor);
+    }
+    if (connected) return Outcome::success("online");
+    const std::string reason = monitor.error();
+    return Outcome::failure(reason.empty() ? "QOR did not accept the request" : reason);
+}
+
+Outcome Session::shutDown() {
+    const Clock::time_point start = Clock::now();
+    facade_->shutdown();
+    if (Clock::now() - start >= shutdownLimit)
+        return Outcome::failure("the library's agent thread did not end and was let go");
+    if (facade_->pingQor(1)) return Outcome::failure("the library still answers");
+    return Outcome::success("ECU disconnected, QOR told to end");
+}
+
+unsigned int Session::staleAfterMs() const {
+    return options_.refreshMs / 2 + clockGrainMs;
+}
+
+}  // namespace qorctl

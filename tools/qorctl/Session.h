@@ -1,0 +1,65 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "Console.h"
+#include "ConsoleLog.h"
+#include "QorControlFacade.h"
+#include "StepReport.h"
+#include "TraceFile.h"
+
+namespace CLI {
+class App;
+}
+
+namespace qorctl {
+
+/// What every command that talks to QOR is told on the command line.
+struct SessionOptions {
+    std::string settingsPath;
+    std::string tracePath;  ///< empty: beside this program
+    unsigned int timeoutMs = 1000;
+    unsigned int refreshMs = 200;
+
+    /// Declares the options; the object must live until the command line is parsed.
+    void declare(CLI::App& command);
+
+    /// What stands for the host's executable: the library derives the trace file from it.
+    std::string hostPath() const;
+};
+
+/// One conversation with QOR: the facade and what it needs of its host.
+class Session {
+public:
+    /// The facade starts QOR in the background; paths in `options` are made absolute.
+    Session(const SessionOptions& options, Console& console);
+    Session(const Session&) = delete;
+    Session& operator=(const Session&) = delete;
+
+    const SessionOptions& options() const { return options_; }
+    const TraceFile& trace() const { return trace_; }
+    const ConsoleLog& log() const { return log_; }
+    QorControlFacade& facade() { return *facade_; }
+
+    /// Waits until QOR answers; the reason when it does not is the library's own.
+    Outcome awaitQor();
+
+    /// Connects the ECU with QOR's own connection settings; Ctrl-C cancels.
+    Outcome connectEcu();
+
+    Outcome shutDown();
+
+    /// Half a refresh period and the grain of the system's clock: after that long the library asks
+    /// QOR again for a value that it has read or written.
+    unsigned int staleAfterMs() const;
+
+private:
+    const SessionOptions options_;
+    Console& console_;
+    const TraceFile trace_;
+    const ConsoleLog log_;
+    std::unique_ptr<QorControlFacade> facade_;  // last: it uses the log
+};
+
+}  // namespace qorctl

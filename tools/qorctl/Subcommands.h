@@ -1,0 +1,30 @@
+#pragma once
+
+#include <functional>
+#include <vector>
+
+namespace CLI {
+class App;
+}
+
+namespace qorctl {
+
+/// What a command does once its command line is understood; returns the exit code.
+using Action = std::function<int()>;
+
+/// One command: a row of the table in Subcommands.cpp.
+struct Subcommand {
+    const char* name;
+    const char* summary;
+    /// Declares the command's arguments and returns what it does with them.
+    Action (*declare)(CLI::App& command);
+};
+
+const std::vector<Subcommand>& subcommands();
+
+/// Exit codes.
+constexpr int exitSuccess = 0;
+constexpr int exitFailure = 1;
+constexpr int exitUsage = 2;
+
+}  // namespace qorctl

@@ -1,0 +1,47 @@
+#include "demo/DemoCommand.h"
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <memory>
+
+#include "demo/Tour.h"
+#include "JsonText.h"
+
+namespace qorctl {
+namespace {
+
+struct DemoOptions {
+    SessionOptions session;
+    bool json = false;
+};
+
+const char* const footer =
+    "The tour wants the parameters of the simulated engine controller; QOR is started by the\n"
+    "library if the settings name an executable and it does not run yet. What is written is\n"
+    "restored at once.\n"
+    "\n"
+    "Example:  qorctl demo bin/qor-settings.ini --json > results.json";
+
+int runDemo(const DemoOptions& options) {
+    // With --json standard output belongs to the results alone.
+    Console console(options.json ? stderr : stdout);
+    Session session(options.session, console);
+    Tour tour(session, console);
+    const bool succeeded = tour.run();
+    if (options.json) std::printf("%s\n", printed(tour.results()).c_str());
+    return succeeded ? exitSuccess : exitFailure;
+}
+
+}  // namespace
+
+Action declareDemo(CLI::App& command) {
+    const auto options = std::make_shared<DemoOptions>();
+    options->session.declare(command);
+    command.add_flag(
+        "--json", options->json,
+        "Print the results as one JSON object; the tour's text goes to standard error");
+    command.footer(footer);
+    return [options] { return runDemo(*options); };
+}
+
+}  // namespace qorctl

@@ -1,0 +1,9 @@
+#pragma once
+
+#include "Subcommands.h"
+
+namespace qorctl {
+
+Action declareDemo(CLI::App& command);
+
+}  // namespace qorctl

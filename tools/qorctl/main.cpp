@@ -1,0 +1,63 @@
+// qorctl: remote control of QOR from a command line, through the QorControlFacade library.
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <exception>
+
+#include "Interrupt.h"
+#include "Subcommands.h"
+
+namespace {
+
+using namespace qorctl;
+
+const char* const footer =
+    "Exit codes: 0 everything succeeded, 1 something failed, 2 the command line is wrong.\n"
+    "\n"
+    "Paths may be relative to the current directory or Unix-style. The library's trace goes to\n"
+    "qorctl.log beside the program unless --trace names another file; after a failure the line\n"
+    "to look at is printed. Ctrl-C ends the work in order and shuts QOR down; a second Ctrl-C\n"
+    "ends the program at once.";
+
+/// Declares all commands; parsing sets `action` to the chosen one's.
+void declareAll(CLI::App& app, Action& action) {
+    app.allow_windows_style_options(false);  // else "/home/..." would be an option
+    app.footer(footer);
+    app.require_subcommand(0, 1);  // none at all is found out later, after unknown words
+    for (const Subcommand& row : subcommands()) {
+        CLI::App* const command = app.add_subcommand(row.name, row.summary);
+        const Action run = row.declare(*command);
+        command->callback([&action, run] { action = run; });
+    }
+}
+
+/// The exit code of `qorctl` with this command line.
+int run(int argc, char** argv) {
+    CLI::App app("Remote control of QOR, the ECU calibration application.", "qorctl");
+    Action action;
+    declareAll(app, action);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? exitSuccess : exitUsage;
+    }
+    if (!action) {
+        std::fprintf(stderr, "%s", app.help().c_str());
+        return exitUsage;
+    }
+    interrupt::install();
+    return action();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return run(argc, argv);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "qorctl: %s\n", error.what());
+    } catch (...) {
+        std::fprintf(stderr, "qorctl: an unknown exception\n");
+    }
+    return exitFailure;
+}
