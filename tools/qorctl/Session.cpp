@@ -77,6 +77,10 @@ void SessionOptions::declare(CLI::App& command) {
         ->type_name("FILE.log")
         ->check(checkTracePath)
         ->check(checkPath);
+    command
+        .add_option("--transport", transport,
+                    "Speak over this transport whatever the settings choose: tcp or window")
+        ->check(CLI::IsMember({"tcp", "window"}));
     command.add_option("--timeout", timeoutMs, "Time that QOR has for one request")
         ->type_name("MS")
         ->check(CLI::Range(1u, 60000u))
@@ -93,11 +97,12 @@ std::string SessionOptions::hostPath() const {
 
 Session::Session(const SessionOptions& options, Console& console)
     : options_(withAbsolutePaths(options)),
+      settings_(options_.settingsPath, options_.transport),
       console_(console),
       trace_(paths::traceFileOf(options_.hostPath())),
       log_(console) {
     trace_.removeOld();
-    facade_ = std::make_unique<QorControlFacade>(options_.settingsPath, &log_, options_.refreshMs,
+    facade_ = std::make_unique<QorControlFacade>(settings_.path(), &log_, options_.refreshMs,
                                                  options_.hostPath());
     if (!trace_.exists())
         console_.line("note    no trace, the library cannot write " + trace_.path());

@@ -6,6 +6,7 @@
 #include "Console.h"
 #include "ConsoleLog.h"
 #include "QorControlFacade.h"
+#include "SettingsFile.h"
 #include "StepReport.h"
 #include "TraceFile.h"
 
@@ -19,6 +20,7 @@ namespace qorctl {
 struct SessionOptions {
     std::string settingsPath;
     std::string tracePath;  ///< empty: beside this program
+    std::string transport;  ///< "tcp" or "window"; empty: as the settings say
     unsigned int timeoutMs = 1000;
     unsigned int refreshMs = 200;
 
@@ -38,6 +40,7 @@ public:
     Session& operator=(const Session&) = delete;
 
     const SessionOptions& options() const { return options_; }
+    const SettingsFile& settings() const { return settings_; }
     const TraceFile& trace() const { return trace_; }
     const ConsoleLog& log() const { return log_; }
     QorControlFacade& facade() { return *facade_; }
@@ -56,6 +59,7 @@ public:
 
 private:
     const SessionOptions options_;
+    const SettingsFile settings_;
     Console& console_;
     const TraceFile trace_;
     const ConsoleLog log_;

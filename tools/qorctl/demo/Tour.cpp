@@ -15,12 +15,14 @@ Tour::Tour(Session& session, Console& console)
       descriptions_(session.facade()) {
     results_["command"] = "demo";
     results_["settings"] = utf8Of(session.options().settingsPath);
+    results_["transport"] = utf8Of(session.settings().transport());
     results_["trace"] = utf8Of(session.trace().path());
 }
 
 bool Tour::run() {
-    console_.line("qorctl demo: settings " + session_.options().settingsPath);
-    console_.line("             trace    " + session_.trace().path());
+    console_.line("qorctl demo: settings  " + session_.options().settingsPath);
+    console_.line("             transport " + session_.settings().transport());
+    console_.line("             trace     " + session_.trace().path());
     if (report_.run("start QOR", [this] { return startQor(); })) {
         if (report_.run("connect the ECU", [this] { return session_.connectEcu(); })) visit();
         report_.runAlways("shut down", [this] { return session_.shutDown(); });
