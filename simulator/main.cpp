@@ -23,7 +23,8 @@ int runWith(const std::string& settingsPath, Log& log) {
     const Settings settings = readSettingsFile(settingsPath);
     const EcuModel model = loadModel(settings.modelPath);
     Script script;
-    if (!settings.scriptPath.empty()) script = loadScript(settings.scriptPath, settings.connectMs);
+    const ScriptUse use{settings.connectMs, settings.transport};
+    if (!settings.scriptPath.empty()) script = loadScript(settings.scriptPath, use);
     return Simulator(settings, model, std::move(script), log).run();
 }
 

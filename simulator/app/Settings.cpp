@@ -74,11 +74,28 @@ std::string serverIpFrom(const std::string& text) {
     return text;
 }
 
-void readTcp(const SettingsReader& read, Settings& settings) {
-    if (lower(read(kCommon, "UseTcp")) != "true") {
-        fail(kCommon, "UseTcp",
-             "is not \"true\": this simulator does not speak window messages yet, only TCP");
+WindowAnswer windowAnswerFrom(const std::string& text) {
+    if (text == "inside") return WindowAnswer::Inside;
+    if (text.empty() || text == "released") return WindowAnswer::Released;
+    if (text == "later") return WindowAnswer::Later;
+    fail(kOwn, "WindowAnswer", "\"" + text + "\" is none of inside, released, later");
+}
+
+// Windows are looked up by their titles, whatever the case.
+void readTitles(const SettingsReader& read, Settings& settings) {
+    const auto title = [&](const char* key) {
+        std::string text = read(kCommon, key);
+        if (text.empty()) fail(kCommon, key, "is missing, and UseTcp is not \"true\"");
+        return text;
+    };
+    settings.serverTitle = title("ServerPipeName");
+    settings.clientTitle = title("ClientPipeName");
+    if (lower(settings.serverTitle) == lower(settings.clientTitle)) {
+        fail(kCommon, "ClientPipeName", "must differ from ServerPipeName");
     }
+}
+
+void readTcp(const SettingsReader& read, Settings& settings) {
     settings.serverIp = serverIpFrom(read(kCommon, "ServerIp"));
     settings.tcpPort = static_cast<std::uint16_t>(
         wholeNumber(kCommon, "TcpPort", read(kCommon, "TcpPort"), 65535));
@@ -106,8 +123,14 @@ std::string logPathFrom(const SettingsReader& read, const Places& places) {
 Settings settingsFrom(const SettingsReader& read, const Places& places) {
     Settings settings;
     readPaths(read, places, settings);
-    readTcp(read, settings);
+    if (lower(read(kCommon, "UseTcp")) == "true") {
+        readTcp(read, settings);
+    } else {
+        settings.transport = Transport::WindowMessages;
+        readTitles(read, settings);
+    }
     settings.answerStyle = answerStyleFrom(lower(read(kOwn, "AnswerStyle")));
+    settings.windowAnswer = windowAnswerFrom(lower(read(kOwn, "WindowAnswer")));
     const auto milliseconds = [&](const char* key, std::uint32_t missing) {
         const std::string text = read(kOwn, key);
         return text.empty() ? missing : wholeNumber(kOwn, key, text, 86400000);
@@ -115,6 +138,9 @@ Settings settingsFrom(const SettingsReader& read, const Places& places) {
     settings.connectMs = milliseconds("ConnectMs", settings.connectMs);
     settings.exitWithoutClientMs =
         milliseconds("ExitWithoutClientMs", settings.exitWithoutClientMs);
+    settings.windowSendMs = milliseconds("WindowSendMs", settings.windowSendMs);
+    // 0 means "for ever" to some systems and "not at all" to others.
+    if (settings.windowSendMs == 0) fail(kOwn, "WindowSendMs", "must not be 0");
     return settings;
 }
 

@@ -5,13 +5,19 @@
 #include <string>
 
 #include "behaviour/Answer.h"
+#include "script/Transport.h"
 
 namespace simulator {
 
 // What the settings file says that concerns the simulator. Paths are absolute.
 struct Settings {
-    std::string serverIp;
+    Transport transport = Transport::Tcp;
+    std::string serverIp;  // with the port: TCP only
     std::uint16_t tcpPort = 0;
+    std::string serverTitle;  // titles of the windows: window messages only
+    std::string clientTitle;
+    WindowAnswer windowAnswer = WindowAnswer::Released;
+    std::uint32_t windowSendMs = 500;  // how long a message of ours waits for the client
     std::string modelPath;
     std::string scriptPath;
     std::string recordLogPath;

@@ -1,10 +1,11 @@
 #include "app/Simulator.h"
 
-#include <windows.h>
-
 #include <algorithm>
-#include <chrono>
 #include <utility>
+
+#include "app/Clock.h"
+#include "app/TcpSession.h"
+#include "app/WindowSession.h"
 
 namespace simulator {
 
@@ -12,27 +13,11 @@ namespace {
 
 constexpr std::uint64_t kLongestWaitMs = 1000;
 
-std::uint64_t nowMs() {
-    using namespace std::chrono;
-    const auto sinceStart = steady_clock::now().time_since_epoch();
-    return static_cast<std::uint64_t>(duration_cast<milliseconds>(sinceStart).count());
-}
-
-// A program with a message queue has to empty it; the first look at it also tells a waiting starter
-// that the program is ready.
-void emptyMessageQueue() {
-    MSG message;
-    while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE) != 0) DispatchMessageA(&message);
-}
-
-void waitForWork(HANDLE event, std::uint32_t timeoutMs) {
-    MsgWaitForMultipleObjectsEx(1, &event, timeoutMs, QS_ALLINPUT, MWMO_INPUTAVAILABLE);
-}
-
 ConversationOptions optionsFrom(const Settings& settings) {
     ConversationOptions options;
     options.answerStyle = settings.answerStyle;
     options.connectMs = settings.connectMs;
+    options.transport = settings.transport;
     return options;
 }
 
@@ -44,18 +29,20 @@ Simulator::Simulator(const Settings& settings, const EcuModel& model, Script scr
       recordLog_(settings.recordLogPath),
       conversation_(model, std::move(script), optionsFrom(settings),
                     ExportFiles(settings.exportPrefix), recordLog_, log, nowMs()),
-      clientSeenMs_(nowMs()),
-      server_(settings.serverIp, settings.tcpPort, *this) {
-    log_.info("listening on " + settings.serverIp + ":" + std::to_string(settings.tcpPort));
+      clientSeenMs_(nowMs()) {
+    if (settings.transport == Transport::Tcp) {
+        session_ =
+            std::make_unique<TcpSession>(settings.serverIp, settings.tcpPort, conversation_, log);
+    } else {
+        session_ = std::make_unique<WindowSession>(settings, conversation_, recordLog_, log);
+    }
 }
 
 int Simulator::run() {
     while (!conversation_.exit()) {
-        emptyMessageQueue();
-        waitForWork(server_.readyEvent(), waitMs());
-        server_.serve();
+        serve();
         conversation_.tick(nowMs());
-        sendWhatIsDue();
+        session_->sendWhatIsDue();
         if (hasWaitedTooLong()) {
             log_.info("no client for " + std::to_string(settings_.exitWithoutClientMs) + " ms");
             return 0;
@@ -64,43 +51,14 @@ int Simulator::run() {
     return end();
 }
 
-void Simulator::onConnected() {
-    log_.info("a client has connected");
-    stream_ = RecordStream();
-    conversation_.clientConnected(nowMs());
-}
-
-void Simulator::onBytes(std::string_view bytes) {
-    stream_.append(bytes);
-    try {
-        while (!conversation_.exit()) {
-            const std::optional<Record> record = stream_.next();
-            if (!record) return;
-            conversation_.received(*record, nowMs());
-            sendWhatIsDue();
-        }
-    } catch (const StreamBroken& broken) {
-        log_.error(std::string("connection dropped: ") + broken.what());
-        server_.drop();
-    }
-}
-
-void Simulator::onDisconnected() {
-    log_.info("the client has gone");
-    clientSeenMs_ = nowMs();
-    stream_ = RecordStream();  // what the client asked for last does not count any more
-    conversation_.clientDisconnected();
-}
-
-void Simulator::sendWhatIsDue() {
-    while (const std::optional<Piece> piece = conversation_.take(nowMs())) {
-        server_.send(piece->bytes);
-        if (piece->close) server_.closeClient();
-    }
+void Simulator::serve() {
+    const bool hadClient = session_->hasClient();
+    session_->serve(waitMs());
+    if (hadClient || session_->hasClient()) clientSeenMs_ = nowMs();
 }
 
 bool Simulator::hasWaitedTooLong() const {
-    return settings_.exitWithoutClientMs != 0 && !server_.hasClient() &&
+    return settings_.exitWithoutClientMs != 0 && !session_->hasClient() &&
            nowMs() - clientSeenMs_ >= settings_.exitWithoutClientMs;
 }
 
@@ -112,12 +70,7 @@ std::uint32_t Simulator::waitMs() const {
 
 int Simulator::end() {
     const ExitEffect exit = *conversation_.exit();
-    if (exit.inOrder) {
-        sendWhatIsDue();
-        server_.closeClient();
-    } else {
-        server_.drop();
-    }
+    session_->end(exit.inOrder);
     log_.info("ending with code " + std::to_string(exit.code));
     return exit.code;
 }

@@ -1,18 +1,18 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 
+#include "app/Session.h"
 #include "app/Settings.h"
 #include "behaviour/Conversation.h"
-#include "link/TcpServer.h"
-#include "wire/RecordStream.h"
 
 namespace simulator {
 
-// Ties the conversation to the TCP link and to the clock; runs on one thread.
-class Simulator : private TcpServerEvents {
+// Ties the conversation to a link and to the clock; runs on one thread.
+class Simulator {
 public:
-    // Throws std::runtime_error. Listens when it returns.
+    // Throws std::runtime_error. Clients find it when it returns.
     Simulator(const Settings& settings, const EcuModel& model, Script script, Log& log);
 
     // Returns the exit code once a client has shut the simulator down, the script ends it or no
@@ -20,11 +20,7 @@ public:
     int run();
 
 private:
-    void onConnected() override;
-    void onBytes(std::string_view bytes) override;
-    void onDisconnected() override;
-
-    void sendWhatIsDue();
+    void serve();
     bool hasWaitedTooLong() const;
     std::uint32_t waitMs() const;
     int end();
@@ -33,10 +29,8 @@ private:
     Log& log_;
     RecordLog recordLog_;
     Conversation conversation_;
-    RecordStream stream_;
     std::uint64_t clientSeenMs_;
-    SocketLibrary sockets_;
-    TcpServer server_;
+    std::unique_ptr<Session> session_;
 };
 
 }  // namespace simulator

@@ -65,7 +65,7 @@ std::vector<AnswerRecord> composeAnswer(const Record& request, const Outcome& ou
                                         const std::function<std::uint32_t()>& nextRequestId) {
     const std::uint32_t delayMs = action.delayMs;
     if (outcome.refusal) {
-        return {{acknowledgement(request, PingPayload::NotHandled), delayMs}};
+        return {{acknowledgement(request, PingPayload::NotHandled), delayMs, true}};
     }
     const AnswerStyle actual = styleOf(action.answer, style);
     const bool separate = actual == AnswerStyle::Separate || outcome.answerDelayMs > 0;
@@ -74,13 +74,13 @@ std::vector<AnswerRecord> composeAnswer(const Record& request, const Outcome& ou
     std::vector<AnswerRecord> records;
     if (separate || !answers) {
         const std::uint32_t status = action.ackStatus.value_or(PingPayload::Handled);
-        records.push_back({acknowledgement(request, status), delayMs});
+        records.push_back({acknowledgement(request, status), delayMs, true});
     }
     if (answers) {
         const std::uint32_t id = separate ? nextRequestId() : request.requestId;
         Record answer{request.id, !separate, id, *outcome.answer};
         spoil(answer, action.answer);
-        records.push_back({std::move(answer), delayMs + outcome.answerDelayMs});
+        records.push_back({std::move(answer), delayMs + outcome.answerDelayMs, false});
     }
     return records;
 }

@@ -17,6 +17,7 @@ enum class AnswerStyle { Stamped, Separate };
 struct AnswerRecord {
     Record record;
     std::uint32_t delayMs = 0;
+    bool isAcknowledgement = false;
 };
 
 Record acknowledgement(const Record& request, std::uint32_t status);

@@ -1,8 +1,10 @@
 #include "behaviour/Conversation.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "behaviour/Dispatch.h"
+#include "behaviour/Flood.h"
 #include "behaviour/RequestFacts.h"
 #include "behaviour/SessionRequests.h"
 
@@ -19,6 +21,17 @@ Delivery withFaults(Record record, const Action& action) {
     delivery.closeMid = action.close == CloseWhen::Mid;
     delivery.closeAfter = action.close == CloseWhen::After;
     return delivery;
+}
+
+// What the result of a window message says instead of an acknowledgement.
+bool isAccepted(const Outcome& outcome, const Action& action) {
+    return !outcome.refusal &&
+           action.ackStatus.value_or(PingPayload::Handled) != PingPayload::NotHandled;
+}
+
+void dropAcknowledgements(std::vector<AnswerRecord>& records) {
+    const auto isOne = [](const AnswerRecord& answer) { return answer.isAcknowledgement; };
+    records.erase(std::remove_if(records.begin(), records.end(), isOne), records.end());
 }
 
 }  // namespace
@@ -45,20 +58,33 @@ void Conversation::clientDisconnected() {
     outbox_.clear();
 }
 
-void Conversation::received(const Record& record, std::uint64_t nowMs) {
-    recordLog_.record(RecordLog::Direction::In, record, nowMs);
+Reception Conversation::received(const Record& record, std::uint64_t nowMs) {
     ecu_.parameters.advanceTo(nowMs - startMs_);
     if (record.isReply) {
+        logReceived(record, {}, nowMs);
         noteReply(record);
-        return;
+        return {};
     }
     // A copy: carrying out may change what the script decides next.
     const Action action = script_.actionFor(factsOf(record, ecu_.parameters));
+    Reception reception{true, action.hangMs, action.windowAnswer};
+    std::optional<Outcome> outcome;
     if (action.answer != AnswerKind::Silent) {
-        answer(record, carryOut(record, action, nowMs), action, nowMs);
+        outcome = carryOut(record, action, nowMs);
+        reception.accepted = isAccepted(*outcome, action);
     }
+    logReceived(record, reception, nowMs);
+    if (outcome) answer(record, *outcome, action, nowMs);
     timeline_.plan(action.then, nowMs + action.delayMs);
     tick(nowMs);
+    return reception;
+}
+
+void Conversation::logReceived(const Record& record, const Reception& reception,
+                               std::uint64_t nowMs) {
+    MessageFate fate;
+    if (options_.transport == Transport::WindowMessages) fate.result = reception.accepted ? 1 : 0;
+    recordLog_.record(RecordLog::Direction::In, record, nowMs, fate);
 }
 
 // Our own commands are acknowledged by the client; nothing waits for that.
@@ -103,6 +129,15 @@ void Conversation::answer(const Record& request, const Outcome& outcome, const A
         happen(CloseEffect(), nowMs + action.delayMs);
         return;
     }
+    if (options_.transport == Transport::WindowMessages) dropAcknowledgements(records);
+    postAnswer(std::move(records), action, nowMs);
+    timeline_.plan(outcome.then, nowMs + action.delayMs);
+}
+
+// Only the last record suffers the faults.
+void Conversation::postAnswer(std::vector<AnswerRecord> records, const Action& action,
+                              std::uint64_t nowMs) {
+    if (records.empty()) return;
     for (std::size_t i = 0; i + 1 < records.size(); ++i) {
         Delivery first;
         first.record = std::move(records[i].record);
@@ -112,7 +147,6 @@ void Conversation::answer(const Record& request, const Outcome& outcome, const A
     for (std::uint32_t i = 0; i <= action.duplicates; ++i) {
         post(last, nowMs + records.back().delayMs);
     }
-    timeline_.plan(outcome.then, nowMs + action.delayMs);
 }
 
 void Conversation::tick(std::uint64_t nowMs) {
@@ -133,14 +167,18 @@ void Conversation::tick(std::uint64_t nowMs) {
 }
 
 std::optional<Piece> Conversation::take(std::uint64_t nowMs) {
-    std::optional<Piece> piece = outbox_.take(nowMs);
-    if (!piece) return piece;
-    if (piece->record) {
-        recordLog_.record(RecordLog::Direction::Out, *piece->record, nowMs);
-    } else if (!piece->bytes.empty() && !piece->isRest) {
-        recordLog_.raw(piece->bytes, nowMs);
+    return outbox_.take(nowMs);
+}
+
+void Conversation::logSent(const Piece& piece, std::uint64_t nowMs, const MessageFate& fate) {
+    constexpr auto kOut = RecordLog::Direction::Out;
+    if (piece.record) {
+        recordLog_.record(kOut, *piece.record, nowMs, fate);
+    } else if (options_.transport == Transport::WindowMessages) {
+        recordLog_.message(kOut, piece.bytes, piece.form, nowMs, fate);
+    } else if (!piece.bytes.empty() && !piece.isRest) {
+        recordLog_.raw(kOut, piece.bytes, nowMs);
     }
-    return piece;
 }
 
 std::optional<std::uint64_t> Conversation::nextMs() const {
@@ -205,6 +243,25 @@ void Conversation::happen(const RawEffect& raw, std::uint64_t nowMs) {
     Delivery delivery;
     delivery.raw = raw.bytes;
     post(std::move(delivery), nowMs);
+}
+
+void Conversation::happen(const MessageEffect& message, std::uint64_t nowMs) {
+    Delivery delivery;
+    delivery.raw = message.bytes;
+    delivery.form = message.form;
+    post(std::move(delivery), nowMs);
+}
+
+// In small slices: an answer has to wait for one of them to be sent.
+void Conversation::happen(const FloodEffect& flood, std::uint64_t nowMs) {
+    constexpr std::uint32_t kSlice = 10;
+    const std::uint32_t slice = std::min(flood.count, kSlice);
+    for (std::uint32_t i = 0; i < slice; ++i) post(floodMessage(flood, flood.first + i), nowMs);
+    if (flood.count == slice) return;
+    FloodEffect rest = flood;
+    rest.first += slice;
+    rest.count -= slice;
+    timeline_.plan({{1, rest}}, nowMs);
 }
 
 void Conversation::happen(const CloseEffect& /*close*/, std::uint64_t nowMs) {

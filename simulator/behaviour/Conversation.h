@@ -20,6 +20,15 @@ namespace simulator {
 struct ConversationOptions {
     AnswerStyle answerStyle = AnswerStyle::Stamped;
     std::uint32_t connectMs = 600;
+    Transport transport = Transport::Tcp;
+};
+
+// What the link has to know about a record that it handed over.
+struct Reception {
+    // Over window messages this is the message's result and takes the place of an acknowledgement.
+    bool accepted = true;
+    std::uint32_t hangMs = 0;  // nothing is to happen for so long, before anything else
+    std::optional<WindowAnswer> windowAnswer;  // if this request has one of its own
 };
 
 // QOR's part of the conversation: takes the client's records one by one and says what goes back and
@@ -33,11 +42,13 @@ public:
     // What was on its way to the client is dropped; the ECU stays as it is.
     void clientDisconnected();
 
-    void received(const Record& record, std::uint64_t nowMs);
+    Reception received(const Record& record, std::uint64_t nowMs);
 
     // Lets happen what is due. Call it when nextMs() has come, then empty the outbox by take().
     void tick(std::uint64_t nowMs);
     std::optional<Piece> take(std::uint64_t nowMs);
+    // Writes what was sent to the record log.
+    void logSent(const Piece& piece, std::uint64_t nowMs, const MessageFate& fate = {});
     std::optional<std::uint64_t> nextMs() const;
 
     // Set once the process is to end.
@@ -48,6 +59,8 @@ private:
     BootstrapPlan planFor(const Action& action) const;
     void answer(const Record& request, const Outcome& outcome, const Action& action,
                 std::uint64_t nowMs);
+    void postAnswer(std::vector<AnswerRecord> records, const Action& action, std::uint64_t nowMs);
+    void logReceived(const Record& record, const Reception& reception, std::uint64_t nowMs);
     void noteReply(const Record& record);
 
     void post(Delivery delivery, std::uint64_t dueMs);
@@ -59,6 +72,8 @@ private:
     void happen(const EditEffect& edit, std::uint64_t nowMs);
     void happen(const RecordEffect& record, std::uint64_t nowMs);
     void happen(const RawEffect& raw, std::uint64_t nowMs);
+    void happen(const MessageEffect& message, std::uint64_t nowMs);
+    void happen(const FloodEffect& flood, std::uint64_t nowMs);
     void happen(const CloseEffect& close, std::uint64_t nowMs);
     void happen(const OnlineEffect& online, std::uint64_t nowMs);
     void happen(const StallEffect& stall, std::uint64_t nowMs);

@@ -13,7 +13,7 @@ std::optional<Piece> Outbox::take(std::uint64_t nowMs) {
         if (restDueMs_ > nowMs) return std::nullopt;
         const Delivery rest = std::move(*rest_);
         rest_.reset();
-        return Piece{rest.raw, rest.closeAfter, std::nullopt, true};
+        return Piece{rest.raw, rest.closeAfter, std::nullopt, true, {}};
     }
     while (!waiting_.empty() && waiting_.begin()->first <= nowMs) {
         Delivery delivery = std::move(waiting_.begin()->second);
@@ -22,7 +22,7 @@ std::optional<Piece> Outbox::take(std::uint64_t nowMs) {
         Piece piece = cut(std::move(delivery), nowMs);
         if (!hold) return piece;
         held_ = std::move(piece.bytes);
-        if (piece.record) return Piece{"", false, std::move(piece.record), false};
+        if (piece.record) return Piece{"", false, std::move(piece.record), false, {}};
     }
     return std::nullopt;
 }
@@ -44,6 +44,7 @@ Piece Outbox::cut(Delivery delivery, std::uint64_t nowMs) {
     const std::string bytes = delivery.bytes();
     piece.record = std::move(delivery.record);
     piece.close = delivery.closeAfter;
+    piece.form = delivery.form;
     piece.bytes = std::exchange(held_, {});
     if (delivery.closeMid) {
         piece.bytes += bytes.substr(0, bytes.size() / 2);

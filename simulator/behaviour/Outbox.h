@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "wire/Message.h"
 #include "wire/Record.h"
 
 namespace simulator {
@@ -13,6 +14,7 @@ namespace simulator {
 struct Delivery {
     std::optional<Record> record;  // none = raw
     std::string raw;
+    MessageForm form;  // over window messages
     std::optional<std::size_t> splitAfterBytes;
     std::uint32_t gapMs = 0;
     bool mergeWithNext = false;
@@ -28,6 +30,7 @@ struct Piece {
     bool close = false;
     std::optional<Record> record;  // what was sent, for the log
     bool isRest = false;           // second part of a record that was told before
+    MessageForm form;
 };
 
 // Deliveries in order of time; those of the same time in order of posting.

@@ -20,6 +20,15 @@ std::string hex(const std::string& bytes) {
     return text;
 }
 
+const char* nameOf(RecordLog::Direction direction) {
+    return direction == RecordLog::Direction::In ? "in" : "out";
+}
+
+void add(const MessageFate& fate, nlohmann::ordered_json& line) {
+    if (fate.result) line["result"] = *fate.result;
+    if (!fate.failure.empty()) line["failed"] = fate.failure;
+}
+
 }  // namespace
 
 RecordLog::RecordLog(const std::string& path) {
@@ -28,20 +37,33 @@ RecordLog::RecordLog(const std::string& path) {
     if (!file_) throw ConfigError(path + ": cannot be written (" + std::strerror(errno) + ")");
 }
 
-void RecordLog::record(Direction direction, const Record& record, std::uint64_t tickMs) {
-    if (file_.is_open()) write(line(direction, record, tickMs));
+void RecordLog::record(Direction direction, const Record& record, std::uint64_t tickMs,
+                       const MessageFate& fate) {
+    if (file_.is_open()) write(line(direction, record, tickMs, fate));
 }
 
-void RecordLog::raw(const std::string& bytes, std::uint64_t tickMs) {
+void RecordLog::raw(Direction direction, const std::string& bytes, std::uint64_t tickMs) {
     if (!file_.is_open()) return;
-    const nlohmann::ordered_json line = {{"tick", tickMs}, {"dir", "out"}, {"raw", hex(bytes)}};
+    const nlohmann::ordered_json line = {
+        {"tick", tickMs}, {"dir", nameOf(direction)}, {"raw", hex(bytes)}};
     write(line.dump());
 }
 
-std::string RecordLog::line(Direction direction, const Record& record, std::uint64_t tickMs) {
-    const nlohmann::ordered_json line = {
+void RecordLog::message(Direction direction, const std::string& bytes, const MessageForm& form,
+                        std::uint64_t tickMs, const MessageFate& fate) {
+    if (!file_.is_open()) return;
+    nlohmann::ordered_json line = {
+        {"tick", tickMs}, {"dir", nameOf(direction)}, {"tag", form.tag}, {"raw", hex(bytes)}};
+    if (form.nullLength) line["nullLength"] = *form.nullLength;
+    add(fate, line);
+    write(line.dump());
+}
+
+std::string RecordLog::line(Direction direction, const Record& record, std::uint64_t tickMs,
+                            const MessageFate& fate) {
+    nlohmann::ordered_json line = {
         {"tick", tickMs},
-        {"dir", direction == Direction::In ? "in" : "out"},
+        {"dir", nameOf(direction)},
         {"id", static_cast<unsigned>(record.id)},
         {"name", commandName(record.id)},
         {"reply", record.isReply},
@@ -49,6 +71,7 @@ std::string RecordLog::line(Direction direction, const Record& record, std::uint
         {"length", record.payload.size()},
         {"payload", hex(record.payload)},
     };
+    add(fate, line);
     return line.dump();
 }
 

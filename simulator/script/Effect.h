@@ -5,6 +5,7 @@
 #include <string>
 #include <variant>
 
+#include "wire/Message.h"
 #include "wire/Payloads.h"
 #include "wire/Record.h"
 
@@ -43,6 +44,20 @@ struct RawEffect {
     std::string bytes;
 };
 
+// Sends a window message of any form.
+struct MessageEffect {
+    std::string bytes;
+    MessageForm form;
+};
+
+// Sends `count` random window messages that no client accepts; begins with number `first`.
+struct FloodEffect {
+    std::uint32_t count = 0;
+    std::uint32_t seed = 1;
+    std::uint32_t maxBytes = 64;
+    std::uint32_t first = 0;
+};
+
 struct CloseEffect {};
 
 // The ECU comes online or goes offline, without a word to the client.
@@ -63,8 +78,9 @@ struct ExitEffect {
     bool inOrder = false;
 };
 
-using Effect = std::variant<PushEffect, MessageBoxEffect, EditEffect, RecordEffect, RawEffect,
-                            CloseEffect, OnlineEffect, StallEffect, ExitEffect>;
+using Effect =
+    std::variant<PushEffect, MessageBoxEffect, EditEffect, RecordEffect, RawEffect, MessageEffect,
+                 FloodEffect, CloseEffect, OnlineEffect, StallEffect, ExitEffect>;
 
 struct TimedEffect {
     std::uint32_t afterMs = 0;

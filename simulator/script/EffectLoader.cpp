@@ -7,6 +7,8 @@ namespace simulator {
 
 namespace {
 
+constexpr std::int64_t kMaxBytes = 64 * 1024 * 1024;
+
 Effect pushFrom(const JsonNode& node) {
     node.allowOnly({"name", "index", "value"});
     if (node.has("name") == node.has("index")) node.fail("needs either \"name\" or \"index\"");
@@ -57,6 +59,33 @@ Effect recordFrom(const JsonNode& node) {
     return effect;
 }
 
+// A length with bytes fills up with zeros or cuts; without bytes it is only announced.
+Effect messageFrom(const JsonNode& node) {
+    node.allowOnly({"tag", "hex", "length", "null"});
+    MessageEffect effect;
+    if (node.has("tag")) effect.form.tag = node.at("tag").word();
+    if (node.boolean("null", false)) {
+        if (node.has("hex")) node.fail("with \"null\" there are no bytes");
+        effect.form.nullLength =
+            static_cast<std::uint32_t>(node.integer("length", 0, 0, 0xFFFFFFFF));
+        return effect;
+    }
+    if (node.has("hex")) effect.bytes = node.at("hex").hexBytes();
+    if (node.has("length")) {
+        effect.bytes.resize(static_cast<std::size_t>(node.at("length").integer(0, kMaxBytes)));
+    }
+    return effect;
+}
+
+Effect floodFrom(const JsonNode& node) {
+    node.allowOnly({"count", "seed", "maxBytes"});
+    FloodEffect effect;
+    effect.count = static_cast<std::uint32_t>(node.at("count").integer(1, 1000000));
+    effect.seed = static_cast<std::uint32_t>(node.integer("seed", 1, 0, 0xFFFFFFFF));
+    effect.maxBytes = static_cast<std::uint32_t>(node.integer("maxBytes", 64, 0, 65536));
+    return effect;
+}
+
 Effect closeFrom(const JsonNode& node) {
     if (!node.boolean()) node.fail("can only be true");
     return CloseEffect{};
@@ -71,6 +100,7 @@ Effect stallFrom(const JsonNode& node, bool stalled) {
 struct EffectKind {
     const char* key;
     Effect (*load)(const JsonNode& node);
+    std::optional<Transport> only = {};
 };
 
 constexpr EffectKind kKinds[] = {
@@ -79,7 +109,9 @@ constexpr EffectKind kKinds[] = {
     {"edit", editFrom},
     {"record", recordFrom},
     {"rawHex", [](const JsonNode& node) -> Effect { return RawEffect{node.hexBytes()}; }},
-    {"close", closeFrom},
+    {"message", messageFrom, Transport::WindowMessages},
+    {"flood", floodFrom, Transport::WindowMessages},
+    {"close", closeFrom, Transport::Tcp},
     {"online", [](const JsonNode& node) -> Effect { return OnlineEffect{node.boolean()}; }},
     {"stall", [](const JsonNode& node) { return stallFrom(node, true); }},
     {"resume", [](const JsonNode& node) { return stallFrom(node, false); }},
@@ -89,19 +121,30 @@ constexpr EffectKind kKinds[] = {
      }},
 };
 
+const EffectKind* kindOf(const std::string& key) {
+    for (const EffectKind& known : kKinds) {
+        if (key == known.key) return &known;
+    }
+    return nullptr;
+}
+
 }  // namespace
 
-TimedEffect timedEffectFrom(const JsonNode& node, const char* more) {
+void requireTransport(const JsonNode& node, Transport needed, Transport actual) {
+    if (needed == actual) return;
+    node.fail(needed == Transport::Tcp ? "needs a connection, and this run is over window messages"
+                                       : "needs window messages, and this run is over TCP");
+}
+
+TimedEffect timedEffectFrom(const JsonNode& node, Transport transport, const char* more) {
     TimedEffect timed;
     timed.afterMs = static_cast<std::uint32_t>(node.integer("afterMs", 0, 0, 86400000));
     int effects = 0;
     for (const auto& [key, value] : node.members()) {
         if (key == "afterMs" || (more != nullptr && key == more)) continue;
-        const EffectKind* kind = nullptr;
-        for (const EffectKind& known : kKinds) {
-            if (key == known.key) kind = &known;
-        }
+        const EffectKind* kind = kindOf(key);
         if (kind == nullptr) node.fail("unknown key \"" + key + "\"");
+        if (kind->only) requireTransport(value, *kind->only, transport);
         timed.effect = kind->load(value);
         ++effects;
     }

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "script/Effect.h"
+#include "script/Transport.h"
 #include "wire/Record.h"
 
 namespace simulator {
@@ -35,7 +36,9 @@ enum class CloseWhen { Never, Before, Mid, After };
 struct Action {
     AnswerKind answer = AnswerKind::Normal;
     std::uint32_t delayMs = 0;
+    std::uint32_t hangMs = 0;                // QOR does nothing at all for so long
     std::optional<std::uint32_t> ackStatus;  // instead of 1 in an acknowledgement
+    std::optional<WindowAnswer> windowAnswer;
     std::optional<std::uint32_t> splitAfterBytes;
     std::uint32_t gapMs = 0;
     bool mergeWithNext = false;

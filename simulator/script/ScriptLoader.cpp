@@ -75,12 +75,33 @@ Match matchFrom(const JsonNode& node) {
     return match;
 }
 
-Action actionFrom(const JsonNode& node, std::uint32_t connectMs) {
-    node.allowOnly({"answer", "delayMs", "ackStatus", "splitAfterBytes", "gapMs", "mergeWithNext",
-                    "duplicates", "close", "rawHexBefore", "bootstrap", "then"});
+constexpr std::pair<const char*, WindowAnswer> kWindowAnswers[] = {
+    {"inside", WindowAnswer::Inside},
+    {"released", WindowAnswer::Released},
+    {"later", WindowAnswer::Later}};
+
+void checkTransport(const JsonNode& node, Transport transport) {
+    const auto require = [&](const char* key, Transport needed) {
+        if (node.has(key)) requireTransport(node.at(key), needed, transport);
+    };
+    require("windowAnswer", Transport::WindowMessages);
+    for (const char* key : {"splitAfterBytes", "gapMs", "mergeWithNext", "close"}) {
+        require(key, Transport::Tcp);
+    }
+}
+
+Action actionFrom(const JsonNode& node, const ScriptUse& use) {
+    node.allowOnly({"answer", "delayMs", "hangMs", "ackStatus", "windowAnswer", "splitAfterBytes",
+                    "gapMs", "mergeWithNext", "duplicates", "close", "rawHexBefore", "bootstrap",
+                    "then"});
+    checkTransport(node, use.transport);
     Action action;
     if (node.has("answer")) action.answer = choiceFrom(node.at("answer"), kAnswers);
     action.delayMs = static_cast<std::uint32_t>(node.integer("delayMs", 0, 0, kMaxMs));
+    action.hangMs = static_cast<std::uint32_t>(node.integer("hangMs", 0, 0, kMaxMs));
+    if (node.has("windowAnswer")) {
+        action.windowAnswer = choiceFrom(node.at("windowAnswer"), kWindowAnswers);
+    }
     action.ackStatus = optionalWord(node, "ackStatus");
     action.splitAfterBytes = optionalWord(node, "splitAfterBytes", 1);
     action.gapMs = static_cast<std::uint32_t>(node.integer("gapMs", 0, 0, kMaxMs));
@@ -88,39 +109,44 @@ Action actionFrom(const JsonNode& node, std::uint32_t connectMs) {
     action.duplicates = static_cast<std::uint32_t>(node.integer("duplicates", 0, 0, 1000));
     if (node.has("close")) action.close = choiceFrom(node.at("close"), kCloses);
     if (node.has("rawHexBefore")) action.rawBefore = node.at("rawHexBefore").hexBytes();
-    if (node.has("bootstrap")) action.bootstrap = bootstrapFrom(node.at("bootstrap"), connectMs);
-    for (const JsonNode& item : node.items("then")) action.then.push_back(timedEffectFrom(item));
+    if (node.has("bootstrap"))
+        action.bootstrap = bootstrapFrom(node.at("bootstrap"), use.connectMs);
+    for (const JsonNode& item : node.items("then")) {
+        action.then.push_back(timedEffectFrom(item, use.transport));
+    }
     return action;
 }
 
-Rule ruleFrom(const JsonNode& node, std::uint32_t connectMs) {
+Rule ruleFrom(const JsonNode& node, const ScriptUse& use) {
     node.allowOnly({"match", "action"});
-    return {matchFrom(node.at("match")), actionFrom(node.at("action"), connectMs)};
+    return {matchFrom(node.at("match")), actionFrom(node.at("action"), use)};
 }
 
-ScheduledEffect scheduledFrom(const JsonNode& node) {
+ScheduledEffect scheduledFrom(const JsonNode& node, Transport transport) {
     ScheduledEffect scheduled;
     scheduled.since = choiceFrom(node.at("since"), kSinces);
-    scheduled.timed = timedEffectFrom(node, "since");
+    scheduled.timed = timedEffectFrom(node, transport, "since");
     return scheduled;
 }
 
 }  // namespace
 
-Script scriptFromJson(const JsonNode& root, std::uint32_t connectMs) {
+Script scriptFromJson(const JsonNode& root, const ScriptUse& use) {
     root.allowOnly({"rules", "at", "bootstrap"});
     std::vector<Rule> rules;
-    for (const JsonNode& node : root.items("rules")) rules.push_back(ruleFrom(node, connectMs));
+    for (const JsonNode& node : root.items("rules")) rules.push_back(ruleFrom(node, use));
     std::vector<ScheduledEffect> scheduled;
-    for (const JsonNode& node : root.items("at")) scheduled.push_back(scheduledFrom(node));
+    for (const JsonNode& node : root.items("at")) {
+        scheduled.push_back(scheduledFrom(node, use.transport));
+    }
     std::optional<BootstrapPlan> bootstrap;
-    if (root.has("bootstrap")) bootstrap = bootstrapFrom(root.at("bootstrap"), connectMs);
+    if (root.has("bootstrap")) bootstrap = bootstrapFrom(root.at("bootstrap"), use.connectMs);
     return Script(std::move(rules), std::move(scheduled), bootstrap);
 }
 
-Script loadScript(const std::string& path, std::uint32_t connectMs) {
+Script loadScript(const std::string& path, const ScriptUse& use) {
     const nlohmann::json document = readJsonFile(path);
-    return scriptFromJson(JsonNode(document, path), connectMs);
+    return scriptFromJson(JsonNode(document, path), use);
 }
 
 }  // namespace simulator

@@ -17,6 +17,34 @@ TEST(RecordLog, ALineHoldsEverythingThatIsOnTheWire) {
                          "'request': 4294967295, 'length': 2, 'payload': '00ff'}"));
 }
 
+TEST(RecordLog, TheFateOfAWindowMessageIsTold) {
+    const Record record{CommandId::Ping, false, 1, ""};
+    const auto lineWith = [&](const MessageFate& fate) {
+        return nlohmann::json::parse(RecordLog::line(RecordLog::Direction::Out, record, 1, fate));
+    };
+    EXPECT_EQ(lineWith({1, {}})["result"], 1);
+    EXPECT_FALSE(lineWith({1, {}}).contains("failed"));
+    EXPECT_EQ(lineWith({{}, "time-out"})["failed"], "time-out");
+    EXPECT_FALSE(lineWith({{}, "time-out"}).contains("result"));
+}
+
+TEST(RecordLog, AWindowMessageThatIsNoRecordIsToldWithItsForm) {
+    const std::string path = testing::TempDir() + "record-log-message-test.jsonl";
+    std::string line;
+    {
+        RecordLog log(path);
+        MessageForm form;
+        form.tag = 7;
+        form.nullLength = 99;
+        log.message(RecordLog::Direction::In, "", form, 5, {0, {}});
+        std::ifstream file(path);
+        std::getline(file, line);
+    }
+    EXPECT_EQ(std::remove(path.c_str()), 0);
+    EXPECT_EQ(nlohmann::json::parse(line), json("{'tick': 5, 'dir': 'in', 'tag': 7, 'raw': '',"
+                                                "'nullLength': 99, 'result': 0}"));
+}
+
 TEST(RecordLog, LinesCanBeReadWhileTheLogIsOpen) {
     const std::string path = testing::TempDir() + "record-log-test.jsonl";
     std::string first;
@@ -24,7 +52,7 @@ TEST(RecordLog, LinesCanBeReadWhileTheLogIsOpen) {
     {
         RecordLog log(path);
         log.record(RecordLog::Direction::Out, {CommandId::Ping, false, 1, ""}, 5);
-        log.raw("\x01", 6);
+        log.raw(RecordLog::Direction::Out, "\x01", 6);
         std::ifstream file(path);
         std::getline(file, first);
         std::getline(file, second);
@@ -42,7 +70,8 @@ TEST(RecordLog, AFileThatCannotBeMadeIsNamed) {
 TEST(RecordLog, WithoutAPathNothingIsWritten) {
     RecordLog log("");
     log.record(RecordLog::Direction::Out, {}, 0);
-    log.raw("x", 0);
+    log.raw(RecordLog::Direction::In, "x", 0);
+    log.message(RecordLog::Direction::In, "x", {}, 0, {});
 }
 
 }  // namespace

@@ -49,13 +49,14 @@ TEST(Script, TheFirstRuleThatFitsDecides) {
 
 TEST(Script, EveryKeyOfAnActionIsRead) {
     Script script = scriptOf(R"({'rules': [{'match': {}, 'action': {
-        'answer': 'fewerVectors', 'delayMs': 1, 'ackStatus': 0, 'splitAfterBytes': 2, 'gapMs': 3,
+        'answer': 'fewerVectors', 'delayMs': 1, 'hangMs': 8, 'ackStatus': 0, 'splitAfterBytes': 2, 'gapMs': 3,
         'mergeWithNext': true, 'duplicates': 4, 'close': 'mid', 'rawHexBefore': '0A0b',
         'bootstrap': {'durationMs': 5, 'steps': 6, 'result': null, 'online': false},
         'then': [{'afterMs': 7, 'stall': '*'}]}}]})");
     const Action action = script.actionFor(facts(CommandId::Ping));
     EXPECT_EQ(action.answer, AnswerKind::FewerVectors);
     EXPECT_EQ(action.delayMs, 1U);
+    EXPECT_EQ(action.hangMs, 8U);
     EXPECT_EQ(action.ackStatus, 0U);
     EXPECT_EQ(action.splitAfterBytes, 2U);
     EXPECT_EQ(action.gapMs, 3U);
@@ -71,6 +72,58 @@ TEST(Script, EveryKeyOfAnActionIsRead) {
     ASSERT_EQ(action.then.size(), 1U);
     EXPECT_EQ(action.then[0].afterMs, 7U);
     EXPECT_TRUE(std::get<StallEffect>(action.then[0].effect).stalled);
+}
+
+TEST(Script, ARuleChoosesTheWayOfAnsweringAWindowMessage) {
+    const auto chosen = [](const std::string& way) {
+        Script script =
+            scriptOf("{'rules': [{'match': {}, 'action': {'windowAnswer': '" + way + "'}}]}",
+                     Transport::WindowMessages);
+        return script.actionFor(facts(CommandId::Ping)).windowAnswer;
+    };
+    EXPECT_EQ(chosen("inside"), WindowAnswer::Inside);
+    EXPECT_EQ(chosen("released"), WindowAnswer::Released);
+    EXPECT_EQ(chosen("later"), WindowAnswer::Later);
+}
+
+TEST(Script, AMessageHasAnyTagAnyLengthOrNoBytesAtAll) {
+    const auto message = [](const std::string& text) {
+        const Script script = scriptOf("{'at': [{'since': 'start', 'message': " + text + "}]}",
+                                       Transport::WindowMessages);
+        return std::get<MessageEffect>(script.scheduledSince(Since::Start).at(0).effect);
+    };
+    EXPECT_EQ(message("{'hex': '01 02'}").form.tag, 3084U);
+    EXPECT_EQ(message("{'tag': 5}").form.tag, 5U);
+    EXPECT_EQ(message("{'hex': '01 02', 'length': 3}").bytes, std::string("\1\2\0", 3));
+    EXPECT_EQ(message("{'hex': '01 02', 'length': 1}").bytes, "\1");
+    EXPECT_EQ(message("{'null': true, 'length': '0xFFFFFFFF'}").form.nullLength, 0xFFFFFFFFU);
+    EXPECT_EQ(message("{}").form.nullLength, std::nullopt);
+}
+
+TEST(Script, WhatTheTransportCannotDoIsAnError) {
+    const auto errorOver = [](Transport transport, const std::string& action) {
+        return configErrorOf(
+            [&] { scriptOf("{'rules': [{'match': {}, 'action': " + action + "}]}", transport); });
+    };
+    const std::string place = "s.json: rules[0]: action: ";
+    const std::string noConnection = ": needs a connection, and this run is over window messages";
+    for (const char* key : {"splitAfterBytes", "gapMs"}) {
+        EXPECT_EQ(errorOver(Transport::WindowMessages, "{'" + std::string(key) + "': 1}"),
+                  place + key + noConnection);
+    }
+    EXPECT_EQ(errorOver(Transport::WindowMessages, "{'mergeWithNext': true}"),
+              place + "mergeWithNext" + noConnection);
+    EXPECT_EQ(errorOver(Transport::WindowMessages, "{'close': 'mid'}"),
+              place + "close" + noConnection);
+    EXPECT_EQ(errorOver(Transport::WindowMessages, "{'then': [{'close': true}]}"),
+              place + "then[0]: close" + noConnection);
+    const std::string noWindow = ": needs window messages, and this run is over TCP";
+    EXPECT_EQ(errorOver(Transport::Tcp, "{'windowAnswer': 'later'}"),
+              place + "windowAnswer" + noWindow);
+    EXPECT_EQ(errorOver(Transport::Tcp, "{'then': [{'message': {}}]}"),
+              place + "then[0]: message" + noWindow);
+    EXPECT_EQ(errorOver(Transport::Tcp, "{'then': [{'flood': {'count': 1}}]}"),
+              place + "then[0]: flood" + noWindow);
 }
 
 TEST(Script, ABootstrapWithoutDurationTakesThatOfTheSettings) {

@@ -12,8 +12,11 @@ using Values = std::map<std::string, std::string>;
 Settings settingsOf(Values values) {
     values.emplace("UseTcp", "true");
     values.emplace("TcpPort", "47110");
+    values.emplace("ServerPipeName", "Server");
+    values.emplace("ClientPipeName", "Client");
     const auto read = [&](const std::string& section, const std::string& key) {
-        const bool isCommon = key == "UseTcp" || key == "TcpPort" || key == "ServerIp";
+        const bool isCommon = key == "UseTcp" || key == "TcpPort" || key == "ServerIp" ||
+                              key == "ServerPipeName" || key == "ClientPipeName";
         EXPECT_EQ(section, isCommon ? "CommonSettings" : "Simulator") << key;
         return values[key];
     };
@@ -33,6 +36,8 @@ TEST(Settings, MissingKeysTakeTheirDefaults) {
     EXPECT_EQ(settings.recordLogPath, "");
     EXPECT_EQ(settings.exportPrefix, "c:\\temp\\export-1-");
     EXPECT_EQ(settings.answerStyle, AnswerStyle::Stamped);
+    EXPECT_EQ(settings.windowAnswer, WindowAnswer::Released);
+    EXPECT_EQ(settings.windowSendMs, 500U);
     EXPECT_EQ(settings.connectMs, 600U);
     EXPECT_EQ(settings.exitWithoutClientMs, 60000U);
 }
@@ -46,11 +51,35 @@ TEST(Settings, RelativePathsGoByTheFolderOfTheSettings) {
 }
 
 TEST(Settings, TcpIsChosenByTheWordTrueInAnyCase) {
-    EXPECT_EQ(errorOf({{"UseTcp", "TRUE"}}), "");
+    EXPECT_EQ(settingsOf({{"UseTcp", "TRUE"}}).transport, Transport::Tcp);
     for (const char* other : {"", "1", "yes", "false"}) {
-        EXPECT_THAT(errorOf({{"UseTcp", other}}), testing::HasSubstr("[CommonSettings] UseTcp"))
-            << other;
+        EXPECT_EQ(settingsOf({{"UseTcp", other}}).transport, Transport::WindowMessages) << other;
     }
+}
+
+TEST(Settings, WindowMessagesNeedTwoTitlesAndNoPort) {
+    const Settings settings = settingsOf({{"UseTcp", ""}, {"TcpPort", "0"}});
+    EXPECT_EQ(settings.serverTitle, "Server");
+    EXPECT_EQ(settings.clientTitle, "Client");
+    EXPECT_THAT(errorOf({{"UseTcp", ""}, {"ServerPipeName", ""}}),
+                testing::HasSubstr("[CommonSettings] ServerPipeName: is missing"));
+    EXPECT_THAT(errorOf({{"UseTcp", ""}, {"ClientPipeName", ""}}),
+                testing::HasSubstr("[CommonSettings] ClientPipeName: is missing"));
+    EXPECT_EQ(errorOf({{"UseTcp", ""}, {"ClientPipeName", "SERVER"}}),
+              "[CommonSettings] ClientPipeName: must differ from ServerPipeName");
+}
+
+TEST(Settings, TcpNeedsNoTitles) {
+    EXPECT_EQ(errorOf({{"ServerPipeName", ""}, {"ClientPipeName", ""}}), "");
+}
+
+TEST(Settings, TheWayOfAnsweringWindowMessagesIsChosen) {
+    const auto chosen = [](const char* way) {
+        return settingsOf({{"UseTcp", ""}, {"WindowAnswer", way}}).windowAnswer;
+    };
+    EXPECT_EQ(chosen("inside"), WindowAnswer::Inside);
+    EXPECT_EQ(chosen("Released"), WindowAnswer::Released);
+    EXPECT_EQ(chosen("later"), WindowAnswer::Later);
 }
 
 TEST(Settings, EveryBadValueIsNamedWithItsKey) {
@@ -59,6 +88,9 @@ TEST(Settings, EveryBadValueIsNamedWithItsKey) {
               "[CommonSettings] TcpPort: \"65536\" is not a whole number from 0 to 65535");
     EXPECT_EQ(errorOf({{"AnswerStyle", "both"}}),
               "[Simulator] AnswerStyle: \"both\" is neither \"stamped\" nor \"separate\"");
+    EXPECT_EQ(errorOf({{"WindowAnswer", "soon"}}),
+              "[Simulator] WindowAnswer: \"soon\" is none of inside, released, later");
+    EXPECT_EQ(errorOf({{"WindowSendMs", "0"}}), "[Simulator] WindowSendMs: must not be 0");
     EXPECT_EQ(errorOf({{"ConnectMs", "1e3"}}),
               "[Simulator] ConnectMs: \"1e3\" is not a whole number from 0 to 86400000");
     EXPECT_THAT(errorOf({{"ExitWithoutClientMs", "99999999999"}}),

@@ -34,9 +34,9 @@ inline EcuModel modelOf(const std::string& text) {
     return modelFromJson(JsonNode(document, "m.json"));
 }
 
-inline Script scriptOf(const std::string& text) {
+inline Script scriptOf(const std::string& text, Transport transport = Transport::Tcp) {
     const nlohmann::json document = json(text);
-    return scriptFromJson(JsonNode(document, "s.json"), 600);
+    return scriptFromJson(JsonNode(document, "s.json"), {600, transport});
 }
 
 // The text of the ConfigError that the call throws; empty when it throws none.
@@ -75,10 +75,11 @@ public:
     static constexpr std::uint64_t kStartMs = 1000000;
 
     explicit ConversationHarness(const std::string& script = "{}",
-                                 AnswerStyle style = AnswerStyle::Stamped)
+                                 AnswerStyle style = AnswerStyle::Stamped,
+                                 Transport transport = Transport::Tcp)
         : model_(modelOf(smallModel())),
-          conversation_(model_, scriptOf(script), {style, 600}, ExportFiles("unused"), recordLog_,
-                        log_, nowMs_) {
+          conversation_(model_, scriptOf(script, transport), {style, 600, transport},
+                        ExportFiles("unused"), recordLog_, log_, nowMs_) {
         conversation_.clientConnected(nowMs_);
     }
 
@@ -106,6 +107,12 @@ public:
             all.push_back(std::move(*piece));
         }
         return all;
+    }
+
+    // Everything that comes at once after that long.
+    std::vector<Piece> passMs(std::uint64_t milliseconds) {
+        nowMs_ += milliseconds;
+        return pieces();
     }
 
     void connectEcu(std::uint32_t refreshPeriodMs = 100) {
