@@ -123,6 +123,8 @@ int main(int argc, char** argv) {
         ->check(CLI::PositiveNumber);
     app.add_option("--json", options.jsonPath, "file for the figures");
     app.add_option("--echo-peer", options.echoPeerPort, "be the other side of a floor")->group("");
+    app.add_option("--copy-data-peer", options.copyDataPeerTitle, "be the other side of a floor")
+        ->group("");
     CLI11_PARSE(app, argc, argv);
     AfxSocketInit();
     try {
