@@ -1,5 +1,7 @@
 #include "protocol/ExternalCommand.h"
 
+#include <new>
+
 #include "protocol/RecordHead.h"
 #include "protocol/RequestId.h"
 
@@ -31,13 +33,22 @@ std::unique_ptr<IExternalCommand> ExternalCommand::parse(const std::string& in,
     if ((head.header & idMask) != getId()) return nullptr;
     if (head.payloadLength > in.size() - RecordHead::encodedBytes) return nullptr;
     consumed = RecordHead::encodedBytes + head.payloadLength;
-    std::unique_ptr<IExternalCommand> command(
-        createFromPayload(in.substr(RecordHead::encodedBytes, head.payloadLength)));
+    std::unique_ptr<IExternalCommand> command = createFrom(in, head.payloadLength);
     if (!command) return nullptr;
     auto& parsed = static_cast<ExternalCommand&>(*command);
     parsed.requestId_ = head.requestId;
     parsed.header_ = (parsed.header_ & ~replyFlag) | (head.header & replyFlag);
     return command;
+}
+
+std::unique_ptr<IExternalCommand> ExternalCommand::createFrom(const std::string& record,
+                                                              std::size_t payloadLength) const {
+    try {
+        return std::unique_ptr<IExternalCommand>(
+            createFromPayload(record.substr(RecordHead::encodedBytes, payloadLength)));
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
 }
 
 void ExternalCommand::stampAsReplyTo(std::uint32_t requestId) {

@@ -42,6 +42,9 @@ protected:
     explicit ExternalCommand(std::uint16_t id);
 
 private:
+    std::unique_ptr<IExternalCommand> createFrom(const std::string& record,
+                                                 std::size_t payloadLength) const;
+
     std::uint32_t header_;
     std::uint32_t requestId_;
 };

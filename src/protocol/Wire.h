@@ -53,7 +53,7 @@ public:
     /// A record, alone or inside a sequence: its fields, nothing around them.
     template <class Record>
     auto put(const Record& record) -> std::enable_if_t<std::is_class<Record>::value> {
-        Record::fields(record, [this](const char*, const auto& field) { put(field); });
+        Record::fields(record, [this](const char*, const auto& field) { this->put(field); });
     }
 
 private:
@@ -116,7 +116,7 @@ public:
 
     template <class Record>
     auto get(Record& record) -> std::enable_if_t<std::is_class<Record>::value> {
-        Record::fields(record, [this](const char*, auto& field) { get(field); });
+        Record::fields(record, [this](const char*, auto& field) { this->get(field); });
     }
 
 private:

@@ -56,7 +56,7 @@ public:
 
 private:
     void damage(std::string& bytes) {
-        static constexpr unsigned int counts[] = {0,      1,        2,          100,
+        static constexpr unsigned int counts[] = {0,    1,        2,          100,
                                                   5000, 0xFFFFFF, 0x7FFFFFFF, 0xFFFFFFFF};
         const std::uint32_t place = below(static_cast<std::uint32_t>(bytes.size()));
         switch (below(4)) {
