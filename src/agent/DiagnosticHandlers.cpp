@@ -20,16 +20,17 @@ bool QorProtocolAgent::clearDtc(const Impl::ProtocolCmd& command) {
 }
 
 bool QorProtocolAgent::readDtc(const Impl::ProtocolCmd& command) {
-    auto* request = payloadOf<Impl::CmdDataDtcData>(command);
+    const auto* request = payloadOf<Impl::CmdDataDtcData>(command);
     if (request == nullptr) return false;
     std::vector<protocol::DtcRecord> dtcs;
     if (!client_->getDtc(request->statusMask, dtcs, request->statusMask)) return false;
-    request->dtcs = toDescriptions(dtcs);
-    return answer(command, command.data);
+    auto results = std::make_shared<Impl::CmdDataDtcData>(request->statusMask);
+    results->dtcs = toDescriptions(dtcs);
+    return answer(command, std::move(results));
 }
 
 bool QorProtocolAgent::sendKwp(const Impl::ProtocolCmd& command) {
-    auto* request = payloadOf<Impl::CmdDataKwp>(command);
+    const auto* request = payloadOf<Impl::CmdDataKwp>(command);
     if (request == nullptr) return false;
     protocol::ExecKwp record;
     record.service = request->service;
@@ -38,9 +39,10 @@ bool QorProtocolAgent::sendKwp(const Impl::ProtocolCmd& command) {
     record.failed = request->failed != 0;
     protocol::ExecKwp result;
     if (!client_->execKwp(record, result)) return false;
-    request->data = result.data;
-    request->failed = result.failed;
-    return answer(command, command.data);
+    auto results = std::make_shared<Impl::CmdDataKwp>(*request);
+    results->data = std::move(result.data);
+    results->failed = result.failed;
+    return answer(command, std::move(results));
 }
 
 bool QorProtocolAgent::connectCanBus(const Impl::ProtocolCmd& command) {
@@ -55,15 +57,16 @@ bool QorProtocolAgent::connectCanBus(const Impl::ProtocolCmd& command) {
 }
 
 bool QorProtocolAgent::readCanBus(const Impl::ProtocolCmd& command) {
-    auto* request = payloadOf<Impl::CmdCanBusData>(command);
+    const auto* request = payloadOf<Impl::CmdCanBusData>(command);
     if (request == nullptr) return false;
     std::vector<protocol::CanBusItem> wanted;
     for (const auto& item : request->data.items) wanted.push_back({item.canId, item.value});
     std::vector<protocol::CanBusItem> frames;
     if (!client_->getCanBusData(wanted, frames, request->timeoutMs)) return false;
-    request->data.items.clear();
-    for (const auto& frame : frames) request->data.items.push_back({frame.canId, frame.value});
-    return answer(command, command.data);
+    QorControlFacade::CanBusData data;
+    for (const auto& frame : frames) data.items.push_back({frame.canId, frame.value});
+    return answer(command,
+                  std::make_shared<Impl::CmdCanBusData>(std::move(data), request->timeoutMs));
 }
 
 bool QorProtocolAgent::sendCanBus(const Impl::ProtocolCmd& command) {

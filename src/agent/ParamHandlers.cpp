@@ -81,8 +81,9 @@ bool QorProtocolAgent::controlParam(const Impl::ProtocolCmd& command) {
 }
 
 bool QorProtocolAgent::readTogether(const Impl::ProtocolCmd& command) {
-    auto* request = payloadOf<Impl::CmdParamDataAtOnce>(command);
-    return request != nullptr &&
-           client_->readTogether(request->names, request->values, request->timeoutMs) &&
-           answer(command, command.data);
+    const auto* request = payloadOf<Impl::CmdParamDataAtOnce>(command);
+    if (request == nullptr) return false;
+    auto results = std::make_shared<Impl::CmdParamDataAtOnce>(request->names, request->timeoutMs);
+    return client_->readTogether(request->names, results->values, request->timeoutMs) &&
+           answer(command, std::move(results));
 }

@@ -45,8 +45,10 @@ const QorProtocolAgent::Route QorProtocolAgent::routes[] = {
 };
 
 QorProtocolAgent::QorProtocolAgent(std::shared_ptr<Impl> impl) : impl_(std::move(impl)) {
-    client_ =
-        ClientExternalOperating::create(common::resolveAgainstExecutable(impl_->settingsPath));
+    const std::string resolved = common::resolveAgainstExecutable(impl_->settingsPath);
+    // A path that cannot be resolved cannot be read either; the complaint then names it as given.
+    client_.reset(ClientExternalOperating::create(resolved.empty() ? impl_->settingsPath : resolved)
+                      .release());
     {
         const LockGuard guard(impl_->stateLock);
         impl_->qorExecutablePath = client_->executablePath();
@@ -58,7 +60,7 @@ QorProtocolAgent::QorProtocolAgent(std::shared_ptr<Impl> impl) : impl_(std::move
 
 QorProtocolAgent::QorProtocolAgent(std::shared_ptr<Impl> impl,
                                    std::unique_ptr<ClientExternalOperating> client)
-    : impl_(std::move(impl)), client_(std::move(client)) {}
+    : impl_(std::move(impl)), client_(client.release()) {}
 
 void QorProtocolAgent::step() {
     noteOnlineState();

@@ -27,7 +27,7 @@ public:
     void step();
 
     /// Ends the work with QOR: disconnects the ECU and shuts QOR down, if the settings name an
-    /// executable; a QOR that was started by someone else is left alone.
+    /// executable.
     void finish();
 
 private:
@@ -67,7 +67,15 @@ private:
     bool hasQorAnsweredLately() const;
 
     std::shared_ptr<Impl> impl_;
-    std::unique_ptr<ClientExternalOperating> client_;
+    /// Deletes a client, unless a thread of its transport hangs in a call of the system and may
+    /// still use it: such a client is left to the end of the process.
+    struct EndClient {
+        void operator()(ClientExternalOperating* client) const {
+            if (client->stop()) delete client;
+        }
+    };
+
+    std::unique_ptr<ClientExternalOperating, EndClient> client_;
 
     // The one stream of trouble codes; a null queue means none.
     Impl::DtcQueue* dtcQueue_ = nullptr;

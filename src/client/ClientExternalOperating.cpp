@@ -90,7 +90,7 @@ ClientExternalOperating::ClientExternalOperating(const std::string& settingsPath
         executablePath_ = common::resolveAgainstExecutable(executable);
         qorDirectory_ = common::directoryOf(executablePath_);
     }
-    // Before the transport, whose receiving side reads them from its start.
+    // Before the transport starts, whose receiving side reads them.
     prototypes_ =
         makePrototypes<ClientCommandGetParamInfo, ClientCommandReceiveParamData,
                        ClientCommandDirectCtrl, ClientCommandGetDTC, ClientCommandStartEdit,
@@ -98,9 +98,11 @@ ClientExternalOperating::ClientExternalOperating(const std::string& settingsPath
                        ClientCommandEcuSegment, ClientCommandExecKwp, ClientCommandCanBusData,
                        ClientCommandReadTogether>();
     transport_ = makeTransport(*this);
+    transport_->start();
 }
 
 ClientExternalOperating::~ClientExternalOperating() {
+    stop();  // before the pointer goes, which a handler may still use
     transport_.reset();
     operating_ = false;
     prototypes_.clear();
@@ -119,8 +121,9 @@ bool ClientExternalOperating::launch(unsigned int timeoutMs) {
 bool ClientExternalOperating::startProcess(const std::string& executable, unsigned int timeoutMs) {
     const std::string commandLine = " -external_operating \"" + settingsPath_ + "\"";
     if (commandLine.size() > ClientSettings::maxLaunchChars) return false;
+    if (!processStarter_->start(executable, commandLine)) return false;
     const std::uint32_t start = common::tickCount();
-    if (!processStarter_->start(executable, commandLine, timeoutMs)) return false;
+    processStarter_->awaitIdle(timeoutMs);
     do {
         if (ping(launchPingMs)) return true;
         common::sleepMs(launchPauseMs);

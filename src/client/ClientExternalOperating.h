@@ -18,7 +18,8 @@
 /// operations.
 ///
 /// All operations but those belong to the thread that made the client (the agent thread); they
-/// return true on success, throw nothing and report nothing. While they wait they dispatch that
+/// return true on success and throw nothing but std::bad_alloc. Only `connectEcu` reports, to its
+/// monitor. While they wait they dispatch that
 /// thread's copy-data messages. Time-outs are milliseconds, with the transport's special values.
 class ClientExternalOperating {
 public:
@@ -47,6 +48,10 @@ public:
     virtual ~ClientExternalOperating();
     ClientExternalOperating(const ClientExternalOperating&) = delete;
     ClientExternalOperating& operator=(const ClientExternalOperating&) = delete;
+
+    /// Ends the work of the transport's own threads. False if one hangs in a call of the system
+    /// and may still use the client, which must then not be deleted.
+    bool stop() { return transport_ == nullptr || transport_->stop(); }
 
     /// The resolved path of QOR's executable; empty if the settings name none.
     const std::string& executablePath() const { return executablePath_; }

@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <memory>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -29,7 +30,11 @@ void copy(const std::string& source, const char* target) {
 
 void move(const std::vector<std::string>& files, const char* target) {
     if (files.empty()) return;
-    copy(files.front(), target);
+    try {
+        copy(files.front(), target);
+    } catch (const std::bad_alloc&) {
+        // The source goes in every case.
+    }
     DeleteFileA(files.front().c_str());
 }
 

@@ -7,8 +7,10 @@ class IProcessStarter {
 public:
     virtual ~IProcessStarter() = default;
 
-    /// Starts `executable` with exactly this command line, its main window minimised; then waits,
-    /// at most `idleMs`, until it is idle for input. False if it could not be started.
-    virtual bool start(const std::string& executable, const std::string& commandLine,
-                       unsigned int idleMs) = 0;
+    /// Starts `executable` with exactly this command line, its main window minimised. False if it
+    /// could not be started.
+    virtual bool start(const std::string& executable, const std::string& commandLine) = 0;
+
+    /// Waits, at most `idleMs`, until the process that was just started is idle for input.
+    virtual void awaitIdle(unsigned int idleMs) = 0;
 };

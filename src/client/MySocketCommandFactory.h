@@ -8,10 +8,11 @@ class MySocketCommandFactory final : public ClientSocketCommandFactory {
 public:
     MySocketCommandFactory(const std::string& serverIp, unsigned int port,
                            ClientExternalOperating& client)
-        : ClientSocketCommandFactory(serverIp, port), client_(client) {
-        startWorker();
-    }
+        : ClientSocketCommandFactory(serverIp, port), client_(client) {}
     ~MySocketCommandFactory() override { stopWorker(); }
+
+    void start() override { startWorker(); }
+    bool stop() override { return stopWorker(); }
 
     const Prototypes& prototypes() const override { return client_.prototypes(); }
 

@@ -2,8 +2,7 @@
 
 #include <windows.h>
 
-bool ProcessStarter::start(const std::string& executable, const std::string& commandLine,
-                           unsigned int idleMs) {
+bool ProcessStarter::start(const std::string& executable, const std::string& commandLine) {
     STARTUPINFOA startup = {};
     startup.cb = sizeof startup;
     startup.dwFlags = STARTF_USESHOWWINDOW;
@@ -13,6 +12,10 @@ bool ProcessStarter::start(const std::string& executable, const std::string& com
     if (!CreateProcessA(executable.c_str(), writable.data(), nullptr, nullptr, FALSE,
                         NORMAL_PRIORITY_CLASS, nullptr, nullptr, &startup, &process))
         return false;
-    WaitForInputIdle(process.hProcess, idleMs);
+    process_ = process.hProcess;
     return true;
+}
+
+void ProcessStarter::awaitIdle(unsigned int idleMs) {
+    WaitForInputIdle(process_, idleMs);
 }

@@ -6,6 +6,9 @@
 /// closed, and it does not end with the library.
 class ProcessStarter final : public IProcessStarter {
 public:
-    bool start(const std::string& executable, const std::string& commandLine,
-               unsigned int idleMs) override;
+    bool start(const std::string& executable, const std::string& commandLine) override;
+    void awaitIdle(unsigned int idleMs) override;
+
+private:
+    void* process_ = nullptr;
 };

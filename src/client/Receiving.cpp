@@ -20,8 +20,8 @@ std::int32_t asInteger(double value) {
     return static_cast<std::int32_t>(whole);
 }
 
-/// Far more than any real model or connect brings; what a peer gone mad sends beyond it is
-/// dropped, so that it cannot fill the process's memory.
+/// Far more entries than any real model or connect brings; what a peer gone mad adds beyond it is
+/// dropped.
 constexpr std::size_t maxEntries = 100000;
 
 /// Replaces or adds an entry.

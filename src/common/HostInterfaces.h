@@ -23,7 +23,8 @@ protected:
 };
 
 /// The host's progress window of a connect. Both used operations are called on the library's own
-/// thread while the connect runs; the monitor must live until `connect` has returned.
+/// thread while the connect runs; the monitor must live until `connect` has returned, and for good
+/// if a shutdown meanwhile had to let that thread go.
 class IProgressMonitor {
 public:
     virtual void reserved1() = 0;

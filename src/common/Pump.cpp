@@ -15,8 +15,13 @@ void translateAndDispatch(const MSG& message) {
 void pumpCopyData() {
     MSG message;
     // Sent messages are delivered by the peek itself, which then reports nothing taken.
-    while (PeekMessageA(&message, nullptr, WM_COPYDATA, WM_COPYDATA, PM_REMOVE))
+    while (PeekMessageA(&message, nullptr, WM_COPYDATA, WM_COPYDATA, PM_REMOVE)) {
+        if (message.message == WM_QUIT) {  // comes through every filter; it is not ours to take
+            PostQuitMessage(static_cast<int>(message.wParam));
+            return;
+        }
         translateAndDispatch(message);
+    }
 }
 
 void pumpOneMessage() {

@@ -19,9 +19,9 @@ struct ControlWords {
 };
 
 constexpr ControlWords starting{Impl::kindStartDirectCtrl, "startDirectCtrl", "Start",
-                                "START_DIRECTCTRL"};
+                                "FAILED START_DIRECTCTRL-param(%s), t: %d ms"};
 constexpr ControlWords stopping{Impl::kindStopDirectCtrl, "stopDirectCtrl", "Stop",
-                                "STOP_DIRECTCTRL"};
+                                "FAILED STOP_DIRECTCTRL-param(%s), t: %d ms"};
 
 bool control(Impl& impl, AnswerTable& answers, const ControlWords& words, const std::string& name,
              unsigned int timeoutMs) {
@@ -61,7 +61,7 @@ bool QorControlFacade::setDynamicData(const std::string& name, const std::string
                                       unsigned int timeoutMs) const {
     static AnswerTable answers;
     const auto impl = impl_->shared_from_this();
-    if (!impl->agentThread.isRunning()) return false;
+    if (!impl->isOperating()) return false;
     TimedCall call(*impl, answers);
     const auto request = std::make_shared<Impl::CmdDataParamData>(name, timeoutMs);
     request->text = value;
@@ -70,20 +70,20 @@ bool QorControlFacade::setDynamicData(const std::string& name, const std::string
         return true;
     }
     paramlines::traceFailure("setDynamicData", name, call);
-    paramlines::logFailure(*impl, "SET-DYN", name, call);
+    paramlines::logFailure(*impl, "FAILED SET-DYN-param(%s), t: %d ms", name, call);
     return false;
 }
 
 bool QorControlFacade::startDirectCtrl(const std::string& name, unsigned int timeoutMs) const {
     static AnswerTable answers;
     const auto impl = impl_->shared_from_this();
-    return impl->agentThread.isRunning() && control(*impl, answers, starting, name, timeoutMs);
+    return impl->isOperating() && control(*impl, answers, starting, name, timeoutMs);
 }
 
 bool QorControlFacade::stopDirectCtrl(const std::string& name, unsigned int timeoutMs) const {
     static AnswerTable answers;
     const auto impl = impl_->shared_from_this();
-    return impl->agentThread.isRunning() && control(*impl, answers, stopping, name, timeoutMs);
+    return impl->isOperating() && control(*impl, answers, stopping, name, timeoutMs);
 }
 
 bool QorControlFacade::getParamDataAtOnce(const std::vector<std::string>& names,
@@ -91,7 +91,7 @@ bool QorControlFacade::getParamDataAtOnce(const std::vector<std::string>& names,
                                           unsigned int timeoutMs) const {
     static AnswerTable answers;
     const auto impl = impl_->shared_from_this();
-    if (!impl->agentThread.isRunning()) return false;
+    if (!impl->isOperating()) return false;
     TimedCall call(*impl, answers);
     const auto request = std::make_shared<Impl::CmdParamDataAtOnce>(names, timeoutMs);
     const Impl::CmdParamDataAtOnce* answer = nullptr;

@@ -50,11 +50,11 @@ void logKwpFailure(const Impl& impl, const QorControlFacade::KwpCommand& kwp,
         impl.eolLog->error("FAILED KWP-send(0x%02X), t: %d ms", kwp.service, call.elapsedMs());
 }
 
-void logCanFailure(const Impl& impl, const char* direction, const TimedCall& call) {
+void logCanFailure(const Impl& impl, const char* direction, const char* format,
+                   const TimedCall& call) {
     trace(libraryModule, tracelog::warning, 0, "Failed on CanBus-%s, t: %d ms\n", direction,
           call.elapsedMs());
-    if (impl.eolLog != nullptr)
-        impl.eolLog->error("FAILED CanBus-%s, t: %d ms", direction, call.elapsedMs());
+    if (impl.eolLog != nullptr) impl.eolLog->error(format, call.elapsedMs());
 }
 
 }  // namespace
@@ -62,7 +62,7 @@ void logCanFailure(const Impl& impl, const char* direction, const TimedCall& cal
 bool QorControlFacade::clearDtc(unsigned int timeoutMs) const {
     static AnswerTable answers;
     const auto impl = impl_->shared_from_this();
-    if (!impl->agentThread.isRunning()) return false;
+    if (!impl->isOperating()) return false;
     TimedCall call(*impl, answers);
     // The one budget that is not doubled; stations have set their time-outs by it.
     if (call.run(Impl::kindClearDtc, std::make_shared<Impl::CmdDataDtc>(), timeoutMs)) {
@@ -79,7 +79,7 @@ bool QorControlFacade::getDtcByStatus(std::vector<DtcDescription>& dtcs,
                                       unsigned int timeoutMs) const {
     static AnswerTable answers;
     const auto impl = impl_->shared_from_this();
-    if (!impl->agentThread.isRunning()) return false;
+    if (!impl->isOperating()) return false;
     TimedCall call(*impl, answers);
     const Impl::CmdDataDtcData* answer = nullptr;
     if (call.run(Impl::kindGetDtcByStatus, std::make_shared<Impl::CmdDataDtcData>(timeoutMs),
@@ -99,7 +99,7 @@ bool QorControlFacade::getDtcByStatus(std::vector<DtcDescription>& dtcs,
 bool QorControlFacade::sendKwpCommand(KwpCommand& kwp, unsigned int timeoutMs) const {
     static AnswerTable answers;
     const auto impl = impl_->shared_from_this();
-    if (!impl->agentThread.isRunning()) return false;
+    if (!impl->isOperating()) return false;
     TimedCall call(*impl, answers);
     // The request is on its way before its lines are written.
     call.post(Impl::kindSendKwpCommand, std::make_shared<Impl::CmdDataKwp>(timeoutMs, kwp));
@@ -119,14 +119,14 @@ bool QorControlFacade::sendKwpCommand(KwpCommand& kwp, unsigned int timeoutMs) c
 bool QorControlFacade::getCanBusData(CanBusData& data, unsigned int timeoutMs) const {
     static AnswerTable answers;
     const auto impl = impl_->shared_from_this();
-    if (!impl->agentThread.isRunning()) return false;
+    if (!impl->isOperating()) return false;
     TimedCall call(*impl, answers);
     const Impl::CmdCanBusData* answer = nullptr;
     if (call.run(Impl::kindGetCanBusData, std::make_shared<Impl::CmdCanBusData>(data, timeoutMs),
                  doubledWait(timeoutMs)))
         answer = call.results<Impl::CmdCanBusData>();
     if (answer == nullptr) {
-        logCanFailure(*impl, "get", call);
+        logCanFailure(*impl, "get", "FAILED CanBus-get, t: %d ms", call);
         return false;
     }
     data = answer->data;
@@ -139,12 +139,12 @@ bool QorControlFacade::sendCanBusMsg(unsigned int first, unsigned int second,
                                      const std::string& message, unsigned int timeoutMs) const {
     static AnswerTable answers;
     const auto impl = impl_->shared_from_this();
-    if (!impl->agentThread.isRunning()) return false;
+    if (!impl->isOperating()) return false;
     TimedCall call(*impl, answers);
     if (call.run(Impl::kindSendCanBusMsg,
                  std::make_shared<Impl::CmdCanBusSend>(first, second, message, timeoutMs),
                  doubledWait(timeoutMs)))
         return true;
-    logCanFailure(*impl, "send", call);
+    logCanFailure(*impl, "send", "FAILED CanBus-send, t: %d ms", call);
     return false;
 }

@@ -1,8 +1,9 @@
 #include "facade/FacadeImpl.h"
 
-#include <algorithm>
+#include <iterator>
 
 #include "common/Clock.h"
+#include "common/Pump.h"
 
 namespace {
 
@@ -15,11 +16,21 @@ bool QorControlFacade::Impl::isEcuOnline() {
     return static_cast<std::uint32_t>(lastQorContactTick + onlineMs) > common::tickCount();
 }
 
-void QorControlFacade::Impl::buryQueue(std::unique_ptr<AnswerQueue> queue,
-                                       const std::shared_ptr<CmdData>& request) {
+bool QorControlFacade::Impl::protectedMessagePump() const {
+    common::pumpOneMessage();
+    return isOperating() && agentThread.state() == common::ThreadState::running;
+}
+
+void QorControlFacade::Impl::bury(Grave grave, std::unique_ptr<AnswerQueue> queue,
+                                  const std::shared_ptr<CmdData>& request) noexcept {
+    grave.front().queue = std::move(queue);
+    grave.front().request = request;
+    Grave outOfReach;  // deleted when the lock is free again
     const LockGuard guard(registryLock);
-    const auto isOutOfReach = [](const BuriedQueue& buried) { return buried.request.expired(); };
-    buriedQueues_.erase(std::remove_if(buriedQueues_.begin(), buriedQueues_.end(), isOutOfReach),
-                        buriedQueues_.end());
-    buriedQueues_.push_back({std::move(queue), request});
+    for (auto buried = buriedQueues_.begin(); buried != buriedQueues_.end();) {
+        const auto next = std::next(buried);
+        if (buried->request.expired()) outOfReach.splice(outOfReach.end(), buriedQueues_, buried);
+        buried = next;
+    }
+    buriedQueues_.splice(buriedQueues_.end(), grave);
 }

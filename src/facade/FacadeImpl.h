@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <list>
 #include <map>
 #include <memory>
 #include <string>
@@ -81,7 +82,7 @@ public:
         std::uint32_t kind = 0;
         std::shared_ptr<CmdData> data;
         AnswerQueue* replyQueue = nullptr;    ///< null: no answer is wanted
-        IProgressMonitor* monitor = nullptr;  ///< the host's, with a connect; not owned
+        IProgressMonitor* monitor = nullptr;  ///< the host's; not owned
     };
 
     /// The last values of a parameter and the tick at which they were had.
@@ -111,9 +112,27 @@ public:
 
     bool isEcuOnline();
 
-    /// Keeps an answer queue alive that its caller has given up, until the agent can no longer
-    /// answer into it: that is, until the request's payload is gone.
-    void buryQueue(std::unique_ptr<AnswerQueue> queue, const std::shared_ptr<CmdData>& request);
+    /// Whether the agent thread still works. Without a kernel call: it notes its end itself.
+    bool isOperating() const { return agentThread.isRunning(); }
+
+    /// Takes at most one message of any kind from the calling thread's queue and dispatches it;
+    /// then whether the agent thread still works, by the system's own word.
+    bool protectedMessagePump() const;
+
+    /// A queue that its caller has given up, and the request that may still be answered into it.
+    struct BuriedQueue {
+        std::unique_ptr<AnswerQueue> queue;
+        std::weak_ptr<CmdData> request;
+    };
+    using Grave = std::list<BuriedQueue>;
+
+    /// The room for one buried queue. Made before the request is posted: burying cannot fail.
+    static Grave makeGrave() { return Grave(1); }
+
+    /// Keeps `queue` alive until the agent can no longer answer into it: until the request's
+    /// payload is gone.
+    void bury(Grave grave, std::unique_ptr<AnswerQueue> queue,
+              const std::shared_ptr<CmdData>& request) noexcept;
 
     // Constant from construction.
     const std::string settingsPath;
@@ -129,7 +148,7 @@ public:
     Lock registryLock;  // guards buriedQueues_
 
     // Guarded by stateLock, except where a comment says otherwise. The lock is held for copying
-    // only, never across a call into anything else.
+    // and looking at the clock, never across a call into another folder.
     Lock stateLock;
     // Also written without the lock, by the progress of a connect.
     std::atomic<std::uint32_t> lastQorContactTick{0};
@@ -142,11 +161,8 @@ public:
     // The facade's own count; the facade drops it at its end.
     std::shared_ptr<Impl> facadeCount;
 
-private:
-    struct BuriedQueue {
-        std::unique_ptr<AnswerQueue> queue;
-        std::weak_ptr<CmdData> request;
-    };
+    std::atomic<bool> shuttingDown{false};  // one shutdown at a time
 
-    std::vector<BuriedQueue> buriedQueues_;
+private:
+    Grave buriedQueues_;
 };

@@ -13,10 +13,9 @@ void traceFailure(const char* operation, const std::string& name, const TimedCal
           call.elapsedMs());
 }
 
-void logFailure(const QorControlFacade::Impl& impl, const char* word, const std::string& name,
+void logFailure(const QorControlFacade::Impl& impl, const char* format, const std::string& name,
                 const TimedCall& call) {
-    if (impl.eolLog == nullptr) return;
-    impl.eolLog->error("FAILED %s-param(%s), t: %d ms", word, name.c_str(), call.elapsedMs());
+    if (impl.eolLog != nullptr) impl.eolLog->error(format, name.c_str(), call.elapsedMs());
 }
 
 void traceValue(const char* what, const std::string& name, const std::string& value,

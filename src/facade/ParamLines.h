@@ -10,8 +10,9 @@ namespace paramlines {
 /// "QorControlFacade::<operation>() failed on param: ..." in the trace.
 void traceFailure(const char* operation, const std::string& name, const TimedCall& call);
 
-/// "FAILED <word>-param(...)" in the host's log, if there is one.
-void logFailure(const QorControlFacade::Impl& impl, const char* word, const std::string& name,
+/// A failure in the host's log, if there is one. `format` takes the name and the elapsed time;
+/// hosts may file by it, so each operation has a whole one of its own.
+void logFailure(const QorControlFacade::Impl& impl, const char* format, const std::string& name,
                 const TimedCall& call);
 
 /// "OK on <what>: <name> [<value>]" in the trace.

@@ -28,7 +28,7 @@ bool QorControlFacade::getParamDescription(const std::string& name,
                                            wex::ParamDescription& desc) const {
     static AnswerTable answers;
     const auto impl = impl_->shared_from_this();
-    if (!impl->agentThread.isRunning()) return false;
+    if (!impl->isOperating()) return false;
     TimedCall call(*impl, answers);
     desc.name = name;
     const auto request = std::make_shared<Impl::CmdDataParamInfo>(name, desc);
@@ -47,7 +47,7 @@ bool QorControlFacade::getParamData(const std::string& name, std::vector<double>
                                     unsigned int timeoutMs) const {
     static AnswerTable answers;
     const auto impl = impl_->shared_from_this();
-    if (!impl->agentThread.isRunning()) return false;
+    if (!impl->isOperating()) return false;
     if (valuecache::find(*impl, name, values, second, third)) return true;
     TimedCall call(*impl, answers);
     const auto request = std::make_shared<Impl::CmdDataParamData>(name, timeoutMs);
@@ -59,7 +59,7 @@ bool QorControlFacade::getParamData(const std::string& name, std::vector<double>
         trace(libraryModule, tracelog::information, 0,
               "QorControlFacade::getParamData() isEcuOnline=%s\n",
               impl->isEcuOnline() ? "true" : "false");
-        paramlines::logFailure(*impl, "GET", name, call);
+        paramlines::logFailure(*impl, "FAILED GET-param(%s), t: %d ms", name, call);
         return false;
     }
     values = answer->values;
@@ -92,7 +92,7 @@ bool QorControlFacade::setParamData(const std::string& name, const std::vector<d
                                     unsigned int timeoutMs) const {
     static AnswerTable answers;
     const auto impl = impl_->shared_from_this();
-    if (!impl->agentThread.isRunning()) return false;
+    if (!impl->isOperating()) return false;
     TimedCall call(*impl, answers);
     const auto request = std::make_shared<Impl::CmdDataParamData>(name, timeoutMs);
     request->values = values;
@@ -100,7 +100,7 @@ bool QorControlFacade::setParamData(const std::string& name, const std::vector<d
     request->third = third;
     if (!call.run(Impl::kindSetParamData, request, doubledWait(timeoutMs))) {
         paramlines::traceFailure("setParamData", name, call);
-        paramlines::logFailure(*impl, "SET", name, call);
+        paramlines::logFailure(*impl, "FAILED SET-param(%s), t: %d ms", name, call);
         return false;
     }
     paramlines::traceValue("set", name, text::ofValues(values), call);

@@ -43,6 +43,20 @@ bool isStillActive(const common::Thread& thread) {
     return state == common::ThreadState::running;
 }
 
+/// Lets one thread in and makes the others wait for their turn; a lock must not be held so long.
+class OneAtATime {
+public:
+    explicit OneAtATime(std::atomic<bool>& busy) : busy_(busy) {
+        while (busy_.exchange(true)) common::sleepMs(1);
+    }
+    ~OneAtATime() { busy_ = false; }
+    OneAtATime(const OneAtATime&) = delete;
+    OneAtATime& operator=(const OneAtATime&) = delete;
+
+private:
+    std::atomic<bool>& busy_;
+};
+
 void awaitEnd(const common::Thread& thread) {
     common::sleepMs(shutdownPollMs);
     for (int poll = 0; poll < shutdownPolls && isStillActive(thread); ++poll) {
@@ -83,9 +97,11 @@ QorControlFacade::~QorControlFacade() {
 }
 
 void QorControlFacade::shutdown() {
-    common::Thread& thread = impl_->agentThread;
+    const auto impl = impl_->shared_from_this();
+    const OneAtATime turn(impl->shuttingDown);
+    common::Thread& thread = impl->agentThread;
     if (!thread.hasHandle() || thread.state() != common::ThreadState::running) return;
-    impl_->agentRunning = false;
+    impl->agentRunning = false;
     awaitEnd(thread);
     if (!thread.close())
         trace(libraryModule, tracelog::error, 0, "Can't close QOR Remote agent thread, %s\n",
@@ -93,12 +109,11 @@ void QorControlFacade::shutdown() {
 }
 
 bool QorControlFacade::isOperating() const {
-    return impl_->agentThread.isRunning();
+    return impl_->isOperating();
 }
 
 bool QorControlFacade::protectedMessagePump() const {
-    common::pumpOneMessage();
-    return isOperating();
+    return impl_->protectedMessagePump();
 }
 
 bool QorControlFacade::isEcuOnline() const {
@@ -110,16 +125,17 @@ bool QorControlFacade::isConnecting() const {
 }
 
 std::string QorControlFacade::getQorExecutablePath() {
+    const auto impl = impl_->shared_from_this();
     const std::uint32_t start = common::tickCount();
     while (!common::hasPassed(common::tickCount(), start, executablePathMs)) {
         {
-            const LockGuard guard(impl_->stateLock);
-            if (!impl_->qorExecutablePath.empty()) return impl_->qorExecutablePath;
+            const LockGuard guard(impl->stateLock);
+            if (!impl->qorExecutablePath.empty()) return impl->qorExecutablePath;
         }
         common::pumpCopyData();
     }
-    const LockGuard guard(impl_->stateLock);
-    return impl_->qorExecutablePath;
+    const LockGuard guard(impl->stateLock);
+    return impl->qorExecutablePath;
 }
 
 const std::string& QorControlFacade::getEdcRamSegmentName() {

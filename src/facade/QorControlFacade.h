@@ -16,26 +16,32 @@
 ///
 /// **Life.** One object controls one QOR. The constructor returns at once; an agent thread of the
 /// library then reads QOR's settings file, starts QOR with it unless it already runs, and carries
-/// out all requests, one at a time, in the order in which they were posted. If QOR cannot be
-/// started the agent thread ends, and every operation fails from then on (the trace says why).
-/// Call `shutdown`, or destroy the object, before the library is unloaded.
+/// out all requests, one at a time, in the order in which they were posted. Up to ten can wait; an
+/// eleventh pushes the others out, whose callers then wait in vain. If QOR cannot be started the
+/// agent thread ends, and every operation fails from then on (the trace says why). Call
+/// `shutdown`, or destroy the object, before the library is unloaded.
 ///
 /// **Threads.** Any number of host threads may call the operations at once; each waits for its
-/// own answer. Constructor, `shutdown` and destructor belong to one thread. `connect` (with a
-/// monitor) and `setEcuSegment` dispatch the calling thread's window messages while they wait, so
-/// a user-interface thread may call them; all other waiting operations block without dispatching.
+/// own answer. `connect` (with a monitor) and `setEcuSegment` dispatch the calling thread's window
+/// messages while they wait, so a user-interface thread may call them; all other waiting
+/// operations block without dispatching. Construction and destruction are the owner's.
 ///
-/// **Time-outs** are unsigned milliseconds. An operation with a `timeoutMs` gives QOR that long
-/// and itself waits up to twice as long for the agent, which may still be busy with another
-/// request; 0xFFFFFFFF is not doubled and means "no limit". The doubling wraps: 0x80000000 waits
-/// 0 ms. 0 waits for nothing and practically always fails. `clearDtc` does not double its
-/// argument, `getParamDescription` waits 3000 ms whatever happens.
+/// **Time-outs** are unsigned milliseconds. An operation that reads gives QOR its `timeoutMs`, one
+/// that writes 400 ms to know the name and 500 ms to take the value. Each waits twice its
+/// `timeoutMs` for the agent, which may still be busy with another request. Special values:
+/// 0 waits for nothing and practically always fails; 0xFFFFFFFF is not doubled, the caller waits
+/// without limit, but over TCP QOR itself is then given next to no time; 0xFFFFFFFE gives QOR the
+/// transport's default of 2000 ms. The doubling wraps: 0x80000000 waits 0 ms. `clearDtc` does not
+/// double its argument, `getParamDescription` waits 3000 ms whatever happens.
 ///
 /// **False** means that it did not work, never more: the agent thread has ended (checked first,
-/// without a log line), QOR did not answer in time, or QOR refused. The failure is in the trace
-/// with the operation's name and the elapsed milliseconds, and for most operations in `EolLog` as
-/// a line beginning with "FAILED". Unless an operation says otherwise, its output arguments are
-/// then unchanged. A request whose caller has given up may still be carried out.
+/// without a log line), QOR did not answer in time, or QOR refused. Timed operations leave a line
+/// in the trace with the elapsed milliseconds; `connect`, `setEcuSegment`, `openModel`,
+/// `connectCanBus` and the streams leave none. The host's log gets a line beginning with "FAILED"
+/// for the reads and writes of values, direct control, KWP and CAN; not for `pingQor`,
+/// `getParamDescription` and the trouble codes. Unless an operation says otherwise, its output
+/// arguments are unchanged on failure. A request whose caller has given up may still be carried
+/// out.
 ///
 /// **Exceptions.** None but std::bad_alloc leaves an operation.
 ///
@@ -45,7 +51,8 @@
 /// queues. The log must outlive the object and every operation that still runs, the monitor the
 /// `connect` that it was given to. A queue must stay alive after its stop operation until a later
 /// answered operation (`pingQor`, for instance) has returned: the agent may still be about to fill
-/// it.
+/// it. If `shutdown` had to let a busy agent go (it then took about 5 s), monitor and queues must
+/// live as long as the process.
 ///
 /// **Build.** The interface passes standard strings, vectors and maps, so the host must be a
 /// 32-bit program built with the same compiler and standard library as the library, both linked
@@ -157,7 +164,7 @@ public:
     QorControlFacade& operator=(const QorControlFacade&) = delete;
 
     /// Lets the agent finish its step, disconnect the ECU and shut QOR down; waits at most about
-    /// 5 s for it and then lets it go. A second call does nothing.
+    /// 5 s for it and then lets it go. A second call does nothing; any thread may call.
     void shutdown();
 
     /// @}
@@ -172,9 +179,9 @@ public:
     /// True while a `connect` with a monitor waits.
     bool isConnecting() const;
 
-    /// The path of QOR's executable. Right after construction it waits, at most 3000 ms, until
-    /// the settings are read, and dispatches copy-data messages meanwhile; empty if the settings
-    /// name none or could not be read.
+    /// The path of QOR's executable. Until the settings are read it waits, at most 3000 ms, busily
+    /// and dispatching copy-data messages; where the settings name none or could not be read, each
+    /// call takes those 3000 ms and returns an empty text.
     std::string getQorExecutablePath();
 
     /// The segment names for `setEcuSegment`: the working page in RAM ...
@@ -187,9 +194,10 @@ public:
     /// @{
 
     /// Connects the ECU. With a monitor it returns when the ECU is online or the attempt has
-    /// failed (the reason goes to the monitor); there is no time limit, but the monitor can
-    /// cancel. Without one it returns true at once and the connect goes on in the background:
-    /// `isEcuOnline` tells how it ended.
+    /// failed (the reason goes to the monitor). QOR has 10 s to take the request and no limit for
+    /// the connecting, but the monitor can cancel; the ECU then has 15 s to come online. Without a
+    /// monitor it returns true at once and the connect goes on in the background: `isEcuOnline`
+    /// tells how it ended.
     bool connect(const EcuConnect& settings, EcuConnect::ConnType type,
                  IProgressMonitor* monitor) const;
 
@@ -201,7 +209,8 @@ public:
     bool setEcuSegment(const std::string& segment, bool flag, IProgressMonitor* monitor) const;
 
     /// Lets QOR end its work with the ECU and open a model; true as soon as that is posted.
-    /// `isEcuOnline` is false from then on until an ECU is connected anew. What QOR exports of the
+    /// Once the agent has begun, `isEcuOnline` is false until QOR reports an ECU again. What QOR
+    /// exports of the
     /// model stands afterwards in "c:\qor_exp.sde" and "c:\qor_exp_add.sde".
     bool openModel(const ModelDescription& model) const;
 
@@ -217,7 +226,8 @@ public:
 
     /// Reads a parameter: its values, and for a parameter of three arrays its two further ones
     /// (otherwise empty). Values read, written or streamed less than half a refresh period ago
-    /// are returned at once, without asking QOR and without a log line.
+    /// are returned at once, without asking QOR and without a log line. (A streamed value is one
+    /// number: of a parameter that is being streamed the two further arrays then are empty.)
     bool getParamData(const std::string& name, std::vector<double>& values,
                       std::vector<double>& second, std::vector<double>& third,
                       unsigned int timeoutMs) const;

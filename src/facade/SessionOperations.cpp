@@ -1,4 +1,3 @@
-#include "common/Pump.h"
 #include "facade/CmdData.h"
 #include "facade/Posting.h"
 #include "facade/QorControlFacade.h"
@@ -17,10 +16,8 @@ constexpr unsigned int untimedPollMs = 1;
 /// or the agent thread has ended.
 bool awaitPumping(Impl& impl, Impl::AnswerQueue& answers) {
     Impl::CmdResponse response;
-    while (!answers.pop(response, untimedPollMs)) {
-        common::pumpOneMessage();
-        if (!impl.agentThread.isRunning()) return false;
-    }
+    while (!answers.pop(response, untimedPollMs))
+        if (!impl.protectedMessagePump()) return false;
     return response.result == Impl::CmdResponse::success;
 }
 
@@ -28,6 +25,7 @@ bool awaitPumping(Impl& impl, Impl::AnswerQueue& answers) {
 bool postAndAwaitPumping(Impl& impl, std::uint32_t kind, std::shared_ptr<Impl::CmdData> request,
                          IProgressMonitor* monitor) {
     auto answers = std::make_unique<Impl::AnswerQueue>(1);
+    auto grave = Impl::makeGrave();
     Impl::ProtocolCmd command;
     command.kind = kind;
     command.data = request;
@@ -36,7 +34,7 @@ bool postAndAwaitPumping(Impl& impl, std::uint32_t kind, std::shared_ptr<Impl::C
     impl.commandQueue.push(command);
     const bool succeeded = awaitPumping(impl, *answers);
     // An agent that was let go may still hold the request.
-    impl.buryQueue(std::move(answers), request);
+    impl.bury(std::move(grave), std::move(answers), request);
     return succeeded;
 }
 
@@ -70,7 +68,7 @@ void logConnect(const Impl& impl, const QorControlFacade::EcuConnect& settings,
 bool QorControlFacade::connect(const EcuConnect& settings, EcuConnect::ConnType type,
                                IProgressMonitor* monitor) const {
     const auto impl = impl_->shared_from_this();
-    if (!impl->agentThread.isRunning()) return false;
+    if (!impl->isOperating()) return false;
     logConnect(*impl, settings, type);
     auto request = std::make_shared<Impl::CmdDataConnect>(settings, type);
     if (monitor == nullptr) return postOnly(*impl, Impl::kindConnect, std::move(request));
@@ -81,7 +79,7 @@ bool QorControlFacade::connect(const EcuConnect& settings, EcuConnect::ConnType 
 bool QorControlFacade::setEcuSegment(const std::string& segment, bool flag,
                                      IProgressMonitor* monitor) const {
     const auto impl = impl_->shared_from_this();
-    if (!impl->agentThread.isRunning()) return false;
+    if (!impl->isOperating()) return false;
     trace(libraryModule, tracelog::information, 0, "Setting segment = '%s' [%d]\n", segment.c_str(),
           flag);
     if (impl->eolLog != nullptr) impl->eolLog->info("SET-segment(%s): [%d]", segment.c_str(), flag);
@@ -91,7 +89,7 @@ bool QorControlFacade::setEcuSegment(const std::string& segment, bool flag,
 
 bool QorControlFacade::openModel(const ModelDescription& model) const {
     const auto impl = impl_->shared_from_this();
-    if (!impl->agentThread.isRunning()) return false;
+    if (!impl->isOperating()) return false;
     trace(libraryModule, tracelog::information, 0, "Opening model = '%s', hex = '%s', csv = '%s'\n",
           model.model.c_str(), model.hex.c_str(), model.csv.c_str());
     if (impl->eolLog != nullptr)
@@ -103,7 +101,7 @@ bool QorControlFacade::openModel(const ModelDescription& model) const {
 bool QorControlFacade::connectCanBus(const CanBusConnect& settings,
                                      EcuConnect::ConnType type) const {
     const auto impl = impl_->shared_from_this();
-    if (!impl->agentThread.isRunning()) return false;
+    if (!impl->isOperating()) return false;
     return postOnly(*impl, Impl::kindConnectCanBus,
                     std::make_shared<Impl::CmdCanBusConn>(settings, type));
 }
@@ -111,7 +109,7 @@ bool QorControlFacade::connectCanBus(const CanBusConnect& settings,
 bool QorControlFacade::pingQor(unsigned int timeoutMs) const {
     static AnswerTable answers;
     const auto impl = impl_->shared_from_this();
-    if (!impl->agentThread.isRunning()) return false;
+    if (!impl->isOperating()) return false;
     TimedCall call(*impl, answers);
     if (call.run(Impl::kindPingQor, std::make_shared<Impl::CmdDataPing>(timeoutMs),
                  doubledWait(timeoutMs)))

@@ -9,13 +9,14 @@ using Impl = QorControlFacade::Impl;
 
 bool QorControlFacade::startParamRead(ThreadSafeQueue<std::vector<ParamValue>>* queue,
                                       const std::vector<std::string>& names) const {
+    const auto impl = impl_->shared_from_this();
     std::string listed;
     for (const std::string& name : names) listed += name + "\n";
     trace(libraryModule, tracelog::information, 0, "QorControlFacade::paramStartRead(%s)\n",
           listed.c_str());
     if (queue == nullptr) return true;
-    const LockGuard guard(impl_->stateLock);
-    impl_->repeatReads[queue] = Impl::RepeatRead{names, false};
+    const LockGuard guard(impl->stateLock);
+    impl->repeatReads[queue] = Impl::RepeatRead{names, false};
     return true;
 }
 
@@ -31,7 +32,7 @@ bool QorControlFacade::stopParamRead(ThreadSafeQueue<std::vector<ParamValue>>* q
         impl->repeatReads.erase(found);
     }
     if (!stopped.prepared) return true;
-    return impl->agentThread.isRunning() &&
+    return impl->isOperating() &&
            postOnly(*impl, Impl::kindStopParamRead,
                     std::make_shared<Impl::CmdRepeatRead>(std::move(stopped.names)));
 }
@@ -39,13 +40,13 @@ bool QorControlFacade::stopParamRead(ThreadSafeQueue<std::vector<ParamValue>>* q
 bool QorControlFacade::startDtcRead(ThreadSafeQueue<std::vector<DtcDescription>>* queue,
                                     unsigned int timeoutMs, unsigned int periodMs) const {
     const auto impl = impl_->shared_from_this();
-    return impl->agentThread.isRunning() &&
+    return impl->isOperating() &&
            postOnly(*impl, Impl::kindStartDtcRead,
                     std::make_shared<Impl::CmdDataDtc>(queue, timeoutMs, periodMs));
 }
 
 bool QorControlFacade::stopDtcRead() const {
     const auto impl = impl_->shared_from_this();
-    return impl->agentThread.isRunning() &&
+    return impl->isOperating() &&
            postOnly(*impl, Impl::kindStopDtcRead, std::make_shared<Impl::CmdDataDtc>());
 }

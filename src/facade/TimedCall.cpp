@@ -7,8 +7,15 @@
 TimedCall::TimedCall(Impl& impl, AnswerTable& answers)
     : impl_(impl), answers_(answers), start_(common::tickCount()) {}
 
+TimedCall::~TimedCall() {
+    // Posted, but the answer is still to come: nobody may take it for that of a later call.
+    if (queue_ != nullptr && !answered_)
+        impl_.bury(std::move(grave_), answers_.giveUpQueueOfThisThread(), request_);
+}
+
 void TimedCall::post(std::uint32_t kind, std::shared_ptr<Impl::CmdData> request) {
     queue_ = &answers_.queueOfThisThread();
+    grave_ = Impl::makeGrave();
     request_ = std::move(request);
     Impl::ProtocolCmd command;
     command.kind = kind;
@@ -18,9 +25,8 @@ void TimedCall::post(std::uint32_t kind, std::shared_ptr<Impl::CmdData> request)
 }
 
 bool TimedCall::await(std::uint32_t waitMs) {
-    if (popWithin(waitMs)) return response_.result == Impl::CmdResponse::success;
-    impl_.buryQueue(answers_.giveUpQueueOfThisThread(), request_);
-    return false;
+    answered_ = popWithin(waitMs);
+    return answered_ && response_.result == Impl::CmdResponse::success;
 }
 
 bool TimedCall::popWithin(std::uint32_t waitMs) {
@@ -29,6 +35,7 @@ bool TimedCall::popWithin(std::uint32_t waitMs) {
     for (;;) {
         const std::uint32_t remaining = waitMs == Event::infinite ? waitMs : waitMs - elapsed;
         if (queue_->pop(response_, remaining)) return true;
+        if (!queue_->pushed().exists()) return false;  // without an event nothing waits
         // The signal of an answer that was taken without waiting may arrive late and end the
         // wait of the next call; only the time decides.
         elapsed = common::tickCount() - start;

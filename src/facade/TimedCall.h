@@ -21,6 +21,10 @@ public:
 
     /// Starts the clock of the call.
     TimedCall(Impl& impl, AnswerTable& answers);
+    /// Gives up an answer that has not come.
+    ~TimedCall();
+    TimedCall(const TimedCall&) = delete;
+    TimedCall& operator=(const TimedCall&) = delete;
 
     /// Posts the request.
     void post(std::uint32_t kind, std::shared_ptr<Impl::CmdData> request);
@@ -49,6 +53,8 @@ private:
     AnswerTable& answers_;
     const std::uint32_t start_;
     Impl::AnswerQueue* queue_ = nullptr;
+    bool answered_ = false;
+    Impl::Grave grave_;
     std::shared_ptr<Impl::CmdData> request_;
     Impl::CmdResponse response_;
 };

@@ -10,8 +10,13 @@
 
 namespace {
 
+/// Frees a list without touching the socket error that the use of it has left.
 struct FreeAddresses {
-    void operator()(addrinfo* list) const { freeaddrinfo(list); }
+    void operator()(addrinfo* list) const {
+        const int error = WSAGetLastError();
+        freeaddrinfo(list);
+        WSASetLastError(error);
+    }
 };
 using Addresses = std::unique_ptr<addrinfo, FreeAddresses>;
 

@@ -72,8 +72,10 @@ std::size_t smallestEncoding() {
     return bytes;
 }
 
-/// Reads values from a payload that must outlive it. No input can fail: a value that is not there
-/// whole is left as it is and the position stays, so that missing fields keep their defaults.
+/// Reads values from a payload that must outlive it. No input can fail: a number or text that is
+/// not there whole is left as it is and the position stays, so that missing fields keep their
+/// defaults. A sequence takes the count that it announces; elements that are not there get default
+/// values, as do the entries of a map, which all fall on the empty key.
 ///
 /// The one thing that a payload can do wrong is to announce so many elements that the default
 /// ones behind its end would take unreasonable memory: then std::length_error is thrown.

@@ -57,6 +57,7 @@ void TraceContext::write(const char* moduleName, unsigned int category, int verb
 
 void TraceContext::loadSettings(const std::string& path) {
     const LockGuard guard(lock_);
+    settingsFile_.reset();
     settingsFile_.reset(std::fopen(locate(path).c_str(), "r"));
     readSettings();
 }

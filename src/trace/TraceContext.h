@@ -34,7 +34,7 @@ public:
     void leaveScope(const char* moduleName, const char* title, bool savedEnabled);
 
     /// Where the time for the settings refresh comes from; tests put their own.
-    std::time_t (*secondsNow)() = [] { return std::time(nullptr); };
+    std::int64_t (*secondsNow)() = [] { return std::int64_t{_time64(nullptr)}; };
 
 private:
     struct CloseFile {
@@ -61,7 +61,7 @@ private:
     std::string tracePath_;
     bool headerWritten_ = false;
     File settingsFile_;
-    std::time_t lastSettingsRead_ = 0;
+    std::int64_t lastSettingsRead_ = 0;
     std::int64_t lastHpcStamp_ = 0;
     std::int64_t hpcFrequency_ = 0;
     char lineBuffer_[2048] = "";

@@ -1,9 +1,11 @@
 #include "transport/ClientSocketCommandFactory.h"
 
 #include <cstdio>
+#include <stdexcept>
 #include <utility>
 
 #include "common/Clock.h"
+#include "common/LastError.h"
 #include "framework/AsyncSocket.h"
 #include "transport/ResultQueues.h"
 #include "transport/SocketWorker.h"
@@ -41,26 +43,32 @@ ClientSocketCommandFactory::~ClientSocketCommandFactory() {
 }
 
 void ClientSocketCommandFactory::startWorker() {
-    worker_.start(workerThread, this);
+    if (!worker_.start(workerThread, this))
+        throw std::runtime_error("Unable to start External Operating socket thread, " +
+                                 common::lastErrorText());
 }
 
-void ClientSocketCommandFactory::stopWorker() {
-    if (!worker_.hasHandle()) return;
+bool ClientSocketCommandFactory::stopWorker() {
+    if (!worker_.hasHandle()) return stopped_;
     stop_ = true;
     common::sleepMs(stopPollMs);
     for (int poll = 0; poll < stopPolls && worker_.isRunning(); ++poll) common::sleepMs(stopPollMs);
+    stopped_ = !worker_.isRunning();
     worker_.close();
+    return stopped_;
 }
 
 unsigned __stdcall ClientSocketCommandFactory::workerThread(void* factory) {
     auto& self = *static_cast<ClientSocketCommandFactory*>(factory);
     const SocketSupport support;
-    {
+    try {
         SocketWorker worker(self);
         self.running_ = &worker;
         while (!self.stop_) worker.runOnce();
-        self.running_ = nullptr;
+    } catch (...) {
+        // Nothing may leave the thread. Without a worker every send fails by its time-out.
     }
+    self.running_ = nullptr;
     self.stop_ = true;
     return 0;
 }
@@ -91,6 +99,7 @@ bool ClientSocketCommandFactory::awaitResult(CmdResultQueue& results, std::uint3
         // A result with another id belongs to an earlier send that no longer waited for it.
         if (results.pop(result, 1) && result.requestId == requestId)
             return result.status == CmdResult::success;
+        if (stop_) return false;
         if (timeoutMs != noLimit && common::hasPassed(common::tickCount(), start, timeoutMs))
             return false;
     }

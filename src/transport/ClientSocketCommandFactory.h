@@ -19,9 +19,9 @@ class SocketWorker;
 /// id and runs the handlers of everything that QOR sends; `send` hands it commands from other
 /// threads.
 ///
-/// A derived class supplies the handlers. It calls `startWorker` at the end of its constructor
-/// and `stopWorker` at the beginning of its destructor, because the worker uses both its parts
-/// and the registry of prototypes.
+/// A derived class supplies the handlers. It calls `startWorker` when it is complete and the
+/// registry of prototypes is filled, and `stopWorker` at the beginning of its destructor, because
+/// the worker uses both.
 class ClientSocketCommandFactory : public ConnectionDataAccepter, public IExternalCommandFactory {
 public:
     using CmdResult = ::CmdResult;
@@ -57,9 +57,11 @@ public:
                                IExternalCommand::ICommandReplyer& replyer) = 0;
 
 protected:
+    /// Throws std::runtime_error if the thread cannot be started.
     void startWorker();
-    /// Waits for the worker's end, at most about 5 s; a worker that hangs is let go.
-    void stopWorker();
+    /// Waits for the worker's end, at most about 5 s; a worker that hangs (in a message box, in
+    /// the look-up of a host name) is let go, and the result is false.
+    bool stopWorker();
 
 private:
     friend class SocketWorker;
@@ -70,6 +72,7 @@ private:
     const CommandPing pingPrototype_;
     common::Thread worker_;
     std::atomic<bool> stop_{false};
+    bool stopped_ = true;  // no worker runs; false once one was let go
     const std::string serverAddress_;
     const unsigned int serverPort_;
     ThreadSafeQueue<CmdData> outgoing_;

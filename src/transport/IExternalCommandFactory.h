@@ -31,6 +31,14 @@ public:
     /// What `useDefault` stands for, per command id.
     virtual unsigned int defaultTimeout(unsigned int commandType) const = 0;
 
+    /// Begins the work of threads of its own, if it has any, once its owner is ready for them.
+    /// Throws std::runtime_error if that is not possible.
+    virtual void start() {}
+
+    /// Ends that work. False if a thread hangs in a call of the system: neither the transport nor
+    /// anything that its handlers use may then be deleted.
+    virtual bool stop() { return true; }
+
 protected:
     IExternalCommandFactory() = default;
     IExternalCommandFactory(const IExternalCommandFactory&) = delete;

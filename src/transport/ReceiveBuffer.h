@@ -3,13 +3,20 @@
 #include <string>
 
 #include "common/Lock.h"
+#include "protocol/RecordStream.h"
 
 /// The bytes of a stream that have arrived and are not parsed yet.
 class ReceiveBuffer {
 public:
+    /// While a handler blocks the parsing (a message box, for instance) a peer may send on. Beyond
+    /// this it is taken for one gone mad.
+    static constexpr std::size_t maxBytes = 2 * protocol::maxRecordBytes;
+
+    /// Past the bound the bytes are dropped, and the stream has overrun.
     void append(const std::string& bytes) {
         const LockGuard guard(lock_);
-        bytes_ += bytes;
+        overrun_ = overrun_ || bytes.size() > maxBytes - bytes_.size();
+        if (!overrun_) bytes_ += bytes;
     }
 
     /// Leaves the buffer empty.
@@ -27,12 +34,20 @@ public:
         bytes_.swap(bytes);
     }
 
+    /// True once bytes were dropped: the place in the stream is lost.
+    bool hasOverrun() {
+        const LockGuard guard(lock_);
+        return overrun_;
+    }
+
     void clear() {
         const LockGuard guard(lock_);
         bytes_.clear();
+        overrun_ = false;
     }
 
 private:
     Lock lock_;
     std::string bytes_;
+    bool overrun_ = false;
 };

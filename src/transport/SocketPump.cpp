@@ -5,7 +5,7 @@
 
 namespace {
 
-// A peer that sends without pause would otherwise keep the pump, and all parsing waits.
+// A peer that sends without pause would otherwise keep the pump busy, and parsing would wait.
 constexpr int maxNotificationsPerPump = 64;
 
 }  // namespace

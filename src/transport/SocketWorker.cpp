@@ -45,6 +45,11 @@ void SocketWorker::sendNow(const IExternalCommand& command) {
 }
 
 void SocketWorker::handleReceived() {
+    if (factory_.received_.hasOverrun()) {
+        factory_.received_.clear();
+        connection_.abandon();
+        return;
+    }
     std::string bytes = factory_.received_.takeAll();
     if (bytes.empty()) return;
     bytes.erase(0, handleRecords(bytes));

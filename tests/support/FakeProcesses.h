@@ -21,15 +21,19 @@ public:
 
     std::vector<Start> starts;
     std::function<bool()> onStart = [] { return true; };
+    std::function<void()> onIdle = [] {};
 
 private:
     class Starter final : public IProcessStarter {
     public:
         explicit Starter(FakeProcesses& processes) : processes_(processes) {}
-        bool start(const std::string& executable, const std::string& commandLine,
-                   unsigned int idleMs) override {
-            processes_.starts.push_back({executable, commandLine, idleMs});
+        bool start(const std::string& executable, const std::string& commandLine) override {
+            processes_.starts.push_back({executable, commandLine, 0});
             return processes_.onStart();
+        }
+        void awaitIdle(unsigned int idleMs) override {
+            processes_.starts.back().idleMs = idleMs;
+            processes_.onIdle();
         }
 
     private:

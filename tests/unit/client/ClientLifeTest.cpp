@@ -63,8 +63,8 @@ TEST_F(ClientLife, TheWholePathOfTheExecutableAndItsDirectoryAreKnownAtOnce) {
 }
 
 TEST(SystemProcesses, AProgramThatDoesNotExistCannotBeStarted) {
-    EXPECT_FALSE(ProcessStarter().start("c:\\no such program.exe", " x", 0));
-    EXPECT_FALSE(ProcessStarter().start("", " x", 0));
+    EXPECT_FALSE(ProcessStarter().start("c:\\no such program.exe", " x"));
+    EXPECT_FALSE(ProcessStarter().start("", " x"));
 }
 
 TEST(SystemProcesses, AProgramIsStartedWithItsCommandLine) {
@@ -72,8 +72,8 @@ TEST(SystemProcesses, AProgramIsStartedWithItsCommandLine) {
     const std::string made = folder.pathOf("made");
     char shell[MAX_PATH] = "";
     GetSystemDirectoryA(shell, sizeof shell);
-    ASSERT_TRUE(ProcessStarter().start(std::string(shell) + "\\cmd.exe",
-                                       " /c mkdir \"" + made + "\"", 1000));
+    ASSERT_TRUE(
+        ProcessStarter().start(std::string(shell) + "\\cmd.exe", " /c mkdir \"" + made + "\""));
     for (int i = 0; i < 500 && !fileExists(made); ++i) Sleep(10);
     EXPECT_TRUE(fileExists(made));
 }

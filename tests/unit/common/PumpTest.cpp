@@ -71,6 +71,15 @@ TEST(Pump, AQuitMessageIsTakenLikeAnyOther) {
     EXPECT_FALSE(PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE));
 }
 
+TEST(Pump, AQuitMessageStaysForItsOwnerInACopyDataPump) {
+    PostQuitMessage(7);
+    common::pumpCopyData();
+    MSG message = {};
+    ASSERT_TRUE(PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE));
+    EXPECT_EQ(message.message, static_cast<UINT>(WM_QUIT));
+    EXPECT_EQ(message.wParam, 7u);
+}
+
 TEST(Pump, CopyDataOfAnotherThreadIsHandledInsideTheCall) {
     CountingWindow window;
     TestThread sender([&] { sendCopyData(window.handle()); });

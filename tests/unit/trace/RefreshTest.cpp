@@ -11,7 +11,7 @@ class Refresh : public testing_support::TraceFixture {
 protected:
     Refresh() {
         now = 1000;
-        context.secondsNow = [] { return now; };
+        context.secondsNow = []() -> std::int64_t { return now; };
     }
 
     void rewriteSettings(const std::string& lines) { folder.write("trace.cfg", lines); }

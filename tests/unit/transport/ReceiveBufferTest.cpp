@@ -26,6 +26,18 @@ TEST(ReceiveBuffer, WhatIsPutBackStandsInFrontOfWhatArrivedMeanwhile) {
     EXPECT_EQ("firstsecond", buffer.takeAll());
 }
 
+TEST(ReceiveBuffer, BytesBeyondTheBoundAreDroppedAndToldOf) {
+    ReceiveBuffer buffer;
+    buffer.append(std::string(ReceiveBuffer::maxBytes, 'x'));
+    EXPECT_FALSE(buffer.hasOverrun());
+    buffer.append("y");
+    EXPECT_TRUE(buffer.hasOverrun());
+    EXPECT_EQ(ReceiveBuffer::maxBytes, buffer.takeAll().size());
+    EXPECT_TRUE(buffer.hasOverrun());
+    buffer.clear();
+    EXPECT_FALSE(buffer.hasOverrun());
+}
+
 TEST(ReceiveBuffer, ClearingDropsEverything) {
     ReceiveBuffer buffer;
     buffer.append("abc");
