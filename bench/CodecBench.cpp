@@ -1,5 +1,7 @@
 #include "CodecBench.h"
 
+#include <type_traits>
+
 #include "protocol/Commands.h"
 #include "protocol/RecordHead.h"
 
@@ -33,7 +35,7 @@ struct Fill {
         set(run.items);
     }
     template <class Record>
-    static auto set(Record& record) -> decltype(Record::fields(record, Fill()), void()) {
+    static auto set(Record& record) -> std::enable_if_t<std::is_class<Record>::value> {
         Record::fields(record, Fill());
     }
 };
