@@ -12,7 +12,13 @@ folder=$(dirname -- "$0")
 "$folder/wine-run.sh" || exit 1
 mark=$$-$(date +%s%N)
 status=0
-QOR_TEST_ID=$mark "$folder/wine-run.sh" "$@" || status=$?
+# The error output goes through a file: the first window of a Wine server starts the desktop's
+# process, which keeps the error stream of whoever made that window. CTest would wait for the end
+# of a pipe; nobody waits for a file.
+errors=$(mktemp) || exit 1
+trap 'rm -f "$errors"' EXIT
+QOR_TEST_ID=$mark "$folder/wine-run.sh" "$@" 2>"$errors" || status=$?
+cat "$errors" >&2
 
 nothingLeftRunning QOR_TEST_ID "$mark" && exit "$status"
 while read -r pid rest; do
