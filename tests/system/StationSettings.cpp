@@ -37,7 +37,8 @@ std::string StationSettings::text() const {
         << "-qor\nClientPipeName=" << titles << "-host\n[Simulator]\nModel=" << model
         << "\nScript=" << script << "\nAnswerStyle=" << answerStyle << "\nConnectMs=" << connectMs
         << "\nExitWithoutClientMs=30000\nRecordLog=" << recordLog << "\nLog=" << log
-        << "\nExportPrefix=" << exportPrefix << "\n";
+        << "\nExportPrefix=" << exportPrefix << "\n"
+        << simulatorLines;
     return out.str();
 }
 

@@ -19,7 +19,8 @@ struct StationSettings {
     std::string recordLog;
     std::string log;
     std::string exportPrefix;
-    std::string script;  ///< path of QOR's behaviours; empty: none
+    std::string script;          ///< path of QOR's behaviours; empty: none
+    std::string simulatorLines;  ///< further lines of QOR's own section, each with its line end
 
     std::string text() const;
 
