@@ -15,7 +15,7 @@ public:
     /// Past the bound the bytes are dropped, and the stream has overrun.
     void append(const std::string& bytes) {
         const LockGuard guard(lock_);
-        overrun_ = overrun_ || bytes.size() > maxBytes - bytes_.size();
+        overrun_ = overrun_ || bytes_.size() + bytes.size() > maxBytes;
         if (!overrun_) bytes_ += bytes;
     }
 

@@ -38,6 +38,14 @@ TEST(ReceiveBuffer, BytesBeyondTheBoundAreDroppedAndToldOf) {
     EXPECT_FALSE(buffer.hasOverrun());
 }
 
+TEST(ReceiveBuffer, WhatIsPutBackCountsForTheBoundToo) {
+    ReceiveBuffer buffer;
+    buffer.append(std::string(ReceiveBuffer::maxBytes, 'x'));
+    buffer.putBack("left over");
+    buffer.append("y");
+    EXPECT_TRUE(buffer.hasOverrun());
+}
+
 TEST(ReceiveBuffer, ClearingDropsEverything) {
     ReceiveBuffer buffer;
     buffer.append("abc");
