@@ -291,9 +291,10 @@ public:
     /// Fills `queue` with the current values of these parameters: a vector of those that are
     /// fresh, again and again while QOR sends them. A value is fresh for three refresh periods
     /// after its arrival; a parameter that stalls disappears from the vectors. Registering the
-    /// same queue again replaces its names. Works at any time and is always true; the values flow
-    /// once QOR has an ECU online. A queue that is full loses values, see ThreadSafeQueue. A null
-    /// queue is ignored.
+    /// same queue again replaces its names; wait for two vectors of the old ones first, because a
+    /// change in the very round in which the agent begins with them is lost. Works at any time and
+    /// is always true; the values flow once QOR has an ECU online. A queue that is full loses
+    /// values, see ThreadSafeQueue. A null queue is ignored.
     bool startParamRead(ThreadSafeQueue<std::vector<ParamValue>>* queue,
                         const std::vector<std::string>& names) const;
 
