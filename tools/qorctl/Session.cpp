@@ -46,25 +46,6 @@ SessionOptions withAbsolutePaths(SessionOptions options) {
     return options;
 }
 
-/// QOR's own defaults.
-QorControlFacade::EcuConnect defaultConnection(unsigned int refreshMs) {
-    QorControlFacade::EcuConnect settings = {};
-    settings.protocol = 1;
-    settings.protocolOption = 1;
-    settings.optionFlag = true;
-    settings.kLineBaudRate = 10400;
-    settings.canBaudRate = 125000;
-    settings.refreshPeriodMs = refreshMs;
-    settings.canRequestId = 0xFFFFFFFF;
-    settings.canResponseId = 0xFFFFFFFF;
-    settings.addressByte1 = 0xFF;
-    settings.addressByte2 = 0xFF;
-    settings.addressWord = 255;
-    settings.extraFlag = true;
-    settings.finalFlag = true;
-    return settings;
-}
-
 }  // namespace
 
 void SessionOptions::declare(CLI::App& command) {
@@ -120,7 +101,7 @@ Outcome Session::awaitQor() {
     return Outcome::failure(fmt::format("no answer within {} s", startLimit.count()));
 }
 
-Outcome Session::connectEcu() {
+Outcome Session::connectEcu(const ConnectOptions& connection) {
     ConnectMonitor monitor;
     const auto state = [&]() -> std::string {
         if (!monitor.isAccepted()) return "waiting for QOR to accept";
@@ -129,8 +110,8 @@ Outcome Session::connectEcu() {
     bool connected = false;
     {
         const Activity activity(console_, "ECU", state);
-        connected = facade_->connect(defaultConnection(options_.refreshMs),
-                                     QorControlFacade::EcuConnect::Default, &monitor);
+        connected = facade_->connect(connection.record(options_.refreshMs), connection.connType(),
+                                     &monitor);
     }
     if (connected) return Outcome::success("online");
     const std::string reason = monitor.error();

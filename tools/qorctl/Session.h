@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 
+#include "ConnectOptions.h"
 #include "Console.h"
 #include "ConsoleLog.h"
 #include "QorControlFacade.h"
@@ -44,12 +45,13 @@ public:
     const TraceFile& trace() const { return trace_; }
     const ConsoleLog& log() const { return log_; }
     QorControlFacade& facade() { return *facade_; }
+    Console& console() { return console_; }
 
     /// Waits until QOR answers; the reason when it does not is the library's own.
     Outcome awaitQor();
 
-    /// Connects the ECU with QOR's own connection settings; Ctrl-C cancels.
-    Outcome connectEcu();
+    /// Connects the ECU; Ctrl-C cancels.
+    Outcome connectEcu(const ConnectOptions& connection = {});
 
     Outcome shutDown();
 

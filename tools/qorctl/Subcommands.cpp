@@ -1,15 +1,31 @@
 #include "Subcommands.h"
 
+#include "batch/BatchCommand.h"
 #include "demo/DemoCommand.h"
+#include "operations/OperationCommand.h"
 
 namespace qorctl {
+namespace {
 
-// To add a command, write its `declare` in a file of its own and add a row here.
-const std::vector<Subcommand>& subcommands() {
-    static const std::vector<Subcommand> table = {
+std::vector<Subcommand> allCommands() {
+    std::vector<Subcommand> table = {
         {"demo", "Tour: start QOR, connect the ECU, read and write parameters, shut down",
-         &declareDemo},
+         "Whole conversations", &declareDemo},
+        {"batch", "Carry out operations line by line in one conversation", "Whole conversations",
+         &declareBatch},
     };
+    for (const Operation& row : operations())
+        table.push_back({row.name, row.summary, "One operation of the library",
+                         [&row](CLI::App& command) { return declareOperation(row, command); }});
+    return table;
+}
+
+}  // namespace
+
+// To add a command, write its `declare` in a file of its own and add a row here; an operation of
+// the library goes into the table in operations/Operations.cpp.
+const std::vector<Subcommand>& subcommands() {
+    static const std::vector<Subcommand> table = allCommands();
     return table;
 }
 

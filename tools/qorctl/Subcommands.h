@@ -16,8 +16,9 @@ using Action = std::function<int()>;
 struct Subcommand {
     const char* name;
     const char* summary;
+    const char* group;  ///< heading in the list of commands
     /// Declares the command's arguments and returns what it does with them.
-    Action (*declare)(CLI::App& command);
+    std::function<Action(CLI::App& command)> declare;
 };
 
 const std::vector<Subcommand>& subcommands();

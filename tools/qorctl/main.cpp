@@ -17,7 +17,7 @@ const char* const footer =
     "Paths may be relative to the current directory or Unix-style. The library's trace goes to\n"
     "qorctl.log beside the program unless --trace names another file; after a failure the line\n"
     "to look at is printed. Ctrl-C ends the work in order and shuts QOR down; a second Ctrl-C\n"
-    "ends the program at once.";
+    "ends the program at once.\n";
 
 /// Declares all commands; parsing sets `action` to the chosen one's.
 void declareAll(CLI::App& app, Action& action) {
@@ -25,8 +25,9 @@ void declareAll(CLI::App& app, Action& action) {
     app.footer(footer);
     app.require_subcommand(0, 1);  // none at all is found out later, after unknown words
     for (const Subcommand& row : subcommands()) {
-        CLI::App* const command = app.add_subcommand(row.name, row.summary);
+        CLI::App* const command = app.add_subcommand(row.name, row.summary)->group(row.group);
         const Action run = row.declare(*command);
+        command->footer(command->get_footer() + "\n");
         command->callback([&action, run] { action = run; });
     }
 }

@@ -5,7 +5,6 @@
 #include <memory>
 
 #include "demo/Tour.h"
-#include "JsonText.h"
 
 namespace qorctl {
 namespace {
@@ -23,13 +22,10 @@ const char* const footer =
     "Example:  qorctl demo bin/qor-settings.ini --json > results.json";
 
 int runDemo(const DemoOptions& options) {
-    // With --json standard output belongs to the results alone.
-    Console console(options.json ? stderr : stdout);
-    Session session(options.session, console);
-    Tour tour(session, console);
-    const bool succeeded = tour.run();
-    if (options.json) std::printf("%s\n", printed(tour.results()).c_str());
-    return succeeded ? exitSuccess : exitFailure;
+    Conversation conversation("demo", options.session,
+                              {options.json ? stderr : stdout, options.json});
+    const ConnectOptions asUsual;
+    return conversation.run(&asUsual, [&] { Tour(conversation).run(); });
 }
 
 }  // namespace

@@ -4,31 +4,21 @@
 #include <string>
 #include <vector>
 
-#include "Console.h"
+#include "Conversation.h"
 #include "demo/Descriptions.h"
-#include "Session.h"
-#include "StepReport.h"
 #include "TextTable.h"
 
 namespace qorctl {
 
-/// The tour through what a host does with the library, step by step. Each step shows what it did;
-/// a failed step does not stop the later ones, except that without QOR or ECU there is nothing to
-/// show. Whatever happens, everything is shut down in order at the end.
+/// The tour through what a host does with the library once the ECU is connected, step by step.
+/// Each step shows what it did and adds what it learnt to the results.
 class Tour {
 public:
-    Tour(Session& session, Console& console);
+    explicit Tour(Conversation& conversation);
 
-    /// True if every step succeeded.
-    bool run();
-
-    /// Everything that was learnt, complete when `run` has returned.
-    const nlohmann::json& results() const { return results_; }
+    void run();
 
 private:
-    void visit();
-    Outcome startQor();
-
     // ReadSteps.cpp
     Outcome describe();
     Outcome readScalars();
@@ -44,13 +34,12 @@ private:
     bool read(const std::string& name, std::vector<double>& values);
     void show(const TextTable& table);
 
+    Conversation& conversation_;
     Session& session_;
     QorControlFacade& facade_;
-    Console& console_;
     const unsigned int timeoutMs_;
-    StepReport report_;
     Descriptions descriptions_;
-    nlohmann::json results_ = nlohmann::json::object();
+    nlohmann::json& results_;
 };
 
 }  // namespace qorctl

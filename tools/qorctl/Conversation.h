@@ -1,0 +1,54 @@
+#pragma once
+
+#include <functional>
+#include <nlohmann/json.hpp>
+
+#include "Console.h"
+#include "Session.h"
+#include "StepReport.h"
+
+namespace qorctl {
+
+/// A command's whole conversation with QOR as a row of steps: QOR is started, the ECU connected if
+/// the command wants it, the command's own steps follow, and whatever happened, everything is shut
+/// down in order. A failed step does not stop the later ones, except that nothing of the command's
+/// own is done without QOR or ECU.
+class Conversation {
+public:
+    /// What of it a person sees, and where.
+    struct Output {
+        /// Where the steps are told: stdout, or stderr where standard output is the results'.
+        std::FILE* steps = stderr;
+        /// Whether standard output gets one JSON object at the end.
+        bool json = false;
+    };
+    using Work = std::function<void()>;
+
+    Conversation(const char* command, const SessionOptions& options, const Output& output);
+
+    /// The command's exit code: 0 if every step succeeded.
+    int run(const ConnectOptions* connection, const Work& work);
+
+    bool step(const std::string& title, const StepReport::Step& step) {
+        return report_.run(title, step);
+    }
+
+    Console& console() { return console_; }
+    Session& session() { return session_; }
+    /// The command's part of the JSON object.
+    nlohmann::json& results() { return results_; }
+
+private:
+    Outcome startQor();
+    void tellBeginning();
+    void finishResults();
+
+    const char* const command_;
+    const Output output_;
+    Console console_;
+    Session session_;
+    StepReport report_;
+    nlohmann::json results_ = nlohmann::json::object();
+};
+
+}  // namespace qorctl

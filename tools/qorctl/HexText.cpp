@@ -1,0 +1,51 @@
+#include "HexText.h"
+
+#include <fmt/format.h>
+
+#include <cctype>
+#include <stdexcept>
+
+namespace qorctl {
+namespace {
+
+bool isHexDigit(char character) {
+    return std::isxdigit(static_cast<unsigned char>(character)) != 0;
+}
+
+void addBytes(const std::string& word, std::string& bytes) {
+    if (word.size() % 2 != 0)
+        throw std::invalid_argument(word + " is no row of bytes: two hexadecimal digits each");
+    for (std::size_t i = 0; i < word.size(); i += 2) {
+        if (!isHexDigit(word[i]) || !isHexDigit(word[i + 1]))
+            throw std::invalid_argument(word + " is no hexadecimal number");
+        bytes += static_cast<char>(std::stoi(word.substr(i, 2), nullptr, 16));
+    }
+}
+
+}  // namespace
+
+std::string bytesOf(const std::vector<std::string>& words) {
+    std::string bytes;
+    for (const std::string& word : words) {
+        std::string part;
+        for (const char character : word + " ") {
+            if (character != ' ') {
+                part += character;
+            } else {
+                addBytes(part, bytes);
+                part.clear();
+            }
+        }
+    }
+    return bytes;
+}
+
+std::string hexOf(const std::string& bytes) {
+    std::string text;
+    for (const char byte : bytes)
+        text += fmt::format("{}{:02X}", text.empty() ? "" : " ",
+                            static_cast<unsigned int>(static_cast<unsigned char>(byte)));
+    return text;
+}
+
+}  // namespace qorctl

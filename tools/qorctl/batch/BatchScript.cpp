@@ -1,0 +1,82 @@
+#include "batch/BatchScript.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <CLI/CLI.hpp>
+#include <memory>
+#include <stdexcept>
+
+#include "batch/BatchLine.h"
+#include "Interrupt.h"
+
+namespace qorctl {
+namespace {
+
+OperationWork declareSleep(CLI::App& command) {
+    const auto ms = std::make_shared<unsigned int>(0);
+    command.add_option("MS", *ms, "Milliseconds")->required()->check(CLI::Range(1u, 86400000u));
+    return [ms](Session&) {
+        return interrupt::sleepMs(*ms) ? Reply::success() : Reply::failure("cancelled with Ctrl-C");
+    };
+}
+
+/// The operations and what only a batch has.
+const std::vector<Operation>& batchOperations() {
+    static const std::vector<Operation> table = [] {
+        std::vector<Operation> rows = operations();
+        rows.push_back({"sleep", "Do nothing for a while", "", false, &declareSleep});
+        return rows;
+    }();
+    return table;
+}
+
+/// Throws CLI::ParseError, or std::invalid_argument if there is no such operation.
+BatchStep stepOf(std::vector<std::string> words) {
+    CLI::App app;
+    app.allow_windows_style_options(false);
+    app.require_subcommand(1);
+    BatchStep step;
+    step.text = fmt::format("{}", fmt::join(words, " "));
+    for (const Operation& operation : batchOperations()) {
+        CLI::App* const command = app.add_subcommand(operation.name);
+        const OperationWork work = operation.declare(*command);
+        command->callback([&step, &operation, work] {
+            step.command = operation.name;
+            step.needsEcu = operation.needsEcu;
+            step.work = work;
+        });
+    }
+    const auto& table = batchOperations();
+    const bool isKnown = std::any_of(table.begin(), table.end(), [&](const Operation& operation) {
+        return words.front() == operation.name;
+    });
+    if (!isKnown) throw std::invalid_argument("there is no operation \"" + words.front() + "\"");
+    std::reverse(words.begin(), words.end());  // as the parser wants them
+    app.parse(std::move(words));
+    return step;
+}
+
+}  // namespace
+
+BatchScript::BatchScript(std::istream& lines) {
+    std::string line;
+    for (unsigned int number = 1; std::getline(lines, line); ++number) {
+        try {
+            const std::vector<std::string> words = wordsOf(line);
+            if (!words.empty()) steps_.push_back(stepOf(words));
+        } catch (const std::exception& error) {
+            throw std::invalid_argument(fmt::format("line {}: {}", number, error.what()));
+        }
+    }
+    if (steps_.empty()) throw std::invalid_argument("there is no line to carry out");
+}
+
+bool BatchScript::wantsConnection() const {
+    const auto first = std::find_if(steps_.begin(), steps_.end(), [](const BatchStep& step) {
+        return step.needsEcu || step.command == "connect";
+    });
+    return first != steps_.end() && first->needsEcu;
+}
+
+}  // namespace qorctl

@@ -1,0 +1,113 @@
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <memory>
+
+#include "HexText.h"
+#include "operations/Operation.h"
+
+namespace qorctl {
+namespace {
+
+struct Bus {
+    unsigned int busParam = 250000;
+    bool withoutFirstFlag = false;
+    bool withSecondFlag = false;
+    bool isAlternative = false;
+};
+
+struct BusRead {
+    Bus bus;
+    std::vector<unsigned int> ids;
+};
+
+struct BusMessage {
+    Bus bus;
+    unsigned int first = 0;
+    unsigned int second = 0;
+    std::vector<std::string> words;
+};
+
+// QOR has 10 s to open the bus, and what fails in the background is told nobody.
+constexpr unsigned int openingMs = 10000;
+
+void declareBus(CLI::App& command, Bus& bus) {
+    const char* const group = "CAN bus";
+    command.add_option("--bus-param", bus.busParam, "Bus setting, a bit rate")
+        ->group(group)
+        ->type_name("NUMBER")
+        ->capture_default_str();
+    command.add_flag("--no-first-flag", bus.withoutFirstFlag, "Clear QOR's first flag")
+        ->group(group);
+    command.add_flag("--second-flag", bus.withSecondFlag, "Set QOR's second flag")->group(group);
+    command.add_flag("--alternative", bus.isAlternative, "Open the alternative bus")->group(group);
+}
+
+/// True once the agent has let QOR open the bus, well or not.
+bool open(Session& session, const Bus& bus) {
+    using Connect = QorControlFacade::EcuConnect;
+    const QorControlFacade& facade = session.facade();
+    return facade.connectCanBus({bus.busParam, !bus.withoutFirstFlag, bus.withSecondFlag},
+                                bus.isAlternative ? Connect::Alternative : Connect::Default) &&
+           facade.pingQor(openingMs);
+}
+
+Reply notOpened() {
+    return Reply::failure("QOR did not answer when it had been told to open the bus");
+}
+
+Reply connectCan(Session& session, const Bus& bus) {
+    return open(session, bus) ? Reply::success("asked for; the first read tells") : notOpened();
+}
+
+Reply readCan(Session& session, const BusRead& wanted) {
+    if (!open(session, wanted.bus)) return notOpened();
+    QorControlFacade::CanBusData data;
+    for (const unsigned int id : wanted.ids) data.items.push_back({id, 0});
+    if (!session.facade().getCanBusData(data, session.options().timeoutMs))
+        return Reply::failure("the bus was not read");
+    Reply reply = Reply::success(fmt::format("{} values", data.items.size()));
+    reply.result = nlohmann::json::array();
+    for (const auto& item : data.items) {
+        reply.lines.push_back(fmt::format("0x{:03X}: {}", item.canId, item.value));
+        reply.result.push_back({{"id", item.canId}, {"value", item.value}});
+    }
+    return reply;
+}
+
+Reply sendCan(Session& session, const BusMessage& message) {
+    if (!open(session, message.bus)) return notOpened();
+    const std::string bytes = bytesOf(message.words);
+    return session.facade().sendCanBusMsg(message.first, message.second, bytes,
+                                          session.options().timeoutMs)
+               ? Reply::success(
+                     fmt::format("0x{:03X} {} [{}]", message.first, message.second, hexOf(bytes)))
+               : Reply::failure("the message was not taken by QOR");
+}
+
+}  // namespace
+
+OperationWork declareConnectCan(CLI::App& command) {
+    const auto bus = std::make_shared<Bus>();
+    declareBus(command, *bus);
+    return [bus](Session& session) { return connectCan(session, *bus); };
+}
+
+OperationWork declareReadCan(CLI::App& command) {
+    const auto wanted = std::make_shared<BusRead>();
+    command.add_option("ID", wanted->ids, "CAN identifiers, 0x201 for instance")->required();
+    declareBus(command, wanted->bus);
+    return [wanted](Session& session) { return readCan(session, *wanted); };
+}
+
+OperationWork declareSendCan(CLI::App& command) {
+    const auto message = std::make_shared<BusMessage>();
+    command.add_option("FIRST", message->first, "QOR's first number, the CAN identifier")
+        ->required();
+    command.add_option("SECOND", message->second, "QOR's second number")->required();
+    command.add_option("BYTES", message->words, "The message, in hexadecimal digits");
+    declareBus(command, message->bus);
+    return [message](Session& session) { return sendCan(session, *message); };
+}
+
+}  // namespace qorctl

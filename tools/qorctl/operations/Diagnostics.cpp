@@ -1,0 +1,79 @@
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <memory>
+
+#include "HexText.h"
+#include "JsonText.h"
+#include "operations/Operation.h"
+#include "TroubleCodes.h"
+
+namespace qorctl {
+namespace {
+
+struct KwpRequest {
+    unsigned int service = 0;
+    std::vector<std::string> words;
+};
+
+std::string checkBytes(const std::string& word) {
+    try {
+        bytesOf({word});
+        return {};
+    } catch (const std::invalid_argument& error) {
+        return error.what();
+    }
+}
+
+Reply readDtc(Session& session) {
+    std::vector<QorControlFacade::DtcDescription> codes;
+    if (!session.facade().getDtcByStatus(codes, session.options().timeoutMs))
+        return Reply::failure("the trouble codes were not read");
+    Reply reply = Reply::success(fmt::format("{} trouble codes", codes.size()));
+    if (!codes.empty()) reply.lines = tableOf(codes).lines();
+    reply.result = jsonOf(codes);
+    return reply;
+}
+
+Reply clearDtc(Session& session) {
+    return session.facade().clearDtc(session.options().timeoutMs)
+               ? Reply::success()
+               : Reply::failure("the trouble codes were not cleared");
+}
+
+Reply sendKwp(Session& session, const KwpRequest& request) {
+    const std::string bytes = bytesOf(request.words);
+    QorControlFacade::KwpCommand command = {request.service, bytes, 0};
+    if (!session.facade().sendKwpCommand(command, session.options().timeoutMs))
+        return Reply::failure(fmt::format("service 0x{:02X} was not exchanged", request.service));
+    const std::string answer = hexOf(command.data);
+    Reply reply = command.failed == 0 ? Reply::success(fmt::format("0x{:02X}", request.service))
+                                      : Reply::failure("the ECU reports a failure: " + answer);
+    reply.lines = {answer};
+    reply.result = {{"service", request.service},
+                    {"request", hexOf(bytes)},
+                    {"answer", answer},
+                    {"failed", command.failed}};
+    return reply;
+}
+
+}  // namespace
+
+OperationWork declareReadDtc(CLI::App&) {
+    return readDtc;
+}
+
+OperationWork declareClearDtc(CLI::App&) {
+    return clearDtc;
+}
+
+OperationWork declareKwp(CLI::App& command) {
+    const auto request = std::make_shared<KwpRequest>();
+    command.add_option("SERVICE", request->service, "Service identifier, 0x21 for instance")
+        ->required();
+    command.add_option("BYTES", request->words, "Bytes behind it, in hexadecimal digits")
+        ->check(checkBytes);
+    return [request](Session& session) { return sendKwp(session, *request); };
+}
+
+}  // namespace qorctl

@@ -1,0 +1,137 @@
+#include <windows.h>
+
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <memory>
+
+#include "Activity.h"
+#include "HostPaths.h"
+#include "Interrupt.h"
+#include "JsonText.h"
+#include "operations/Operation.h"
+
+namespace qorctl {
+namespace {
+
+// Where the library puts what QOR exports.
+const char* const exportPaths[] = {"c:\\qor_exp.sde", "c:\\qor_exp_add.sde"};
+
+// QOR has 5 s to let the ECU go and 90 s to open the model; a ping behind that waits twice 10 s.
+constexpr unsigned int pingMs = 10000;
+constexpr unsigned int pings = 5;
+constexpr unsigned int exportSliceMs = 50;
+
+struct ModelRequest {
+    QorControlFacade::ModelDescription model = {1, {}, 0xFFFFFFFF, {}, 0, {}, 0, {}};
+    std::vector<std::string> extra;
+    double exportWaitS = 2;
+};
+
+/// An export file as it was found.
+struct Export {
+    std::string path;
+    bool exists = false;
+    std::uint64_t bytes = 0;
+    std::uint64_t written = 0;  ///< when, in the system's units
+
+    explicit Export(const char* file) : path(file) {
+        WIN32_FILE_ATTRIBUTE_DATA found = {};
+        if (GetFileAttributesExA(file, GetFileExInfoStandard, &found) == 0) return;
+        exists = true;
+        bytes = (std::uint64_t{found.nFileSizeHigh} << 32) | found.nFileSizeLow;
+        written = (std::uint64_t{found.ftLastWriteTime.dwHighDateTime} << 32) |
+                  found.ftLastWriteTime.dwLowDateTime;
+    }
+    bool isNewerThan(const Export& other) const {
+        return exists && (!other.exists || written != other.written || bytes != other.bytes);
+    }
+};
+
+std::string checkExtra(const std::string& entry) {
+    return entry.find('=') == std::string::npos || entry[0] == '='
+               ? entry + " is no entry: KEY=VALUE is wanted"
+               : std::string();
+}
+
+std::string absoluteUnlessEmpty(const std::string& path) {
+    return path.empty() ? path : paths::absolute(path);
+}
+
+QorControlFacade::ModelDescription descriptionOf(const ModelRequest& request) {
+    QorControlFacade::ModelDescription model = request.model;
+    model.model = absoluteUnlessEmpty(model.model);
+    model.hex = absoluteUnlessEmpty(model.hex);
+    model.csv = absoluteUnlessEmpty(model.csv);
+    for (const std::string& entry : request.extra) {
+        const std::size_t sign = entry.find('=');
+        model.extra[entry.substr(0, sign)] = entry.substr(sign + 1);
+    }
+    return model;
+}
+
+/// True once the agent has let QOR open the model, well or not.
+bool awaitOpened(const QorControlFacade& facade) {
+    for (unsigned int i = 0; i < pings && !interrupt::isRequested(); ++i)
+        if (facade.pingQor(pingMs)) return true;
+    return false;
+}
+
+/// The export files that have come since `before`, as soon as there is the first, or none in time.
+std::vector<Export> awaitExports(const std::vector<Export>& before, double waitS) {
+    const auto slices = static_cast<unsigned int>(waitS * 1000 / exportSliceMs);
+    for (unsigned int slice = 0;; ++slice) {
+        std::vector<Export> fresh;
+        for (const Export& old : before) {
+            Export now(old.path.c_str());
+            if (now.isNewerThan(old)) fresh.push_back(std::move(now));
+        }
+        if (fresh.size() == before.size() || slice >= slices || !interrupt::sleepMs(exportSliceMs))
+            return fresh;
+    }
+}
+
+Reply openModel(Session& session, const ModelRequest& request) {
+    const QorControlFacade& facade = session.facade();
+    const std::vector<Export> before(std::begin(exportPaths), std::end(exportPaths));
+    if (!facade.openModel(descriptionOf(request))) return Reply::failure("the library has ended");
+    {
+        const Activity activity(session.console(), "model", [] { return "QOR opens it"; });
+        if (!awaitOpened(facade)) return Reply::failure("QOR does not answer any more");
+    }
+    const std::vector<Export> fresh = awaitExports(before, request.exportWaitS);
+    Reply reply = Reply::success(fmt::format("{} export files", fresh.size()));
+    reply.result = {{"exports", nlohmann::json::array()}};
+    for (const Export& file : fresh) {
+        reply.lines.push_back(fmt::format("{}: {} bytes", file.path, file.bytes));
+        reply.result["exports"].push_back({{"path", file.path}, {"bytes", file.bytes}});
+    }
+    return reply;
+}
+
+}  // namespace
+
+OperationWork declareOpenModel(CLI::App& command) {
+    const auto request = std::make_shared<ModelRequest>();
+    const auto option = [&command](const char* name, unsigned int& value, const char* help) {
+        command.add_option(name, value, help)->type_name("NUMBER")->capture_default_str();
+    };
+    command.add_option("MODEL", request->model.model, "Model file")->required();
+    option("--model-type", request->model.modelType, "Type of the model, 1 to 6");
+    option("--model-option", request->model.modelOption, "QOR's number for the model");
+    command.add_option("--hex", request->model.hex, "Data file")->type_name("FILE");
+    option("--hex-option", request->model.hexOption, "QOR's number for it");
+    command.add_option("--csv", request->model.csv, "Second data file")->type_name("FILE");
+    option("--csv-option", request->model.csvOption, "QOR's number for it");
+    command.add_option("--extra", request->extra, "Further entry for QOR; may be repeated")
+        ->type_name("KEY=VALUE")
+        ->take_all()
+        ->check(checkExtra);
+    command.add_option("--export-wait", request->exportWaitS, "Time to wait for export files")
+        ->type_name("SECONDS")
+        ->check(CLI::Range(0.0, 3600.0))
+        ->capture_default_str();
+    return [request](Session& session) { return openModel(session, *request); };
+}
+
+}  // namespace qorctl

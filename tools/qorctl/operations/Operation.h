@@ -1,0 +1,72 @@
+#pragma once
+
+#include <functional>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "Session.h"
+#include "StepReport.h"
+
+namespace CLI {
+class App;
+}
+
+namespace qorctl {
+
+/// What an operation gave: how it ended, and what it brought, for people and for programs.
+struct Reply {
+    Outcome outcome;
+    std::vector<std::string> lines;  ///< for standard output
+    nlohmann::json result;           ///< the same for --json
+
+    static Reply success(std::string text = {}) {
+        return {Outcome::success(std::move(text)), {}, nullptr};
+    }
+    static Reply failure(std::string reason) {
+        return {Outcome::failure(std::move(reason)), {}, nullptr};
+    }
+};
+
+/// What an operation does once its command line is understood.
+using OperationWork = std::function<Reply(Session&)>;
+
+/// One operation of the facade as a command: a row of the table in Operations.cpp. It serves as a
+/// command of its own and as a line of a batch.
+struct Operation {
+    const char* name;
+    const char* summary;
+    const char* footer;  ///< an example, and what surprises
+    bool needsEcu;
+    OperationWork (*declare)(CLI::App& command);
+};
+
+const std::vector<Operation>& operations();
+
+/// The declarations, by subject.
+OperationWork declareConnect(CLI::App& command);
+OperationWork declarePing(CLI::App& command);
+OperationWork declareStatus(CLI::App& command);
+OperationWork declarePath(CLI::App& command);
+OperationWork declareSegment(CLI::App& command);
+OperationWork declareOpenModel(CLI::App& command);
+
+OperationWork declareDescribe(CLI::App& command);
+OperationWork declareGet(CLI::App& command);
+OperationWork declareGetString(CLI::App& command);
+OperationWork declareGetAtOnce(CLI::App& command);
+
+OperationWork declareSet(CLI::App& command);
+OperationWork declareSetDynamic(CLI::App& command);
+OperationWork declareStartControl(CLI::App& command);
+OperationWork declareStopControl(CLI::App& command);
+
+OperationWork declareReadDtc(CLI::App& command);
+OperationWork declareClearDtc(CLI::App& command);
+OperationWork declareKwp(CLI::App& command);
+
+OperationWork declareConnectCan(CLI::App& command);
+OperationWork declareReadCan(CLI::App& command);
+OperationWork declareSendCan(CLI::App& command);
+
+}  // namespace qorctl

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "operations/Operation.h"
+#include "Subcommands.h"
+
+namespace qorctl {
+
+/// The operation as a command of its own: QOR is started, the ECU connected if it needs one, the
+/// operation done, everything shut down.
+Action declareOperation(const Operation& operation, CLI::App& command);
+
+}  // namespace qorctl

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+namespace qorctl {
+
+/// All values, each in the fewest digits that make it up again, separated by blanks.
+std::string textOf(const std::vector<double>& values);
+
+/// An array of numbers. JSON knows no infinities and nothing that is no number: these are texts.
+nlohmann::json jsonOf(const std::vector<double>& values);
+
+}  // namespace qorctl
