@@ -5,6 +5,7 @@
 
 #include <exception>
 #include <string>
+#include <vector>
 
 #include "app/CommandLine.h"
 #include "app/SettingsFile.h"
@@ -45,12 +46,16 @@ void reportTo(Log& log, const std::string& settingsPath, const std::string& text
 
 int main() {
     Log log;
-    const std::string given = settingsPathIn(argumentsOf(GetCommandLineA()));
+    const std::vector<std::string> arguments = argumentsOf(GetCommandLineA());
+    const std::string given = settingsPathIn(arguments);
     if (given.empty()) {
         log.error("usage: qor-simulator -external_operating \"settings file\"");
         return kBadStart;
     }
     const std::string settingsPath = absolutePath(given);
+    // Started by a host it shares the host's console. Ctrl-C there is meant for the host, which
+    // then ends QOR in order.
+    if (isExternallyOperated(arguments)) SetConsoleCtrlHandler(nullptr, TRUE);
     try {
         return runWith(settingsPath, log);
     } catch (const std::exception& error) {

@@ -46,4 +46,8 @@ std::string settingsPathIn(const std::vector<std::string>& arguments) {
     return {};
 }
 
+bool isExternallyOperated(const std::vector<std::string>& arguments) {
+    return std::find(arguments.begin(), arguments.end(), kSwitch) != arguments.end();
+}
+
 }  // namespace simulator

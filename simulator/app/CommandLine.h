@@ -15,4 +15,7 @@ std::vector<std::string> argumentsOf(const std::string& commandLine);
 // Empty when there is none.
 std::string settingsPathIn(const std::vector<std::string>& arguments);
 
+// Whether a host started it, with the switch.
+bool isExternallyOperated(const std::vector<std::string>& arguments);
+
 }  // namespace simulator

@@ -39,5 +39,10 @@ TEST(CommandLine, WithoutSettingsThereIsNoPath) {
     }
 }
 
+TEST(CommandLine, TheSwitchTellsThatAHostOperatesIt) {
+    EXPECT_TRUE(isExternallyOperated(argumentsOf(" -external_operating \"c:\\s.ini\"")));
+    EXPECT_FALSE(isExternallyOperated(argumentsOf("q.exe s.ini")));
+}
+
 }  // namespace
 }  // namespace simulator::test
