@@ -40,6 +40,15 @@ std::string bytesOf(const std::vector<std::string>& words) {
     return bytes;
 }
 
+std::string whyNoBytes(const std::string& word) {
+    try {
+        bytesOf({word});
+        return {};
+    } catch (const std::invalid_argument& error) {
+        return error.what();
+    }
+}
+
 std::string hexOf(const std::string& bytes) {
     std::string text;
     for (const char byte : bytes)

@@ -10,6 +10,9 @@ namespace qorctl {
 /// anything else.
 std::string bytesOf(const std::vector<std::string>& words);
 
+/// What is wrong with a word of bytes; empty if nothing is.
+std::string whyNoBytes(const std::string& word);
+
 /// "0A 1F"; empty for no bytes.
 std::string hexOf(const std::string& bytes);
 

@@ -105,7 +105,8 @@ OperationWork declareSendCan(CLI::App& command) {
     command.add_option("FIRST", message->first, "QOR's first number, the CAN identifier")
         ->required();
     command.add_option("SECOND", message->second, "QOR's second number")->required();
-    command.add_option("BYTES", message->words, "The message, in hexadecimal digits");
+    command.add_option("BYTES", message->words, "The message, in hexadecimal digits")
+        ->check(whyNoBytes);
     declareBus(command, message->bus);
     return [message](Session& session) { return sendCan(session, *message); };
 }

@@ -16,15 +16,6 @@ struct KwpRequest {
     std::vector<std::string> words;
 };
 
-std::string checkBytes(const std::string& word) {
-    try {
-        bytesOf({word});
-        return {};
-    } catch (const std::invalid_argument& error) {
-        return error.what();
-    }
-}
-
 Reply readDtc(Session& session) {
     std::vector<QorControlFacade::DtcDescription> codes;
     if (!session.facade().getDtcByStatus(codes, session.options().timeoutMs))
@@ -72,7 +63,7 @@ OperationWork declareKwp(CLI::App& command) {
     command.add_option("SERVICE", request->service, "Service identifier, 0x21 for instance")
         ->required();
     command.add_option("BYTES", request->words, "Bytes behind it, in hexadecimal digits")
-        ->check(checkBytes);
+        ->check(whyNoBytes);
     return [request](Session& session) { return sendKwp(session, *request); };
 }
 

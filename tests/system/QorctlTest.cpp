@@ -1,0 +1,176 @@
+// The command-line host as a process: what it prints, how it fails, its exit codes.
+
+#include <gmock/gmock.h>
+
+#include <nlohmann/json.hpp>
+#include <regex>
+#include <sstream>
+
+#include "QorctlProcess.h"
+#include "Station.h"
+
+using testing::AnyOf;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::StartsWith;
+
+namespace {
+
+class Qorctl : public testing::TestWithParam<Transport> {
+protected:
+    Station station{GetParam()};
+
+    /// The command with the station's settings and a trace of its own.
+    std::vector<std::string> words(const std::string& command,
+                                   const std::vector<std::string>& more = {}) const {
+        std::vector<std::string> all = {command, station.settingsPath, "--trace",
+                                        station.tracePath()};
+        all.insert(all.end(), more.begin(), more.end());
+        return all;
+    }
+    QorctlProcess::Ended run(const std::string& command,
+                             const std::vector<std::string>& more = {}) {
+        station.writeSettings();
+        return runQorctl(words(command, more));
+    }
+    /// The requests of the station in order, without the questions for QOR's and the ECU's state.
+    std::vector<std::string> requestKinds() const {
+        std::vector<std::string> kinds;
+        for (const std::string& request : station.requests()) {
+            const std::string kind = request.substr(0, request.find(' '));
+            if (kind != "Ping") kinds.push_back(kind);
+        }
+        return kinds;
+    }
+};
+
+INSTANTIATE_TEST_SUITE_P(Over, Qorctl, everyTransport(), transportName);
+
+TEST_P(Qorctl, AValueIsAllThatStandardOutputGets) {
+    const auto ended = run("get", {"MaxVehicleSpeed", "PedalCurve"});
+
+    EXPECT_EQ(0, ended.exitCode) << ended.err;
+    EXPECT_EQ("MaxVehicleSpeed: 210\nPedalCurve: 0 4 14 38 69 100\n  second: 0 10 25 50 75 100\n",
+              ended.out);
+    EXPECT_THAT(ended.err, HasSubstr("4 of 4 steps ok"));
+}
+
+TEST_P(Qorctl, TheEcuIsConnectedBeforeAndLetGoBehindAnOperation) {
+    run("get", {"MaxVehicleSpeed"});
+
+    EXPECT_THAT(requestKinds(),
+                ElementsAre("KwpConnect", "GetParamInfo", "DirectCtrl", "KwpConnect", "Shutdown"));
+}
+
+TEST_P(Qorctl, WithoutAConnectOnlyTheOperationItselfIsDone) {
+    const auto ended = run("get", {"MaxVehicleSpeed", "--no-connect"});
+
+    EXPECT_EQ(0, ended.exitCode) << ended.err;
+    EXPECT_THAT(requestKinds(),
+                ElementsAre("GetParamInfo", "DirectCtrl", "KwpConnect", "Shutdown"));
+}
+
+TEST_P(Qorctl, AFailureIsTellingAndNamesTheLineOfTheTrace) {
+    const auto ended = run("get", {"MaxVehicleSpeed", "Nobody"});
+
+    EXPECT_EQ(1, ended.exitCode);
+    EXPECT_EQ("MaxVehicleSpeed: 210\n", ended.out);
+    EXPECT_THAT(ended.err, HasSubstr("not read: Nobody"));
+    std::smatch found;
+    const std::regex where("see (.*):(\\d+): (.*failed on param: Nobody.*)\n");
+    ASSERT_TRUE(std::regex_search(ended.err, found, where)) << ended.err;
+    EXPECT_EQ(station.tracePath(), found[1]);
+    const auto lines = linesOfFile(station.tracePath());
+    const auto number = static_cast<std::size_t>(std::stoul(found[2]));
+    ASSERT_LE(number, lines.size());
+    EXPECT_THAT(lines[number - 1], HasSubstr(found[3]));
+}
+
+TEST_P(Qorctl, JsonIsOneObjectAlsoForAFailure) {
+    const auto ended = run("set", {"MaxVehicleSpeed", "1000", "--json"});
+
+    EXPECT_EQ(1, ended.exitCode);
+    const auto object = nlohmann::json::parse(ended.out);
+    EXPECT_EQ("set", object.at("command"));
+    EXPECT_EQ(false, object.at("ok"));
+    EXPECT_EQ(4u, object.at("steps").size());
+    EXPECT_THAT(object.at("steps").at(2).at("text").get<std::string>(),
+                HasSubstr("was not taken by QOR"));
+    EXPECT_THAT(object.at("log").back().get<std::string>(),
+                StartsWith("FAILED SET-param(MaxVehicleSpeed)"));
+}
+
+TEST_P(Qorctl, ConnectionSettingsTravelFromTheCommandLine) {
+    const auto ended =
+        run("connect", {"--type", "alternative", "--protocol", "3", "--request-id", "0x7E0",
+                        "--address-byte1", "0x11", "--no-final-flag", "--refresh", "150"});
+
+    EXPECT_EQ(0, ended.exitCode) << ended.err;
+    EXPECT_THAT(ended.err, HasSubstr("CONNECT-type(3): [3 1 10400 125000 150 0x000007E0 "
+                                     "0xFFFFFFFF 17 255 ]"));
+}
+
+TEST_P(Qorctl, AKwpExchangeThatTheEcuRefusesShowsItsAnswerAndFails) {
+    const auto ended = run("kwp", {"0x27", "02", "00 0A"});
+
+    EXPECT_EQ(1, ended.exitCode);
+    EXPECT_EQ("7F 27 35\n", ended.out);
+    EXPECT_THAT(ended.err, HasSubstr("the ECU reports a failure: 7F 27 35"));
+    EXPECT_THAT(station.requests(), Contains("ExecKwp channel=1 27 [02 00 0A] t=1000 failed=0"));
+}
+
+TEST_P(Qorctl, WithoutASettingsFileItSaysSo) {
+    const auto ended = runQorctl(words("ping"));
+
+    EXPECT_EQ(1, ended.exitCode);
+    EXPECT_THAT(ended.err, HasSubstr("Specified settings file"));
+    EXPECT_THAT(ended.err, HasSubstr(station.settingsPath));
+}
+
+using QorctlWords = testing::TestWithParam<std::vector<std::string>>;
+
+// Nothing of these starts QOR: the settings are those of nobody.
+TEST_P(QorctlWords, ThatAreNoCommandLineEndWithTwoAndAReason) {
+    const auto ended = runQorctl(GetParam());
+
+    EXPECT_EQ(2, ended.exitCode) << ended.err;
+    EXPECT_EQ("", ended.out);
+    EXPECT_THAT(ended.err, Not(IsEmpty()));
+    EXPECT_THAT(ended.err, Not(HasSubstr("transport ")));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Wrong, QorctlWords,
+    testing::Values(std::vector<std::string>{}, std::vector<std::string>{"fly"},
+                    std::vector<std::string>{"get"}, std::vector<std::string>{"get", "none.ini"},
+                    std::vector<std::string>{"set", "none.ini", "Name", "many"},
+                    std::vector<std::string>{"kwp", "none.ini", "0x27", "0G"},
+                    std::vector<std::string>{"kwp", "none.ini", "0x27", "012"},
+                    std::vector<std::string>{"send-can", "none.ini", "1", "2", "xy"},
+                    std::vector<std::string>{"connect", "none.ini", "--protocol", "9"},
+                    std::vector<std::string>{"open-model", "none.ini", "m", "--extra", "=x"},
+                    std::vector<std::string>{"get", "none.ini", "Name", "--timeout", "0"},
+                    std::vector<std::string>{"get", "none.ini", "Name", "--trace", "x.txt"}));
+
+TEST(QorctlHelp, IsThereForEveryCommandWithAnExample) {
+    const auto ended = runQorctl({"--help"});
+    EXPECT_EQ(0, ended.exitCode);
+    std::istringstream lines(ended.out);
+    unsigned int commands = 0;
+    const std::regex row("  ([a-z-]+) +[A-Z].*");
+    for (std::string line; std::getline(lines, line);) {
+        std::smatch found;
+        if (!std::regex_match(line, found, row)) continue;
+        ++commands;
+        const auto help = runQorctl({found[1], "--help"});
+        EXPECT_EQ(0, help.exitCode) << found[1];
+        EXPECT_THAT(help.out, AnyOf(HasSubstr("Example"), HasSubstr("Examples"))) << found[1];
+        EXPECT_THAT(help.out, HasSubstr("SETTINGS")) << found[1];
+    }
+    EXPECT_GE(commands, 22u);
+}
+
+}  // namespace

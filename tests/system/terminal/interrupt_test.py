@@ -1,0 +1,55 @@
+"""Ctrl-C in a real terminal ends qorctl's work in order. usage: interrupt_test.py PROGRAM-FOLDER"""
+import sys
+import time
+import unittest
+
+from terminal import Station, Terminal
+
+CONNECT, SHUTDOWN, DIRECT_CONTROL = 2, 4, 7
+STOP_CONTROL = "03000000"
+programs = ""
+
+
+class Interrupt(unittest.TestCase):
+    transport = "tcp"
+
+    def open(self, script, command, *arguments):
+        self.station = Station(programs, self.transport, script)
+        self.addCleanup(self.station.close)
+        terminal = Terminal(self.station, command, *arguments)
+        self.addCleanup(terminal.close)
+        return terminal
+
+    def await_request(self, holds):
+        end = time.monotonic() + 60
+        while not any(holds(record) for record in self.station.requests()):
+            self.assertLess(time.monotonic(), end, "the request does not come")
+            time.sleep(0.05)
+
+    def test_a_connect_is_cancelled_and_qor_shut_down(self):
+        script = {"bootstrap": {"result": None, "durationMs": 100, "steps": 2}}
+        terminal = self.open(script, "connect")
+        terminal.await_text("QOR reports progress")
+        terminal.press_ctrl_c()
+        self.assertEqual(1, terminal.exit_code(), terminal.text)
+        self.assertTrue(terminal.shows("FAILED connect"), terminal.text)
+        self.assertTrue(terminal.shows("ok shut down"), terminal.text)
+        self.assertEqual([CONNECT, SHUTDOWN], [r["id"] for r in self.station.requests()][-2:])
+
+    def test_an_actuator_that_is_held_is_given_back(self):
+        terminal = self.open(None, "start-control", "CoolingFan", "--hold", "60")
+        self.await_request(lambda record: record["id"] == DIRECT_CONTROL)
+        terminal.press_ctrl_c()
+        self.assertEqual(0, terminal.exit_code(), terminal.text)
+        controls = [r for r in self.station.requests() if r["id"] == DIRECT_CONTROL]
+        self.assertEqual(2, len(controls))
+        self.assertIn(STOP_CONTROL, controls[1]["payload"])
+
+
+class InterruptOverWindowMessages(Interrupt):
+    transport = "window"
+
+
+if __name__ == "__main__":
+    programs = sys.argv.pop()
+    unittest.main()
