@@ -1,0 +1,88 @@
+# Fails unless the C++ blocks of DOCUMENT are the examples in SOURCES: each block one of them, each
+# of them shown. An example is what stands between the lines "// [name]" and "// [/name]"; a source
+# without such lines is one example as a whole.
+#
+# Nothing here is ever a CMake list: code holds semicolons and brackets.
+cmake_minimum_required(VERSION 3.25)
+
+set(count 0)
+cmake_path(GET DOCUMENT FILENAME document)
+
+# What stands between two texts, and what follows it, beginning with the second; empty if not both
+# are there.
+function(cut_between text opening closing result rest)
+    set(${result} "" PARENT_SCOPE)
+    set(${rest} "" PARENT_SCOPE)
+    string(FIND "${text}" "${opening}" begin)
+    if(begin EQUAL -1)
+        return()
+    endif()
+    string(LENGTH "${opening}" length)
+    math(EXPR begin "${begin} + ${length}")
+    string(SUBSTRING "${text}" ${begin} -1 text)
+    string(FIND "${text}" "${closing}" end)
+    if(end EQUAL -1)
+        return()
+    endif()
+    string(SUBSTRING "${text}" 0 ${end} inside)
+    string(SUBSTRING "${text}" ${end} -1 text)
+    set(${result} "${inside}" PARENT_SCOPE)
+    set(${rest} "${text}" PARENT_SCOPE)
+endfunction()
+
+# A function, not a macro: a macro would evaluate the backslashes of the code once more.
+function(add_example exampleName exampleText)
+    math(EXPR next "${count} + 1")
+    set(name_${next} "${exampleName}" PARENT_SCOPE)
+    set(text_${next} "${exampleText}" PARENT_SCOPE)
+    set(shown_${next} FALSE PARENT_SCOPE)
+    set(count ${next} PARENT_SCOPE)
+endfunction()
+
+# The texts of the errors begin with a blank, so that they are not wrapped: one fault, one line.
+foreach(source IN LISTS SOURCES)
+    file(READ ${source} text)
+    cmake_path(GET source FILENAME file)
+    cut_between("\n${text}" "\n// [" "]\n" name rest)
+    if(name STREQUAL "")
+        add_example(${file} "${text}")
+    endif()
+    while(NOT name STREQUAL "")
+        string(FIND "${rest}" "\n// [/${name}]\n" end)
+        if(end EQUAL -1)
+            message(FATAL_ERROR " ${file}: the example \"${name}\" has no line \"// [/${name}]\"")
+        endif()
+        cut_between("${rest}" "]\n" "// [/${name}]\n" example rest)
+        add_example("${file} [${name}]" "${example}")
+        cut_between("${rest}" "\n// [" "]\n" name rest)
+    endwhile()
+endforeach()
+
+file(READ ${DOCUMENT} rest)
+set(opening "\n```cpp\n")
+string(FIND "${rest}" "${opening}" place)
+while(NOT place EQUAL -1)
+    cut_between("${rest}" "${opening}" "\n```\n" block rest)
+    if("${block}" STREQUAL "")
+        message(FATAL_ERROR " ${document}: its last C++ block has no end")
+    endif()
+    set(found FALSE)
+    foreach(i RANGE 1 ${count})
+        if("${block}\n" STREQUAL "${text_${i}}")
+            set(found TRUE)
+            set(shown_${i} TRUE)
+        endif()
+    endforeach()
+    if(NOT found)
+        string(REGEX MATCH "^[^\n]*" line "${block}")
+        message(FATAL_ERROR
+            " ${document}: no source has this example as it is shown: \"${line} ...\"")
+    endif()
+    string(FIND "${rest}" "${opening}" place)
+endwhile()
+
+foreach(i RANGE 1 ${count})
+    if(NOT shown_${i})
+        message(FATAL_ERROR " ${document}: does not show the example ${name_${i}}")
+    endif()
+endforeach()

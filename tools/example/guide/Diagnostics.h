@@ -1,0 +1,19 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "QorControlFacade.h"
+
+/// The examples of the host guide: trouble codes, KWP, CAN.
+namespace guide {
+
+bool codesAreGone(const QorControlFacade& qor);
+bool presentCodes(const QorControlFacade& qor, std::vector<std::string>& codes);
+enum class Exchange { noAnswer, refused, answered };
+Exchange readIdentification(const QorControlFacade& qor, unsigned char which, std::string& bytes);
+bool readCan(const QorControlFacade& qor, unsigned int canId, int& value);
+bool sendCan(const QorControlFacade& qor, unsigned int canId, std::uint16_t value);
+
+}  // namespace guide
