@@ -1,5 +1,5 @@
-// What the host guide says of costs and of failures: the requests that each operation makes of QOR,
-// the first time and later; what the time of a failure tells.
+// What the host guide says of costs: the requests that each operation makes of QOR, the first time
+// and later.
 
 #include <gmock/gmock.h>
 
@@ -229,53 +229,6 @@ TEST_P(GuideCosts, AFarewellIsTwoRequests) {
     station->shutdown();
     EXPECT_THAT(kindsOf(station.requests(records)),
                 ElementsAreArray(Requests{"KwpConnect", "Shutdown"}));
-}
-
-class GuideTimes : public testing::TestWithParam<Transport> {
-protected:
-    Station station{GetParam()};
-
-    bool startWith(const std::string& action) {
-        station.script =
-            R"({"rules":[{"match":{"id":7,"name":"KnockRetard"},"action":)" + action + "}]}";
-        return station.start() && describe(station.facade(), "KnockRetard");
-    }
-    unsigned failingReadMs(unsigned timeoutMs) {
-        std::vector<double> values;
-        return elapsedMsOf(
-            [&] { EXPECT_FALSE(station->getParamData("KnockRetard", values, timeoutMs)); });
-    }
-};
-
-INSTANTIATE_TEST_SUITE_P(Over, GuideTimes, everyTransport(), transportName);
-
-TEST_P(GuideTimes, ARefusalComesAtOnce) {
-    ASSERT_TRUE(startWith(R"({"answer":"refuse"})"));
-    EXPECT_LE(failingReadMs(2000), 500u);
-}
-
-TEST_P(GuideTimes, SilenceTakesTheTimeOutOnce) {
-    ASSERT_TRUE(startWith(silence(GetParam(), 3000)));
-    const unsigned elapsedMs = failingReadMs(800);
-    EXPECT_GE(elapsedMs, 780u);
-    EXPECT_LE(elapsedMs, 1300u);
-}
-
-TEST_P(GuideTimes, AnAcknowledgementWithoutAnAnswerTakesTheTimeOutOnceToo) {
-    ASSERT_TRUE(startWith(R"({"answer":"ackOnly"})"));
-    const unsigned elapsedMs = failingReadMs(800);
-    EXPECT_GE(elapsedMs, 780u);
-    EXPECT_LE(elapsedMs, 1300u);
-}
-
-TEST_P(GuideTimes, AnAgentThatIsBusyTakesItTwice) {
-    // The agent waits for QOR to take a connect; the read waits for the agent.
-    station.script = R"({"rules":[{"match":{"id":2,"operation":0},"action":{"hangMs":2500}}]})";
-    ASSERT_TRUE(station.start());
-    ASSERT_TRUE(station->connect(usualConnect(), Facade::EcuConnect::Default, nullptr));
-    const unsigned elapsedMs = failingReadMs(500);
-    EXPECT_GE(elapsedMs, 980u);
-    EXPECT_LE(elapsedMs, 1500u);
 }
 
 }  // namespace

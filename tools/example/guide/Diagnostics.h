@@ -11,7 +11,9 @@ namespace guide {
 
 bool codesAreGone(const QorControlFacade& qor);
 bool presentCodes(const QorControlFacade& qor, std::vector<std::string>& codes);
+// [Exchange]
 enum class Exchange { noAnswer, refused, answered };
+// [/Exchange]
 Exchange readIdentification(const QorControlFacade& qor, unsigned char which, std::string& bytes);
 bool readCan(const QorControlFacade& qor, unsigned int canId, int& value);
 bool sendCan(const QorControlFacade& qor, unsigned int canId, std::uint16_t value);

@@ -9,15 +9,19 @@
 /// The examples of the host guide: streams and the life of their queues.
 namespace guide {
 
+// [queue types]
 using Values = std::vector<QorControlFacade::ParamValue>;
 using ValueQueue = ThreadSafeQueue<Values>;
 using Codes = std::vector<QorControlFacade::DtcDescription>;
 using CodeQueue = ThreadSafeQueue<Codes>;
 
+/// What a pop from a queue of trouble codes says.
+enum class Watched { codes, noCodes, readingFails, nothingYet };
+// [/queue types]
+
 bool awaitAbove(const QorControlFacade& qor, ValueQueue& queue, const std::string& name,
                 double limit, unsigned int patienceMs);
 bool endValues(const QorControlFacade& qor, std::unique_ptr<ValueQueue>& queue);
-enum class Watched { codes, noCodes, readingFails, nothingYet };
 Watched nextCodes(CodeQueue& queue, unsigned int waitMs, Codes& codes);
 bool watchCodes(const QorControlFacade& qor, CodeQueue& queue);
 bool endCodes(const QorControlFacade& qor, std::unique_ptr<CodeQueue>& queue);
