@@ -31,8 +31,9 @@
 /// `timeoutMs` for the agent, which may still be busy with another request. Special values:
 /// 0 waits for nothing and practically always fails; 0xFFFFFFFF is not doubled, the caller waits
 /// without limit, but over TCP QOR itself is then given next to no time; 0xFFFFFFFE gives QOR the
-/// transport's default of 2000 ms. The doubling wraps: 0x80000000 waits 0 ms. `clearDtc` does not
-/// double its argument, `getParamDescription` waits 3000 ms whatever happens.
+/// transport's default of 2000 ms to take the request, but none for data that it sends afterwards.
+/// The doubling wraps: 0x80000000 waits 0 ms. `clearDtc` does not double its argument,
+/// `getParamDescription` waits 3000 ms whatever happens.
 ///
 /// **False** means that it did not work, never more: the agent thread has ended (checked first,
 /// without a log line), QOR did not answer in time, or QOR refused. Timed operations leave a line
@@ -210,8 +211,7 @@ public:
 
     /// Lets QOR end its work with the ECU and open a model; true as soon as that is posted.
     /// Once the agent has begun, `isEcuOnline` is false until QOR reports an ECU again. What QOR
-    /// exports of the
-    /// model stands afterwards in "c:\qor_exp.sde" and "c:\qor_exp_add.sde".
+    /// exports of the model stands afterwards in "c:\qor_exp.sde" and "c:\qor_exp_add.sde".
     bool openModel(const ModelDescription& model) const;
 
     /// Opens the CAN bus; true as soon as that is posted.
