@@ -2,6 +2,7 @@
 
 #include "FacadeFixture.h"
 #include "support/FakeMonitor.h"
+#include "ThreadTimer.h"
 
 namespace {
 
@@ -10,13 +11,6 @@ using ::testing::IsEmpty;
 using ::testing::SizeIs;
 
 using EcuConnect = QorControlFacade::EcuConnect;
-
-std::atomic<bool> dispatched{false};
-
-void CALLBACK noteDispatch(HWND, UINT, UINT_PTR timer, DWORD) {
-    KillTimer(nullptr, timer);
-    dispatched = true;
-}
 
 class Connect : public FacadeTest {
 protected:
@@ -120,15 +114,13 @@ TEST_F(Connect, AnAgentThatEndsEndsTheWait) {
 }
 
 TEST_F(Connect, TheCallersWindowMessagesAreDispatchedWhileItWaits) {
-    dispatched = false;
-    PostThreadMessageA(GetCurrentThreadId(), WM_NULL, 0, 0);  // makes the queue
-    SetTimer(nullptr, 0, 10, noteDispatch);
-    agent.script().onRequest = [](Impl&, const Cmd& command) {
-        for (int i = 0; i < 2000 && !dispatched; ++i) Sleep(1);
+    ThreadTimer timer(10);
+    agent.script().onRequest = [&](Impl&, const Cmd& command) {
+        for (int i = 0; i < 2000 && !timer.hasRun(); ++i) Sleep(1);
         ScriptedAgent::succeed(command);
     };
     EXPECT_TRUE(start().connect(settings, EcuConnect::Default, &monitor));
-    EXPECT_TRUE(dispatched);
+    EXPECT_TRUE(timer.hasRun());
 }
 
 TEST_F(Connect, WithoutALogOnlyTheTraceIsWritten) {
