@@ -1,4 +1,5 @@
 #include "AgentFixture.h"
+#include "support/FakeMonitor.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -145,26 +146,6 @@ TEST_F(AgentDiagnostics, DirectControlIsStartedAndStoppedByTheSameRecordButForIt
     EXPECT_EQ(qor.last<CommandDirectCtrl>().name, "a");
 }
 
-TEST_F(AgentDiagnostics, AModelIsOpenedAfterTheEcuIsLetGoAndTheWorkIsEnded) {
-    QorControlFacade::ModelDescription model = {};
-    model.modelType = 6;
-    model.model = "m";
-    model.hex = "h";
-    model.hexOption = 9;
-    impl->lastQorContactTick = 77;
-    EXPECT_TRUE(succeeds(Impl::kindOpenModel, std::make_shared<Impl::CmdDataModel>(model)));
-    EXPECT_THAT(sentIds(), ElementsAre(2, 4, 1));
-    EXPECT_EQ(qor.last<CommandKwpConnect>().protocol, 0u);
-    EXPECT_EQ(qor.last<CommandShutdown>().flags, 2u);
-    const auto& sent = qor.last<CommandStartEdit>();
-    EXPECT_EQ(sent.stage, 7u);
-    EXPECT_EQ(sent.mode, 2u);
-    EXPECT_THAT(sent.files, ElementsAre("h"));
-    EXPECT_THAT(sent.fileNumbers, ElementsAre(9u));
-    EXPECT_THAT(sent.addFiles, IsEmpty());
-    EXPECT_EQ(impl->lastQorContactTick, 0u);
-}
-
 TEST_F(AgentDiagnostics, ASegmentIsSelectedWithItsDefaultWord) {
     EXPECT_TRUE(succeeds(Impl::kindSetEcuSegment,
                          std::make_shared<Impl::CmdDataSegment>("ReferencePage", true)));
@@ -172,6 +153,52 @@ TEST_F(AgentDiagnostics, ASegmentIsSelectedWithItsDefaultWord) {
     EXPECT_EQ(qor.last<CommandEcuSegment>().segment, "ReferencePage");
     EXPECT_TRUE(qor.last<CommandEcuSegment>().flag);
     EXPECT_EQ(qor.sent().back().timeoutMs, 10000u);
+}
+
+TEST_F(AgentDiagnostics, ASegmentNeedsNothingOfItsMonitor) {
+    FakeMonitor monitor;
+    monitor.cancelled = true;
+    EXPECT_TRUE(succeeds(Impl::kindSetEcuSegment,
+                         std::make_shared<Impl::CmdDataSegment>("WorkingPage", false), &monitor));
+    EXPECT_EQ(monitor.polls + monitor.strayCalls, 0);
+    EXPECT_THAT(monitor.reports, IsEmpty());
+}
+
+TEST_F(AgentDiagnostics, NoTroubleCodesAreAResultToo) {
+    answersWith<CommandGetDTC>({});
+    const auto results =
+        read(Impl::kindGetDtcByStatus, std::make_shared<Impl::CmdDataDtcData>(500u));
+    EXPECT_THAT(results->dtcs, IsEmpty());
+}
+
+TEST_F(AgentDiagnostics, AKwpAnswerOfAnyLengthReplacesTheData) {
+    connect();
+    for (const std::string& told : {std::string(), std::string(1, '\0'), std::string(10000, 'x')}) {
+        answersWith<CommandExecKwp>({1, 0x50, told, 0, false});
+        const auto results = read(
+            Impl::kindSendKwpCommand,
+            std::make_shared<Impl::CmdDataKwp>(100u, QorControlFacade::KwpCommand{0x10, "xy", 1}));
+        EXPECT_EQ(results->data, told);
+        EXPECT_EQ(results->failed, 0u);
+    }
+}
+
+TEST_F(AgentDiagnostics, AKwpRequestTakesTheProtocolOfTheLastConnect) {
+    QorControlFacade::EcuConnect settings{};
+    settings.protocol = 3;
+    succeeds(Impl::kindConnect, std::make_shared<Impl::CmdDataConnect>(
+                                    settings, QorControlFacade::EcuConnect::Default));
+    succeeds(Impl::kindSendKwpCommand,
+             std::make_shared<Impl::CmdDataKwp>(100u, QorControlFacade::KwpCommand{0x10, "x", 0}));
+    EXPECT_EQ(qor.last<CommandExecKwp>().channel, 3u);
+}
+
+TEST_F(AgentDiagnostics, AnEmptyGroupIsReadWithoutACommand) {
+    const auto results =
+        read(Impl::kindGetParamDataAtOnce,
+             std::make_shared<Impl::CmdParamDataAtOnce>(std::vector<std::string>(), 500u));
+    EXPECT_THAT(results->values, IsEmpty());
+    EXPECT_THAT(sentIds(), IsEmpty());
 }
 
 }  // namespace

@@ -1,9 +1,13 @@
 #pragma once
 
 #include <gmock/gmock.h>
+#include <windows.h>
 
+#include <functional>
 #include <memory>
 #include <string>
+#include <thread>
+#include <utility>
 
 #include "client/ClientExternalOperating.h"
 #include "support/FakeClock.h"
@@ -15,6 +19,8 @@
 /// A client with everything around it faked: QOR, time, processes and the user.
 class ClientTest : public ::testing::Test {
 protected:
+    ~ClientTest() override { joinReceiver(); }
+
     /// Writes the settings file that the client will read.
     void settings(const std::string& lines) {
         settingsPath = folder.write("qor.ini", "[CommonSettings]\r\n" + lines);
@@ -30,6 +36,16 @@ protected:
     }
     void destroyClient() { client_.reset(); }
 
+    /// QOR speaks a moment later, from a receiving thread of its own. A wait without a limit never
+    /// looks at the clock, so nothing that is due on the faked one can end it.
+    void soon(std::function<void()> words) {
+        joinReceiver();
+        receiver_ = std::thread([words = std::move(words)] {
+            Sleep(50);
+            words();
+        });
+    }
+
     FakeClock clock;
     TempFolder folder;
     std::string settingsPath = folder.pathOf("qor.ini");
@@ -38,5 +54,10 @@ protected:
     FakeMessageBox::Choice pressButton = [](auto&&...) { return 1u; };
 
 private:
+    void joinReceiver() {
+        if (receiver_.joinable()) receiver_.join();
+    }
+
     std::unique_ptr<ClientExternalOperating> client_;
+    std::thread receiver_;
 };

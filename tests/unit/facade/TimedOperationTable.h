@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -30,5 +31,10 @@ struct TimedOperation {
     std::vector<std::string> failureLog;
     Waits waits = Waits::twice;
 };
+
+/// Failures name the operation instead of its bytes.
+inline void PrintTo(const TimedOperation& operation, std::ostream* out) {
+    *out << operation.name;
+}
 
 const std::vector<TimedOperation>& timedOperations();
