@@ -2,8 +2,7 @@
 
 #include <gmock/gmock.h>
 
-#include <nlohmann/json.hpp>
-
+#include "Models.h"
 #include "QorProcesses.h"
 #include "Station.h"
 #include "Waiting.h"
@@ -41,13 +40,8 @@ protected:
 
     /// A model whose export files have these sizes; less than 0: there is no such file.
     bool startExporting(int bytes, int addBytes) {
-        const std::string program = qor::executable();
-        const std::string shipped = program.substr(0, program.find_last_of('\\') + 1);
-        auto model = nlohmann::json::parse(bytesOfFile(shipped + "engine.json"));
-        model["edit"] = {{"delayMs", 10}};
-        if (bytes >= 0) model["edit"]["exportBytes"] = bytes;
-        if (addBytes >= 0) model["edit"]["addExportBytes"] = addBytes;
-        station.settings.model = station.folder.write("model.json", model.dump());
+        station.settings.model =
+            station.folder.write("model.json", modelExporting(bytes, addBytes));
         return station.start();
     }
     bool open(unsigned modelType = 1) {

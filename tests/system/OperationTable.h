@@ -28,9 +28,13 @@ struct OperationRow {
     /// Brings about what the operation needs; its records and lines do not count.
     std::function<void(QorControlFacade&)> prepare;
     bool heedsTimeout = true;  ///< false: has no time-out of the caller's
+    /// It is true as soon as it is posted, whatever QOR says, and QOR may answer later.
+    bool returnsAtOnce = false;
 };
 
-/// The diagnostic operations alone.
+/// The operations by their subject.
+std::vector<OperationRow> paramTable();
 std::vector<OperationRow> diagnosticTable();
-/// All operations that wait for QOR within a time-out.
+std::vector<OperationRow> sessionTable();
+/// All operations but `connect` and `pingQor`, which the tests of the others need themselves.
 const std::vector<OperationRow>& operationTable();

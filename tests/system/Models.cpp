@@ -1,0 +1,21 @@
+#include "Models.h"
+
+#include "QorProcesses.h"
+#include "support/TempFolder.h"
+
+nlohmann::json shippedModel() {
+    const std::string program = qor::executable();
+    const std::string folder = program.substr(0, program.find_last_of('\\') + 1);
+    return nlohmann::json::parse(bytesOfFile(folder + "engine.json"));
+}
+
+std::string modelExporting(int bytes, int addBytes) {
+    auto model = shippedModel();
+    auto& edit = model["edit"];
+    edit["delayMs"] = 10;
+    edit.erase("exportBytes");
+    edit.erase("addExportBytes");
+    if (bytes >= 0) edit["exportBytes"] = bytes;
+    if (addBytes >= 0) edit["addExportBytes"] = addBytes;
+    return model.dump();
+}
