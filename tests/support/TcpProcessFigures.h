@@ -38,4 +38,24 @@ inline std::size_t memoryBytes() {
     return counters.PagefileUsage;
 }
 
+/// What is in use of a heap.
+inline std::size_t bytesInUse(HANDLE heap) {
+    std::size_t bytes = 0;
+    PROCESS_HEAP_ENTRY entry = {};
+    HeapLock(heap);
+    while (HeapWalk(heap, &entry))
+        if ((entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0) bytes += entry.cbData;
+    HeapUnlock(heap);
+    return bytes;
+}
+
+/// What is in use of all heaps of the process; exact where `memoryBytes` goes by pages.
+inline std::size_t heapBytes() {
+    HANDLE heaps[64];
+    const DWORD count = GetProcessHeaps(64, heaps);
+    std::size_t bytes = 0;
+    for (DWORD heap = 0; heap < count && heap < 64; ++heap) bytes += bytesInUse(heaps[heap]);
+    return bytes;
+}
+
 }  // namespace tcp
