@@ -1,12 +1,6 @@
 // Values and trouble codes that flow into the host's queues.
 
-#include <gmock/gmock.h>
-
-#include <algorithm>
-#include <set>
-
-#include "Station.h"
-#include "Waiting.h"
+#include "StreamingFixture.h"
 
 using testing::AllOf;
 using testing::Contains;
@@ -15,47 +9,7 @@ using testing::IsEmpty;
 
 namespace {
 
-using Values = std::vector<QorControlFacade::ParamValue>;
-using Codes = std::vector<QorControlFacade::DtcDescription>;
-
-constexpr unsigned periodMs = 150;
-constexpr unsigned amply = 8000;
-
-std::set<std::string> namesOf(const Values& batch) {
-    std::set<std::string> names;
-    for (const auto& value : batch) names.insert(value.name);
-    return names;
-}
-
-class Streaming : public testing::TestWithParam<Transport> {
-protected:
-    // Before the station: the agent fills them until it has ended.
-    ThreadSafeQueue<Values> values{10};
-    ThreadSafeQueue<Codes> codes{10};
-    Station station{GetParam()};
-
-    bool startConnected() { return station.start() && station.connectEcu(periodMs); }
-
-    /// Whether a batch of exactly these names comes in time.
-    bool awaitBatchOf(const std::set<std::string>& names) {
-        return eventually(amply, [&] {
-            Values batch;
-            return values.pop(batch, 200) && namesOf(batch) == names;
-        });
-    }
-    /// Empties the queue and sees that no more comes for a while.
-    bool hasDried() {
-        Values batch;
-        while (values.pop(batch, 0)) continue;
-        return !values.pop(batch, 400) && !values.pop(batch, 100);
-    }
-    bool awaitRequest(const std::string& request) {
-        return eventually(amply, [&] {
-            const auto requests = station.requests();
-            return std::find(requests.begin(), requests.end(), request) != requests.end();
-        });
-    }
-};
+class Streaming : public StreamingTest {};
 
 INSTANTIATE_TEST_SUITE_P(Over, Streaming, everyTransport(), transportName);
 
@@ -100,7 +54,7 @@ TEST_P(Streaming, RegisteringAgainReplacesTheNames) {
 }
 
 TEST_P(Streaming, TwoQueuesHaveEachTheirOwnNames) {
-    ThreadSafeQueue<Values> more{10};
+    ParamQueue more{10};
     ASSERT_TRUE(startConnected());
     ASSERT_TRUE(station->startParamRead(&values, {"EngineSpeed", "OilPressure"}));
     ASSERT_TRUE(station->startParamRead(&more, {"EngineSpeed"}));
