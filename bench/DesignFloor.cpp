@@ -5,27 +5,18 @@
 
 #include "common/Clock.h"
 #include "EchoPeer.h"
-#include "framework/AsyncSocket.h"
-#include "transport/SocketPump.h"
+#include "FloorSocket.h"
 
 namespace {
 
 constexpr unsigned int giveUpMs = 5000;
 
 /// Reports each whole message to the results.
-class EchoSocket final : public CAsyncSocket {
+class EchoSocket final : public FloorSocket {
 public:
     explicit EchoSocket(ThreadSafeQueue<int>& results) : results_(results) {}
 
-    bool isConnected() const { return connected_; }
-    bool hasFailed() const { return failed_; }
-
 protected:
-    void OnConnect(int errorCode) override {
-        connected_ = errorCode == 0;
-        failed_ = errorCode != 0;
-    }
-
     void OnReceive(int) override {
         char bytes[echoBytes];
         const int received = Receive(bytes, sizeof bytes);
@@ -37,23 +28,8 @@ protected:
 
 private:
     ThreadSafeQueue<int>& results_;
-    bool connected_ = false;
-    bool failed_ = false;
     int got_ = 0;
 };
-
-std::unique_ptr<EchoSocket> connectTo(unsigned int port, ThreadSafeQueue<int>& results) {
-    const std::uint32_t start = common::tickCount();
-    while (!common::hasPassed(common::tickCount(), start, giveUpMs)) {
-        auto socket = std::make_unique<EchoSocket>(results);
-        socket->Create();
-        socket->Connect("127.0.0.1", port);
-        while (!socket->isConnected() && !socket->hasFailed()) pumpSocketNotifications(nullptr);
-        if (socket->isConnected()) return socket;
-        common::sleepMs(10);
-    }
-    return nullptr;
-}
 
 /// Takes the next item, however long it takes; throws if it does not come at all.
 void await(ThreadSafeQueue<int>& queue) {
@@ -81,7 +57,8 @@ DesignFloor::~DesignFloor() {
 
 unsigned __stdcall DesignFloor::run(void* floor) {
     auto& self = *static_cast<DesignFloor*>(floor);
-    const auto socket = connectTo(self.port_, self.results);
+    const auto socket =
+        connectFloor(self.port_, [&] { return std::make_unique<EchoSocket>(self.results); });
     if (!socket) return 1;
     const char message[echoBytes] = {};
     while (!self.stop_) {

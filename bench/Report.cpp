@@ -19,6 +19,10 @@ void Report::add(const std::string& name, const Samples& samples, double p50Boun
     rows_.push_back({name, samples, p50Bound, p99Bound});
 }
 
+void Report::addRate(const std::string& name, double perSecond, double leastBound) {
+    rates_.push_back({name, perSecond, leastBound});
+}
+
 void Report::print() const {
     fmt::print("{:<44}{:>7}{:>9}{:>9}{:>9}{:>9}{:>8}{:>8}\n", "microseconds", "count", "min", "p50",
                "p95", "p99", "p50/b", "p99/b");
@@ -28,6 +32,12 @@ void Report::print() const {
                    row.samples.p99(), ratio(row.samples.p50(), row.p50Bound),
                    ratio(row.samples.p99(), row.p99Bound));
     fmt::print("p50/b and p99/b: against the bound that the figure is held to (aim: at most 1)\n");
+    if (rates_.empty()) return;
+    fmt::print("{:<44}{:>12}{:>8}\n", "per second", "rate", "rate/b");
+    for (const Rate& rate : rates_)
+        fmt::print("{:<44}{:>12.0f}{:>8}\n", rate.name, rate.perSecond,
+                   ratio(rate.perSecond, rate.leastBound));
+    fmt::print("rate/b: against the least that is aimed at (aim: at least 1)\n");
 }
 
 void Report::writeJson(const std::string& path) const {
@@ -41,6 +51,10 @@ void Report::writeJson(const std::string& path) const {
                            {"p99Us", row.samples.p99()},
                            {"p50BoundUs", row.p50Bound},
                            {"p99BoundUs", row.p99Bound}});
+    for (const Rate& rate : rates_)
+        figures.push_back({{"name", rate.name},
+                           {"perSecond", rate.perSecond},
+                           {"leastPerSecond", rate.leastBound}});
     std::ofstream file(path);
     file << figures.dump(2) << '\n';
     if (!file) throw std::runtime_error("cannot write " + path);

@@ -12,6 +12,9 @@ public:
     void add(const std::string& name, const Samples& samples, double p50Bound = 0,
              double p99Bound = 0);
 
+    /// A rate per second; `leastBound` is what it should reach, 0: nothing.
+    void addRate(const std::string& name, double perSecond, double leastBound = 0);
+
     void print() const;
     /// Throws std::runtime_error if the file cannot be written.
     void writeJson(const std::string& path) const;
@@ -24,5 +27,12 @@ private:
         double p99Bound;
     };
 
+    struct Rate {
+        std::string name;
+        double perSecond;
+        double leastBound;
+    };
+
     std::vector<Row> rows_;
+    std::vector<Rate> rates_;
 };

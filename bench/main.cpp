@@ -12,6 +12,8 @@
 #include "framework/AsyncSocket.h"
 #include "protocol/RequestId.h"
 #include "Report.h"
+#include "StreamFigures.h"
+#include "StreamPeer.h"
 
 namespace {
 
@@ -21,6 +23,9 @@ struct Options {
     std::string jsonPath = "bench.json";
     unsigned int echoPeerPort = 0;
     std::string copyDataPeerTitle;
+    unsigned int streamPeerPort = 0;
+    int streamWindow = 0;
+    bool streamsOnly = false;
 };
 
 /// An aim in terms of a bound: p50 at most 1.3 times, p99 at most 3 times that.
@@ -98,14 +103,19 @@ void reportRoundTrips(const RoundTrips& all, Report& report) {
     report.add("getParamData, cached", all.tcp.cached, shortActionBoundUs);
 }
 
-int run(const Options& options) {
-    Report report;
+void measureRequestsAndCodec(const Options& options, Report& report) {
     RoundTrips roundTrips;
     measureRoundTrips(options, roundTrips);
     reportRoundTrips(roundTrips, report);
     for (const CodecResult& codec : measureCodec(options.rounds * 10))
         report.add(fmt::format("write + parse {} ({} B)", codec.command, codec.recordBytes),
                    codec.samples, shortActionBoundUs);
+}
+
+int run(const Options& options) {
+    Report report;
+    if (!options.streamsOnly) measureRequestsAndCodec(options, report);
+    measureStreams(options.rounds, options.perRound, report);
     report.print();
     report.writeJson(options.jsonPath);
     fmt::print("figures written to {}\n", options.jsonPath);
@@ -125,11 +135,17 @@ int main(int argc, char** argv) {
     app.add_option("--echo-peer", options.echoPeerPort, "be the other side of a floor")->group("");
     app.add_option("--copy-data-peer", options.copyDataPeerTitle, "be the other side of a floor")
         ->group("");
+    app.add_flag("--streams-only", options.streamsOnly, "measure nothing but the streams");
+    app.add_option("--stream-peer", options.streamPeerPort, "be the other side of the streams")
+        ->group("");
+    app.add_option("--stream-window", options.streamWindow, "values on their way")->group("");
     CLI11_PARSE(app, argc, argv);
     AfxSocketInit();
     try {
         if (options.echoPeerPort != 0) return runEchoPeer(options.echoPeerPort);
         if (!options.copyDataPeerTitle.empty()) return runCopyDataPeer(options.copyDataPeerTitle);
+        if (options.streamPeerPort != 0)
+            return streampeer::run(options.streamPeerPort, options.streamWindow);
         return run(options);
     } catch (const std::exception& error) {
         fmt::print(stderr, "qor-bench: {}\n", error.what());
