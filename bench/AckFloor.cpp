@@ -12,6 +12,7 @@ namespace {
 constexpr int requestIdAt = 4;
 constexpr int requestIdBytes = 4;
 constexpr unsigned int giveUpMs = 5000;
+constexpr unsigned int slices = 10;
 
 }  // namespace
 
@@ -79,9 +80,12 @@ void AckFloor::measureFor(unsigned int ms, Samples& perValue) {
     for (const int before = acknowledged_; acknowledged_ == before; common::sleepMs(1))
         if (common::hasPassed(common::tickCount(), start, giveUpMs))
             throw std::runtime_error("the peer of the streams sends nothing");
-    const int before = acknowledged_;
-    const double startUs = nowUs();
-    common::sleepMs(ms);
-    perValue.add((nowUs() - startUs) / (acknowledged_ - before));
+    for (unsigned int slice = 0; slice < slices; ++slice) {
+        const int before = acknowledged_;
+        const double startUs = nowUs();
+        common::sleepMs(ms / slices);
+        const int count = acknowledged_ - before;
+        if (count > 0) perValue.add((nowUs() - startUs) / count);
+    }
     works_ = false;
 }

@@ -16,7 +16,7 @@ public:
     AckFloor(const AckFloor&) = delete;
     AckFloor& operator=(const AckFloor&) = delete;
 
-    /// Acknowledges values for so long and adds the time of one.
+    /// Acknowledges values for so long and adds the time of one, several times.
     void measureFor(unsigned int ms, Samples& perValue);
 
 private:

@@ -77,11 +77,11 @@ void measureRound(StreamBench& stream, AckFloor& narrow, AckFloor& wide, int per
 void reportFlood(const Flood& flood, double fillUs, double seconds, const std::string& how,
                  Report& report) {
     const double boundUs = (flood.floorUs.p50() + objectsPerValue * fillUs) / rateAim;
-    report.add("floor: value and acknowledgement, " + how, flood.floorUs);
+    report.add("floor: value and ack, " + how, flood.floorUs);
     report.add("streamed value, " + how, flood.valueUs, boundUs);
-    report.addRate("arrived in the library, " + how, 1e6 / flood.valueUs.p50(), 1e6 / boundUs);
-    report.addRate("popped by the host, " + how, flood.popped.values / seconds);
-    report.addRate("of them new, " + how, flood.popped.news / seconds);
+    report.addRate("arrived, " + how, 1e6 / flood.valueUs.p50(), 1e6 / boundUs);
+    report.addRate("popped, " + how, flood.popped.values / seconds);
+    report.addRate("popped and new, " + how, flood.popped.news / seconds);
 }
 
 void reportAges(const Popped& popped, const std::string& rate, Report& report) {
@@ -111,8 +111,8 @@ void measureStreams(int rounds, int perRound, Report& report) {
 
     const double seconds = rounds * streamMs / 1000.0;
     report.add("generator fill, beside the streams", all.fill);
-    reportFlood(all.narrow, all.fill.p50(), seconds, "one at a time", report);
-    reportFlood(all.wide, all.fill.p50(), seconds, "twelve at a time", report);
+    reportFlood(all.narrow, all.fill.p50(), seconds, "1 on the way", report);
+    reportFlood(all.wide, all.fill.p50(), seconds, "12 on the way", report);
     reportAges(all.slow, "12 per 100 ms", report);
     reportAges(all.quick, "1 per ms", report);
     report.add("pingQor, no stream", all.idle.ping);
