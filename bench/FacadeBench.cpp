@@ -12,7 +12,14 @@ namespace {
 const char* const scalar = "EngineSpeed";
 constexpr unsigned int timeoutMs = 2000;
 constexpr unsigned int readyMs = 15000;
+constexpr unsigned int streamPeriodMs = 100;
+constexpr unsigned int popMs = 20;
 constexpr unsigned int longPeriodMs = 10u * 60u * 1000u;
+
+const std::vector<std::string> streamed = {
+    "EngineSpeed",      "EngineLoad",           "VehicleSpeed",       "CoolantTemperature",
+    "OilTemperature",   "IntakeAirTemperature", "ExhaustTemperature", "AmbientPressure",
+    "ManifoldPressure", "OilPressure",          "FuelPressure",       "BatteryVoltage"};
 
 class QuietMonitor final : public IProgressMonitor {
 public:
@@ -91,4 +98,24 @@ void FacadeBench::readParam() {
 void FacadeBench::readCachedParam() {
     if (periodMs_ == 0) connect(longPeriodMs);
     require(facade_->getParamData(scalar, values_, timeoutMs), "a cached getParamData");
+}
+
+std::unique_ptr<Taker> FacadeBench::startStream() {
+    if (periodMs_ != streamPeriodMs) connect(streamPeriodMs);
+    require(facade_->startParamRead(&queue_, streamed), "startParamRead");
+    const std::uint32_t start = common::tickCount();
+    std::vector<QorControlFacade::ParamValue> batch;
+    while (batch.size() < streamed.size()) {
+        queue_.pop(batch, popMs);
+        require(!common::hasPassed(common::tickCount(), start, readyMs), "the first batch");
+    }
+    return std::make_unique<Taker>([this] {
+        std::vector<QorControlFacade::ParamValue> taken;
+        queue_.pop(taken, popMs);
+    });
+}
+
+void FacadeBench::stopStream() {
+    require(facade_->stopParamRead(&queue_), "stopParamRead");
+    ping();
 }

@@ -6,6 +6,7 @@
 
 #include "facade/QorControlFacade.h"
 #include "Process.h"
+#include "Taker.h"
 
 enum class Transport { tcp, window };
 
@@ -24,11 +25,17 @@ public:
     /// A read that the value cache answers.
     void readCachedParam();
 
+    /// Streams twelve values, which QOR sends every 100 ms, to a host that takes them as long as
+    /// the result lives; keep it beyond `stopStream`. Returns when they flow.
+    std::unique_ptr<Taker> startStream();
+    void stopStream();
+
 private:
     void awaitReady();
     void connect(unsigned int refreshPeriodMs);
 
     const std::string settingsPath_;
+    ThreadSafeQueue<std::vector<QorControlFacade::ParamValue>> queue_{10};  // outlives the facade
     std::unique_ptr<QorControlFacade> facade_;
     std::vector<double> values_;
     unsigned int periodMs_ = 0;

@@ -100,14 +100,19 @@ StreamBench::Count StreamBench::acknowledged() {
 double StreamBench::takeFor(unsigned int ms, Popped& popped) {
     Count before = {};
     {
-        const Taker taker(*this);
+        const auto background = taker();
         before = acknowledged();
     }
     const double startUs = nowUs();
     while (nowUs() - startUs < ms * 1000.0) take(popped);
-    const Taker taker(*this);
+    const auto background = taker();
     const Count after = acknowledged();
     return (after.us - before.us) / (after.values - before.values);
+}
+
+std::unique_ptr<Taker> StreamBench::taker() {
+    const auto popped = std::make_shared<Popped>();  // of no interest
+    return std::make_unique<Taker>([this, popped] { take(*popped); });
 }
 
 void StreamBench::take(Popped& popped) {

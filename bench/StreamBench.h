@@ -1,16 +1,15 @@
 #pragma once
 
 #include <array>
-#include <atomic>
 #include <memory>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "facade/QorControlFacade.h"
 #include "Process.h"
 #include "Samples.h"
 #include "StreamPeer.h"
+#include "Taker.h"
 
 /// What the host's queue gave while values flowed.
 struct Popped {
@@ -50,25 +49,8 @@ public:
     /// A read that QOR answers.
     void read();
 
-    /// A host thread that takes what comes, for the life of the object.
-    class Taker {
-    public:
-        explicit Taker(StreamBench& bench)
-            : thread_([this, &bench] {
-                  while (!stop_) bench.take(popped_);
-              }) {}
-        ~Taker() {
-            stop_ = true;
-            thread_.join();
-        }
-        Taker(const Taker&) = delete;
-        Taker& operator=(const Taker&) = delete;
-
-    private:
-        Popped popped_;
-        std::atomic<bool> stop_{false};
-        std::thread thread_;
-    };
+    /// A host thread that takes what comes, until it is let go.
+    std::unique_ptr<Taker> taker();
 
 private:
     struct Count {

@@ -3,6 +3,7 @@
 #include <fmt/core.h>
 
 #include "AckFloor.h"
+#include "FacadeBench.h"
 #include "protocol/RequestId.h"
 #include "StreamBench.h"
 
@@ -42,6 +43,7 @@ struct Streams {
     Flood narrow, wide;
     Popped slow, quick;
     Requests idle, whileSlow, whileQuick;
+    Samples windowIdle, whileWindow;
 };
 
 void measureFlood(StreamBench& stream, AckFloor& floor, const StreamBench::Push& push,
@@ -56,7 +58,7 @@ void measurePaced(StreamBench& stream, const StreamBench::Push& push, int perRou
                   Requests& requests) {
     stream.setPush(push);
     stream.takeFor(streamMs, popped);
-    const StreamBench::Taker taker(stream);
+    const auto taker = stream.taker();
     measure(requests.ping, perRound, [&] { stream.ping(); });
     measure(requests.read, perRound, [&] { stream.read(); });
 }
@@ -72,6 +74,14 @@ void measureRound(StreamBench& stream, AckFloor& narrow, AckFloor& wide, int per
     measurePaced(stream, allEvery100Ms, perRound, all.slow, all.whileSlow);
     measurePaced(stream, oneEveryMs, perRound, all.quick, all.whileQuick);
     stream.stopStream();
+}
+
+/// The same over window messages, where the agent's own thread takes every value.
+void measureWindowRound(FacadeBench& window, int perRound, Streams& all) {
+    measure(all.windowIdle, perRound, [&] { window.ping(); });
+    const auto taker = window.startStream();
+    measure(all.whileWindow, perRound, [&] { window.ping(); });
+    window.stopStream();
 }
 
 void reportFlood(const Flood& flood, double fillUs, double seconds, const std::string& how,
@@ -107,6 +117,10 @@ void measureStreams(int rounds, int perRound, Report& report) {
         std::fflush(stdout);
         measureRound(stream, narrow, wide, perRound, all);
     }
+    {
+        FacadeBench window(Transport::window);
+        for (int round = 0; round < rounds; ++round) measureWindowRound(window, perRound, all);
+    }
     fmt::print("\n");
 
     const double seconds = rounds * streamMs / 1000.0;
@@ -119,4 +133,7 @@ void measureStreams(int rounds, int perRound, Report& report) {
     report.add("getParamData, no stream", all.idle.read);
     reportRequests(all.whileSlow, all.idle, "12 per 100 ms", report);
     reportRequests(all.whileQuick, all.idle, "1 per ms", report);
+    report.add("pingQor, window, no stream", all.windowIdle);
+    report.add("pingQor, window, 12 per 100 ms", all.whileWindow,
+               requestAim * all.windowIdle.p50());
 }
