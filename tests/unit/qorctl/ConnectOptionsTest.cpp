@@ -41,10 +41,11 @@ TEST(ConnectOptions, WhatIsNotSaidIsAsQorWouldHaveIt) {
 
 TEST(ConnectOptions, EachOptionSetsItsOwnField) {
     const auto record =
-        parsed("--protocol 4 --protocol-option 2 --k-line-baud 9600 --can-baud 500000 "
-               "--request-id 0x7E0 --response-id 0x7E8 --address-byte1 0x10 --address-byte2 0xF1 "
-               "--address-word 7 --no-option-flag --no-extra-flag --no-final-flag "
-               "--security-dll c:\\keys\\ecu.dll")
+        parsed(
+            "--protocol 4 --protocol-option 2 --k-line-baud 9600 --can-baud 500000 "
+            "--request-id 0x7E0 --response-id 0x7E8 --address-byte1 0x10 --address-byte2 0xF1 "
+            "--address-word 7 --no-option-flag --no-extra-flag --no-final-flag "
+            "--security-dll c:\\keys\\ecu.dll")
             .record(100);
 
     EXPECT_EQ(4u, record.protocol);
