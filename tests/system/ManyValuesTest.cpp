@@ -115,8 +115,13 @@ TEST_P(ManyValues, NumbersThatAreNoneAreWrittenAsTheyAreAndQorMayRefuseThem) {
     EXPECT_FALSE(station->setParamData("MaxEngineSpeed", strange, {}, {}, amply));
     ASSERT_TRUE(hasSent(16 + 8 * many));
     EXPECT_EQ(0, std::memcmp(lastPayload().data() + 12, strange.data(), 8 * many));
+    // No window message longer than 2 MiB arrives under Wine.
+    constexpr std::size_t fewer = 80000;
+    const std::vector<double> part(strange.begin(), strange.begin() + fewer);
+    EXPECT_FALSE(station->setParamData("DwellTime", part, part, part, amply));
+    EXPECT_TRUE(hasSent(20 + 3 * 8 * fewer));
+    // Whether it arrives or not, the station is well again.
     EXPECT_FALSE(station->setParamData("DwellTime", strange, strange, strange, amply));
-    EXPECT_TRUE(hasSent(20 + 3 * 8 * many));
     EXPECT_TRUE(station->getParamData("MaxEngineSpeed", values, amply));
     EXPECT_THAT(values, ElementsAre(6500));
 }

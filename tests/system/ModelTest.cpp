@@ -140,6 +140,24 @@ TEST_P(Model, AnEmptyExportFileReplacesAnOldOne) {
     EXPECT_FALSE(fileExists(exported));
 }
 
+TEST_P(Model, AnEmptyExportFileOfTheModelItselfReplacesAnOldOne) {
+    std::ofstream(exported) << "old";
+    ASSERT_TRUE(startExporting(0, -1));
+    ASSERT_TRUE(open());
+    EXPECT_TRUE(holdsExport(exported, 0));
+    EXPECT_TRUE(sourcesAreGone());
+    EXPECT_FALSE(fileExists(addExported));
+}
+
+TEST_P(Model, AnAdditionalExportFileLeavesTheOtherTargetUntouched) {
+    std::ofstream(exported) << "untouched";
+    ASSERT_TRUE(startExporting(-1, 250000));
+    ASSERT_TRUE(open());
+    EXPECT_TRUE(holdsExport(addExported, 200000));
+    EXPECT_TRUE(sourcesAreGone());
+    EXPECT_EQ("untouched", bytesOfFile(exported));
+}
+
 TEST_P(Model, ARefusedShutdownIsTracedAndTheModelIsOpenedAllTheSame) {
     station.script = R"({"rules":[{"match":{"id":4,"operation":2},"action":{"answer":"refuse"}}]})";
     ASSERT_TRUE(startExporting(1000, -1));

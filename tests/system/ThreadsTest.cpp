@@ -68,6 +68,20 @@ TEST_P(Threads, FourHostThreadsWithMixedOperationsEachGetTheirOwnAnswers) {
     }
 }
 
+TEST_P(Threads, AShutdownWaitsForTheOperationThatTheAgentIsIn) {
+    station.script = R"({"rules":[{"match":{"id":12},"action":{"delayMs":1000}}]})";
+    ASSERT_TRUE(station.start());
+    std::vector<double> values;
+    bool done = false;
+    std::thread waiting([&] { done = station->getParamData("DwellTime", values, 5000); });
+    Sleep(300);
+    EXPECT_GE(elapsedMsOf([&] { station->shutdown(); }), 500u);
+    waiting.join();
+    EXPECT_TRUE(done);
+    EXPECT_EQ(5u, values.size());
+    EXPECT_FALSE(station->pingQor(100));
+}
+
 TEST_P(Threads, AStationThatIsShutDownLetsTheWaitingThreadsGo) {
     station.script = R"({"rules":[{"match":{"id":9},"action":{"answer":"silent"}}]})";
     ASSERT_TRUE(station.start());
