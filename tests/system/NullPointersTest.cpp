@@ -44,11 +44,10 @@ TEST_P(NullPointers, EveryOperationDoesItsWorkWithoutALogOrAMonitor) {
 }
 
 TEST_P(NullPointers, EveryOperationFailsWithoutALogAsWell) {
-    std::string rules;
+    std::vector<Rule> rules;
     for (const OperationRow& row : operationTable())
-        rules += (rules.empty() ? "" : ",") + std::string("{\"match\":") + row.decisiveRequest +
-                 R"(,"action":{"answer":"refuse"}})";
-    station.script = "{\"rules\":[" + rules + "]}";
+        rules.push_back({row.decisiveRequest, R"({"answer":"refuse"})"});
+    station.script = scriptOf(rules);
     ASSERT_TRUE(station.start());
     for (const OperationRow& row : operationTable()) {
         SCOPED_TRACE(row.name);

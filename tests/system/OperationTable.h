@@ -32,6 +32,13 @@ struct OperationRow {
     bool returnsAtOnce = false;
 };
 
+/// A rule of QOR's behaviour: which requests, and what then.
+struct Rule {
+    std::string match;
+    std::string action;
+};
+std::string scriptOf(const std::vector<Rule>& rules);
+
 /// The operations by their subject.
 std::vector<OperationRow> paramTable();
 std::vector<OperationRow> diagnosticTable();

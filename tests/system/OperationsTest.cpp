@@ -57,12 +57,11 @@ std::string scriptFor(Transport transport, Answering answering) {
     if (answering == Answering::asAsked || answering == Answering::separately) return {};
     const std::string action =
         answering == Answering::refusing ? R"({"answer":"refuse"})" : silence(transport, hangMs);
-    std::string rules;
+    std::vector<Rule> rules;
     for (const OperationRow& row : operationTable())
         if (answering == Answering::refusing || row.heedsTimeout)
-            rules += (rules.empty() ? "" : ",") + std::string("{\"match\":") + row.decisiveRequest +
-                     ",\"action\":" + action + "}";
-    return "{\"rules\":[" + rules + "]}";
+            rules.push_back({row.decisiveRequest, action});
+    return scriptOf(rules);
 }
 
 /// A QOR that answers separately has nothing to say where an acknowledgement is all.

@@ -91,12 +91,10 @@ TEST_P(Timeouts, WithoutALimitACallEndsAsSoonAsTheAgentAnswers) {
 }
 
 TEST_P(Timeouts, NoneAtAllEndsAtOnceBeforeASilentQorToo) {
-    std::string rules;
+    std::vector<Rule> rules;
     for (const OperationRow& row : operationTable())
-        if (row.heedsTimeout)
-            rules += (rules.empty() ? "" : ",") + std::string("{\"match\":") + row.decisiveRequest +
-                     ",\"action\":" + silence(GetParam(), 50) + "}";
-    station.script = "{\"rules\":[" + rules + "]}";
+        if (row.heedsTimeout) rules.push_back({row.decisiveRequest, silence(GetParam(), 50)});
+    station.script = scriptOf(rules);
     ASSERT_TRUE(station.start());
     ASSERT_TRUE(station.connectEcu());
     forEachTimed([this](const OperationRow& row) {

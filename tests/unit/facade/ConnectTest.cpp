@@ -45,16 +45,10 @@ TEST_F(Connect, TheRequestIsLoggedInTheTraceAndForTheHost) {
 }
 
 TEST_F(Connect, TheLinesComeBeforeTheRequest) {
-    std::size_t traced = 0;
-    std::size_t posted = 99;
-    log.onLine = [&] {
-        traced = trace().size();
-        Sleep(20);
-        posted = agent.requests().size();
-    };
+    const auto seen = watchFirstLine();
     start().connect(settings, EcuConnect::Default, nullptr);
-    EXPECT_EQ(traced, 1u);
-    EXPECT_EQ(posted, 0u);
+    EXPECT_EQ(seen->traced, 1u);
+    EXPECT_EQ(seen->posted, 0u);
 }
 
 TEST_F(Connect, WithoutAMonitorItReturnsAtOnceAndWantsNoAnswer) {

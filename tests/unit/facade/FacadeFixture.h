@@ -77,6 +77,23 @@ protected:
         };
     }
 
+    /// What had been done when the host's log got its first line.
+    struct AtFirstLine {
+        std::size_t traced = 0;
+        std::size_t posted = 99;
+    };
+    /// To be asked when the call is over.
+    std::shared_ptr<AtFirstLine> watchFirstLine() {
+        const auto seen = std::make_shared<AtFirstLine>();
+        log.onLine = [this, seen] {
+            if (seen->traced != 0) return;
+            seen->traced = trace().size();
+            Sleep(20);  // time enough for the agent to take what was posted
+            seen->posted = agent.requests().size();
+        };
+        return seen;
+    }
+
     FakeClock clock;
     std::atomic<int> sleeps{0};
 };

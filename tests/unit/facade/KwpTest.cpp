@@ -45,18 +45,11 @@ TEST_F(SendKwpCommand, RequestAndAnswerAreLoggedByteByByteInBothLogs) {
 
 TEST_F(SendKwpCommand, TheRequestIsOnItsWayBeforeItsLinesAreWritten) {
     failAlways();
-    std::size_t traced = 0;
-    bool posted = false;
-    log.onLine = [&] {
-        if (traced != 0) return;  // only the line of the request
-        traced = trace().size();
-        for (int i = 0; i < 1000 && agent.requests().empty(); ++i) Sleep(1);
-        posted = !agent.requests().empty();
-    };
+    const auto seen = watchFirstLine();
     start();
     EXPECT_FALSE(send());
-    EXPECT_TRUE(posted);
-    EXPECT_EQ(traced, 1u);  // the trace comes before the host's log
+    EXPECT_EQ(seen->posted, 1u);
+    EXPECT_EQ(seen->traced, 1u);  // the trace comes before the host's log
 }
 
 TEST_F(SendKwpCommand, AByteBelow16IsPrintedWithItsZero) {

@@ -29,17 +29,11 @@ TEST_F(SetEcuSegment, TheRequestIsLoggedInTheTraceAndForTheHost) {
 
 TEST_F(SetEcuSegment, TheLinesComeBeforeTheRequest) {
     succeedAlways();
-    std::size_t traced = 0;
-    std::size_t posted = 99;
-    log.onLine = [&] {
-        traced = trace().size();
-        Sleep(20);
-        posted = agent.requests().size();
-    };
+    const auto seen = watchFirstLine();
     start();
     select();
-    EXPECT_EQ(traced, 1u);
-    EXPECT_EQ(posted, 0u);
+    EXPECT_EQ(seen->traced, 1u);
+    EXPECT_EQ(seen->posted, 0u);
 }
 
 TEST_F(SetEcuSegment, NameFlagAndMonitorTravelAndAnAnswerIsWanted) {
