@@ -7,12 +7,18 @@ bool SocketCommandReplyer::reply(std::unique_ptr<IExternalCommand> answer, unsig
     if (answer)
         stampAndSend(dynamic_cast<ExternalCommand&>(*answer));
     else if (!receivedReply_)
-        acknowledge(0);
+        release();
     return true;
 }
 
 void SocketCommandReplyer::acknowledge(std::uint32_t status) {
     CommandPing ping(protocol::Ping{status});
+    ping.stampAsReplyTo(requestId_);
+    worker_.acknowledge(ping);
+}
+
+void SocketCommandReplyer::release() {
+    CommandPing ping(protocol::Ping{0});
     stampAndSend(ping);
 }
 

@@ -15,12 +15,14 @@ public:
     /// was itself a reply.
     bool reply(std::unique_ptr<IExternalCommand> answer, unsigned int timeoutMs) override;
 
-    /// Sends a ping of this status as the answer.
+    /// Sends a ping of this status as the answer, once the handler has returned: it may wait for
+    /// the acknowledgements of what has arrived with it.
     void acknowledge(std::uint32_t status);
 
     bool wasCalled() const { return wasCalled_; }
 
 private:
+    void release();
     void stampAndSend(ExternalCommand& answer);
 
     SocketWorker& worker_;

@@ -9,6 +9,8 @@
 namespace {
 
 constexpr unsigned int connectMs = 1000;
+/// An acknowledgement waits for at most as many others as take a few milliseconds to make.
+constexpr std::size_t maxHeldBytes = 16 * 16;
 
 }  // namespace
 
@@ -21,6 +23,7 @@ void SocketWorker::runOnce() {
     try {
         work();
     } catch (const std::bad_alloc&) {
+        acknowledgements_.clear();
         connection_.abandon();
     }
 }
@@ -38,10 +41,19 @@ bool SocketWorker::isCaller() const {
 }
 
 void SocketWorker::sendNow(const IExternalCommand& command) {
-    if (!connection_.isConnected()) return;
+    command.write(acknowledgements_);
+    sendAcknowledgements();
+}
+
+void SocketWorker::acknowledge(const IExternalCommand& ping) {
+    ping.write(acknowledgements_);
+    if (acknowledgements_.size() >= maxHeldBytes) sendAcknowledgements();
+}
+
+void SocketWorker::sendAcknowledgements() {
     std::string bytes;
-    command.write(bytes);
-    connection_.send(bytes);
+    bytes.swap(acknowledgements_);
+    if (!bytes.empty() && connection_.isConnected()) connection_.send(bytes);
 }
 
 void SocketWorker::handleReceived() {
@@ -53,6 +65,7 @@ void SocketWorker::handleReceived() {
     std::string bytes = factory_.received_.takeAll();
     if (bytes.empty()) return;
     bytes.erase(0, handleRecords(bytes));
+    sendAcknowledgements();
     if (!bytes.empty()) factory_.received_.putBack(std::move(bytes));
 }
 

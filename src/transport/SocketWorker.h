@@ -24,6 +24,10 @@ public:
     /// Sends at once, on the worker thread only; drops the bytes while not connected.
     void sendNow(const IExternalCommand& command);
 
+    /// Sends with the next acknowledgements, at the latest when all that has arrived is handled;
+    /// on the worker thread only. One call of the system costs as much as half a command object.
+    void acknowledge(const IExternalCommand& ping);
+
 private:
     void work();
     void handleReceived();
@@ -32,9 +36,11 @@ private:
     void handleRecord(const std::string& record, std::uint32_t requestId);
     void handleCommand(IExternalCommand& command);
     void sendNextCommand();
+    void sendAcknowledgements();
 
     ClientSocketCommandFactory& factory_;
     const unsigned int threadId_;
     PendingRequests pending_;
+    std::string acknowledgements_;  // not sent yet; in front of whatever is sent next
     ClientConnInstance connection_;
 };

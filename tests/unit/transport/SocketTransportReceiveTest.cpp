@@ -74,6 +74,52 @@ TEST_F(SocketTransportReceiving, TwoCommandsInOneSegmentAreHandledInTheSamePass)
     EXPECT_EQ(4u, peer.expectRecord().commandId());
 }
 
+TEST_F(SocketTransportReceiving, AReplyLeavesAtOnceAndTakesEarlierAcknowledgementsAlong) {
+    Gate mayEnd;
+    connect([&](IExternalCommand& command, Replyer& replyer) {
+        if (static_cast<const ExternalCommand&>(command).requestId() != 2) return true;
+        replyer.reply(nullptr, 0);
+        return mayEnd.passWithin(5000);  // as long as a message box is open
+    });
+
+    peer.send(request(1) + request(2) + request(3));
+
+    EXPECT_EQ(pingAnswer(1, 1), peer.expectRecord().bytes());
+    EXPECT_EQ(pingAnswer(2, 0), peer.expectRecord().bytes());
+    mayEnd.open();
+    EXPECT_EQ(pingAnswer(3, 1), peer.expectRecord().bytes());
+}
+
+TEST_F(SocketTransportReceiving, ManyCommandsInOneSegmentAreAllAcknowledgedInTheirOrder) {
+    connect();
+    std::string requests;
+    for (std::uint32_t id = 1; id <= 100; ++id) requests += request(id);
+
+    peer.send(requests);
+
+    for (std::uint32_t id = 1; id <= 100; ++id)
+        EXPECT_EQ(pingAnswer(id, 1), peer.expectRecord().bytes());
+    EXPECT_TRUE(peer.hearsNothingFor(50));
+}
+
+TEST_F(SocketTransportReceiving, ALongSegmentIsAcknowledgedBitByBit) {
+    Gate mayGoOn;
+    connect([&](IExternalCommand& command, Replyer&) {
+        const bool isLate = static_cast<const ExternalCommand&>(command).requestId() > 20;
+        return !isLate || mayGoOn.passWithin(5000);
+    });
+    std::string requests;
+    for (std::uint32_t id = 1; id <= 30; ++id) requests += request(id);
+
+    peer.send(requests);
+
+    for (std::uint32_t id = 1; id <= 16; ++id)
+        EXPECT_EQ(pingAnswer(id, 1), peer.expectRecord().bytes());
+    mayGoOn.open();
+    for (std::uint32_t id = 17; id <= 30; ++id)
+        EXPECT_EQ(pingAnswer(id, 1), peer.expectRecord().bytes());
+}
+
 TEST_F(SocketTransportReceiving, ARequestAcceptedWithoutAReplyIsAcknowledgedAsHandled) {
     connect([](IExternalCommand&, Replyer&) { return true; });
 
