@@ -157,7 +157,10 @@ bool ClientExternalOperating::disconnectEcu() {
         // What QOR said of the old connection must not be taken for an answer about none.
         state->ecuOnline = false;
     }
-    return send<CommandKwpConnect>(neutral, disconnectMs);
+    const bool taken = send<CommandKwpConnect>(neutral, disconnectMs);
+    // Nor may what QOR said of it while the request was on its way.
+    state_.lock()->ecuOnline = false;
+    return taken;
 }
 
 bool ClientExternalOperating::isEcuOnline() {

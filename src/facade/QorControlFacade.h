@@ -28,12 +28,13 @@
 ///
 /// **Time-outs** are unsigned milliseconds. An operation that reads gives QOR its `timeoutMs`, one
 /// that writes 400 ms to know the name and 500 ms to take the value. Each waits twice its
-/// `timeoutMs` for the agent, which may still be busy with another request. Special values:
-/// 0 waits for nothing and practically always fails; 0xFFFFFFFF is not doubled, the caller waits
-/// without limit, but over TCP QOR itself is then given next to no time; 0xFFFFFFFE gives QOR the
-/// transport's default of 2000 ms to take the request, but none for data that it sends afterwards.
-/// The doubling wraps: 0x80000000 waits 0 ms. `clearDtc` does not double its argument,
-/// `getParamDescription` waits 3000 ms whatever happens.
+/// `timeoutMs` for the agent, which may still be busy with another request; `clearDtc` does not
+/// double its argument, `getParamDescription` waits 3000 ms whatever happens. Special values, none
+/// of much use: 0 waits for nothing and practically always fails, though writes are carried out;
+/// 0x80000000 doubles to 0; 0xFFFFFFFE gives QOR the transport's default of 2000 ms to take the
+/// request, but none for data that it sends afterwards; 0xFFFFFFFF is not doubled and waits without
+/// limit (over TCP QOR then has next to no time to take the request and, once it has, no limit for
+/// the data: one that sends none blocks the agent for good).
 ///
 /// **False** means that it did not work, never more: the agent thread has ended (checked first,
 /// without a log line), QOR did not answer in time, or QOR refused. Timed operations leave a line
@@ -50,10 +51,10 @@
 ///
 /// **Ownership.** The library keeps only pointers to the log, the monitor and the streaming
 /// queues. The log must outlive the object and every operation that still runs, the monitor the
-/// `connect` that it was given to. A queue must stay alive after its stop operation until a later
-/// answered operation (`pingQor`, for instance) has returned: the agent may still be about to fill
-/// it. If `shutdown` had to let a busy agent go (it then took about 5 s), monitor and queues must
-/// live as long as the process.
+/// `connect` that it was given to. A queue must stay alive after its stop operation until a
+/// `pingQor` that was called after the stop has returned true: before, the agent may still be about
+/// to fill it. If `shutdown` had to let a busy agent go (it then took about 5 s), monitor and
+/// queues must live as long as the process.
 ///
 /// **Build.** The interface passes standard strings, vectors and maps, so the host must be a
 /// 32-bit program built with the same compiler and standard library as the library, both linked

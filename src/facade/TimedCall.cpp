@@ -14,9 +14,9 @@ TimedCall::~TimedCall() {
 }
 
 void TimedCall::post(std::uint32_t kind, std::shared_ptr<Impl::CmdData> request) {
-    queue_ = &answers_.queueOfThisThread();
-    grave_ = Impl::makeGrave();
+    grave_ = Impl::makeGrave();  // first: without it the queue could not be given up
     request_ = std::move(request);
+    queue_ = &answers_.queueOfThisThread();
     Impl::ProtocolCmd command;
     command.kind = kind;
     command.data = request_;

@@ -28,7 +28,8 @@ void ConnectOptions::declare(CLI::App& command, bool listed) {
         ->capture_default_str();
     grouped(command.add_option("--security-dll", securityDll,
                                "Security-access library of the ECU, for --type security"))
-        ->type_name("FILE");
+        ->type_name("FILE")
+        ->check(paths::whyNotAbsolute);
     number("--protocol", protocol, "Protocol, 1 to 4")->check(CLI::Range(1u, 4u));
     number("--protocol-option", protocolOption, "QOR's word behind the protocol");
     number("--k-line-baud", kLineBaudRate, "Baud rate of the K line");

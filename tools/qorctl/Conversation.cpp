@@ -14,6 +14,7 @@ Conversation::Conversation(const char* command, const SessionOptions& options, c
       session_(options, console_),
       report_(console_, session_.trace()) {
     results_["command"] = command_;
+    results_["log"] = nlohmann::json::array();
     results_["settings"] = utf8Of(session_.options().settingsPath);
     results_["transport"] = utf8Of(session_.settings().transport());
     results_["trace"] = utf8Of(session_.trace().path());

@@ -37,6 +37,15 @@ std::string absolute(const std::string& path) {
     return exists(onZ) ? onZ : full;
 }
 
+std::string whyNotAbsolute(const std::string& path) {
+    try {
+        absolute(path);
+        return {};
+    } catch (const std::invalid_argument& error) {
+        return error.what();
+    }
+}
+
 std::string ofThisProgram() {
     std::string path(maxModuleChars, '\0');
     path.resize(GetModuleFileNameA(nullptr, path.data(), static_cast<DWORD>(path.size())));

@@ -11,6 +11,9 @@ namespace qorctl::paths {
 /// file system of its host. Throws std::invalid_argument for what cannot have a drive letter.
 std::string absolute(const std::string& path);
 
+/// What is against making `path` absolute, for checks of a command line; empty if nothing is.
+std::string whyNotAbsolute(const std::string& path);
+
 /// The path of this program.
 std::string ofThisProgram();
 

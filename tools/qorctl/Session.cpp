@@ -31,15 +31,6 @@ std::string checkTracePath(const std::string& path) {
     return fits ? std::string() : path + " does not end in .log, as the library's traces do";
 }
 
-std::string checkPath(const std::string& path) {
-    try {
-        paths::absolute(path);
-        return {};
-    } catch (const std::invalid_argument& error) {
-        return error.what();
-    }
-}
-
 SessionOptions withAbsolutePaths(SessionOptions options) {
     options.settingsPath = paths::absolute(options.settingsPath);
     if (!options.tracePath.empty()) options.tracePath = paths::absolute(options.tracePath);
@@ -52,12 +43,12 @@ void SessionOptions::declare(CLI::App& command) {
     command
         .add_option("SETTINGS", settingsPath, "QOR's settings file (INI, section CommonSettings)")
         ->required()
-        ->check(checkPath);
+        ->check(paths::whyNotAbsolute);
     command
         .add_option("--trace", tracePath, "Trace to FILE.log and take trace settings from FILE.cfg")
         ->type_name("FILE.log")
         ->check(checkTracePath)
-        ->check(checkPath);
+        ->check(paths::whyNotAbsolute);
     command
         .add_option("--transport", transport,
                     "Speak over this transport whatever the settings choose: tcp or window")

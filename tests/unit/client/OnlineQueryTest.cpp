@@ -153,6 +153,16 @@ TEST_F(OnlineQuery, ADisconnectForgetsThatTheEcuWasOnline) {
     EXPECT_THAT(qor.sent(), SizeIs(2));  // no further query yet: the old answer is gone
 }
 
+TEST_F(OnlineQuery, AnAnswerThatComesDuringADisconnectIsForgottenWithTheConnection) {
+    client().isEcuOnline();
+    qor.on<CommandKwpConnect>([this](const CommandKwpConnect&) {
+        qor.sendValue(ecuOnline, 1.0);
+        return true;
+    });
+    client().disconnectEcu();
+    EXPECT_FALSE(client().isEcuOnline());
+}
+
 TEST_F(OnlineQuery, ADisconnectSendsTheNeutralRecordAndGivesQor3Seconds) {
     EXPECT_TRUE(client().disconnectEcu());
     ASSERT_THAT(qor.sent(), SizeIs(1));

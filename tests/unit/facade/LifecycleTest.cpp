@@ -23,7 +23,11 @@ protected:
 TEST_F(Lifecycle, ConstructionAndDestructionAreScopesOfTheTraceBesideTheHost) {
     start();
     facade.reset();
-    EXPECT_THAT(wholeTrace(), ElementsAre(opened, closed, destroying, destroyed));
+    // On a busy machine the destructor may have to wait for the thread, and says so.
+    const std::string waiting = "2\t   QOR Remote agent thread is still active, wait next 50 ms.";
+    std::vector<std::string> scopes = wholeTrace();
+    scopes.erase(std::remove(scopes.begin(), scopes.end(), waiting), scopes.end());
+    EXPECT_THAT(scopes, ElementsAre(opened, closed, destroying, destroyed));
 }
 
 TEST_F(Lifecycle, OnlyTheLastExtensionOfTheHostPathIsReplaced) {

@@ -64,8 +64,8 @@ bool writeAsText(const QorControlFacade& qor, const std::string& name, const std
 // Moves an actuator, looks at what that does, and gives the actuator back whatever happens.
 bool driveActuator(const QorControlFacade& qor, const std::string& actuator, double position,
                    const std::string& measured, std::vector<double>& values) {
-    if (!qor.startDirectCtrl(actuator, 1000)) return false;
-    bool done = qor.setParamData(actuator, {position}, {}, {}, 1000);
+    bool done =
+        qor.startDirectCtrl(actuator, 1000) && qor.setParamData(actuator, {position}, {}, {}, 1000);
     for (int i = 0; done && i < 5; ++i) {
         Sleep(200);
         std::vector<std::vector<double>> now;

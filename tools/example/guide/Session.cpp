@@ -21,11 +21,11 @@ bool measureOnce(const std::string& settingsPath, const std::string& hostPath, d
 // [/life]
 
 // [pingQor]
-// Waits for a QOR that is still starting, in steps short enough for a "cancel" button. If QOR
-// cannot be started, each call soon returns at once and so does this.
+// Waits for a QOR that is still starting, in steps of 2 s for a "cancel" button. (Many more pings
+// would fill the queue of the requests.) If QOR cannot be started this soon returns.
 bool awaitQor(const QorControlFacade& qor, const std::atomic<bool>& cancelled) {
-    for (int tries = 0; tries < 40 && !cancelled; ++tries)
-        if (qor.pingQor(250)) return true;
+    for (int tries = 0; tries < 6 && !cancelled; ++tries)
+        if (qor.pingQor(1000)) return true;
     return false;
 }
 // [/pingQor]

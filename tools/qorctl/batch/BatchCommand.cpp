@@ -5,6 +5,7 @@
 #include <fstream>
 #include <iostream>
 #include <memory>
+#include <optional>
 
 #include "batch/BatchScript.h"
 #include "Conversation.h"
@@ -65,6 +66,7 @@ bool carryOut(Conversation& conversation, const BatchStep& step, const BatchOpti
 
 int runBatch(const BatchOptions& options, const BatchScript& script) {
     Conversation conversation("batch", options.session, {stderr, options.json});
+    conversation.results()["operations"] = nlohmann::json::array();
     const bool connects = script.wantsConnection() && !options.withoutEcu;
     return conversation.run(connects ? &options.connection : nullptr, [&] {
         for (const BatchStep& step : script.steps())
@@ -73,13 +75,15 @@ int runBatch(const BatchOptions& options, const BatchScript& script) {
 }
 
 int checkAndRun(const BatchOptions& options) {
+    std::optional<BatchScript> script;
     try {
-        return runBatch(options, readScript(options.file));
+        script.emplace(readScript(options.file));
     } catch (const std::invalid_argument& error) {
         std::fprintf(stderr, "qorctl batch: %s: %s\n",
                      options.file.empty() ? "standard input" : options.file.c_str(), error.what());
         return exitUsage;
     }
+    return runBatch(options, *script);
 }
 
 }  // namespace

@@ -17,9 +17,10 @@ namespace {
 // Where the library puts what QOR exports.
 const char* const exportPaths[] = {"c:\\qor_exp.sde", "c:\\qor_exp_add.sde"};
 
-// QOR has 5 s to let the ECU go and 90 s to open the model; a ping behind that waits twice 10 s.
-constexpr unsigned int pingMs = 10000;
-constexpr unsigned int pings = 5;
+// QOR has 8 s to let the ECU go and end its work and 90 s to open the model. A ping behind that
+// waits for twice its time; ten pings at once are all that the library takes.
+constexpr unsigned int pingMs = 5500;
+constexpr unsigned int pings = 9;
 constexpr unsigned int exportSliceMs = 50;
 
 struct ModelRequest {
@@ -77,17 +78,21 @@ bool awaitOpened(const QorControlFacade& facade) {
     return false;
 }
 
-/// The export files that have come since `before`, as soon as there is the first, or none in time.
+/// The export files that have come since `before` and do not grow any more: all as soon as they are
+/// there, else those that have come in time.
 std::vector<Export> awaitExports(const std::vector<Export>& before, double waitS) {
     const auto slices = static_cast<unsigned int>(waitS * 1000 / exportSliceMs);
+    std::vector<Export> last = before;
     for (unsigned int slice = 0;; ++slice) {
-        std::vector<Export> fresh;
-        for (const Export& old : before) {
-            Export now(old.path.c_str());
-            if (now.isNewerThan(old)) fresh.push_back(std::move(now));
+        std::vector<Export> complete;
+        for (std::size_t i = 0; i < before.size(); ++i) {
+            Export now(before[i].path.c_str());
+            if (now.isNewerThan(before[i]) && !now.isNewerThan(last[i])) complete.push_back(now);
+            last[i] = std::move(now);
         }
-        if (fresh.size() == before.size() || slice >= slices || !interrupt::sleepMs(exportSliceMs))
-            return fresh;
+        if (complete.size() == before.size() || slice > slices ||
+            !interrupt::sleepMs(exportSliceMs))
+            return complete;
     }
 }
 
@@ -97,7 +102,9 @@ Reply openModel(Session& session, const ModelRequest& request) {
     if (!facade.openModel(descriptionOf(request))) return Reply::failure("the library has ended");
     {
         const Activity activity(session.console(), "model", [] { return "QOR opens it"; });
-        if (!awaitOpened(facade)) return Reply::failure("QOR does not answer any more");
+        if (!awaitOpened(facade))
+            return Reply::failure(interrupt::isRequested() ? "cancelled with Ctrl-C"
+                                                           : "QOR does not answer any more");
     }
     const std::vector<Export> fresh = awaitExports(before, request.exportWaitS);
     Reply reply = Reply::success(fmt::format("{} export files", fresh.size()));
@@ -116,12 +123,18 @@ OperationWork declareOpenModel(CLI::App& command) {
     const auto option = [&command](const char* name, unsigned int& value, const char* help) {
         command.add_option(name, value, help)->type_name("NUMBER")->capture_default_str();
     };
-    command.add_option("MODEL", request->model.model, "Model file")->required();
+    command.add_option("MODEL", request->model.model, "Model file")
+        ->required()
+        ->check(paths::whyNotAbsolute);
     option("--model-type", request->model.modelType, "Type of the model, 1 to 6");
     option("--model-option", request->model.modelOption, "QOR's number for the model");
-    command.add_option("--hex", request->model.hex, "Data file")->type_name("FILE");
+    command.add_option("--hex", request->model.hex, "Data file")
+        ->type_name("FILE")
+        ->check(paths::whyNotAbsolute);
     option("--hex-option", request->model.hexOption, "QOR's number for it");
-    command.add_option("--csv", request->model.csv, "Second data file")->type_name("FILE");
+    command.add_option("--csv", request->model.csv, "Second data file")
+        ->type_name("FILE")
+        ->check(paths::whyNotAbsolute);
     option("--csv-option", request->model.csvOption, "QOR's number for it");
     command.add_option("--extra", request->extra, "Further entry for QOR; may be repeated")
         ->type_name("KEY=VALUE")

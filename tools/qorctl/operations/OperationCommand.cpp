@@ -19,6 +19,7 @@ struct OperationOptions {
 int runOperation(const Operation& operation, const OperationOptions& options,
                  const OperationWork& work) {
     Conversation conversation(operation.name, options.session, {stderr, options.json});
+    conversation.results()["result"] = nullptr;
     const bool connects = operation.needsEcu && !options.withoutEcu;
     return conversation.run(connects ? &options.connection : nullptr, [&] {
         Reply reply;

@@ -32,8 +32,10 @@ const std::vector<Operation>& operations() {
          "Example:  qorctl get-at-once settings.ini EngineSpeed EngineLoad", true,
          &declareGetAtOnce},
         {"set", "Write a parameter (setParamData)",
-         "Values may be separated by blanks or commas; nan and inf are values too. An actuator is\n"
-         "written under direct control only: use a batch.\n\n"
+         "Values may be separated by blanks or commas; nan and inf are values too; put --\n"
+         "before NAME if a value begins with - and no digit follows (-inf). An actuator is "
+         "written\n"
+         "under direct control only: use a batch.\n\n"
          "Examples: qorctl set settings.ini IdleSpeedTarget 900\n"
          "          qorctl set settings.ini DwellTime 7,5,4,3,2 --second 6,8,10,13,16",
          true, &declareSet},
@@ -45,7 +47,10 @@ const std::vector<Operation>& operations() {
          "Example:  qorctl start-control settings.ini CoolingFan --hold 10",
          true, &declareStartControl},
         {"stop-control", "Give an actuator back (stopDirectCtrl)",
-         "Example:  qorctl stop-control settings.ini CoolingFan", true, &declareStopControl},
+         "Connecting the ECU gives its actuators back already, and QOR may refuse this then: it\n"
+         "belongs into a batch, or behind --no-connect.\n\n"
+         "Example:  qorctl stop-control settings.ini CoolingFan --no-connect",
+         true, &declareStopControl},
 
         {"read-dtc", "Read the trouble codes (getDtcByStatus)",
          "Example:  qorctl read-dtc settings.ini --json", true, &declareReadDtc},

@@ -39,8 +39,11 @@ Reply written(bool taken, const std::string& what) {
 Reply startAndHold(Session& session, const Held& held) {
     QorControlFacade& facade = session.facade();
     const unsigned int timeoutMs = session.options().timeoutMs;
-    if (!facade.startDirectCtrl(held.name, timeoutMs))
+    if (!facade.startDirectCtrl(held.name, timeoutMs)) {
+        // A QOR that was only slow may still give it.
+        facade.stopDirectCtrl(held.name, timeoutMs);
         return Reply::failure("control of " + held.name + " was not given by QOR");
+    }
     if (held.seconds == 0) return Reply::success(held.name);
     // Ctrl-C ends the holding, and that is no failure.
     interrupt::sleepMs(static_cast<unsigned int>(held.seconds * 1000));

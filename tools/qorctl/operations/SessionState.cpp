@@ -34,8 +34,7 @@ Reply connect(Session& session, const ConnectOptions& connection) {
 Reply ping(Session& session) {
     return session.facade().pingQor(session.options().timeoutMs)
                ? Reply::success("QOR answers")
-               : Reply::failure(
-                     fmt::format("no answer within {} ms", 2 * session.options().timeoutMs));
+               : Reply::failure("QOR did not answer");
 }
 
 Reply status(Session& session) {
