@@ -3,11 +3,13 @@
 #include <cstdio>
 #include <mutex>
 #include <string>
+#include <vector>
 
 namespace qorctl {
 
-/// Where a person reads what goes on: whole lines, and on a terminal one transient line below
-/// them, which the next line replaces. All operations may be called from any thread.
+/// Where a person reads what goes on: whole lines, and on a terminal one transient line, or a
+/// block of them, below, which the next line replaces. All operations may be called from any
+/// thread.
 class Console {
 public:
     /// `stream` is stdout or stderr; not owned.
@@ -22,16 +24,23 @@ public:
     /// Shows `text`, cut to the width of a terminal, in place of the last transient line; nothing
     /// when the stream is not a terminal.
     void transient(const std::string& text);
+    /// Shows the lines in place of the last block, cut to what the window holds; nothing when the
+    /// stream is not a terminal.
+    void block(const std::vector<std::string>& lines);
+    /// Both the line and the block.
     void eraseTransient();
 
 private:
     /// What makes the transient line vanish, which then counts as gone.
     std::string erasure();
+    void eraseBlock();
+    void toBeginOfBlock() const;
 
     std::FILE* const stream_;
     const bool isTerminal_;
     std::mutex mutex_;
     std::size_t transientChars_ = 0;
+    std::vector<std::size_t> blockChars_;  // of each line of the block
 };
 
 }  // namespace qorctl

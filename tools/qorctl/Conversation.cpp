@@ -53,7 +53,9 @@ void Conversation::finishResults() {
     results_["ok"] = report_.allSucceeded();
     results_["steps"] = report_.asJson();
     for (const std::string& line : session_.log().lines()) results_["log"].push_back(utf8Of(line));
-    if (output_.json) std::printf("%s\n", printed(results_).c_str());
+    if (!output_.json) return;
+    const std::string text = output_.onOneLine ? printedOnOneLine(results_) : printed(results_);
+    std::printf("%s\n", text.c_str());
 }
 
 }  // namespace qorctl

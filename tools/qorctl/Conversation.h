@@ -21,6 +21,8 @@ public:
         std::FILE* steps = stderr;
         /// Whether standard output gets one JSON object at the end.
         bool json = false;
+        /// Whether that is one line, the last of many.
+        bool onOneLine = false;
     };
     using Work = std::function<void()>;
 
@@ -31,6 +33,11 @@ public:
 
     bool step(const std::string& title, const StepReport::Step& step) {
         return report_.run(title, step);
+    }
+
+    /// For what has to be brought to its end after Ctrl-C, too.
+    bool closingStep(const std::string& title, const StepReport::Step& step) {
+        return report_.runAlways(title, step);
     }
 
     Console& console() { return console_; }

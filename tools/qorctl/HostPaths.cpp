@@ -46,6 +46,12 @@ std::string whyNotAbsolute(const std::string& path) {
     }
 }
 
+std::string absoluteFile(const std::string& path) {
+    const std::size_t slash = path.find_last_of("\\/");
+    if (slash == std::string::npos) return absolute(path);
+    return absolute(path.substr(0, slash + 1)) + path.substr(slash + 1);
+}
+
 std::string ofThisProgram() {
     std::string path(maxModuleChars, '\0');
     path.resize(GetModuleFileNameA(nullptr, path.data(), static_cast<DWORD>(path.size())));

@@ -14,6 +14,9 @@ std::string absolute(const std::string& path);
 /// What is against making `path` absolute, for checks of a command line; empty if nothing is.
 std::string whyNotAbsolute(const std::string& path);
 
+/// The same for a file that need not exist yet: where its folder is decides.
+std::string absoluteFile(const std::string& path);
+
 /// The path of this program.
 std::string ofThisProgram();
 

@@ -29,4 +29,8 @@ std::string printed(const nlohmann::json& object) {
     return object.dump(2, ' ', false, nlohmann::json::error_handler_t::replace);
 }
 
+std::string printedOnOneLine(const nlohmann::json& object) {
+    return object.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+}
+
 }  // namespace qorctl

@@ -3,6 +3,8 @@
 #include "batch/BatchCommand.h"
 #include "demo/DemoCommand.h"
 #include "operations/OperationCommand.h"
+#include "watch/DtcWatchCommand.h"
+#include "watch/WatchCommand.h"
 
 namespace qorctl {
 namespace {
@@ -13,6 +15,10 @@ std::vector<Subcommand> allCommands() {
          "Whole conversations", &declareDemo},
         {"batch", "Carry out operations line by line in one conversation", "Whole conversations",
          &declareBatch},
+        {"watch", "Show values of parameters as they flow, and plot them", "Whole conversations",
+         &declareWatch},
+        {"watch-dtc", "Show the trouble codes whenever they change", "Whole conversations",
+         &declareWatchDtc},
     };
     for (const Operation& row : operations())
         table.push_back({row.name, row.summary, "One operation of the library",

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "Conversation.h"
-#include "demo/Descriptions.h"
+#include "Descriptions.h"
 #include "TextTable.h"
 
 namespace qorctl {

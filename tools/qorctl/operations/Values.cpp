@@ -10,14 +10,14 @@ std::string textOf(const std::vector<double>& values) {
     return fmt::format("{}", fmt::join(values, " "));
 }
 
+nlohmann::json jsonNumber(double value) {
+    if (std::isfinite(value)) return value;
+    return fmt::format("{}", value);
+}
+
 nlohmann::json jsonOf(const std::vector<double>& values) {
     nlohmann::json array = nlohmann::json::array();
-    for (const double value : values) {
-        if (std::isfinite(value))
-            array.push_back(value);
-        else
-            array.push_back(fmt::format("{}", value));
-    }
+    for (const double value : values) array.push_back(jsonNumber(value));
     return array;
 }
 

@@ -1,4 +1,4 @@
-#include "demo/Descriptions.h"
+#include "Descriptions.h"
 
 #include <utility>
 

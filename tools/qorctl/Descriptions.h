@@ -7,9 +7,9 @@
 
 namespace qorctl {
 
-/// The descriptions of the parameters that the tour meets. QOR gives the description texts no
-/// fixed meaning; the simulated controller puts the meaning first, then the unit, then the group,
-/// and the library hands the last two over in exchanged places.
+/// The descriptions of parameters. QOR gives the description texts no fixed meaning; the
+/// simulated controller puts the meaning first, then the unit, then the group, and the library
+/// hands the last two over in exchanged places.
 class Descriptions {
 public:
     explicit Descriptions(const QorControlFacade& facade) : facade_(facade) {}

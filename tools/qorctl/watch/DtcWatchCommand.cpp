@@ -1,0 +1,54 @@
+#include "watch/DtcWatchCommand.h"
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <memory>
+
+#include "watch/DtcWatch.h"
+
+namespace qorctl {
+namespace {
+
+struct DtcWatchOptions {
+    SessionOptions session;
+    ConnectOptions connection;
+    DtcWatch::Options watch;
+};
+
+const char* const footer =
+    "The list is printed when it has changed; a line tells when reading has failed four times in\n"
+    "a row. --json prints one object per line, {\"t\":1.2,\"codes\":[...]} or\n"
+    "{\"t\":1.2,\"failed\":true}; the last line is an object of its own: codes, steps, log.\n"
+    "Ctrl-C ends the watch in order and counts as success.\n"
+    "\n"
+    "Example:  qorctl watch-dtc settings.ini --period 500\n"
+    "\n"
+    "The options of 'qorctl connect' are taken too.";
+
+int runWatchDtc(const DtcWatchOptions& options) {
+    const bool onTerminal = !options.watch.json && Console(stdout).isTerminal();
+    Conversation conversation("watch-dtc", options.session,
+                              {onTerminal ? stdout : stderr, options.watch.json, true});
+    return conversation.run(&options.connection,
+                            [&] { DtcWatch(conversation, options.watch).run(); });
+}
+
+}  // namespace
+
+Action declareWatchDtc(CLI::App& command) {
+    const auto options = std::make_shared<DtcWatchOptions>();
+    options->session.declare(command);
+    command.add_option("--period", options->watch.periodMs, "Time between two readings")
+        ->type_name("MS")
+        ->check(CLI::Range(10u, 3600000u))
+        ->capture_default_str();
+    command.add_option("--for", options->watch.forS, "End after that long; without it, at Ctrl-C")
+        ->type_name("SECONDS")
+        ->check(CLI::Range(0.1, 1e7));
+    command.add_flag("--json", options->watch.json, "Print one JSON object per line");
+    options->connection.declare(command, false);
+    command.footer(footer);
+    return [options] { return runWatchDtc(*options); };
+}
+
+}  // namespace qorctl

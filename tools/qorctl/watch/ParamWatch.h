@@ -1,0 +1,44 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "Conversation.h"
+#include "watch/plot/PlotSeries.h"
+#include "watch/Sampler.h"
+#include "watch/SampleView.h"
+
+namespace qorctl {
+
+/// Watches parameters in a running conversation with a connected ECU, as steps of it.
+class ParamWatch {
+public:
+    struct Options {
+        std::vector<std::string> names;  ///< each once
+        double forS = 0;                 ///< 0: until Ctrl-C
+        SampleFormat format = SampleFormat::readable;
+    };
+
+    /// `series` gets every sample; null if nobody wants them.
+    ParamWatch(Conversation& conversation, const Options& options, PlotSeries* series);
+
+    void run();
+
+private:
+    Outcome describe();
+    Outcome stream();
+    void tellWhatIsMissing(double nowS);
+    Outcome judge(bool stopIsSeen) const;
+    void addResults();
+
+    Conversation& conversation_;
+    Session& session_;
+    const Options options_;
+    PlotSeries* const series_;
+    Sampler sampler_;
+    std::vector<std::string> units_;  // in the order of the names
+    bool hasToldMissing_ = false;
+    double elapsedS_ = 0;
+};
+
+}  // namespace qorctl

@@ -1,0 +1,74 @@
+#include "watch/SampleText.h"
+
+#include <fmt/format.h>
+
+#include <cmath>
+#include <utility>
+
+#include "JsonText.h"
+#include "operations/Values.h"
+
+namespace qorctl {
+namespace {
+
+const char* const noValue = "-";
+
+std::string csvField(const std::string& text) {
+    const bool isPlain = text.find_first_of(",\"\r\n") == std::string::npos && !text.empty() &&
+                         text.front() != ' ' && text.back() != ' ';
+    if (isPlain) return text;
+    std::string quoted = "\"";
+    for (const char character : text) {
+        if (character == '"') quoted += '"';
+        quoted += character;
+    }
+    return quoted + "\"";
+}
+
+std::string textOf(double value) {
+    return fmt::format("{}", value);
+}
+
+}  // namespace
+
+std::string textOfTime(double timeS) {
+    return fmt::format("{:.3f}", timeS);
+}
+
+std::string csvHeader(const std::vector<std::string>& names) {
+    std::string line = "time_s";
+    for (const std::string& name : names) line += "," + csvField(name);
+    return line;
+}
+
+std::string csvRow(const Sample& sample) {
+    std::string line = textOfTime(sample.timeS);
+    for (const auto& value : sample.values) line += "," + (value ? textOf(*value) : std::string());
+    return line;
+}
+
+std::string jsonLine(const std::vector<std::string>& names, const Sample& sample) {
+    nlohmann::json values = nlohmann::json::object();
+    for (std::size_t i = 0; i < names.size(); ++i)
+        if (sample.values[i]) values[utf8Of(names[i])] = jsonNumber(*sample.values[i]);
+    return printedOnOneLine(
+        {{"t", std::round(sample.timeS * 1000) / 1000}, {"values", std::move(values)}});
+}
+
+ChangeLines::ChangeLines(std::vector<std::string> names)
+    : names_(std::move(names)), shown_(names_.size()) {}
+
+std::vector<std::string> ChangeLines::linesOf(const Sample& sample) {
+    std::vector<std::string> lines;
+    for (std::size_t i = 0; i < names_.size(); ++i) {
+        const auto& value = sample.values[i];
+        if (!value && shown_[i].empty()) continue;  // it has not begun
+        std::string now = value ? textOf(*value) : noValue;
+        if (now == shown_[i]) continue;
+        lines.push_back(fmt::format("{} {} {}", textOfTime(sample.timeS), names_[i], now));
+        shown_[i] = std::move(now);
+    }
+    return lines;
+}
+
+}  // namespace qorctl

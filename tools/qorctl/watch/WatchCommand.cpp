@@ -1,0 +1,106 @@
+#include "watch/WatchCommand.h"
+
+#include <algorithm>
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <memory>
+#include <optional>
+
+#include "HostPaths.h"
+#include "watch/ParamWatch.h"
+#include "watch/plot/PlotFile.h"
+
+namespace qorctl {
+namespace {
+
+struct WatchOptions {
+    SessionOptions session;
+    ConnectOptions connection;
+    std::vector<std::string> names;
+    double forS = 0;
+    std::string plot;
+    bool csv = false;
+    bool json = false;
+};
+
+const char* const footer =
+    "On a terminal the values stand in a table that is redrawn in place. Elsewhere a value is\n"
+    "printed as \"time_s NAME value\" when it has changed, at most once per refresh period (see\n"
+    "--refresh), and with \"-\" as its value when it has ceased to come.\n"
+    "--csv prints one row per refresh period, with empty cells where nothing came.\n"
+    "--json prints one object per line and refresh period, {\"t\":1.2,\"values\":{\"NAME\":3}}; "
+    "the\n"
+    "last line is an object of its own: parameters, steps, log.\n"
+    "\n"
+    "Ctrl-C ends the watch in order and counts as success. A name that QOR does not know makes\n"
+    "the command fail before anything is watched.\n"
+    "\n"
+    "Example:  qorctl watch settings.ini EngineSpeed OilPressure --for 20 --plot run.html\n"
+    "\n"
+    "The options of 'qorctl connect' are taken too.";
+
+std::vector<std::string> eachOnce(const std::vector<std::string>& names) {
+    std::vector<std::string> once;
+    for (const std::string& name : names)
+        if (std::find(once.begin(), once.end(), name) == once.end()) once.push_back(name);
+    return once;
+}
+
+/// Standard output belongs to the samples, unless a person reads them there.
+Conversation::Output outputOf(const WatchOptions& options) {
+    const bool isForReading = !options.csv && !options.json;
+    const bool onTerminal = isForReading && Console(stdout).isTerminal();
+    return {onTerminal ? stdout : stderr, options.json, true};
+}
+
+int runWatch(const WatchOptions& options, const PlotFile* plot) {
+    Conversation conversation("watch", options.session, outputOf(options));
+    const SampleFormat format = options.csv    ? SampleFormat::csv
+                                : options.json ? SampleFormat::json
+                                               : SampleFormat::readable;
+    return conversation.run(&options.connection, [&] {
+        PlotSeries series;
+        ParamWatch watch(conversation, {eachOnce(options.names), options.forS, format},
+                         plot != nullptr ? &series : nullptr);
+        watch.run();
+        if (plot == nullptr || series.isEmpty()) return;
+        conversation.closingStep("write the plot",
+                                 [&] { return plot->write(series, conversation.session()); });
+    });
+}
+
+/// The file that cannot be written is found out before anything is started.
+int checkAndRun(const WatchOptions& options) {
+    if (options.plot.empty()) return runWatch(options, nullptr);
+    std::optional<PlotFile> plot;
+    try {
+        plot.emplace(paths::absoluteFile(options.plot));
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "qorctl watch: --plot %s: %s\n", options.plot.c_str(), error.what());
+        return exitUsage;
+    }
+    return runWatch(options, &*plot);
+}
+
+}  // namespace
+
+Action declareWatch(CLI::App& command) {
+    const auto options = std::make_shared<WatchOptions>();
+    options->session.declare(command);
+    command.add_option("NAME", options->names, "Parameters")->required();
+    command.add_option("--for", options->forS, "End after that long; without it, at Ctrl-C")
+        ->type_name("SECONDS")
+        ->check(CLI::Range(0.1, 1e7));
+    CLI::Option* const csv =
+        command.add_flag("--csv", options->csv, "Print comma-separated values, with a header");
+    command.add_flag("--json", options->json, "Print one JSON object per line")->excludes(csv);
+    command
+        .add_option("--plot", options->plot,
+                    "At the end write a page with the curves, which needs nothing else")
+        ->type_name("FILE.html");
+    options->connection.declare(command, false);
+    command.footer(footer);
+    return [options] { return checkAndRun(*options); };
+}
+
+}  // namespace qorctl
