@@ -89,6 +89,7 @@
     const draw = () => {
         const home = document.getElementById("charts");
         charts.forEach((chart) => chart.destroy());
+        charts = [];
         home.replaceChildren();
         charts = groups().map((curves) => {
             const box = element("section", home);

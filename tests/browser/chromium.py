@@ -1,0 +1,149 @@
+"""A headless Chromium, driven over a pair of pipes with its own remote-control protocol."""
+import base64
+import json
+import os
+import select
+import shutil
+import signal
+import subprocess
+import tempfile
+import time
+
+ANSWER_S = 60  # a loaded machine is slow, a dead browser closes its pipe at once
+
+ARGUMENTS = [
+    "--headless", "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run",
+    "--disable-background-networking", "--disable-component-update", "--disable-sync",
+    "--disable-dev-shm-usage", "--disable-extensions", "--hide-scrollbars", "--mute-audio",
+    "--force-device-scale-factor=1", "--remote-debugging-pipe",
+]
+
+
+class BrowserError(Exception):
+    pass
+
+
+class Chromium:
+    """One browser with one page. What the page says and asks for is kept in `events`."""
+
+    def __init__(self):
+        program = shutil.which("chromium")
+        if not program:
+            raise BrowserError("chromium is not installed: cmake/install-packages.sh test")
+        self._profile = tempfile.mkdtemp(prefix="qor-chromium-")
+        self._buffer = b""
+        self._next_id = 0
+        self.events = []
+        self._session = None
+        self._start(program)
+        target = self._call("Target.createTarget", {"url": "about:blank"})["targetId"]
+        self._session = self._call(
+            "Target.attachToTarget", {"targetId": target, "flatten": True})["sessionId"]
+        for domain in ("Page", "Runtime", "Log", "Network"):
+            self.call(domain + ".enable")
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        self.close()
+
+    def _start(self, program):
+        """The browser reads requests from its descriptor 3 and writes answers to 4."""
+        to_browser, self._requests = os.pipe()
+        self._answers, from_browser = os.pipe()
+        arrange = 'exec 3<&"$1" 4>&"$2"; shift 2; exec "$@"'
+        command = ["bash", "-c", arrange, "bash", str(to_browser), str(from_browser), program,
+                   *ARGUMENTS, f"--user-data-dir={self._profile}"]
+        self._process = subprocess.Popen(
+            command, pass_fds=(to_browser, from_browser), stdin=subprocess.DEVNULL,
+            stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, start_new_session=True,
+            env={**os.environ, "HOME": self._profile})
+        os.close(to_browser)
+        os.close(from_browser)
+
+    def close(self):
+        try:
+            self._session = None
+            self._call("Browser.close")
+            self._process.wait(ANSWER_S)
+        except (BrowserError, OSError, subprocess.TimeoutExpired):
+            pass
+        try:  # whatever of its processes is left
+            os.killpg(self._process.pid, signal.SIGKILL)
+        except ProcessLookupError:
+            pass
+        self._process.wait()
+        os.close(self._requests)
+        os.close(self._answers)
+        shutil.rmtree(self._profile, ignore_errors=True)
+
+    def call(self, method, parameters=None):
+        """Asks the page something."""
+        return self._call(method, parameters)
+
+    def _call(self, method, parameters=None):
+        self._next_id += 1
+        request = {"id": self._next_id, "method": method, "params": parameters or {}}
+        if self._session:
+            request["sessionId"] = self._session
+        os.write(self._requests, json.dumps(request).encode() + b"\0")
+        while True:
+            message = self._read(time.monotonic() + ANSWER_S)
+            if message.get("id") != self._next_id:
+                self.events.append(message)
+            elif "error" in message:
+                raise BrowserError(f"{method}: {message['error']}")
+            else:
+                return message["result"]
+
+    def _read(self, deadline):
+        while b"\0" not in self._buffer:
+            ready, _, _ = select.select([self._answers], [], [], max(0, deadline - time.monotonic()))
+            piece = os.read(self._answers, 1 << 16) if ready else b""
+            if not piece:
+                raise BrowserError("the browser has ended or does not answer")
+            self._buffer += piece
+        message, self._buffer = self._buffer.split(b"\0", 1)
+        return json.loads(message)
+
+    def open(self, url):
+        """Loads a page and waits until it is loaded."""
+        self.call("Page.navigate", {"url": url})
+        deadline = time.monotonic() + ANSWER_S
+        while not self.said("Page.loadEventFired"):
+            self.events.append(self._read(deadline))
+
+    def said(self, method):
+        return [event["params"] for event in self.events if event.get("method") == method]
+
+    def run(self, script):
+        """The value of a script expression in the page."""
+        answer = self.call("Runtime.evaluate", {"expression": script, "returnByValue": True,
+                                                "awaitPromise": True})
+        if "exceptionDetails" in answer:
+            raise BrowserError(f"{script}: {answer['exceptionDetails']}")
+        return answer["result"].get("value")
+
+    def point_at(self, x, y):
+        self.call("Input.dispatchMouseEvent", {"type": "mouseMoved", "x": x, "y": y})
+
+    def drag(self, start, end):
+        self.point_at(*start)
+        for kind, (x, y) in (("mousePressed", start), ("mouseMoved", end), ("mouseReleased", end)):
+            self.call("Input.dispatchMouseEvent", {"type": kind, "x": x, "y": y, "button": "left",
+                                                   "buttons": 1, "clickCount": 1})
+
+    def resize(self, width, height):
+        self.call("Emulation.setDeviceMetricsOverride",
+                  {"width": width, "height": height, "deviceScaleFactor": 1, "mobile": False})
+
+    def use_colours(self, scheme):
+        """"light" or "dark", as a person's system would ask for."""
+        self.call("Emulation.setEmulatedMedia",
+                  {"features": [{"name": "prefers-color-scheme", "value": scheme}]})
+
+    def picture(self, path):
+        data = self.call("Page.captureScreenshot", {"format": "png"})["data"]
+        with open(path, "wb") as file:
+            file.write(base64.b64decode(data))
