@@ -9,8 +9,10 @@ note() { echo "install-packages: $*" >&2; }
 
 buildPackages=(g++-mingw-w64-i686-posix wine wine32:i386 wine64 cmake ninja-build
     nlohmann-json3-dev libcli11-dev libfmt-dev dpkg-dev xz-utils)
+# An npm that came some other way is as good, and Debian's would not install beside its node.
+command -v npm >/dev/null || buildPackages+=(npm)
 testPackages=("${buildPackages[@]}" googletest g++ g++-multilib clang libclang-rt-14-dev
-    clang-format clang-tidy git python3)
+    clang-format clang-tidy git python3 chromium)
 benchPackages=("${buildPackages[@]}" python3)
 
 packages=()

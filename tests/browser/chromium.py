@@ -128,11 +128,21 @@ class Chromium:
     def point_at(self, x, y):
         self.call("Input.dispatchMouseEvent", {"type": "mouseMoved", "x": x, "y": y})
 
+    def _button(self, kind, place, count=1):
+        self.call("Input.dispatchMouseEvent", {"type": kind, "x": place[0], "y": place[1],
+                                               "button": "left", "buttons": 1, "clickCount": count})
+
     def drag(self, start, end):
         self.point_at(*start)
-        for kind, (x, y) in (("mousePressed", start), ("mouseMoved", end), ("mouseReleased", end)):
-            self.call("Input.dispatchMouseEvent", {"type": kind, "x": x, "y": y, "button": "left",
-                                                   "buttons": 1, "clickCount": 1})
+        self._button("mousePressed", start)
+        self._button("mouseMoved", end)
+        self._button("mouseReleased", end)
+
+    def double_click(self, place):
+        self.point_at(*place)
+        for count in (1, 2):
+            self._button("mousePressed", place, count)
+            self._button("mouseReleased", place, count)
 
     def resize(self, width, height):
         self.call("Emulation.setDeviceMetricsOverride",
@@ -142,6 +152,10 @@ class Chromium:
         """"light" or "dark", as a person's system would ask for."""
         self.call("Emulation.setEmulatedMedia",
                   {"features": [{"name": "prefers-color-scheme", "value": scheme}]})
+
+    def settle(self):
+        """Waits until what has happened is drawn."""
+        self.run("new Promise(r => requestAnimationFrame(() => requestAnimationFrame(r)))")
 
     def picture(self, path):
         data = self.call("Page.captureScreenshot", {"format": "png"})["data"]

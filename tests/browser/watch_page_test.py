@@ -57,9 +57,6 @@ class WatchPage(unittest.TestCase):
         self.browser.use_colours("light")
         self.browser.open((folder / "page.html").as_uri())
 
-    def settle(self):
-        self.browser.run("new Promise(r => requestAnimationFrame(() => requestAnimationFrame(r)))")
-
     def texts(self, selector):
         return self.browser.run(
             f"[...document.querySelectorAll({selector!r})].map(e => e.textContent.trim())")
@@ -69,7 +66,7 @@ class WatchPage(unittest.TestCase):
 
     def point_at_time(self, chart, time):
         self.browser.point_at(*self.browser.run(PLACE % (chart, time)))
-        self.settle()
+        self.browser.settle()
 
     def gap(self):
         """Indices of the last sample before the stall and of the first one behind it."""
@@ -81,7 +78,7 @@ class WatchPage(unittest.TestCase):
         return before, behind
 
     def test_nothing_goes_wrong_and_nothing_is_fetched(self):
-        self.settle()
+        self.browser.settle()
         page = (folder / "page.html").as_uri()
         asked = [event["request"]["url"] for event in self.browser.said("Network.requestWillBeSent")]
         self.assertEqual([], [url for url in asked if url != page and not url.startswith("data:")])
@@ -146,22 +143,27 @@ class WatchPage(unittest.TestCase):
         light = self.browser.run("[getComputedStyle(document.body).backgroundColor,"
                                  " qorCharts()[0].series[1]._stroke]")
         self.browser.use_colours("dark")
-        self.settle()
+        self.browser.settle()
         dark = self.browser.run("[getComputedStyle(document.body).backgroundColor,"
                                 " qorCharts()[0].series[1]._stroke]")
         self.assertNotEqual(light[0], dark[0])
         self.assertNotEqual(light[1], dark[1])
         self.assertGreater(sum(self.columns(0, 1)), 300)
 
-    def test_looking_closer_in_one_chart_moves_them_all(self):
+    def ranges(self):
+        self.browser.settle()
+        return self.browser.run("qorCharts().map(c => [c.scales.x.min, c.scales.x.max])")
+
+    def test_looking_closer_in_one_chart_and_back_moves_them_all(self):
+        whole = [self.samples[0]["t"], self.samples[-1]["t"]]
+        self.assertEqual([whole] * len(CHARTS), self.ranges())
         left, right = [self.browser.run(PLACE % (1, self.samples[i]["t"])) for i in (10, 20)]
         self.browser.drag(left, right)
-        self.settle()
-        ranges = self.browser.run("qorCharts().map(c => [c.scales.x.min, c.scales.x.max])")
-        self.assertEqual(3, len(ranges))
-        for low, high in ranges:
+        for low, high in self.ranges():
             self.assertAlmostEqual(self.samples[10]["t"], low, delta=0.05)
             self.assertAlmostEqual(self.samples[20]["t"], high, delta=0.05)
+        self.browser.double_click(left)
+        self.assertEqual([whole] * len(CHARTS), self.ranges())
 
 
 if __name__ == "__main__":

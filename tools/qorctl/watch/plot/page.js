@@ -61,20 +61,10 @@
         ...more,
     });
 
-    /// Zooming one chart zooms them all.
-    let isSpreading = false;
-    const spreadTime = (chart, scale) => {
-        if (scale !== "x" || isSpreading) return;
-        isSpreading = true;
-        const { min, max } = chart.scales.x;
-        for (const other of charts)
-            if (other !== chart) other.setScale("x", { min, max });
-        isSpreading = false;
-    };
-
     const optionsOf = (curves, width) => ({
         width,
         height: chartHeight,
+        // Charts of one key move together: pointer, closer look and back.
         cursor: { sync: { key: "time" }, points: { size: 8 } },
         scales: { x: { time: false } },
         legend: { live: true },
@@ -83,7 +73,6 @@
             axis({ size: axisWidth, values: (chart, ticks) => ticks.map(shown) }),
         ],
         series: [{ label: "time", value: (chart, value) => shownTime(value) }, ...curves.map(seriesOf)],
-        hooks: { setScale: [spreadTime] },
     });
 
     const draw = () => {
