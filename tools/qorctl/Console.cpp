@@ -35,6 +35,14 @@ std::vector<std::string> fitted(std::vector<std::string> lines, std::FILE* strea
     return lines;
 }
 
+/// Where the first line of a block stands whose last one is above the cursor.
+COORD beginOf(const std::vector<std::string>& block, std::FILE* stream) {
+    CONSOLE_SCREEN_BUFFER_INFO info = {};
+    GetConsoleScreenBufferInfo(consoleOf(stream), &info);
+    const int row = info.dwCursorPosition.Y - static_cast<int>(block.size());
+    return {0, static_cast<SHORT>(std::max(row, 0))};
+}
+
 /// In one piece: on a console the stream has no buffer, and formatted output would go out
 /// character by character.
 void put(std::FILE* stream, const std::string& text) {
@@ -65,18 +73,15 @@ void Console::block(const std::vector<std::string>& lines) {
     if (!isTerminal_) return;
     const std::lock_guard<std::mutex> guard(mutex_);
     const std::vector<std::string> shown = fitted(lines, stream_);
-    if (shown.size() < blockChars_.size()) eraseBlock();
-    toBeginOfBlock();
-    std::string text = erasure();
-    blockChars_.resize(shown.size(), 0);
-    for (std::size_t i = 0; i < shown.size(); ++i) {
-        const std::size_t before = blockChars_[i];
-        blockChars_[i] = shown[i].size();
-        text +=
-            shown[i] + std::string(before > shown[i].size() ? before - shown[i].size() : 0, ' ');
-        text += "\n";
+    if (!block_.empty() && shown.size() == block_.size()) {
+        rewriteBlock(shown);
+        return;
     }
+    eraseBlock();
+    std::string text = erasure();
+    for (const std::string& line : shown) text += line + "\n";
     put(stream_, text);
+    block_ = shown;
 }
 
 void Console::eraseTransient() {
@@ -86,24 +91,25 @@ void Console::eraseTransient() {
 }
 
 void Console::eraseBlock() {
-    if (blockChars_.empty()) return;
-    toBeginOfBlock();
-    std::string blanks;
-    for (const std::size_t chars : blockChars_) blanks += std::string(chars, ' ') + "\n";
-    put(stream_, blanks);
-    toBeginOfBlock();
-    blockChars_.clear();
+    if (block_.empty()) return;
+    rewriteBlock(std::vector<std::string>(block_.size()));
+    SetConsoleCursorPosition(consoleOf(stream_), beginOf(block_, stream_));
+    block_.clear();
 }
 
-/// The cursor stands in the line below the block. Moved through the system, not by escape
-/// sequences: not every console takes those.
-void Console::toBeginOfBlock() const {
-    if (blockChars_.empty()) return;
-    CONSOLE_SCREEN_BUFFER_INFO info = {};
-    HANDLE const console = consoleOf(stream_);
-    if (!GetConsoleScreenBufferInfo(console, &info)) return;
-    const int row = info.dwCursorPosition.Y - static_cast<int>(blockChars_.size());
-    SetConsoleCursorPosition(console, {0, static_cast<SHORT>(std::max(row, 0))});
+/// Only what has changed, and through the system, not by escape sequences: not every console takes
+/// those, and some are slow.
+void Console::rewriteBlock(const std::vector<std::string>& lines) {
+    COORD place = beginOf(block_, stream_);
+    for (std::size_t i = 0; i < lines.size(); ++i, ++place.Y) {
+        if (lines[i] == block_[i]) continue;
+        std::string text = lines[i];
+        text.resize(std::max(text.size(), block_[i].size()), ' ');
+        DWORD written = 0;
+        WriteConsoleOutputCharacterA(consoleOf(stream_), text.data(),
+                                     static_cast<DWORD>(text.size()), place, &written);
+        block_[i] = lines[i];
+    }
 }
 
 std::string Console::erasure() {

@@ -34,13 +34,13 @@ private:
     /// What makes the transient line vanish, which then counts as gone.
     std::string erasure();
     void eraseBlock();
-    void toBeginOfBlock() const;
+    void rewriteBlock(const std::vector<std::string>& lines);
 
     std::FILE* const stream_;
     const bool isTerminal_;
     std::mutex mutex_;
     std::size_t transientChars_ = 0;
-    std::vector<std::size_t> blockChars_;  // of each line of the block
+    std::vector<std::string> block_;  // the cursor stands in the line below it
 };
 
 }  // namespace qorctl
