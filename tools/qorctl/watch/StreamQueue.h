@@ -18,7 +18,7 @@ public:
 
     StreamQueue() : queue_(std::make_unique<Queue>(slots)) {}
     ~StreamQueue() {
-        if (!isRetired_) queue_.release();
+        if (!isRetired_) static_cast<void>(queue_.release());  // leaked, see above
     }
     StreamQueue(const StreamQueue&) = delete;
     StreamQueue& operator=(const StreamQueue&) = delete;
