@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <regex>
 #include <sstream>
 
@@ -10,6 +11,7 @@
 using nlohmann::json;
 using testing::AllOf;
 using testing::Each;
+using testing::ElementsAre;
 using testing::Ge;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -80,6 +82,17 @@ TEST_P(Watch, JsonHasALinePerSampleAndTheSummaryLast) {
     EXPECT_EQ("EngineSpeed", summary["parameters"][0]["name"]);
     EXPECT_EQ("1/min", summary["parameters"][0]["unit"]);
     EXPECT_EQ(objects.size(), summary["parameters"][0]["samples"]);
+}
+
+TEST_P(Watch, BehindTheStopQorIsAskedOnceMoreBeforeTheQueueGoes) {
+    ASSERT_EQ(success, scene.run("watch", {"EngineSpeed", "--for", "1", "--csv"}).exitCode);
+    const auto requests = scene.station.requests();
+    const auto start = std::find_if(requests.begin(), requests.end(), [](const auto& request) {
+        return request.rfind("SetParamList ", 0) == 0;
+    });
+    EXPECT_THAT(std::vector<std::string>(start, requests.end()),
+                ElementsAre(StartsWith("SetParamList "), "SetParamList", "Ping 0",
+                            StartsWith("KwpConnect protocol=0"), "Shutdown 6"));
 }
 
 TEST_P(Watch, PlainLinesTellAConstantOnce) {
