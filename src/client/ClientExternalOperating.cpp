@@ -1,24 +1,13 @@
 #include "client/ClientExternalOperating.h"
 
-#include <io.h>
-#include <windows.h>
-
-#include <stdexcept>
-
 #include "client/Bootstrap.h"
 #include "client/ClientCommands.h"
 #include "client/ClientSend.h"
 #include "client/ClientSettings.h"
-#include "client/MyExternalCommandFactory.h"
-#include "client/MySocketCommandFactory.h"
-#include "client/ProcessStarter.h"
-#include "client/SystemMessageBox.h"
 #include "common/Paths.h"
-#include "framework/Application.h"
 
 namespace {
 
-constexpr int readPermission = 4;
 constexpr unsigned int launchPingMs = 200;
 constexpr unsigned int launchPauseMs = 10;
 constexpr unsigned int connectMs = 10000;
@@ -29,29 +18,6 @@ constexpr unsigned int settleMs = 50;
 /// A protocol number that no real connection carries: "no connection".
 constexpr std::uint32_t noProtocol = 0;
 
-void prepareFramework(const std::string& settingsPath) {
-    const HINSTANCE process = GetModuleHandleA(nullptr);
-    if (ClientSettings::readInitMfc(settingsPath)) {
-        if (!AfxWinInit(process, nullptr, GetCommandLineA(), 0))
-            throw std::runtime_error("MFC initialization failed");
-        return;
-    }
-    AFX_MODULE_STATE* const state = AfxGetModuleState();
-    state->m_hCurrentInstanceHandle = process;
-    state->m_hCurrentResourceHandle = process;
-    state->CreateActivationContext();
-}
-
-std::unique_ptr<IExternalCommandFactory> makeTransport(const std::string& settingsPath,
-                                                       ClientExternalOperating& client) {
-    const ClientSettings settings = ClientSettings::read(settingsPath);
-    if (settings.useTcp)
-        return std::make_unique<MySocketCommandFactory>(settings.serverIp, settings.tcpPort,
-                                                        client);
-    return std::make_unique<MyExternalCommandFactory>(settings.clientPipeName,
-                                                      settings.serverPipeName, client);
-}
-
 template <class... Commands>
 IExternalCommandFactory::Prototypes makePrototypes() {
     IExternalCommandFactory::Prototypes prototypes;
@@ -60,22 +26,6 @@ IExternalCommandFactory::Prototypes makePrototypes() {
 }
 
 }  // namespace
-
-std::unique_ptr<ClientExternalOperating> ClientExternalOperating::create(
-    const std::string& settingsPath) {
-    if (_access(settingsPath.c_str(), readPermission) != 0)
-        throw std::runtime_error(
-            "Specified settings file for QOR 'external operation mode' is not valid.\nFile: " +
-            settingsPath);
-    prepareFramework(settingsPath);
-    return std::make_unique<ClientExternalOperating>(settingsPath);
-}
-
-ClientExternalOperating::ClientExternalOperating(const std::string& settingsPath)
-    : ClientExternalOperating(
-          settingsPath,
-          [&](ClientExternalOperating& client) { return makeTransport(settingsPath, client); },
-          std::make_unique<ProcessStarter>(), std::make_unique<SystemMessageBox>()) {}
 
 ClientExternalOperating::ClientExternalOperating(const std::string& settingsPath,
                                                  const MakeTransport& makeTransport,

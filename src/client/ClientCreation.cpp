@@ -1,0 +1,59 @@
+// How the settings file chooses the parts of a client that are the system's own. The rest of the
+// client is portable.
+#include <io.h>
+#include <windows.h>
+
+#include <stdexcept>
+
+#include "client/ClientExternalOperating.h"
+#include "client/ClientSettings.h"
+#include "client/MyExternalCommandFactory.h"
+#include "client/MySocketCommandFactory.h"
+#include "client/ProcessStarter.h"
+#include "client/SystemMessageBox.h"
+#include "framework/Application.h"
+
+namespace {
+
+constexpr int readPermission = 4;
+
+void prepareFramework(const std::string& settingsPath) {
+    const HINSTANCE process = GetModuleHandleA(nullptr);
+    if (ClientSettings::readInitMfc(settingsPath)) {
+        if (!AfxWinInit(process, nullptr, GetCommandLineA(), 0))
+            throw std::runtime_error("MFC initialization failed");
+        return;
+    }
+    AFX_MODULE_STATE* const state = AfxGetModuleState();
+    state->m_hCurrentInstanceHandle = process;
+    state->m_hCurrentResourceHandle = process;
+    state->CreateActivationContext();
+}
+
+std::unique_ptr<IExternalCommandFactory> makeTransport(const std::string& settingsPath,
+                                                       ClientExternalOperating& client) {
+    const ClientSettings settings = ClientSettings::read(settingsPath);
+    if (settings.useTcp)
+        return std::make_unique<MySocketCommandFactory>(settings.serverIp, settings.tcpPort,
+                                                        client);
+    return std::make_unique<MyExternalCommandFactory>(settings.clientPipeName,
+                                                      settings.serverPipeName, client);
+}
+
+}  // namespace
+
+std::unique_ptr<ClientExternalOperating> ClientExternalOperating::create(
+    const std::string& settingsPath) {
+    if (_access(settingsPath.c_str(), readPermission) != 0)
+        throw std::runtime_error(
+            "Specified settings file for QOR 'external operation mode' is not valid.\nFile: " +
+            settingsPath);
+    prepareFramework(settingsPath);
+    return std::make_unique<ClientExternalOperating>(settingsPath);
+}
+
+ClientExternalOperating::ClientExternalOperating(const std::string& settingsPath)
+    : ClientExternalOperating(
+          settingsPath,
+          [&](ClientExternalOperating& client) { return makeTransport(settingsPath, client); },
+          std::make_unique<ProcessStarter>(), std::make_unique<SystemMessageBox>()) {}

@@ -1,0 +1,205 @@
+// The library with its true agent, client and TCP worker before a faked QOR, and a host that calls
+// everything at once.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <string>
+#include <vector>
+
+#include "common/Clock.h"
+#include "Crowd.h"
+#include "facade/QorControlFacade.h"
+#include "QorPeer.h"
+#include "support/FakeMonitor.h"
+
+namespace {
+
+using Values = std::vector<double>;
+using ParamQueue = ThreadSafeQueue<std::vector<QorControlFacade::ParamValue>>;
+using DtcQueue = ThreadSafeQueue<std::vector<QorControlFacade::DtcDescription>>;
+
+const char* const qorName = "/qor";
+constexpr unsigned int patienceMs = 2000;
+constexpr unsigned int periodMs = 20;
+
+QorControlFacade::EcuConnect ecu() {
+    return {1, 1, true, 10400, 125000, periodMs, ~0u, ~0u, 255, 255, 255, true, "", true};
+}
+
+class AgentRace : public ::testing::Test {
+protected:
+    /// Until the agent has its client, at most 10 s.
+    static bool isThere(const QorControlFacade& facade) {
+        for (int i = 0; i < 100; ++i)
+            if (facade.pingQor(100)) return true;
+        return false;
+    }
+    bool connects() {
+        FakeMonitor monitor;
+        return facade.connect(ecu(), QorControlFacade::EcuConnect::Default, &monitor) &&
+               monitor.reports.empty();
+    }
+
+    QorPeer qor{qorName};
+    QorControlFacade facade{qorName, nullptr, periodMs, ""};
+    std::atomic<bool> enough{false};
+};
+
+/// Registers and takes back a queue of its own, with names that all threads share, and one of
+/// its own.
+void streamParams(const QorControlFacade& facade, int thread, std::atomic<int>& batches) {
+    ParamQueue queue(4);
+    for (int round = 0; round < 15; ++round) {
+        facade.startParamRead(&queue, {"Speed", "Torque", "Own" + std::to_string(thread)});
+        std::vector<QorControlFacade::ParamValue> batch;
+        for (int i = 0; i < 4; ++i)
+            if (queue.pop(batch, 100)) ++batches;
+        if (round % 3 == 0) facade.startParamRead(&queue, {"Torque"});
+        facade.stopParamRead(&queue);
+    }
+    facade.pingQor(patienceMs);  // the agent may have been about to fill the queue
+}
+
+TEST_F(AgentRace, FourThreadsStreamTheSameValuesIntoQueuesOfTheirOwn) {
+    ASSERT_TRUE(isThere(facade));
+    ASSERT_TRUE(connects());
+    std::atomic<int> batches{0};
+    Crowd crowd;
+    crowd.add(4, [&](int thread) { streamParams(facade, thread, batches); });
+    crowd.join();
+    EXPECT_GT(batches, 100);
+    facade.shutdown();
+}
+
+bool areAllTheSame(const Values& values) {
+    for (const double value : values)
+        if (value != values.front()) return false;
+    return true;
+}
+
+TEST_F(AgentRace, ValuesThatAreReadWrittenAndStreamedAtOnceAreNeverPiecesOfTwo) {
+    ASSERT_TRUE(isThere(facade));
+    ASSERT_TRUE(connects());
+    ParamQueue streamed(4);
+    facade.startParamRead(&streamed, {"Speed", "Torque"});
+    std::atomic<int> good{0};
+    std::atomic<int> torn{0};
+    Crowd crowd;
+    crowd.add(4, [&](int thread) {
+        for (int i = 0; i < 60; ++i) {
+            Values first, second, third;
+            const char* const name = i % 3 == 0 ? "Map" : i % 3 == 1 ? "Speed" : "Own";
+            if (!facade.getParamData(name, first, second, third, patienceMs)) continue;
+            ++good;
+            if (!areAllTheSame(first) || (i % 3 == 0 && (first != second || first != third)))
+                ++torn;
+            const double written = 1000.0 * thread + i;
+            if (i % 5 == thread)
+                facade.setParamData("Map", {written}, {written}, {written}, patienceMs);
+        }
+    });
+    crowd.add(1, [&](int) {
+        std::vector<QorControlFacade::ParamValue> batch;
+        while (!enough) streamed.pop(batch, 5);
+    });
+    crowd.add(1, [&](int) {
+        std::vector<Values> group;
+        while (!enough)
+            if (facade.getParamDataAtOnce({"Speed", "Map", "Own"}, group, patienceMs) &&
+                (group.size() != 3 || group[0] != group[1] || group[0] != group[2]))
+                ++torn;
+    });
+    for (int i = 0; i < 2000 && good < 200; ++i) common::sleepMs(1);
+    enough = true;
+    crowd.join();
+    facade.stopParamRead(&streamed);
+    facade.pingQor(patienceMs);
+    EXPECT_GE(good, 200);
+    EXPECT_EQ(torn, 0);
+}
+
+/// Everything that is no parameter, once.
+void callTheRest(QorControlFacade& facade, DtcQueue& dtcs, int round) {
+    facade.startDtcRead(&dtcs, 50, 5);
+    std::vector<QorControlFacade::DtcDescription> codes;
+    facade.getDtcByStatus(codes, patienceMs);
+    dtcs.pop(codes, 50);
+    facade.clearDtc(patienceMs);
+    QorControlFacade::KwpCommand kwp{0x1A, std::string("\x80\0", 2), 0};
+    facade.sendKwpCommand(kwp, patienceMs);
+    QorControlFacade::CanBusData frames{{{1, 2}, {3, 4}}};
+    facade.getCanBusData(frames, patienceMs);
+    facade.connectCanBus({250000, true, false}, QorControlFacade::EcuConnect::Default);
+    facade.sendCanBusMsg(1, 2, "text", patienceMs);
+    facade.setEcuSegment(QorControlFacade::getEdcRamSegmentName(), round % 2 == 0, nullptr);
+    facade.startDirectCtrl("Valve", patienceMs);
+    facade.setDynamicData("Valve", "open", patienceMs);
+    facade.stopDirectCtrl("Valve", patienceMs);
+    wex::ParamDescription description;
+    facade.getParamDescription("Speed", description);
+    facade.stopDtcRead();
+}
+
+TEST_F(AgentRace, EveryOperationRunsBesideEveryOtherAndBesideAShutdown) {
+    ASSERT_TRUE(isThere(facade));
+    DtcQueue dtcs[3] = {DtcQueue(2), DtcQueue(2), DtcQueue(2)};  // live longer than the agent
+    std::atomic<int> rounds{0};
+    Crowd crowd;
+    crowd.add(3, [&](int thread) {
+        for (int round = 0; !enough; ++round, ++rounds) callTheRest(facade, dtcs[thread], round);
+    });
+    crowd.add(1, [&](int) {
+        FakeMonitor monitor;
+        while (!enough) facade.connect(ecu(), QorControlFacade::EcuConnect::Default, &monitor);
+    });
+    crowd.add(1, [&](int) {
+        while (!enough) {
+            facade.isEcuOnline();
+            facade.isConnecting();
+            facade.getQorExecutablePath();
+        }
+    });
+    for (int i = 0; i < 10000 && rounds < 20; ++i) common::sleepMs(1);
+    EXPECT_GE(rounds, 20);
+    EXPECT_GT(qor.questionsAnswered(), 0);
+    facade.shutdown();
+    EXPECT_FALSE(facade.pingQor(patienceMs));
+    enough = true;
+}
+
+TEST_F(AgentRace, TheConnectionBreaksAgainAndAgainWhileHostsCall) {
+    ASSERT_TRUE(isThere(facade));
+    std::atomic<int> good{0};
+    Crowd crowd;
+    crowd.add(3, [&](int) {
+        Values values;
+        while (!enough) good += facade.getParamData("Speed", values, 20) ? 1 : 0;
+    });
+    const int before = qor.connections();
+    for (int i = 0; i < 5000 && (qor.connections() < before + 20 || good < 20); ++i) {
+        if (i % 20 == 0) qor.hangUp();
+        common::sleepMs(1);
+    }
+    enough = true;
+    crowd.join();
+    EXPECT_GE(qor.connections(), before + 20);
+    EXPECT_GE(good, 20);
+}
+
+TEST_F(AgentRace, TwoFacadesOfOneProcessShareTheirTables) {
+    QorPeer otherQor("/other qor");
+    QorControlFacade other("/other qor", nullptr, periodMs, "");
+    ASSERT_TRUE(isThere(facade));
+    ASSERT_TRUE(isThere(other));
+    std::atomic<int> good{0};
+    Crowd crowd;
+    crowd.add(4, [&](int) {
+        Values values;
+        for (int i = 0; i < 40; ++i)
+            good += (i % 2 == 0 ? facade : other).getParamData("Own", values, patienceMs) ? 1 : 0;
+    });
+    crowd.join();
+    EXPECT_EQ(good, 160);
+}
+
+}  // namespace

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "platform/Link.h"
+#include "protocol/Commands.h"
+
+/// QOR at the other end of a link, on a thread of its own: acknowledges and answers everything,
+/// sends the subscribed values without pause and now and then a question for the operator. All
+/// numbers of one answer are the same, and each answer has another: a host that sees two different
+/// ones in a record has got pieces of two answers.
+class QorPeer {
+public:
+    /// Listens under this name, at once.
+    explicit QorPeer(std::string name);
+    ~QorPeer();
+    QorPeer(const QorPeer&) = delete;
+    QorPeer& operator=(const QorPeer&) = delete;
+
+    /// Breaks the connection; the library makes a new one.
+    void hangUp() { hangUp_ = true; }
+
+    int connections() const { return connections_; }
+    int questionsAnswered() const { return questionsAnswered_; }
+
+private:
+    void run();
+    void talk();
+    void takeRecords();
+    void take(const std::string& record);
+    void answer(ExternalCommand& request);
+    template <class Command, class Fill>
+    bool answerIf(ExternalCommand& request, Fill fill);
+    void connectEcu(const CommandKwpConnect& request);
+    void stream();
+
+    void sendValue(std::int32_t index, double value);
+    void reply(ExternalCommand& answer, std::uint32_t requestId);
+    void send(const IExternalCommand& command);
+
+    const std::string name_;
+    const std::vector<std::unique_ptr<ExternalCommand>> prototypes_;
+    std::shared_ptr<Link> link_;
+    std::string unparsed_;
+    std::vector<std::uint32_t> subscribed_;
+    double number_ = 0;
+    int rounds_ = 0;
+    std::atomic<bool> hangUp_{false};
+    std::atomic<int> connections_{0};
+    std::atomic<int> questionsAnswered_{0};
+    std::atomic<bool> ending_{false};
+    std::thread thread_;  // the last member: it uses all others
+};

@@ -1,0 +1,107 @@
+#include "UnreliableAgent.h"
+
+#include <cstdlib>
+#include <deque>
+
+#include "common/Clock.h"
+
+using Impl = QorControlFacade::Impl;
+using Cmd = Impl::ProtocolCmd;
+
+namespace {
+
+constexpr std::size_t lateBy = 3;  // so many requests later
+
+UnreliableAgent* current = nullptr;
+
+/// The number that ends the name of the parameter whose values are wanted; -1 for any other
+/// request.
+int numberOf(const Cmd& command) {
+    const auto* request = dynamic_cast<const Impl::CmdDataParamData*>(command.data.get());
+    const bool isRead = command.kind == Impl::kindGetParamData && request != nullptr;
+    return isRead ? std::atoi(request->name.c_str() + 1) : -1;
+}
+
+/// A request for values gets that number in all three arrays.
+std::shared_ptr<Impl::CmdData> resultsOf(const Cmd& command) {
+    const int number = numberOf(command);
+    if (number < 0) return nullptr;
+    auto results = std::make_shared<Impl::CmdDataParamData>("of the answer", 0u);
+    results->values = {static_cast<double>(number)};
+    results->second = results->third = results->values;
+    return results;
+}
+
+void answer(const Cmd& command) {
+    if (command.replyQueue != nullptr)
+        command.replyQueue->push({Impl::CmdResponse::success, resultsOf(command)});
+}
+
+/// What the real agent does to the shared state in each of its rounds.
+int noteAndLook(Impl& impl) {
+    {
+        const LockGuard guard(impl.stateLock);
+        impl.lastQorContactTick = common::tickCount();
+        impl.qorExecutablePath = "/faked/qor";
+    }
+    impl.lastQorContactTick = common::tickCount();  // as the progress of a connect does
+    std::map<Impl::ParamQueue*, Impl::RepeatRead> registered;
+    const LockGuard guard(impl.stateLock);
+    registered = impl.repeatReads;
+    for (auto& entry : impl.repeatReads) entry.second.prepared = true;
+    return static_cast<int>(registered.size());
+}
+
+}  // namespace
+
+unsigned int QorControlFacade::agentThread(void* facade) {
+    const std::shared_ptr<Impl> impl =
+        static_cast<QorControlFacade*>(facade)->impl_->shared_from_this();
+    current->run(*impl);
+    return 0;
+}
+
+UnreliableAgent::UnreliableAgent() {
+    current = this;
+}
+
+UnreliableAgent::~UnreliableAgent() {
+    current = nullptr;
+}
+
+void UnreliableAgent::awaitRequests(int count) const {
+    while (requests_ < count) common::sleepMs(1);
+}
+
+void UnreliableAgent::answerLate(const Cmd& command) {
+    answer(command);
+    ++lateAnswers_;
+    const int number = numberOf(command);
+    if (number < 0 || !givenUp_[numbered(number)].load(std::memory_order_relaxed)) return;
+    answer(command);
+    ++secondAnswers_;
+}
+
+void UnreliableAgent::run(Impl& impl) {
+    std::deque<Cmd> late;
+    const auto answerAllBut = [&](std::size_t kept) {
+        for (; late.size() > kept; late.pop_front()) answerLate(late.front());
+    };
+    while (impl.agentRunning) {
+        registrationsSeen_ += noteAndLook(impl);
+        Cmd command;
+        if (!impl.commandQueue.pop(command, 1)) {
+            answerAllBut(0);
+            continue;
+        }
+        const int number = ++requests_;
+        if (silent_) continue;
+        // Who waits without a time limit must be answered.
+        if (number % 2 == 0 || command.kind == Impl::kindSetEcuSegment)
+            answer(command);
+        else if (number % 4 == 1)
+            late.push_back(command);
+        answerAllBut(lateBy);
+    }
+    answerAllBut(0);
+}

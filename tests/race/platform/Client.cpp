@@ -1,0 +1,38 @@
+// The parts of the client that are the system's: here a TCP transport whose other end is the faked
+// QOR that listens under the name of the settings file, and which is always there already.
+#include <cstdlib>
+
+#include "client/ClientExternalOperating.h"
+#include "client/ClientSettings.h"
+#include "client/ExportFiles.h"
+#include "client/MySocketCommandFactory.h"
+
+namespace {
+
+/// Presses the first button at once.
+class QuickMessageBox final : public IMessageBox {
+public:
+    unsigned int show(const std::string&, const std::string&, unsigned int) override { return 1; }
+};
+
+}  // namespace
+
+std::unique_ptr<ClientExternalOperating> ClientExternalOperating::create(
+    const std::string& settingsPath) {
+    return std::make_unique<ClientExternalOperating>(
+        settingsPath,
+        [&](ClientExternalOperating& client) {
+            return std::make_unique<MySocketCommandFactory>(settingsPath, 0, client);
+        },
+        nullptr, std::make_unique<QuickMessageBox>());
+}
+
+/// Named, so that a shutdown ends it; never started.
+std::string ClientSettings::readExecutable(const std::string&, unsigned int) {
+    return "/faked/qor";
+}
+
+/// The faked QOR exports nothing.
+void exportfiles::handle(const protocol::StartEdit&) {
+    std::abort();
+}

@@ -1,0 +1,38 @@
+// What of common/ is about Windows alone: native paths, errors and no window messages.
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+
+#include "common/LastError.h"
+#include "common/Paths.h"
+#include "common/Pump.h"
+
+namespace common {
+
+namespace fs = std::filesystem;
+
+std::string lastErrorText() {
+    return std::strerror(errno);
+}
+
+std::string executableDirectory() {
+    return directoryOf(fs::read_symlink("/proc/self/exe").string());
+}
+
+std::string resolveAgainstExecutable(const std::string& path) {
+    return (fs::path(executableDirectory()) / path).lexically_normal().string();
+}
+
+std::string directoryOf(const std::string& path) {
+    return path.substr(0, path.rfind('/') + 1);
+}
+
+std::string withoutExtension(const std::string& path) {
+    return fs::path(path).replace_extension().string();
+}
+
+void pumpCopyData() {}
+
+void pumpOneMessage() {}
+
+}  // namespace common

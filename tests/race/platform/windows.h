@@ -1,0 +1,54 @@
+#pragma once
+
+#include <pthread.h>
+
+#include <cstdint>
+
+/// The few kernel calls that the library's own sources of `common/` and `trace/` make, under the
+/// system's names, on the threads of the native system: so those very sources run under the
+/// thread sanitizer. Nothing here orders threads more strongly than the calls that it stands for:
+/// what a lock in here hides, the sanitizer does not see.
+
+using BOOL = int;
+using DWORD = std::uint32_t;
+using WORD = std::uint16_t;
+using HANDLE = void*;
+using CRITICAL_SECTION = pthread_mutex_t;
+
+constexpr BOOL FALSE = 0;
+constexpr BOOL TRUE = 1;
+constexpr DWORD WAIT_OBJECT_0 = 0;
+constexpr DWORD WAIT_TIMEOUT = 258;
+constexpr DWORD INFINITE = 0xFFFFFFFFu;
+constexpr DWORD STILL_ACTIVE = 259;
+
+void InitializeCriticalSection(CRITICAL_SECTION* section) noexcept;
+void EnterCriticalSection(CRITICAL_SECTION* section) noexcept;
+void LeaveCriticalSection(CRITICAL_SECTION* section) noexcept;
+void DeleteCriticalSection(CRITICAL_SECTION* section) noexcept;
+
+/// Events that reset themselves and begin without a signal; the arguments say nothing else.
+HANDLE CreateEventA(void* security, BOOL manualReset, BOOL signalled, const char* name) noexcept;
+BOOL SetEvent(HANDLE event) noexcept;
+BOOL ResetEvent(HANDLE event) noexcept;
+DWORD WaitForSingleObject(HANDLE event, DWORD timeoutMs) noexcept;
+
+/// As the system's: a thread's handle that was closed is no longer known, which is no error.
+BOOL GetExitCodeThread(HANDLE thread, DWORD* exitCode) noexcept;
+BOOL CloseHandle(HANDLE handle) noexcept;
+DWORD GetCurrentThreadId() noexcept;
+
+DWORD GetTickCount() noexcept;
+void Sleep(DWORD ms) noexcept;
+
+struct SYSTEMTIME {
+    WORD wYear, wMonth, wDay, wHour, wMinute, wSecond;
+};
+union LARGE_INTEGER {
+    long long QuadPart;
+};
+void GetLocalTime(SYSTEMTIME* now) noexcept;
+BOOL QueryPerformanceCounter(LARGE_INTEGER* counter) noexcept;
+BOOL QueryPerformanceFrequency(LARGE_INTEGER* frequency) noexcept;
+/// There is no debugger.
+void OutputDebugStringA(const char* text) noexcept;
