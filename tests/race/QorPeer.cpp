@@ -12,6 +12,7 @@ constexpr std::int32_t progress = -11;
 constexpr std::int32_t result = -12;
 constexpr double succeeded = -1;
 constexpr int roundsBetweenQuestions = 50;
+constexpr int roundsBetweenResults = 5;
 
 template <class... Commands>
 std::vector<std::unique_ptr<ExternalCommand>> make() {
@@ -65,6 +66,7 @@ void QorPeer::talk() {
     link_ = nullptr;
     unparsed_.clear();
     subscribed_.clear();
+    connecting_ = false;
 }
 
 void QorPeer::takeRecords() {
@@ -139,19 +141,21 @@ void QorPeer::answer(ExternalCommand& request) {
 }
 
 void QorPeer::connectEcu(const CommandKwpConnect& request) {
-    if (request.mode != protocol::KwpConnect::modeOnlineQuery) {
-        sendValue(progress, 1);
-        sendValue(progress, 2);
-        sendValue(result, succeeded);
-    }
+    connecting_ = connecting_ || request.mode != protocol::KwpConnect::modeOnlineQuery;
     sendValue(ecuOnline, 1);
 }
 
 void QorPeer::stream() {
     for (const std::uint32_t index : subscribed_)
         sendValue(static_cast<std::int32_t>(index), ++number_);
-    if (++rounds_ % roundsBetweenQuestions != 0) return;
-    send(CommandRedirectUI(protocol::RedirectUI{"QOR", "Is the key in its lock?", 4, 0}));
+    ++rounds_;
+    // Again and again: the library drops a result that arrives before it has seen the acceptance.
+    if (connecting_ && rounds_ % roundsBetweenResults == 0) {
+        sendValue(progress, rounds_);
+        sendValue(result, succeeded);
+    }
+    if (rounds_ % roundsBetweenQuestions == 0)
+        send(CommandRedirectUI(protocol::RedirectUI{"QOR", "Is the key in its lock?", 4, 0}));
 }
 
 void QorPeer::sendValue(std::int32_t index, double value) {

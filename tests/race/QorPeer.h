@@ -48,6 +48,7 @@ private:
     std::shared_ptr<Link> link_;
     std::string unparsed_;
     std::vector<std::uint32_t> subscribed_;
+    bool connecting_ = false;  // from the first connect on
     double number_ = 0;
     int rounds_ = 0;
     std::atomic<bool> hangUp_{false};
