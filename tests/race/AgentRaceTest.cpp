@@ -66,7 +66,15 @@ TEST_F(AgentRace, FourThreadsStreamTheSameValuesIntoQueuesOfTheirOwn) {
     std::atomic<int> batches{0};
     Crowd crowd;
     crowd.add(4, [&](int thread) { streamParams(facade, thread, batches); });
+    Crowd reader;  // of what the stream puts into the cache
+    reader.add(1, [&](int) {
+        Values values;
+        while (!enough)
+            if (!facade.getParamData("Speed", values, patienceMs)) common::sleepMs(1);
+    });
     crowd.join();
+    enough = true;
+    reader.join();
     EXPECT_GT(batches, 100);
     facade.shutdown();
 }

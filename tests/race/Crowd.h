@@ -4,7 +4,7 @@
 #include <thread>
 #include <vector>
 
-/// Threads that do the same at the same time; joined when this object ends. They are the native
+/// Threads that do something at the same time; joined when this object ends. They are the native
 /// library's own, so that their end is known to the sanitizer.
 class Crowd {
 public:

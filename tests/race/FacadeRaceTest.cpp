@@ -83,6 +83,18 @@ TEST_F(FacadeRace, AllTimedOperationsGiveUpAtAnyMoment) {
     EXPECT_GT(agent.lateAnswers(), 20);
 }
 
+TEST_F(FacadeRace, ThreadsThatHaveNeverCalledBeforeComeBesideOthersThatHave) {
+    std::atomic<bool> open{false};
+    Crowd crowd;
+    crowd.add(40, [&](int) {
+        while (!open.load(std::memory_order_relaxed)) common::sleepMs(0);
+        for (int i = 0; i < 3; ++i) facade.pingQor(0);
+    });
+    open.store(true, std::memory_order_relaxed);
+    crowd.join();
+    EXPECT_FALSE(facade.pingQor(0));
+}
+
 TEST_F(FacadeRace, TheValueCacheIsReadAndWrittenByAll) {
     std::atomic<int> found{0};
     std::atomic<int> torn{0};
