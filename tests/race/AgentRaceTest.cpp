@@ -26,14 +26,16 @@ QorControlFacade::EcuConnect ecu() {
     return {1, 1, true, 10400, 125000, periodMs, ~0u, ~0u, 255, 255, 255, true, "", true};
 }
 
+/// Until the agent answers, at most 10 s.
+bool awaitAgent(const QorControlFacade& facade) {
+    for (int i = 0; i < 50; ++i)
+        if (facade.pingQor(100)) return true;
+    ADD_FAILURE() << "no answer";
+    return false;
+}
+
 class AgentRace : public ::testing::Test {
 protected:
-    /// Until the agent has its client, at most 10 s.
-    static bool isThere(const QorControlFacade& facade) {
-        for (int i = 0; i < 100; ++i)
-            if (facade.pingQor(100)) return true;
-        return false;
-    }
     bool connects() {
         FakeMonitor monitor;
         return facade.connect(ecu(), QorControlFacade::EcuConnect::Default, &monitor) &&
@@ -57,11 +59,11 @@ void streamParams(const QorControlFacade& facade, int thread, std::atomic<int>& 
         if (round % 3 == 0) facade.startParamRead(&queue, {"Torque"});
         facade.stopParamRead(&queue);
     }
-    facade.pingQor(patienceMs);  // the agent may have been about to fill the queue
+    awaitAgent(facade);  // it may have been about to fill the queue
 }
 
 TEST_F(AgentRace, FourThreadsStreamTheSameValuesIntoQueuesOfTheirOwn) {
-    ASSERT_TRUE(isThere(facade));
+    ASSERT_TRUE(awaitAgent(facade));
     ASSERT_TRUE(connects());
     std::atomic<int> batches{0};
     Crowd crowd;
@@ -86,7 +88,7 @@ bool areAllTheSame(const Values& values) {
 }
 
 TEST_F(AgentRace, ValuesThatAreReadWrittenAndStreamedAtOnceAreNeverPiecesOfTwo) {
-    ASSERT_TRUE(isThere(facade));
+    ASSERT_TRUE(awaitAgent(facade));
     ASSERT_TRUE(connects());
     ParamQueue streamed(4);
     facade.startParamRead(&streamed, {"Speed", "Torque"});
@@ -121,7 +123,7 @@ TEST_F(AgentRace, ValuesThatAreReadWrittenAndStreamedAtOnceAreNeverPiecesOfTwo) 
     enough = true;
     crowd.join();
     facade.stopParamRead(&streamed);
-    facade.pingQor(patienceMs);
+    awaitAgent(facade);
     EXPECT_GE(good, 200);
     EXPECT_EQ(torn, 0);
 }
@@ -149,8 +151,9 @@ void callTheRest(QorControlFacade& facade, DtcQueue& dtcs, int round) {
 }
 
 TEST_F(AgentRace, EveryOperationRunsBesideEveryOtherAndBesideAShutdown) {
-    ASSERT_TRUE(isThere(facade));
-    DtcQueue dtcs[3] = {DtcQueue(2), DtcQueue(2), DtcQueue(2)};  // live longer than the agent
+    ASSERT_TRUE(awaitAgent(facade));
+    // An agent that a slow machine makes the shutdown let go may use them to the end.
+    static DtcQueue dtcs[3] = {DtcQueue(2), DtcQueue(2), DtcQueue(2)};
     std::atomic<int> rounds{0};
     Crowd crowd;
     crowd.add(3, [&](int thread) {
@@ -176,7 +179,7 @@ TEST_F(AgentRace, EveryOperationRunsBesideEveryOtherAndBesideAShutdown) {
 }
 
 TEST_F(AgentRace, TheConnectionBreaksAgainAndAgainWhileHostsCall) {
-    ASSERT_TRUE(isThere(facade));
+    ASSERT_TRUE(awaitAgent(facade));
     std::atomic<int> good{0};
     Crowd crowd;
     crowd.add(3, [&](int) {
@@ -197,8 +200,8 @@ TEST_F(AgentRace, TheConnectionBreaksAgainAndAgainWhileHostsCall) {
 TEST_F(AgentRace, TwoFacadesOfOneProcessShareTheirTables) {
     QorPeer otherQor("/other qor");
     QorControlFacade other("/other qor", nullptr, periodMs, "");
-    ASSERT_TRUE(isThere(facade));
-    ASSERT_TRUE(isThere(other));
+    ASSERT_TRUE(awaitAgent(facade));
+    ASSERT_TRUE(awaitAgent(other));
     std::atomic<int> good{0};
     Crowd crowd;
     crowd.add(4, [&](int) {
@@ -208,6 +211,30 @@ TEST_F(AgentRace, TwoFacadesOfOneProcessShareTheirTables) {
     });
     crowd.join();
     EXPECT_EQ(good, 160);
+}
+
+TEST_F(AgentRace, AnAgentThatWasLetGoEndsByItselfBesideTheNextFacade) {
+    static FakeMonitor monitor;  // such an agent may use it to the end
+    auto stuck = std::make_unique<QorControlFacade>(qorName, nullptr, periodMs, "");
+    facade.shutdown();
+    ASSERT_TRUE(awaitAgent(*stuck));
+    qor.holdResults(true);
+    Crowd crowd;
+    crowd.add(1, [&](int) {
+        EXPECT_FALSE(stuck->connect(ecu(), QorControlFacade::EcuConnect::Default, &monitor));
+    });
+    while (monitor.polls == 0) common::sleepMs(1);
+    std::thread ending([&] { stuck->shutdown(); });
+    QorPeer otherQor("/other qor");
+    QorControlFacade next("/other qor", nullptr, periodMs, "");
+    EXPECT_TRUE(awaitAgent(next));
+    ending.join();
+    crowd.join();
+    stuck.reset();
+    EXPECT_TRUE(qor.isConnected());
+    qor.holdResults(false);
+    for (int i = 0; i < 10000 && qor.isConnected(); ++i) next.pingQor(1);
+    EXPECT_FALSE(qor.isConnected());
 }
 
 }  // namespace

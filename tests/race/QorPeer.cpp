@@ -53,6 +53,7 @@ void QorPeer::run() {
     while (!ending_) {
         if (!link_ && (link_ = links::accept(name_))) ++connections_;
         if (link_) talk();
+        connected_ = link_ != nullptr;
         common::sleepMs(1);
     }
     if (link_) link_->toLibrary.close();
@@ -150,7 +151,7 @@ void QorPeer::stream() {
         sendValue(static_cast<std::int32_t>(index), ++number_);
     ++rounds_;
     // Again and again: the library drops a result that arrives before it has seen the acceptance.
-    if (connecting_ && rounds_ % roundsBetweenResults == 0) {
+    if (connecting_ && !holdsResults_ && rounds_ % roundsBetweenResults == 0) {
         sendValue(progress, rounds_);
         sendValue(result, succeeded);
     }

@@ -25,6 +25,10 @@ public:
     /// Breaks the connection; the library makes a new one.
     void hangUp() { hangUp_ = true; }
 
+    /// While it holds them back, no connect ends.
+    void holdResults(bool hold) { holdsResults_ = hold; }
+
+    bool isConnected() const { return connected_; }
     int connections() const { return connections_; }
     int questionsAnswered() const { return questionsAnswered_; }
 
@@ -52,6 +56,8 @@ private:
     double number_ = 0;
     int rounds_ = 0;
     std::atomic<bool> hangUp_{false};
+    std::atomic<bool> holdsResults_{false};
+    std::atomic<bool> connected_{false};
     std::atomic<int> connections_{0};
     std::atomic<int> questionsAnswered_{0};
     std::atomic<bool> ending_{false};

@@ -1,0 +1,47 @@
+// The TCP worker alone, with senders on threads of their own.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <stdexcept>
+#include <string>
+
+#include "Crowd.h"
+#include "QorPeer.h"
+#include "transport/ClientSocketCommandFactory.h"
+
+namespace {
+
+const char* const qorName = "/qor of the worker";
+
+/// Its handler fails in a way that nobody expects, with the first record that QOR sends.
+class FailingTransport final : public ClientSocketCommandFactory {
+public:
+    FailingTransport() : ClientSocketCommandFactory(qorName, 0) { startWorker(); }
+    ~FailingTransport() override { stopWorker(); }
+
+    const Prototypes& prototypes() const override { return prototypes_; }
+    bool handleCommand(IExternalCommand&, IExternalCommand::ICommandReplyer&) override {
+        ++calls_;
+        throw std::runtime_error("no handler of ours throws this");
+    }
+    int calls() const { return calls_; }
+
+private:
+    const Prototypes prototypes_;
+    std::atomic<int> calls_{0};
+};
+
+TEST(WorkerRace, SendersOutliveAWorkerThatAHandlerHasEnded) {
+    const QorPeer qor(qorName);
+    for (int round = 0; round < 10; ++round) {
+        FailingTransport transport;
+        Crowd crowd;
+        crowd.add(4, [&](int) {
+            for (int i = 0; i < 200; ++i) transport.send(std::make_unique<CommandPing>(), 1);
+        });
+        crowd.join();
+        EXPECT_EQ(transport.calls(), 1);
+    }
+}
+
+}  // namespace
