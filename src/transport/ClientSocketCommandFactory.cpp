@@ -64,10 +64,12 @@ unsigned __stdcall ClientSocketCommandFactory::workerThread(void* factory) {
     try {
         SocketWorker worker(self);
         self.running_ = &worker;
+        self.workerThread_ = common::currentThreadId();
         while (!self.stop_) worker.runOnce();
     } catch (...) {
         // Nothing may leave the thread. Without a worker every send fails by its time-out.
     }
+    self.workerThread_ = 0;
     self.running_ = nullptr;
     self.stop_ = true;
     return 0;
@@ -75,9 +77,8 @@ unsigned __stdcall ClientSocketCommandFactory::workerThread(void* factory) {
 
 bool ClientSocketCommandFactory::send(std::unique_ptr<IExternalCommand> command,
                                       unsigned int timeoutMs) {
-    SocketWorker* const worker = running_;
-    if (worker != nullptr && worker->isCaller()) {
-        worker->sendNow(*command);
+    if (common::currentThreadId() == workerThread_) {
+        running_->sendNow(*command);
         return true;
     }
     if (timeoutMs == useDefault) timeoutMs = defaultTimeout(command->getId());

@@ -77,5 +77,6 @@ private:
     const unsigned int serverPort_;
     ThreadSafeQueue<CmdData> outgoing_;
     ReceiveBuffer received_;
-    std::atomic<SocketWorker*> running_{nullptr};  // set and cleared by the worker thread
+    std::atomic<unsigned int> workerThread_{0};  // its id; 0: it does not run
+    SocketWorker* running_ = nullptr;            // on the stack of that thread, and for it alone
 };

@@ -15,9 +15,7 @@ constexpr std::size_t maxHeldBytes = 16 * 16;
 }  // namespace
 
 SocketWorker::SocketWorker(ClientSocketCommandFactory& factory)
-    : factory_(factory),
-      threadId_(common::currentThreadId()),
-      connection_(factory.serverAddress_, factory.serverPort_, factory) {}
+    : factory_(factory), connection_(factory.serverAddress_, factory.serverPort_, factory) {}
 
 void SocketWorker::runOnce() {
     try {
@@ -34,10 +32,6 @@ void SocketWorker::work() {
     connection_.ensureConnected(connectMs);
     sendNextCommand();
     pumpSocketNotifications(&factory_.outgoing_.pushed());
-}
-
-bool SocketWorker::isCaller() const {
-    return common::currentThreadId() == threadId_;
 }
 
 void SocketWorker::sendNow(const IExternalCommand& command) {

@@ -18,9 +18,6 @@ public:
     /// connection is given up, because the place in its stream is lost.
     void runOnce();
 
-    /// Whether the caller is the worker thread.
-    bool isCaller() const;
-
     /// Sends at once, on the worker thread only; drops the bytes while not connected.
     void sendNow(const IExternalCommand& command);
 
@@ -39,7 +36,6 @@ private:
     void sendAcknowledgements();
 
     ClientSocketCommandFactory& factory_;
-    const unsigned int threadId_;
     PendingRequests pending_;
     std::string acknowledgements_;  // not sent yet; in front of whatever is sent next
     ClientConnInstance connection_;

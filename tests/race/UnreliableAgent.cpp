@@ -11,6 +11,7 @@ using Cmd = Impl::ProtocolCmd;
 namespace {
 
 constexpr std::size_t lateBy = 3;  // so many requests later
+constexpr int looksPerRound = 20;  // at the shared state, so that the host meets one
 
 UnreliableAgent* current = nullptr;
 
@@ -44,7 +45,9 @@ int noteAndLook(Impl& impl) {
         impl.lastQorContactTick = common::tickCount();
         impl.qorExecutablePath = "/faked/qor";
     }
+    common::sleepMs(0);                             // the lock goes to a host thread
     impl.lastQorContactTick = common::tickCount();  // as the progress of a connect does
+    common::sleepMs(0);
     std::map<Impl::ParamQueue*, Impl::RepeatRead> registered;
     const LockGuard guard(impl.stateLock);
     registered = impl.repeatReads;
@@ -88,7 +91,7 @@ void UnreliableAgent::run(Impl& impl) {
         for (; late.size() > kept; late.pop_front()) answerLate(late.front());
     };
     while (impl.agentRunning) {
-        registrationsSeen_ += noteAndLook(impl);
+        for (int look = 0; look < looksPerRound; ++look) registrationsSeen_ += noteAndLook(impl);
         Cmd command;
         if (!impl.commandQueue.pop(command, 1)) {
             answerAllBut(0);

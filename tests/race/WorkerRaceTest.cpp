@@ -33,7 +33,7 @@ private:
 
 TEST(WorkerRace, SendersOutliveAWorkerThatAHandlerHasEnded) {
     const QorPeer qor(qorName);
-    for (int round = 0; round < 10; ++round) {
+    for (int round = 0; round < 5; ++round) {
         FailingTransport transport;
         Crowd crowd;
         crowd.add(4, [&](int) {
