@@ -215,8 +215,8 @@ TEST_F(AgentRace, TwoFacadesOfOneProcessShareTheirTables) {
 
 TEST_F(AgentRace, AnAgentThatWasLetGoEndsByItselfBesideTheNextFacade) {
     static FakeMonitor monitor;  // such an agent may use it to the end
-    auto stuck = std::make_unique<QorControlFacade>(qorName, nullptr, periodMs, "");
     facade.shutdown();
+    auto stuck = std::make_unique<QorControlFacade>(qorName, nullptr, periodMs, "");
     ASSERT_TRUE(awaitAgent(*stuck));
     qor.holdResults(true);
     Crowd crowd;

@@ -80,7 +80,7 @@ void UnreliableAgent::answerLate(const Cmd& command) {
     answer(command);
     ++lateAnswers_;
     const int number = numberOf(command);
-    if (number < 0 || !givenUp_[numbered(number)].load(std::memory_order_relaxed)) return;
+    if (number < 0 || !givenUp(number).load(std::memory_order_relaxed)) return;
     answer(command);
     ++secondAnswers_;
 }

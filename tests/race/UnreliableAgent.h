@@ -12,6 +12,9 @@
 /// is online, as the real one does. Between it and the host there is no lock beside the facade's.
 class UnreliableAgent {
 public:
+    /// So many parameters there are.
+    static constexpr int numbers = 10000;
+
     UnreliableAgent();
     /// The facade must be gone.
     ~UnreliableAgent();
@@ -23,7 +26,7 @@ public:
 
     /// The host has given up its request for the parameter of this number. (That no answer is
     /// awaited any more is all that may be known of it: it orders no threads.)
-    void giveUp(int number) { givenUp_[numbered(number)].store(true, std::memory_order_relaxed); }
+    void giveUp(int number) { givenUp(number).store(true, std::memory_order_relaxed); }
 
     int lateAnswers() const { return lateAnswers_; }
     int secondAnswers() const { return secondAnswers_; }
@@ -34,9 +37,7 @@ public:
     void run(QorControlFacade::Impl& impl);
 
 private:
-    static constexpr std::size_t numbers = 10000;
-
-    static std::size_t numbered(int number) { return static_cast<std::size_t>(number) % numbers; }
+    std::atomic<bool>& givenUp(int number) { return givenUp_.at(static_cast<std::size_t>(number)); }
     void answerLate(const QorControlFacade::Impl::ProtocolCmd& command);
 
     std::array<std::atomic<bool>, numbers> givenUp_{};

@@ -15,6 +15,13 @@ public:
     unsigned int show(const std::string&, const std::string&, unsigned int) override { return 1; }
 };
 
+/// The faked QOR is there already, and a little late at worst.
+class NoProcessStarter final : public IProcessStarter {
+public:
+    bool start(const std::string&, const std::string&) override { return true; }
+    void awaitIdle(unsigned int) override {}
+};
+
 }  // namespace
 
 std::unique_ptr<ClientExternalOperating> ClientExternalOperating::create(
@@ -24,7 +31,7 @@ std::unique_ptr<ClientExternalOperating> ClientExternalOperating::create(
         [&](ClientExternalOperating& client) {
             return std::make_unique<MySocketCommandFactory>(settingsPath, 0, client);
         },
-        nullptr, std::make_unique<QuickMessageBox>());
+        std::make_unique<NoProcessStarter>(), std::make_unique<QuickMessageBox>());
 }
 
 /// Named, so that a shutdown ends it; never started.
