@@ -18,7 +18,7 @@ bool QorProtocolAgent::performConnect(const Impl::ProtocolCmd& command) {
     const auto* request = payloadOf<Impl::CmdDataConnect>(command);
     if (request == nullptr) return false;
     {
-        const LockGuard guard(impl_->stateLock);
+        const common::LockGuard guard(impl_->stateLock);
         impl_->readPeriodMs = request->settings.refreshPeriodMs;
     }
     MyCallback callback(*impl_);

@@ -33,7 +33,7 @@ bool QorProtocolAgent::openModel(const Impl::ProtocolCmd& command) {
     const auto* request = payloadOf<Impl::CmdDataModel>(command);
     if (request == nullptr) return false;
     {
-        const LockGuard guard(impl_->stateLock);
+        const common::LockGuard guard(impl_->stateLock);
         impl_->lastQorContactTick = 0;
     }
     client_->disconnectEcu();

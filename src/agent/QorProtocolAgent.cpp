@@ -50,7 +50,7 @@ QorProtocolAgent::QorProtocolAgent(std::shared_ptr<Impl> impl) : impl_(std::move
     client_.reset(ClientExternalOperating::create(resolved.empty() ? impl_->settingsPath : resolved)
                       .release());
     {
-        const LockGuard guard(impl_->stateLock);
+        const common::LockGuard guard(impl_->stateLock);
         impl_->qorExecutablePath = client_->executablePath();
     }
     if (!client_->launch(launchMs))
@@ -77,7 +77,7 @@ void QorProtocolAgent::step() {
 
 void QorProtocolAgent::noteOnlineState() {
     if (!client_->isEcuOnline()) return;
-    const LockGuard guard(impl_->stateLock);
+    const common::LockGuard guard(impl_->stateLock);
     impl_->lastQorContactTick = common::tickCount();
 }
 
@@ -94,7 +94,7 @@ bool QorProtocolAgent::handle(const Impl::ProtocolCmd& command) {
 
 void QorProtocolAgent::finish() {
     {
-        const LockGuard guard(impl_->stateLock);
+        const common::LockGuard guard(impl_->stateLock);
         if (impl_->qorExecutablePath.empty()) return;
     }
     client_->disconnectEcu();

@@ -22,7 +22,7 @@ bool QorProtocolAgent::hasQorAnsweredLately() const {
 void QorProtocolAgent::streamParams() {
     std::map<Impl::ParamQueue*, Impl::RepeatRead> registered;
     {
-        const LockGuard guard(impl_->stateLock);
+        const common::LockGuard guard(impl_->stateLock);
         if (impl_->repeatReads.empty()) return;
         registered = impl_->repeatReads;
     }
@@ -34,7 +34,7 @@ void QorProtocolAgent::streamParams() {
         if (prepared) fillQueue(*entry.first, entry.second.names);
     }
     // The host may have changed its registrations meanwhile; one that is gone stays gone.
-    const LockGuard guard(impl_->stateLock);
+    const common::LockGuard guard(impl_->stateLock);
     for (const auto& outcome : tried) {
         const auto live = impl_->repeatReads.find(outcome.first);
         if (live != impl_->repeatReads.end()) live->second.prepared = outcome.second;
@@ -49,14 +49,14 @@ void QorProtocolAgent::fillQueue(Impl::ParamQueue& queue, const std::vector<std:
         if (!client_->peekParamData(name, sample) || !isFresh(sample.tick)) continue;
         const double value = sample.values.front();
         batch.push_back({name, {value}});
-        const LockGuard guard(impl_->stateLock);
+        const common::LockGuard guard(impl_->stateLock);
         impl_->paramValueCache[name] = Impl::CachedValue{{value}, {}, {}, sample.tick};
     }
     if (!batch.empty()) queue.push(batch);
 }
 
 bool QorProtocolAgent::isFresh(std::uint32_t arrivalTick) {
-    const LockGuard guard(impl_->stateLock);
+    const common::LockGuard guard(impl_->stateLock);
     const std::uint32_t end = arrivalTick + freshPeriods * impl_->readPeriodMs;
     return end > common::tickCount();
 }

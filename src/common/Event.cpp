@@ -2,6 +2,8 @@
 
 #include <windows.h>
 
+namespace common {
+
 Event::Event() noexcept : handle_(CreateEventA(nullptr, FALSE, FALSE, nullptr)) {}
 
 Event::~Event() {
@@ -19,3 +21,5 @@ void Event::reset() noexcept {
 bool Event::wait(unsigned int timeoutMs) noexcept {
     return handle_ != nullptr && WaitForSingleObject(handle_, timeoutMs) == WAIT_OBJECT_0;
 }
+
+}  // namespace common

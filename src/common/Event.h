@@ -2,6 +2,8 @@
 
 #include "common/Export.h"
 
+namespace common {
+
 /// An unnamed auto-reset event, initially not signalled: each signal lets one wait through.
 ///
 /// Where the system could not create it, `exists` is false, signals do nothing and waits return
@@ -29,3 +31,5 @@ public:
 private:
     void* handle_;
 };
+
+}  // namespace common

@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+namespace common {
 namespace {
 
 CRITICAL_SECTION* sectionOf(unsigned char* bytes) {
@@ -39,3 +40,5 @@ void Lock::release() noexcept {
     initialised_ = false;
     DeleteCriticalSection(sectionOf(section_));
 }
+
+}  // namespace common

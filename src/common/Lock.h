@@ -2,6 +2,8 @@
 
 #include "common/Export.h"
 
+namespace common {
+
 /// A recursive lock: a critical section paired with a flag that tells whether it is initialised.
 ///
 /// Every acquisition first initialises the section if the flag is clear, and destruction deletes
@@ -44,3 +46,5 @@ public:
 private:
     Lock& lock_;
 };
+
+}  // namespace common

@@ -68,7 +68,7 @@ public:
     /// Drops all unread items and a left-over signal. The slots keep their copies.
     void clear() {
         {
-            const LockGuard guard(lock_);
+            const common::LockGuard guard(lock_);
             readIndex_ = writeIndex_ = 0;
             overflowed_ = false;
             empty_ = true;
@@ -78,24 +78,24 @@ public:
 
     /// True when the last push into equal positions overwrote an unread item.
     bool overflowed() {
-        const LockGuard guard(lock_);
+        const common::LockGuard guard(lock_);
         return overflowed_;
     }
 
     /// The event that each push signals, for a consumer that waits on other things as well.
-    const Event& pushed() const { return event_; }
+    const common::Event& pushed() const { return event_; }
 
 private:
     /// Leaves a lock that was entered by hand, also when copying an item throws.
     class Leave {
     public:
-        explicit Leave(Lock& lock) : lock_(lock) {}
+        explicit Leave(common::Lock& lock) : lock_(lock) {}
         ~Leave() { lock_.leave(); }
         Leave(const Leave&) = delete;
         Leave& operator=(const Leave&) = delete;
 
     private:
-        Lock& lock_;
+        common::Lock& lock_;
     };
 
     bool isFull() const { return writeIndex_ == readIndex_ && !empty_; }
@@ -103,8 +103,8 @@ private:
         return index + 1 == slots_.size() ? 0 : index + 1;
     }
 
-    Lock lock_;
-    Event event_;
+    common::Lock lock_;
+    common::Event event_;
     std::vector<T> slots_;
     std::uint32_t readIndex_ = 0;
     std::uint32_t writeIndex_ = 0;

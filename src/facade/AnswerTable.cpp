@@ -3,7 +3,7 @@
 // An entry is used by its own thread alone; the lock only guards the map, whose entries stay where
 // they are.
 std::unique_ptr<AnswerTable::AnswerQueue>& AnswerTable::entryOfThisThread() {
-    const LockGuard guard(lock_);
+    const common::LockGuard guard(lock_);
     return queues_[common::currentThreadId()];
 }
 

@@ -24,6 +24,6 @@ public:
 private:
     std::unique_ptr<AnswerQueue>& entryOfThisThread();
 
-    Lock lock_;
+    common::Lock lock_;
     std::map<unsigned int, std::unique_ptr<AnswerQueue>> queues_;
 };

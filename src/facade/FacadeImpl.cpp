@@ -12,7 +12,7 @@ constexpr std::uint32_t onlineMs = 2000;
 }  // namespace
 
 bool QorControlFacade::Impl::isEcuOnline() {
-    const LockGuard guard(stateLock);
+    const common::LockGuard guard(stateLock);
     return static_cast<std::uint32_t>(lastQorContactTick + onlineMs) > common::tickCount();
 }
 
@@ -26,7 +26,7 @@ void QorControlFacade::Impl::bury(Grave grave, std::unique_ptr<AnswerQueue> queu
     grave.front().queue = std::move(queue);
     grave.front().request = request;
     Grave outOfReach;  // deleted when the lock is free again
-    const LockGuard guard(registryLock);
+    const common::LockGuard guard(registryLock);
     for (auto buried = buriedQueues_.begin(); buried != buriedQueues_.end();) {
         const auto next = std::next(buried);
         if (buried->request.expired()) outOfReach.splice(outOfReach.end(), buriedQueues_, buried);

@@ -145,11 +145,11 @@ public:
     common::Thread agentThread;
     std::atomic<bool> agentRunning{true};
 
-    Lock registryLock;  // guards buriedQueues_
+    common::Lock registryLock;  // guards buriedQueues_
 
     // Guarded by stateLock, except where a comment says otherwise. The lock is held for copying
     // and looking at the clock, never across a call into another folder.
-    Lock stateLock;
+    common::Lock stateLock;
     // Also written without the lock, by the progress of a connect.
     std::atomic<std::uint32_t> lastQorContactTick{0};
     std::map<std::string, CachedValue> paramValueCache;

@@ -129,12 +129,12 @@ std::string QorControlFacade::getQorExecutablePath() {
     const std::uint32_t start = common::tickCount();
     while (!common::hasPassed(common::tickCount(), start, executablePathMs)) {
         {
-            const LockGuard guard(impl->stateLock);
+            const common::LockGuard guard(impl->stateLock);
             if (!impl->qorExecutablePath.empty()) return impl->qorExecutablePath;
         }
         common::pumpCopyData();
     }
-    const LockGuard guard(impl->stateLock);
+    const common::LockGuard guard(impl->stateLock);
     return impl->qorExecutablePath;
 }
 

@@ -15,7 +15,7 @@ bool QorControlFacade::startParamRead(ThreadSafeQueue<std::vector<ParamValue>>* 
     trace(libraryModule, tracelog::information, 0, "QorControlFacade::paramStartRead(%s)\n",
           listed.c_str());
     if (queue == nullptr) return true;
-    const LockGuard guard(impl->stateLock);
+    const common::LockGuard guard(impl->stateLock);
     impl->repeatReads[queue] = Impl::RepeatRead{names, false};
     return true;
 }
@@ -25,7 +25,7 @@ bool QorControlFacade::stopParamRead(ThreadSafeQueue<std::vector<ParamValue>>* q
     trace(libraryModule, tracelog::information, 0, "%s", "QorControlFacade::paramStopAllRead()\n");
     Impl::RepeatRead stopped;
     {
-        const LockGuard guard(impl->stateLock);
+        const common::LockGuard guard(impl->stateLock);
         const auto found = impl->repeatReads.find(queue);
         if (found == impl->repeatReads.end()) return true;
         stopped = std::move(found->second);

@@ -33,13 +33,14 @@ bool TimedCall::popWithin(std::uint32_t waitMs) {
     const std::uint32_t start = common::tickCount();
     std::uint32_t elapsed = 0;
     for (;;) {
-        const std::uint32_t remaining = waitMs == Event::infinite ? waitMs : waitMs - elapsed;
+        const std::uint32_t remaining =
+            waitMs == common::Event::infinite ? waitMs : waitMs - elapsed;
         if (queue_->pop(response_, remaining)) return true;
         if (!queue_->pushed().exists()) return false;  // without an event nothing waits
         // The signal of an answer that was taken without waiting may arrive late and end the
         // wait of the next call; only the time decides.
         elapsed = common::tickCount() - start;
-        if (waitMs != Event::infinite && elapsed >= waitMs) return false;
+        if (waitMs != common::Event::infinite && elapsed >= waitMs) return false;
     }
 }
 

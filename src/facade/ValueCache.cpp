@@ -6,7 +6,7 @@ namespace valuecache {
 
 bool find(QorControlFacade::Impl& impl, const std::string& name, std::vector<double>& values,
           std::vector<double>& second, std::vector<double>& third) {
-    const LockGuard guard(impl.stateLock);
+    const common::LockGuard guard(impl.stateLock);
     const auto found = impl.paramValueCache.find(name);
     if (found == impl.paramValueCache.end()) return false;
     const auto& cached = found->second;
@@ -20,7 +20,7 @@ bool find(QorControlFacade::Impl& impl, const std::string& name, std::vector<dou
 
 void store(QorControlFacade::Impl& impl, const std::string& name,
            const QorControlFacade::Impl::CachedValue& value) {
-    const LockGuard guard(impl.stateLock);
+    const common::LockGuard guard(impl.stateLock);
     impl.paramValueCache[name] = value;
 }
 

@@ -48,7 +48,7 @@ std::string hexPiece(const char* format, unsigned long value) {
 
 void TraceContext::write(const char* moduleName, unsigned int category, int verbosity,
                          const char* format, std::va_list values) {
-    const LockGuard guard(lock_);
+    const common::LockGuard guard(lock_);
     refreshSettings();
     if (!isWanted(moduleName, category, verbosity)) return;
     putColumns(category);
@@ -56,14 +56,14 @@ void TraceContext::write(const char* moduleName, unsigned int category, int verb
 }
 
 void TraceContext::loadSettings(const std::string& path) {
-    const LockGuard guard(lock_);
+    const common::LockGuard guard(lock_);
     settingsFile_.reset();
     settingsFile_.reset(std::fopen(locate(path).c_str(), "r"));
     readSettings();
 }
 
 void TraceContext::openTraceFile(const std::string& path, const std::string& mode) {
-    const LockGuard guard(lock_);
+    const common::LockGuard guard(lock_);
     if (traceFile_ && path == tracePath_) return;
     traceFile_.reset();
     traceFile_.reset(std::fopen(locate(path).c_str(), mode.c_str()));
@@ -72,7 +72,7 @@ void TraceContext::openTraceFile(const std::string& path, const std::string& mod
 }
 
 bool TraceContext::enterScope(const char* moduleName, const char* title, bool& savedEnabled) {
-    const LockGuard guard(lock_);
+    const common::LockGuard guard(lock_);
     if (scopeCount_++ == 0) return false;
     writeLine(moduleName, "{ %s", title);
     savedEnabled = scopeEnabled_;
@@ -83,7 +83,7 @@ bool TraceContext::enterScope(const char* moduleName, const char* title, bool& s
 void TraceContext::leaveScope(const char* moduleName, const char* title, bool savedEnabled) {
     bool isOutermost = false;
     {
-        const LockGuard guard(lock_);
+        const common::LockGuard guard(lock_);
         scopeEnabled_ = savedEnabled;
         if (title != nullptr) {
             indent_ -= 3;

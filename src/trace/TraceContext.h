@@ -52,7 +52,7 @@ private:
     void put(const char* piece);
     void close();
 
-    Lock lock_;
+    common::Lock lock_;
     TraceSettings settings_;
     bool scopeEnabled_ = true;
     std::int32_t indent_ = 0;

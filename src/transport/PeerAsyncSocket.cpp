@@ -40,7 +40,7 @@ void PeerAsyncSocket::sendBytes(const std::string& bytes) {
 }
 
 bool PeerAsyncSocket::addPending(const std::string& bytes) {
-    const LockGuard guard(lock_);
+    const common::LockGuard guard(lock_);
     if (pendingOutput_.size() + bytes.size() > maxPendingBytes) return false;
     pendingOutput_ += bytes;
     return true;
@@ -55,13 +55,13 @@ void PeerAsyncSocket::OnSend(int errorCode) {
 
 std::string PeerAsyncSocket::takePending() {
     std::string output;
-    const LockGuard guard(lock_);
+    const common::LockGuard guard(lock_);
     output.swap(pendingOutput_);
     return output;
 }
 
 void PeerAsyncSocket::putBack(std::string&& unsent) {
-    const LockGuard guard(lock_);
+    const common::LockGuard guard(lock_);
     unsent += pendingOutput_;
     pendingOutput_.swap(unsent);
 }

@@ -44,6 +44,6 @@ private:
 
     ConnInstance& connection_;
     std::string pendingOutput_;
-    Lock lock_;  // guards pendingOutput_; never held while sending
+    common::Lock lock_;  // guards pendingOutput_; never held while sending
     unsigned int ownerThread_;
 };

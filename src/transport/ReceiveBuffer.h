@@ -14,7 +14,7 @@ public:
 
     /// Past the bound the bytes are dropped, and the stream has overrun.
     void append(const std::string& bytes) {
-        const LockGuard guard(lock_);
+        const common::LockGuard guard(lock_);
         overrun_ = overrun_ || bytes_.size() + bytes.size() > maxBytes;
         if (!overrun_) bytes_ += bytes;
     }
@@ -22,32 +22,32 @@ public:
     /// Leaves the buffer empty.
     std::string takeAll() {
         std::string taken;
-        const LockGuard guard(lock_);
+        const common::LockGuard guard(lock_);
         taken.swap(bytes_);
         return taken;
     }
 
     /// Puts bytes back in front of whatever arrived since they were taken.
     void putBack(std::string&& bytes) {
-        const LockGuard guard(lock_);
+        const common::LockGuard guard(lock_);
         bytes += bytes_;
         bytes_.swap(bytes);
     }
 
     /// True once bytes were dropped: the place in the stream is lost.
     bool hasOverrun() {
-        const LockGuard guard(lock_);
+        const common::LockGuard guard(lock_);
         return overrun_;
     }
 
     void clear() {
-        const LockGuard guard(lock_);
+        const common::LockGuard guard(lock_);
         bytes_.clear();
         overrun_ = false;
     }
 
 private:
-    Lock lock_;
+    common::Lock lock_;
     std::string bytes_;
     bool overrun_ = false;
 };

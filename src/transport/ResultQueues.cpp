@@ -9,7 +9,7 @@ namespace {
 
 /// Thread ids are reused by the system, so a queue may pass from an ended thread to a new one.
 struct Table {
-    Lock lock;
+    common::Lock lock;
     std::map<unsigned int, std::unique_ptr<CmdResultQueue>> queues;
 };
 
@@ -22,7 +22,7 @@ Table& processTable() {
 
 CmdResultQueue& resultQueueOfThisThread() {
     Table& table = processTable();
-    const LockGuard guard(table.lock);
+    const common::LockGuard guard(table.lock);
     std::unique_ptr<CmdResultQueue>& queue = table.queues[common::currentThreadId()];
     if (!queue) queue = std::make_unique<CmdResultQueue>(1);
     return *queue;

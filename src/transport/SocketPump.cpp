@@ -10,7 +10,7 @@ constexpr int maxNotificationsPerPump = 64;
 
 }  // namespace
 
-void pumpSocketNotifications(const Event* wakeUp) {
+void pumpSocketNotifications(const common::Event* wakeUp) {
     HANDLE handle = wakeUp != nullptr ? wakeUp->handle() : nullptr;
     const DWORD handles = handle != nullptr ? 1 : 0;
     const DWORD reason =

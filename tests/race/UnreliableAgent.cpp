@@ -41,7 +41,7 @@ void answer(const Cmd& command) {
 /// What the real agent does to the shared state in each of its rounds.
 int noteAndLook(Impl& impl) {
     {
-        const LockGuard guard(impl.stateLock);
+        const common::LockGuard guard(impl.stateLock);
         impl.lastQorContactTick = common::tickCount();
         impl.qorExecutablePath = "/faked/qor";
     }
@@ -49,7 +49,7 @@ int noteAndLook(Impl& impl) {
     impl.lastQorContactTick = common::tickCount();  // as the progress of a connect does
     common::sleepMs(0);
     std::map<Impl::ParamQueue*, Impl::RepeatRead> registered;
-    const LockGuard guard(impl.stateLock);
+    const common::LockGuard guard(impl.stateLock);
     registered = impl.repeatReads;
     for (auto& entry : impl.repeatReads) entry.second.prepared = true;
     return static_cast<int>(registered.size());

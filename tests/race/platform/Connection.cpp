@@ -90,7 +90,7 @@ void ConnInstance::dropPeer() {
     peer_.reset();
 }
 
-void pumpSocketNotifications(const Event* wakeUp) {
+void pumpSocketNotifications(const common::Event* wakeUp) {
     if (wakeUp != nullptr)
         WaitForSingleObject(wakeUp->handle(), 1);
     else

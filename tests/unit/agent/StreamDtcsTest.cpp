@@ -183,7 +183,7 @@ TEST_F(StreamDtcs, RequestsGoBeforeTroubleCodes) {
 
 TEST_F(StreamDtcs, ValuesAreDeliveredBeforeTroubleCodesInTheSameRound) {
     Impl::ParamQueue values{4};
-    const LockGuard guard(impl->stateLock);
+    const common::LockGuard guard(impl->stateLock);
     impl->repeatReads[&values] = Impl::RepeatRead{{"Speed"}, false};
     streamsEvery(1000);
     qor.forgetSent();

@@ -35,11 +35,11 @@ protected:
 
     /// The host's side, as the facade's operations leave it.
     void registers(ParamQueue& target, const Names& names) {
-        const LockGuard guard(impl->stateLock);
+        const common::LockGuard guard(impl->stateLock);
         impl->repeatReads[&target] = Impl::RepeatRead{names, false};
     }
     void unregisters(ParamQueue& target) {
-        const LockGuard guard(impl->stateLock);
+        const common::LockGuard guard(impl->stateLock);
         impl->repeatReads.erase(&target);
     }
     bool isRegistered(ParamQueue& target) const { return impl->repeatReads.count(&target) == 1; }

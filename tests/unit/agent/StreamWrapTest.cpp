@@ -10,7 +10,7 @@ using ::testing::SizeIs;
 class StreamWrap : public StreamDtcs {
 protected:
     void streamSpeed() {
-        const LockGuard guard(impl->stateLock);
+        const common::LockGuard guard(impl->stateLock);
         impl->repeatReads[&values] = Impl::RepeatRead{{"Speed"}, true};
     }
     std::string valuesOfARound() { return roundGives(values); }

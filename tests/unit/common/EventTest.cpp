@@ -8,20 +8,20 @@
 using testing_support::TestThread;
 
 TEST(Event, IsInitiallyNotSignalled) {
-    Event event;
+    common::Event event;
     ASSERT_TRUE(event.exists());
     EXPECT_FALSE(event.wait(0));
 }
 
 TEST(Event, OneSignalLetsOneWaitThrough) {
-    Event event;
+    common::Event event;
     event.signal();
     EXPECT_TRUE(event.wait(0));
     EXPECT_FALSE(event.wait(0));
 }
 
 TEST(Event, SignalsBeforeAWaitDoNotAddUp) {
-    Event event;
+    common::Event event;
     event.signal();
     event.signal();
     EXPECT_TRUE(event.wait(0));
@@ -29,30 +29,30 @@ TEST(Event, SignalsBeforeAWaitDoNotAddUp) {
 }
 
 TEST(Event, ResetTakesASignalBack) {
-    Event event;
+    common::Event event;
     event.signal();
     event.reset();
     EXPECT_FALSE(event.wait(0));
 }
 
 TEST(Event, AWaitWithoutASignalLastsItsTimeOut) {
-    Event event;
+    common::Event event;
     const DWORD before = GetTickCount();
     EXPECT_FALSE(event.wait(80));
     EXPECT_GE(GetTickCount() - before, 60u) << "ticks move in steps of up to 20 ms";
 }
 
 TEST(Event, AWaitWithoutEndEndsWithTheSignalOfAnotherThread) {
-    Event event;
+    common::Event event;
     TestThread signaller([&] {
         Sleep(20);
         event.signal();
     });
-    EXPECT_TRUE(event.wait(Event::infinite));
+    EXPECT_TRUE(event.wait(common::Event::infinite));
 }
 
 TEST(Event, OneSignalWakesOnlyOneOfTwoWaiters) {
-    Event event;
+    common::Event event;
     bool woken[2] = {};
     {
         TestThread first([&] { woken[0] = event.wait(200); });
@@ -64,8 +64,8 @@ TEST(Event, OneSignalWakesOnlyOneOfTwoWaiters) {
 }
 
 TEST(Event, TheHandleServesAWaitOnSeveralThings) {
-    Event event;
-    Event other;
+    common::Event event;
+    common::Event other;
     event.signal();
     const HANDLE handles[] = {other.handle(), event.handle()};
     EXPECT_EQ(WaitForMultipleObjects(2, handles, FALSE, 0), WAIT_OBJECT_0 + 1);
@@ -75,7 +75,7 @@ TEST(Event, TheHandleServesAWaitOnSeveralThings) {
 TEST(Event, TheHandleIsClosedWithTheEvent) {
     HANDLE handle = nullptr;
     {
-        Event event;
+        common::Event event;
         handle = event.handle();
     }
     EXPECT_FALSE(SetEvent(handle));

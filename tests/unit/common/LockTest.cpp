@@ -13,13 +13,13 @@ namespace {
 
 // Whether the lock's critical section, its first member, is one that the system knows. A deleted
 // one may still seem to work.
-bool hasSection(const Lock& lock) {
+bool hasSection(const common::Lock& lock) {
     return reinterpret_cast<const CRITICAL_SECTION&>(lock).DebugInfo != nullptr;
 }
 
 // Whether another thread can have the lock now.
-bool isFree(Lock& lock) {
-    TestThread other([&] { const LockGuard guard(lock); });
+bool isFree(common::Lock& lock) {
+    TestThread other([&] { const common::LockGuard guard(lock); });
     const bool entered = other.endsWithin(50);
     if (!entered) {
         lock.leave();  // let the other thread end; the caller has entered once more than it left
@@ -32,7 +32,7 @@ bool isFree(Lock& lock) {
 }  // namespace
 
 TEST(Lock, KeepsAnotherThreadOutUntilItIsLeft) {
-    Lock lock;
+    common::Lock lock;
     lock.enter();
     EXPECT_FALSE(isFree(lock));
     lock.leave();
@@ -40,7 +40,7 @@ TEST(Lock, KeepsAnotherThreadOutUntilItIsLeft) {
 }
 
 TEST(Lock, IsRecursiveAndFreeOnlyAfterAsManyLeavesAsEnters) {
-    Lock lock;
+    common::Lock lock;
     lock.enter();
     lock.enter();
     lock.leave();
@@ -50,7 +50,7 @@ TEST(Lock, IsRecursiveAndFreeOnlyAfterAsManyLeavesAsEnters) {
 }
 
 TEST(Lock, ServesAgainAfterARelease) {
-    Lock lock;
+    common::Lock lock;
     lock.enter();
     lock.leave();
     lock.release();
@@ -63,16 +63,16 @@ TEST(Lock, ServesAgainAfterARelease) {
 }
 
 TEST(Lock, ReleasingTwiceIsHarmless) {
-    Lock lock;
+    common::Lock lock;
     lock.release();
     lock.release();
-    const LockGuard guard(lock);
+    const common::LockGuard guard(lock);
 }
 
 TEST(Lock, AGuardLeavesItAlsoWhenAnExceptionPasses) {
-    Lock lock;
+    common::Lock lock;
     try {
-        const LockGuard guard(lock);
+        const common::LockGuard guard(lock);
         throw std::runtime_error("on purpose");
     } catch (const std::runtime_error&) {
     }
@@ -80,13 +80,13 @@ TEST(Lock, AGuardLeavesItAlsoWhenAnExceptionPasses) {
 }
 
 TEST(Lock, TenThreadsNeverMeetInside) {
-    Lock lock;
+    common::Lock lock;
     int inside = 0;
     int meetings = 0;
     int visits = 0;
     const auto visit = [&] {
         for (int i = 0; i < 5000; ++i) {
-            const LockGuard guard(lock);
+            const common::LockGuard guard(lock);
             if (++inside != 1) ++meetings;
             ++visits;
             --inside;

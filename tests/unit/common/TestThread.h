@@ -22,7 +22,7 @@ public:
         return joined_;
     }
 
-    void join() { endsWithin(Event::infinite); }
+    void join() { endsWithin(common::Event::infinite); }
 
 private:
     static unsigned __stdcall run(void* self) {
@@ -33,7 +33,7 @@ private:
     }
 
     std::function<void()> body_;
-    Event ended_;
+    common::Event ended_;
     bool joined_ = false;
     common::Thread thread_;
 };

@@ -14,9 +14,9 @@ namespace {
 
 // What a thread of these tests works with; it must outlive the thread.
 struct Work {
-    Event begun;
-    Event mayEnd;
-    Event ended;
+    common::Event begun;
+    common::Event mayEnd;
+    common::Event ended;
     unsigned int exitCode = 0;
     unsigned int threadId = 0;
 };
@@ -25,7 +25,7 @@ unsigned __stdcall run(void* argument) {
     auto& work = *static_cast<Work*>(argument);
     work.threadId = common::currentThreadId();
     work.begun.signal();
-    work.mayEnd.wait(Event::infinite);
+    work.mayEnd.wait(common::Event::infinite);
     const unsigned int exitCode = work.exitCode;
     work.ended.signal();
     return exitCode;

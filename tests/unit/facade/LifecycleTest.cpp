@@ -116,7 +116,7 @@ TEST_F(Lifecycle, AnAgentThatNeverEndsIsLetGoAfterFiveSecondsAndHarmsNobody) {
     std::atomic<bool> mayEnd{false};
     agent.script().atEnd = [&mayEnd](Impl& impl) {
         while (!mayEnd) Sleep(1);
-        const LockGuard guard(impl.stateLock);
+        const common::LockGuard guard(impl.stateLock);
         impl.qorExecutablePath = std::string(1000, 'x');
         impl.paramValueCache["late"] = {};
     };
@@ -193,7 +193,7 @@ TEST_F(Lifecycle, TheSumOfTheOnlineTimeWrapsAndIsComparedPlainly) {
 TEST_F(Lifecycle, ThePathOfTheExecutableIsAwaitedUntilTheAgentPublishesIt) {
     agent.script().atStart = [](Impl& impl) {
         Sleep(30);
-        const LockGuard guard(impl.stateLock);
+        const common::LockGuard guard(impl.stateLock);
         impl.qorExecutablePath = "c:\\q.exe";
     };
     facade = std::make_unique<QorControlFacade>("s", nullptr, 0u, "");

@@ -14,18 +14,18 @@ protected:
     /// The registration of a queue, as the agent copies it.
     Impl::RepeatRead registrationOf(ParamQueue& target) {
         const auto impl = agent.impl();
-        const LockGuard guard(impl->stateLock);
+        const common::LockGuard guard(impl->stateLock);
         return impl->repeatReads.at(&target);
     }
     std::size_t registrations() {
         const auto impl = agent.impl();
-        const LockGuard guard(impl->stateLock);
+        const common::LockGuard guard(impl->stateLock);
         return impl->repeatReads.size();
     }
     /// What the agent does once QOR sends the values.
     void activate(ParamQueue& target) {
         const auto impl = agent.impl();
-        const LockGuard guard(impl->stateLock);
+        const common::LockGuard guard(impl->stateLock);
         impl->repeatReads.at(&target).prepared = true;
     }
     void endAgent() {

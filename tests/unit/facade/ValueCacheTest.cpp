@@ -153,7 +153,7 @@ TEST_F(ValueCache, AnOldEntryServesAgainOnceThePeriodIsLonger) {
     get();
     clock.advance(150);
     {
-        const LockGuard guard(agent.impl()->stateLock);
+        const common::LockGuard guard(agent.impl()->stateLock);
         agent.impl()->readPeriodMs = 1000;
     }
     EXPECT_THAT(get(), ElementsAre(1.0));

@@ -17,7 +17,7 @@ TEST(SocketPump, WithoutInputItEndsAfterAboutAMillisecond) {
 }
 
 TEST(SocketPump, TheWakeUpEndsTheWaitAndIsTaken) {
-    Event wakeUp;
+    common::Event wakeUp;
     wakeUp.signal();
 
     pumpSocketNotifications(&wakeUp);
