@@ -24,10 +24,10 @@ void Report::addRate(const std::string& name, double perSecond, double leastBoun
 }
 
 void Report::print() const {
-    fmt::print("{:<44}{:>7}{:>9}{:>9}{:>9}{:>9}{:>8}{:>8}\n", "microseconds", "count", "min", "p50",
-               "p95", "p99", "p50/b", "p99/b");
+    fmt::print("{:<44}{:>7}{:>9}{:>10}{:>10}{:>10}{:>8}{:>8}\n", "microseconds", "count", "min",
+               "p50", "p95", "p99", "p50/b", "p99/b");
     for (const Row& row : rows_)
-        fmt::print("{:<44}{:>7}{:>9.2f}{:>9.2f}{:>9.2f}{:>9.2f}{:>8}{:>8}\n", row.name,
+        fmt::print("{:<44}{:>7}{:>9.2f}{:>10.2f}{:>10.2f}{:>10.2f}{:>8}{:>8}\n", row.name,
                    row.samples.count(), row.samples.min(), row.samples.p50(), row.samples.p95(),
                    row.samples.p99(), ratio(row.samples.p50(), row.p50Bound),
                    ratio(row.samples.p99(), row.p99Bound));
