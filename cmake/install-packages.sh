@@ -8,12 +8,12 @@ die() { echo "install-packages: $*" >&2; exit 1; }
 note() { echo "install-packages: $*" >&2; }
 
 buildPackages=(g++-mingw-w64-i686-posix wine wine32:i386 wine64 cmake ninja-build
-    nlohmann-json3-dev libcli11-dev libfmt-dev dpkg-dev xz-utils)
+    nlohmann-json3-dev libcli11-dev libfmt-dev dpkg-dev xz-utils python3)
 # An npm that came some other way is as good, and Debian's would not install beside its node.
 command -v npm >/dev/null || buildPackages+=(npm)
 testPackages=("${buildPackages[@]}" googletest g++ g++-multilib clang libclang-rt-14-dev
-    clang-format clang-tidy git python3 chromium)
-benchPackages=("${buildPackages[@]}" python3)
+    clang-format clang-tidy git chromium)
+benchPackages=("${buildPackages[@]}")
 
 packages=()
 for group in "$@"; do

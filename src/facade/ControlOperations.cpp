@@ -94,10 +94,8 @@ bool QorControlFacade::getParamDataAtOnce(const std::vector<std::string>& names,
     if (!impl->isOperating()) return false;
     TimedCall call(*impl, answers);
     const auto request = std::make_shared<Impl::CmdParamDataAtOnce>(names, timeoutMs);
-    const Impl::CmdParamDataAtOnce* answer = nullptr;
-    if (call.run(Impl::kindGetParamDataAtOnce, request, doubledWait(timeoutMs)))
-        answer = call.results<Impl::CmdParamDataAtOnce>();
-    if (answer != nullptr) {
+    if (const auto* const answer = call.ask<Impl::CmdParamDataAtOnce>(
+            Impl::kindGetParamDataAtOnce, request, doubledWait(timeoutMs))) {
         values = answer->values;
         trace(libraryModule, tracelog::information, 0, "OK on getAtOnce: %s , t: %d ms\n",
               ofGroup(names, answer->values).c_str(), call.elapsedMs());

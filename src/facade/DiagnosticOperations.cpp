@@ -81,11 +81,9 @@ bool QorControlFacade::getDtcByStatus(std::vector<DtcDescription>& dtcs,
     const auto impl = impl_->shared_from_this();
     if (!impl->isOperating()) return false;
     TimedCall call(*impl, answers);
-    const Impl::CmdDataDtcData* answer = nullptr;
-    if (call.run(Impl::kindGetDtcByStatus, std::make_shared<Impl::CmdDataDtcData>(timeoutMs),
-                 doubledWait(timeoutMs)))
-        answer = call.results<Impl::CmdDataDtcData>();
-    if (answer != nullptr) {
+    const auto request = std::make_shared<Impl::CmdDataDtcData>(timeoutMs);
+    if (const auto* const answer = call.ask<Impl::CmdDataDtcData>(Impl::kindGetDtcByStatus, request,
+                                                                  doubledWait(timeoutMs))) {
         dtcs = answer->dtcs;
         trace(libraryModule, tracelog::information, 0, "OK on DTC by status [size=%d], t: %d ms\n",
               static_cast<int>(dtcs.size()), call.elapsedMs());
@@ -121,10 +119,9 @@ bool QorControlFacade::getCanBusData(CanBusData& data, unsigned int timeoutMs) c
     const auto impl = impl_->shared_from_this();
     if (!impl->isOperating()) return false;
     TimedCall call(*impl, answers);
-    const Impl::CmdCanBusData* answer = nullptr;
-    if (call.run(Impl::kindGetCanBusData, std::make_shared<Impl::CmdCanBusData>(data, timeoutMs),
-                 doubledWait(timeoutMs)))
-        answer = call.results<Impl::CmdCanBusData>();
+    const auto request = std::make_shared<Impl::CmdCanBusData>(data, timeoutMs);
+    const auto* const answer =
+        call.ask<Impl::CmdCanBusData>(Impl::kindGetCanBusData, request, doubledWait(timeoutMs));
     if (answer == nullptr) {
         logCanFailure(*impl, "get", "FAILED CanBus-get, t: %d ms", call);
         return false;

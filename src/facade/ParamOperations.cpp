@@ -32,11 +32,10 @@ bool QorControlFacade::getParamDescription(const std::string& name,
     TimedCall call(*impl, answers);
     desc.name = name;
     const auto request = std::make_shared<Impl::CmdDataParamInfo>(name, desc);
-    if (call.run(Impl::kindGetParamDescription, request, descriptionWaitMs)) {
-        if (const auto* answer = call.results<Impl::CmdDataParamInfo>()) {
-            desc = answer->description;
-            return true;
-        }
+    if (const auto* const answer = call.ask<Impl::CmdDataParamInfo>(Impl::kindGetParamDescription,
+                                                                    request, descriptionWaitMs)) {
+        desc = answer->description;
+        return true;
     }
     paramlines::traceFailure("getParamDescription", name, call);
     return false;
@@ -51,9 +50,8 @@ bool QorControlFacade::getParamData(const std::string& name, std::vector<double>
     if (valuecache::find(*impl, name, values, second, third)) return true;
     TimedCall call(*impl, answers);
     const auto request = std::make_shared<Impl::CmdDataParamData>(name, timeoutMs);
-    const Impl::CmdDataParamData* answer = nullptr;
-    if (call.run(Impl::kindGetParamData, request, doubledWait(timeoutMs)))
-        answer = call.results<Impl::CmdDataParamData>();
+    const auto* const answer =
+        call.ask<Impl::CmdDataParamData>(Impl::kindGetParamData, request, doubledWait(timeoutMs));
     if (answer == nullptr) {
         paramlines::traceFailure("getParamData", name, call);
         trace(libraryModule, tracelog::information, 0,

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <utility>
 
 #include "facade/AnswerTable.h"
 #include "facade/FacadeImpl.h"
@@ -41,6 +42,13 @@ public:
     const Data* results() const {
         const auto& carrier = response_.data ? response_.data : request_;
         return dynamic_cast<const Data*>(carrier.get());
+    }
+
+    /// Posts, waits, and gives the results of a success; null after a failure.
+    template <class Data>
+    const Data* ask(std::uint32_t kind, std::shared_ptr<Impl::CmdData> request,
+                    std::uint32_t waitMs) {
+        return run(kind, std::move(request), waitMs) ? results<Data>() : nullptr;
     }
 
     /// Milliseconds since the start, as the log lines print them.

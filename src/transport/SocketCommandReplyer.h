@@ -4,8 +4,8 @@
 
 class SocketWorker;
 
-/// Answers one command that was received over the socket. All answers leave at once, without
-/// waiting for anything, whatever time-out is given.
+/// Answers one command that was received over the socket. Replies leave at once, without waiting
+/// for anything, whatever time-out is given; acknowledgements of a row of values leave together.
 class SocketCommandReplyer final : public IExternalCommand::ICommandReplyer {
 public:
     SocketCommandReplyer(SocketWorker& worker, std::uint32_t requestId, bool receivedReply)

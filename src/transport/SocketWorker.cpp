@@ -35,19 +35,31 @@ void SocketWorker::work() {
 }
 
 void SocketWorker::sendNow(const IExternalCommand& command) {
-    command.write(acknowledgements_);
     sendAcknowledgements();
+    if (!connection_.isConnected()) return;
+    std::string bytes;
+    command.write(bytes);
+    connection_.send(bytes);
 }
 
 void SocketWorker::acknowledge(const IExternalCommand& ping) {
-    ping.write(acknowledgements_);
+    std::string bytes;
+    ping.write(bytes);
+    acknowledgements_ += bytes;
     if (acknowledgements_.size() >= maxHeldBytes) sendAcknowledgements();
 }
 
 void SocketWorker::sendAcknowledgements() {
+    if (acknowledgements_.empty()) return;
     std::string bytes;
     bytes.swap(acknowledgements_);
-    if (!bytes.empty() && connection_.isConnected()) connection_.send(bytes);
+    if (!connection_.isConnected()) return;
+    try {
+        connection_.send(bytes);
+    } catch (const std::bad_alloc&) {
+        connection_.abandon();  // QOR would miss some of them
+        throw;
+    }
 }
 
 void SocketWorker::handleReceived() {
@@ -69,6 +81,7 @@ std::size_t SocketWorker::handleRecords(const std::string& bytes) {
         const protocol::FramedRecord framed = protocol::recordAt(bytes, position);
         if (framed.state == protocol::StreamState::incomplete) return position;
         if (framed.state == protocol::StreamState::hopeless) {
+            sendAcknowledgements();
             connection_.abandon();
             return bytes.size();
         }
@@ -89,6 +102,8 @@ void SocketWorker::handleRecord(const std::string& record, std::uint32_t request
 
 void SocketWorker::handleCommand(IExternalCommand& command) {
     const auto& received = static_cast<const ExternalCommand&>(command);
+    // Values come in rows and are taken at once. Any other handler may take its time, or answer.
+    if (dynamic_cast<const CommandReceiveParamData*>(&command) == nullptr) sendAcknowledgements();
     SocketCommandReplyer replyer(*this, received.requestId(), received.isReply());
     const bool handled = factory_.handleCommand(command, replyer);
     if (replyer.wasCalled() || received.isReply()) return;

@@ -33,7 +33,7 @@ std::string checkTracePath(const std::string& path) {
 
 SessionOptions withAbsolutePaths(SessionOptions options) {
     options.settingsPath = paths::absolute(options.settingsPath);
-    if (!options.tracePath.empty()) options.tracePath = paths::absolute(options.tracePath);
+    if (!options.tracePath.empty()) options.tracePath = paths::absoluteFile(options.tracePath);
     return options;
 }
 

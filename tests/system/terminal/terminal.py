@@ -56,8 +56,10 @@ class Terminal:
 
     def exit_code(self):
         """Waits for the end."""
-        while self.read(PATIENCE_S):
-            pass
+        deadline = time.monotonic() + PATIENCE_S
+        while self.read(0.1):
+            if time.monotonic() > deadline:
+                raise AssertionError("it does not end; the screen shows:\n" + self.text())
         return os.waitstatus_to_exitcode(os.waitpid(self._pid, 0)[1])
 
     def close(self):

@@ -69,4 +69,15 @@ TEST_F(FullSeries, AGapStaysAGapWhenItIsInASampleThatGoes) {
     EXPECT_EQ("[0.0,null,40.0,60.0,null]", values());
 }
 
+TEST(PlotSeries, WithAnOddNumberOfRowsTheLastOneStaysAndTakesTheNextGap) {
+    PlotSeries series(2 * 7);
+    series.add({"Speed", "", ""});
+    for (int i = 0; i <= 6; ++i) series.take({i * 1.0, {i * 10}});
+    EXPECT_EQ("[0.0,2.0,4.0,6.0]", series.asJson()["times"].dump());
+    series.take({7.0, {std::nullopt}});
+    series.take({8.0, {80}});
+    EXPECT_EQ("[0.0,2.0,4.0,6.0,8.0]", series.asJson()["times"].dump());
+    EXPECT_EQ("[0.0,20.0,40.0,null,80.0]", series.asJson()["curves"][0]["values"].dump());
+}
+
 }  // namespace

@@ -20,6 +20,10 @@ std::string request(std::uint32_t requestId) {
     return record(8, requestId, word(3));
 }
 
+std::string pushedValue(std::uint32_t requestId) {
+    return record(6, requestId, word(3) + std::string(8, '\0'));
+}
+
 std::string reply(std::uint32_t requestId) {
     return record(8 | replyFlag, requestId, word(3));
 }
@@ -82,7 +86,7 @@ TEST_F(SocketTransportReceiving, AReplyLeavesAtOnceAndTakesEarlierAcknowledgemen
         return mayEnd.passWithin(5000);  // as long as a message box is open
     });
 
-    peer.send(request(1) + request(2) + request(3));
+    peer.send(pushedValue(1) + request(2) + pushedValue(3));
 
     EXPECT_EQ(pingAnswer(1, 1), peer.expectRecord().bytes());
     EXPECT_EQ(pingAnswer(2, 0), peer.expectRecord().bytes());
@@ -90,10 +94,10 @@ TEST_F(SocketTransportReceiving, AReplyLeavesAtOnceAndTakesEarlierAcknowledgemen
     EXPECT_EQ(pingAnswer(3, 1), peer.expectRecord().bytes());
 }
 
-TEST_F(SocketTransportReceiving, ManyCommandsInOneSegmentAreAllAcknowledgedInTheirOrder) {
+TEST_F(SocketTransportReceiving, ManyValuesInOneSegmentAreAllAcknowledgedInTheirOrder) {
     connect();
     std::string requests;
-    for (std::uint32_t id = 1; id <= 100; ++id) requests += request(id);
+    for (std::uint32_t id = 1; id <= 100; ++id) requests += pushedValue(id);
 
     peer.send(requests);
 
@@ -102,14 +106,14 @@ TEST_F(SocketTransportReceiving, ManyCommandsInOneSegmentAreAllAcknowledgedInThe
     EXPECT_TRUE(peer.hearsNothingFor(50));
 }
 
-TEST_F(SocketTransportReceiving, ALongSegmentIsAcknowledgedBitByBit) {
+TEST_F(SocketTransportReceiving, ALongRowOfValuesIsAcknowledgedBitByBit) {
     Gate mayGoOn;
     connect([&](IExternalCommand& command, Replyer&) {
         const bool isLate = static_cast<const ExternalCommand&>(command).requestId() > 20;
         return !isLate || mayGoOn.passWithin(5000);
     });
     std::string requests;
-    for (std::uint32_t id = 1; id <= 30; ++id) requests += request(id);
+    for (std::uint32_t id = 1; id <= 30; ++id) requests += pushedValue(id);
 
     peer.send(requests);
 
@@ -118,6 +122,21 @@ TEST_F(SocketTransportReceiving, ALongSegmentIsAcknowledgedBitByBit) {
     mayGoOn.open();
     for (std::uint32_t id = 17; id <= 30; ++id)
         EXPECT_EQ(pingAnswer(id, 1), peer.expectRecord().bytes());
+}
+
+TEST_F(SocketTransportReceiving, ValuesAreAcknowledgedBeforeAHandlerThatMayTakeItsTime) {
+    Gate mayEnd;
+    connect([&](IExternalCommand& command, Replyer&) {
+        const bool isSlow = static_cast<const ExternalCommand&>(command).requestId() == 3;
+        return !isSlow || mayEnd.passWithin(5000);
+    });
+
+    peer.send(pushedValue(1) + pushedValue(2) + request(3));
+
+    EXPECT_EQ(pingAnswer(1, 1), peer.expectRecord().bytes());
+    EXPECT_EQ(pingAnswer(2, 1), peer.expectRecord().bytes());
+    mayEnd.open();
+    EXPECT_EQ(pingAnswer(3, 1), peer.expectRecord().bytes());
 }
 
 TEST_F(SocketTransportReceiving, ARequestAcceptedWithoutAReplyIsAcknowledgedAsHandled) {

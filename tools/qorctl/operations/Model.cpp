@@ -107,6 +107,8 @@ Reply openModel(Session& session, const ModelRequest& request) {
                                                            : "QOR does not answer any more");
     }
     const std::vector<Export> fresh = awaitExports(before, request.exportWaitS);
+    if (fresh.size() < before.size() && interrupt::isRequested())
+        return Reply::failure("the wait for the export files was cancelled with Ctrl-C");
     Reply reply = Reply::success(fmt::format("{} export files", fresh.size()));
     reply.result = {{"exports", nlohmann::json::array()}};
     for (const Export& file : fresh) {

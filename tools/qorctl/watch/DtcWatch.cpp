@@ -95,7 +95,7 @@ void DtcWatch::show(DtcNews::Kind kind, double nowS) const {
 Outcome DtcWatch::judge(bool stopIsSeen, double elapsedS) const {
     const std::string text = fmt::format("{:.1f} s, read {} times", elapsedS, news_.lists());
     if (!canPrint()) return Outcome::failure(text + ", then nobody read the output any more");
-    if (news_.lists() == 0)
+    if (news_.lists() == 0 && !interrupt::isRequested())
         return Outcome::failure(fmt::format("no list came in {:.1f} s", elapsedS));
     if (!stopIsSeen) return Outcome::failure(text + ", then QOR did not answer any more");
     if (news_.isFailing()) return Outcome::failure(text + ", but not any more at the end");

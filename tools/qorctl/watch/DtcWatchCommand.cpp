@@ -29,6 +29,8 @@ int runWatchDtc(const DtcWatchOptions& options) {
     const bool onTerminal = !options.watch.json && Console(stdout).isTerminal();
     Conversation conversation("watch-dtc", options.session,
                               {onTerminal ? stdout : stderr, options.watch.json, true});
+    conversation.results().update(
+        {{"lists", 0}, {"failures", 0}, {"codes", nlohmann::json::array()}});
     return conversation.run(&options.connection,
                             [&] { DtcWatch(conversation, options.watch).run(); });
 }

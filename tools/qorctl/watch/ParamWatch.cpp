@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+
 #include "Descriptions.h"
 #include "Interrupt.h"
 #include "JsonText.h"
@@ -18,6 +20,7 @@ constexpr unsigned int popMs = 20;
 constexpr double refreshS = 0.1;
 // A value comes within a refresh period or two; after this long a person wonders.
 constexpr double patienceS = 3;
+constexpr double patienceInPeriods = 3;
 
 std::string listOf(const std::vector<std::string>& names) {
     return fmt::format("{}", fmt::join(names, ", "));
@@ -67,7 +70,8 @@ Outcome ParamWatch::stream() {
         unsigned int waitMs = popMs;
         // Everything that is there before the sample: else a pause of ours would look like one of
         // the parameters.
-        for (; queue.pop(batch, waitMs); waitMs = 0) sampler_.take(batch, clock.seconds());
+        for (unsigned int i = 0; i < ValueQueue::slots && queue.pop(batch, waitMs); ++i, waitMs = 0)
+            sampler_.take(batch, clock.seconds());
         const double nowS = clock.seconds();
         if (const auto sample = sampler_.sampleAt(nowS)) {
             view->show(*sample);
@@ -86,7 +90,8 @@ Outcome ParamWatch::stream() {
 }
 
 void ParamWatch::tellWhatIsMissing(double nowS) {
-    if (hasToldMissing_ || nowS < patienceS) return;
+    const double periodS = session_.options().refreshMs / 1000.0;
+    if (hasToldMissing_ || nowS < std::max(patienceS, patienceInPeriods * periodS)) return;
     hasToldMissing_ = true;
     const std::vector<std::string> unseen = sampler_.unseen();
     if (unseen.empty()) return;
@@ -103,8 +108,10 @@ Outcome ParamWatch::judge(bool stopIsSeen) const {
     std::string text = fmt::format("{:.1f} s, {} samples", elapsedS_, sampler_.samples());
     const std::vector<std::string> unseen = sampler_.unseen();
     if (!canPrint()) return Outcome::failure(text + ", then nobody read the output any more");
-    if (unseen.size() == options_.names.size())
-        return Outcome::failure(fmt::format("no value came in {:.1f} s", elapsedS_));
+    if (sampler_.samples() == 0 && !interrupt::isRequested())
+        return Outcome::failure(fmt::format("no {} came in {:.1f} s",
+                                            unseen.empty() ? "whole refresh period" : "value",
+                                            elapsedS_));
     if (!stopIsSeen) return Outcome::failure(text + ", then QOR did not answer any more");
     if (!unseen.empty()) text += ", no value of " + listOf(unseen);
     return Outcome::success(text);

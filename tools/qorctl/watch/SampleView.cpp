@@ -40,6 +40,13 @@ public:
     }
     void end(const Sampler&, double) override { console_.eraseTransient(); }
 
+protected:
+    /// The line on the console must not stand in front of it, where both are one terminal.
+    void print(const std::string& line) {
+        console_.eraseTransient();
+        printLine(line);
+    }
+
 private:
     Console& console_;
 };
@@ -49,8 +56,8 @@ public:
     CsvView(Console& console, std::vector<std::string> names)
         : LineView(console), names_(std::move(names)) {}
 
-    void begin() override { printLine(csvHeader(names_)); }
-    void show(const Sample& sample) override { printLine(csvRow(sample)); }
+    void begin() override { print(csvHeader(names_)); }
+    void show(const Sample& sample) override { print(csvRow(sample)); }
 
 private:
     const std::vector<std::string> names_;
@@ -61,7 +68,7 @@ public:
     JsonView(Console& console, std::vector<std::string> names)
         : LineView(console), names_(std::move(names)) {}
 
-    void show(const Sample& sample) override { printLine(jsonLine(names_, sample)); }
+    void show(const Sample& sample) override { print(jsonLine(names_, sample)); }
 
 private:
     const std::vector<std::string> names_;
@@ -73,7 +80,7 @@ public:
         : LineView(console), lines_(std::move(names)) {}
 
     void show(const Sample& sample) override {
-        for (const std::string& line : lines_.linesOf(sample)) printLine(line);
+        for (const std::string& line : lines_.linesOf(sample)) print(line);
     }
 
 private:

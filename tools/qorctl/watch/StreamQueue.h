@@ -16,6 +16,9 @@ public:
     using Batch = std::vector<Item>;
     using Queue = ThreadSafeQueue<Batch>;
 
+    // The agent fills it about once a millisecond while values flow.
+    static constexpr unsigned int slots = 64;
+
     StreamQueue() : queue_(std::make_unique<Queue>(slots)) {}
     ~StreamQueue() {
         if (!isRetired_) static_cast<void>(queue_.release());  // leaked, see above
@@ -34,9 +37,6 @@ public:
     }
 
 private:
-    // The agent fills it about once a millisecond while values flow.
-    static constexpr unsigned int slots = 64;
-
     std::unique_ptr<Queue> queue_;
     bool isRetired_ = false;
 };

@@ -58,14 +58,18 @@ int runWatch(const WatchOptions& options, const PlotFile* plot) {
     const SampleFormat format = options.csv    ? SampleFormat::csv
                                 : options.json ? SampleFormat::json
                                                : SampleFormat::readable;
+    conversation.results().update(
+        {{"seconds", 0.0}, {"samples", 0}, {"parameters", nlohmann::json::array()}});
     return conversation.run(&options.connection, [&] {
         PlotSeries series;
         ParamWatch watch(conversation, {eachOnce(options.names), options.forS, format},
                          plot != nullptr ? &series : nullptr);
         watch.run();
-        if (plot == nullptr || series.isEmpty()) return;
-        conversation.closingStep("write the plot",
-                                 [&] { return plot->write(series, conversation.session()); });
+        if (plot == nullptr) return;
+        conversation.closingStep("write the plot", [&] {
+            return series.isEmpty() ? Outcome::failure("there is no sample to draw")
+                                    : plot->write(series, conversation.session());
+        });
     });
 }
 

@@ -36,18 +36,21 @@ void PlotSeries::mergeGaps(std::size_t row, const Sample& sample) {
         if (!sample.values[i]) values_[i][row] = noValue;
 }
 
-/// Leaves the first of each two rows.
+/// Leaves the first of each two rows, with the gap of the second.
 void PlotSeries::thinOut() {
-    const std::size_t pairs = times_.size() / 2;
-    for (std::size_t row = 0; row < pairs; ++row) times_[row] = times_[2 * row];
+    const std::size_t rows = times_.size();
+    const std::size_t kept = (rows + 1) / 2;
+    for (std::size_t row = 0; row < kept; ++row) times_[row] = times_[2 * row];
+    times_.resize(kept);
     for (std::vector<double>& values : values_) {
-        for (std::size_t row = 0; row < pairs; ++row)
-            values[row] = std::isnan(values[2 * row + 1]) ? noValue : values[2 * row];
-        values.resize(pairs);
+        for (std::size_t row = 0; row < kept; ++row) {
+            const std::size_t dropped = 2 * row + 1;
+            const bool hasGap = dropped < rows && std::isnan(values[dropped]);
+            values[row] = hasGap ? noValue : values[2 * row];
+        }
+        values.resize(kept);
     }
-    times_.resize(pairs);
     stride_ *= 2;
-    taken_ = pairs * stride_;
 }
 
 nlohmann::json PlotSeries::asJson() const {
