@@ -2,8 +2,8 @@
 
 #include <fmt/format.h>
 
+#include "Action.h"
 #include "JsonText.h"
-#include "Subcommands.h"
 
 namespace qorctl {
 

@@ -3,14 +3,13 @@
 #include <functional>
 #include <vector>
 
+#include "Action.h"
+
 namespace CLI {
 class App;
 }
 
 namespace qorctl {
-
-/// What a command does once its command line is understood; returns the exit code.
-using Action = std::function<int()>;
 
 /// One command: a row of the table in Subcommands.cpp.
 struct Subcommand {
@@ -22,10 +21,5 @@ struct Subcommand {
 };
 
 const std::vector<Subcommand>& subcommands();
-
-/// Exit codes.
-constexpr int exitSuccess = 0;
-constexpr int exitFailure = 1;
-constexpr int exitUsage = 2;
 
 }  // namespace qorctl

@@ -1,7 +1,11 @@
 #pragma once
 
+#include "Action.h"
 #include "operations/Operation.h"
-#include "Subcommands.h"
+
+namespace CLI {
+class App;
+}
 
 namespace qorctl {
 

@@ -1,6 +1,10 @@
 #pragma once
 
-#include "Subcommands.h"
+#include "Action.h"
+
+namespace CLI {
+class App;
+}
 
 namespace qorctl {
 

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <functional>
+
+namespace qorctl {
+
+/// What a command does once its command line is understood; returns the exit code.
+using Action = std::function<int()>;
+
+/// Exit codes.
+constexpr int exitSuccess = 0;
+constexpr int exitFailure = 1;
+constexpr int exitUsage = 2;
+
+}  // namespace qorctl
