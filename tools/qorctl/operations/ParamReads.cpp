@@ -13,7 +13,7 @@ namespace {
 using Names = std::vector<std::string>;
 
 std::shared_ptr<Names> declareNames(CLI::App& command) {
-    const auto names = std::make_shared<Names>();
+    auto names = std::make_shared<Names>();
     command.add_option("NAME", *names, "Parameters")->required();
     return names;
 }
