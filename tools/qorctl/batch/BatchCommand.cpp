@@ -11,6 +11,7 @@
 #include "Conversation.h"
 #include "HostPaths.h"
 #include "JsonText.h"
+#include "operations/OperationCommand.h"
 
 namespace qorctl {
 namespace {
@@ -47,21 +48,13 @@ BatchScript readScript(const std::string& file) {
 }
 
 /// False if the row of operations ends here.
-bool carryOut(Conversation& conversation, const BatchStep& step, const BatchOptions& options) {
-    Reply reply;
-    const bool succeeded = conversation.step(step.text, [&] {
-        reply = step.work(conversation.session());
-        return reply.outcome;
-    });
+bool runStep(Conversation& conversation, const BatchStep& step, const BatchOptions& options) {
+    const Reply reply = carryOut(conversation, step.text, step.work, options.json);
     conversation.results()["operations"].push_back({{"line", utf8Of(step.text)},
                                                     {"command", step.command},
-                                                    {"ok", succeeded},
+                                                    {"ok", reply.outcome.ok},
                                                     {"result", reply.result}});
-    if (!options.json) {
-        for (const std::string& line : reply.lines) std::printf("%s\n", line.c_str());
-        std::fflush(stdout);
-    }
-    return succeeded || options.keepsGoing;
+    return reply.outcome.ok || options.keepsGoing;
 }
 
 int runBatch(const BatchOptions& options, const BatchScript& script) {
@@ -70,7 +63,7 @@ int runBatch(const BatchOptions& options, const BatchScript& script) {
     const bool connects = script.wantsConnection() && !options.withoutEcu;
     return conversation.run(connects ? &options.connection : nullptr, [&] {
         for (const BatchStep& step : script.steps())
-            if (!carryOut(conversation, step, options)) break;
+            if (!runStep(conversation, step, options)) break;
     });
 }
 

@@ -22,19 +22,25 @@ int runOperation(const Operation& operation, const OperationOptions& options,
     conversation.results()["result"] = nullptr;
     const bool connects = operation.needsEcu && !options.withoutEcu;
     return conversation.run(connects ? &options.connection : nullptr, [&] {
-        Reply reply;
-        conversation.step(operation.name, [&] {
-            reply = work(conversation.session());
-            return reply.outcome;
-        });
-        conversation.results()["result"] = reply.result;
-        if (options.json) return;
-        for (const std::string& line : reply.lines) std::printf("%s\n", line.c_str());
-        std::fflush(stdout);
+        conversation.results()["result"] =
+            carryOut(conversation, operation.name, work, options.json).result;
     });
 }
 
 }  // namespace
+
+Reply carryOut(Conversation& conversation, const std::string& title, const OperationWork& work,
+               bool json) {
+    Reply reply;
+    conversation.step(title, [&] {
+        reply = work(conversation.session());
+        return reply.outcome;
+    });
+    if (json) return reply;
+    for (const std::string& line : reply.lines) std::printf("%s\n", line.c_str());
+    std::fflush(stdout);
+    return reply;
+}
 
 Action declareOperation(const Operation& operation, CLI::App& command) {
     const auto options = std::make_shared<OperationOptions>();
