@@ -77,31 +77,48 @@ unsigned __stdcall ClientSocketCommandFactory::workerThread(void* factory) {
 
 bool ClientSocketCommandFactory::send(std::unique_ptr<IExternalCommand> command,
                                       unsigned int timeoutMs) {
+    return sendIf(nullptr, std::move(command), timeoutMs);
+}
+
+bool ClientSocketCommandFactory::sendIf(Permit permit, std::unique_ptr<IExternalCommand> command,
+                                        unsigned int timeoutMs) {
     if (common::currentThreadId() == workerThread_) {
         running_->sendNow(*command);
         return true;
     }
     if (timeoutMs == useDefault) timeoutMs = defaultTimeout(command->getId());
-    CmdData data;
-    data.requestId = dynamic_cast<const ExternalCommand&>(*command).requestId();
-    data.timeoutMs = timeoutMs;
-    command->write(data.bytes);
+    CmdData data = makeData(*command, timeoutMs);
     command.reset();
-    if (timeoutMs != doNotWait) data.results = &resultQueueOfThisThread();
+    const bool isAwaited = timeoutMs != doNotWait;
+    if (isAwaited) data.results = &resultQueueOfThisThread();
+    if (isAwaited || permit != nullptr)
+        data.departure = std::make_shared<Departure>(std::move(permit));
     outgoing_.push(data);
-    return timeoutMs == doNotWait || awaitResult(*data.results, data.requestId, timeoutMs);
+    if (!isAwaited) return true;
+    const bool succeeded = awaitResult(data);
+    data.departure->cancel();
+    return succeeded;
 }
 
-bool ClientSocketCommandFactory::awaitResult(CmdResultQueue& results, std::uint32_t requestId,
-                                             unsigned int timeoutMs) {
+ClientSocketCommandFactory::CmdData ClientSocketCommandFactory::makeData(
+    const IExternalCommand& command, unsigned int timeoutMs) {
+    CmdData data;
+    data.requestId = dynamic_cast<const ExternalCommand&>(command).requestId();
+    data.timeoutMs = timeoutMs;
+    command.write(data.bytes);
+    return data;
+}
+
+bool ClientSocketCommandFactory::awaitResult(const CmdData& sent) {
     const std::uint32_t start = common::tickCount();
     for (;;) {
         CmdResult result;
         // A result with another id belongs to an earlier send that no longer waited for it.
-        if (results.pop(result, 1) && result.requestId == requestId)
+        if (sent.results->pop(result, 1) && result.requestId == sent.requestId)
             return result.status == CmdResult::success;
         if (stop_) return false;
-        if (timeoutMs != noLimit && common::hasPassed(common::tickCount(), start, timeoutMs))
+        if (sent.timeoutMs != noLimit &&
+            common::hasPassed(common::tickCount(), start, sent.timeoutMs))
             return false;
     }
 }
@@ -112,6 +129,8 @@ unsigned int ClientSocketCommandFactory::defaultTimeout(unsigned int) const {
 
 void ClientSocketCommandFactory::onConnected(ConnInstance&) {
     received_.clear();
+    if (wasConnected_) onNewQor();
+    wasConnected_ = true;
 }
 
 void ClientSocketCommandFactory::onData(ConnInstance&, const std::string& bytes) {

@@ -9,6 +9,7 @@
 #include "protocol/Commands.h"
 #include "transport/CmdResult.h"
 #include "transport/ConnectionDataAccepter.h"
+#include "transport/Departure.h"
 #include "transport/IExternalCommandFactory.h"
 #include "transport/ReceiveBuffer.h"
 
@@ -31,7 +32,8 @@ public:
         std::uint32_t requestId = 0;
         unsigned int timeoutMs = 0;
         std::string bytes;
-        CmdResultQueue* results = nullptr;  ///< null when nobody waits
+        CmdResultQueue* results = nullptr;     ///< null when nobody waits
+        std::shared_ptr<Departure> departure;  ///< null when it leaves in any case
     };
 
     /// Does not connect; the worker does.
@@ -44,9 +46,15 @@ public:
     /// worker gives the request up at its next pass unless the answer is already there.
     bool send(std::unique_ptr<IExternalCommand> command, unsigned int timeoutMs) override;
 
+    /// A command that waits for the connection, or behind others, does not leave once its sender
+    /// has given it up.
+    bool sendIf(Permit permit, std::unique_ptr<IExternalCommand> command,
+                unsigned int timeoutMs) override;
+
     unsigned int defaultTimeout(unsigned int commandType) const override;
 
     /// A new connection starts with an empty buffer: what the broken one left would misalign it.
+    /// Any after the first is to another QOR, for all that anybody knows.
     void onConnected(ConnInstance& connection) override;
     void onData(ConnInstance& connection, const std::string& bytes) override;
     void onClosed(ConnInstance& connection) override;
@@ -55,6 +63,10 @@ public:
     /// Runs the handler of a received command; false means "not handled".
     virtual bool handleCommand(IExternalCommand& command,
                                IExternalCommand::ICommandReplyer& replyer) = 0;
+
+    /// QOR may be another one from now on. Said on the worker thread, before anything else of the
+    /// new connection; no command of before leaves over it without being asked for its permit.
+    virtual void onNewQor() {}
 
 protected:
     /// Throws std::runtime_error if the thread cannot be started.
@@ -67,7 +79,8 @@ private:
     friend class SocketWorker;
 
     static unsigned __stdcall workerThread(void* factory);
-    bool awaitResult(CmdResultQueue& results, std::uint32_t requestId, unsigned int timeoutMs);
+    static CmdData makeData(const IExternalCommand& command, unsigned int timeoutMs);
+    bool awaitResult(const CmdData& sent);
 
     const CommandPing pingPrototype_;
     common::Thread worker_;
@@ -77,6 +90,7 @@ private:
     const unsigned int serverPort_;
     ThreadSafeQueue<CmdData> outgoing_;
     ReceiveBuffer received_;
+    bool wasConnected_ = false;                  // of the worker alone
     std::atomic<unsigned int> workerThread_{0};  // its id; 0: it does not run
     SocketWorker* running_ = nullptr;            // on the stack of that thread, and for it alone
 };

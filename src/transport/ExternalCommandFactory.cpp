@@ -46,9 +46,14 @@ ExternalCommandFactory::~ExternalCommandFactory() = default;
 
 bool ExternalCommandFactory::send(std::unique_ptr<IExternalCommand> command,
                                   unsigned int timeoutMs) {
+    return sendIf(nullptr, std::move(command), timeoutMs);
+}
+
+bool ExternalCommandFactory::sendIf(Permit permit, std::unique_ptr<IExternalCommand> command,
+                                    unsigned int timeoutMs) {
     releaseHeldSender();
-    const HWND server = platform_->findWindow(serverWindowName_);
-    if (server == nullptr) return false;
+    const HWND server = findServer();
+    if (server == nullptr || (permit != nullptr && !permit())) return false;
     if (timeoutMs == useDefault) timeoutMs = defaultTimeout(command->getId());
     std::string bytes;
     command->write(bytes);
@@ -57,6 +62,23 @@ bool ExternalCommandFactory::send(std::unique_ptr<IExternalCommand> command,
     unsigned long result = 0;
     return platform_->sendCopyData(server, messageTag, bytes, flags, timeoutMs, result) &&
            result != 0;
+}
+
+HWND ExternalCommandFactory::findServer() {
+    const HWND server = platform_->findWindow(serverWindowName_);
+    if (server == nullptr) return nullptr;
+    const Peer found{server, platform_->processOf(server)};
+    const bool isAnother = found.window != peer_.window || found.process != peer_.process;
+    if (isAnother && peer_.window != nullptr) onNewQor();
+    peer_ = found;
+    return server;
+}
+
+void ExternalCommandFactory::lookAfterPeer() {
+    // A message does not tell whose it is: that the known window is gone must do.
+    if (peer_.window == nullptr || platform_->processOf(peer_.window) == peer_.process) return;
+    peer_ = Peer();
+    onNewQor();
 }
 
 void ExternalCommandFactory::releaseHeldSender() {
@@ -71,6 +93,7 @@ bool ExternalCommandFactory::onCopyData(const COPYDATASTRUCT* record) {
     if (record == nullptr || record->dwData != messageTag) return false;
     if (record->lpData == nullptr || record->cbData > protocol::maxRecordBytes) return false;
     try {
+        lookAfterPeer();
         return handleBytes(std::string(static_cast<const char*>(record->lpData), record->cbData));
     } catch (const std::bad_alloc&) {
         return false;  // must not leave through the system's dispatching

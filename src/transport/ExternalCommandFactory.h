@@ -33,6 +33,10 @@ public:
     /// does is the system's affair.
     bool send(std::unique_ptr<IExternalCommand> command, unsigned int timeoutMs) override;
 
+    /// The permit is asked when QOR's window has been found.
+    bool sendIf(Permit permit, std::unique_ptr<IExternalCommand> command,
+                unsigned int timeoutMs) override;
+
     unsigned int defaultTimeout(unsigned int commandType) const override;
 
     /// Handles a received message; the result goes back to the sender.
@@ -42,9 +46,21 @@ public:
     virtual bool handleCommand(IExternalCommand& command,
                                IExternalCommand::ICommandReplyer& replyer) = 0;
 
+    /// QOR is another one from now on: its window is another one, or that of another process.
+    /// Said before anything is sent to it, and before anything that it sends is handled.
+    virtual void onNewQor() {}
+
 private:
     class CommandReplyer;
 
+    /// QOR's window as it was last seen, and whose it was; null: none is known to be there.
+    struct Peer {
+        HWND window = nullptr;
+        unsigned long process = 0;
+    };
+
+    HWND findServer();
+    void lookAfterPeer();
     void releaseHeldSender();
     bool handleBytes(const std::string& bytes);
 
@@ -52,4 +68,5 @@ private:
     const std::string serverWindowName_;
     const CommandPing pingPrototype_;
     const std::unique_ptr<IWindowPlatform> platform_;
+    Peer peer_;
 };

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <functional>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "protocol/IClientCommand.h"
@@ -21,6 +23,16 @@ public:
     /// not say that an answer carried data, nor that its handler accepted it: whoever reads an
     /// answer waits for it by itself. The result of a send that does not wait means nothing.
     virtual bool send(std::unique_ptr<IExternalCommand> command, unsigned int timeoutMs) = 0;
+
+    /// Asked on the thread that sends a command, immediately before its bytes leave.
+    using Permit = std::function<bool()>;
+
+    /// The same for a command that leaves only if `permit` (null: always) is still true when its
+    /// turn has come; else the send has failed.
+    virtual bool sendIf(Permit permit, std::unique_ptr<IExternalCommand> command,
+                        unsigned int timeoutMs) {
+        return (permit == nullptr || permit()) && send(std::move(command), timeoutMs);
+    }
 
     virtual ~IExternalCommandFactory() = default;
 

@@ -112,13 +112,22 @@ void SocketWorker::handleCommand(IExternalCommand& command) {
 
 void SocketWorker::sendNextCommand() {
     ClientSocketCommandFactory::CmdData next;
-    // No wait here: the pump waits for the queue and the socket together.
-    if (!factory_.outgoing_.pop(next, 0)) return;
-    if (!connection_.isConnected()) {
-        if (next.results != nullptr)
-            next.results->push(CmdResult{next.requestId, CmdResult::failure});
-        return;
-    }
+    do {
+        // No wait here: the pump waits for the queue and the socket together.
+        if (!factory_.outgoing_.pop(next, 0)) return;
+    } while (isWithdrawn(next));
+    if (!connection_.isConnected()) return fail(next);
     connection_.send(next.bytes);
     if (next.results != nullptr) pending_.add(next.requestId, next.timeoutMs, next.results);
+}
+
+bool SocketWorker::isWithdrawn(const ClientSocketCommandFactory::CmdData& command) {
+    if (command.departure == nullptr || command.departure->mayLeave()) return false;
+    fail(command);
+    return true;
+}
+
+void SocketWorker::fail(const ClientSocketCommandFactory::CmdData& command) {
+    if (command.results != nullptr)
+        command.results->push(CmdResult{command.requestId, CmdResult::failure});
 }

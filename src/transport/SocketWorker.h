@@ -33,6 +33,9 @@ private:
     void handleRecord(const std::string& record, std::uint32_t requestId);
     void handleCommand(IExternalCommand& command);
     void sendNextCommand();
+    /// Whether a command may not leave any more; its sender is told then.
+    static bool isWithdrawn(const ClientSocketCommandFactory::CmdData& command);
+    static void fail(const ClientSocketCommandFactory::CmdData& command);
     void sendAcknowledgements();
 
     ClientSocketCommandFactory& factory_;

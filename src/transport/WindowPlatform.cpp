@@ -5,6 +5,11 @@ HWND WindowPlatform::findWindow(const std::string& title) {
     return title.empty() ? nullptr : FindWindowA(nullptr, title.c_str());
 }
 
+unsigned long WindowPlatform::processOf(HWND window) {
+    DWORD process = 0;
+    return GetWindowThreadProcessId(window, &process) != 0 ? process : 0;
+}
+
 bool WindowPlatform::sendCopyData(HWND window, unsigned long tag, const std::string& bytes,
                                   unsigned int flags, unsigned int timeoutMs,
                                   unsigned long& result) {

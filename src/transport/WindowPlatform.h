@@ -13,6 +13,9 @@ public:
     /// one title it is the system's choice.
     virtual HWND findWindow(const std::string& title) = 0;
 
+    /// The id of the process that `window` belongs to; 0 once the window is gone.
+    virtual unsigned long processOf(HWND window) = 0;
+
     /// Sends `bytes` as one copy-data message with this tag and waits at most `timeoutMs` for the
     /// receiver's result. False if the message was not taken in time.
     virtual bool sendCopyData(HWND window, unsigned long tag, const std::string& bytes,
@@ -30,6 +33,7 @@ public:
 class WindowPlatform final : public IWindowPlatform {
 public:
     HWND findWindow(const std::string& title) override;
+    unsigned long processOf(HWND window) override;
     bool sendCopyData(HWND window, unsigned long tag, const std::string& bytes, unsigned int flags,
                       unsigned int timeoutMs, unsigned long& result) override;
     bool holdsSender() override;

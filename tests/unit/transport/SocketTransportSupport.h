@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <functional>
@@ -66,6 +67,9 @@ public:
         return handler_ ? handler_(command, replyer) : dispatch(command, replyer, nullptr);
     }
 
+    void onNewQor() override { ++newQors_; }
+    int newQors() const { return newQors_; }
+
     /// What was received so far, once that is `count` or the patience is at its end.
     std::vector<Seen> seen(std::size_t count) {
         std::unique_lock<std::mutex> lock(mutex_);
@@ -85,6 +89,7 @@ private:
     std::mutex mutex_;
     std::condition_variable changed_;
     std::vector<Seen> seen_;
+    std::atomic<int> newQors_{0};
 };
 
 /// Sends a command without data (a tool routine) on a thread of its own.

@@ -21,6 +21,7 @@ public:
         calls.push_back("find " + title);
         return server;
     }
+    unsigned long processOf(HWND window) override { return window == server ? process : 0; }
     bool sendCopyData(HWND window, unsigned long tag, const std::string& bytes, unsigned int flags,
                       unsigned int timeoutMs, unsigned long& result) override {
         calls.push_back("send");
@@ -36,6 +37,7 @@ public:
     }
 
     HWND server = reinterpret_cast<HWND>(0x1234);
+    unsigned long process = 77;
     bool isTaken = true;
     unsigned long receiverResult = 1;
     bool isHolding = false;

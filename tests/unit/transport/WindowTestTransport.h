@@ -66,6 +66,8 @@ public:
         return handler(command, replyer);
     }
 
+    void onNewQor() override { ++newQors; }
+
     bool sendRoutine(unsigned int timeoutMs) {
         return send(std::make_unique<CommandEcuToolRoutine>(), timeoutMs);
     }
@@ -73,5 +75,6 @@ public:
     Prototypes registry;
     unsigned offers = 0;  ///< records offered to the first prototype
     std::vector<Seen> seen;
+    int newQors = 0;
     std::function<bool(IExternalCommand&, Replyer&)> handler = [](auto&, auto&) { return true; };
 };
