@@ -6,15 +6,19 @@
 using tracelog::libraryModule;
 using tracelog::trace;
 
-// The agent thread from its start to its end. Nothing that is thrown leaves it. An agent that
-// fails in the middle of its work is left as it is, and so is QOR: nobody knows what state either
-// is in, and the operator decides.
-unsigned int __stdcall QorControlFacade::agentThread(void* facade) {
-    const std::shared_ptr<Impl> impl =
-        static_cast<QorControlFacade*>(facade)->impl_->shared_from_this();
+// The agent thread from its start to its end. Nothing that is thrown leaves it. A failure is told
+// before anything is cleared up, which may take a second: from then on every operation fails at
+// once. An agent that fails in the middle of its work is left as it is, and so is QOR: nobody
+// knows what state either is in, and the operator decides.
+unsigned int __stdcall QorControlFacade::agentThread(void* share) {
+    const std::unique_ptr<std::shared_ptr<Impl>> own(static_cast<std::shared_ptr<Impl>*>(share));
+    const std::shared_ptr<Impl> impl = *own;
     std::unique_ptr<QorProtocolAgent> agent;
+    bool isWorking = false;
     try {
         agent = std::make_unique<QorProtocolAgent>(impl);
+        agent->start();
+        isWorking = true;
         while (impl->agentRunning) agent->step();
         agent->finish();
         return 0;
@@ -25,6 +29,7 @@ unsigned int __stdcall QorControlFacade::agentThread(void* facade) {
         trace(libraryModule, tracelog::error, 0, "%s",
               "Exception when starting QOR Remote agent thread.\n");
     }
-    static_cast<void>(agent.release());
+    impl->agentEnded = true;
+    if (isWorking) static_cast<void>(agent.release());
     return 0;
 }

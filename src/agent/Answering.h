@@ -12,9 +12,7 @@ Data* payloadOf(const QorControlFacade::Impl::ProtocolCmd& command) {
 }
 
 /// Tells the caller of a request, if one waits, that it succeeded. `data` carries the results;
-/// null where there are none. It must be a record of its own: as long as the request's payload is
-/// held, the facade keeps the queue of a caller that has given up. Always true, the result of a
-/// handler.
+/// null where there are none. Always true, the result of a handler.
 inline bool answer(const QorControlFacade::Impl::ProtocolCmd& command,
                    std::shared_ptr<QorControlFacade::Impl::CmdData> data = nullptr) {
     using Response = QorControlFacade::Impl::CmdResponse;

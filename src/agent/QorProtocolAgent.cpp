@@ -44,7 +44,13 @@ const QorProtocolAgent::Route QorProtocolAgent::routes[] = {
     {Impl::kindStopDirectCtrl, &QorProtocolAgent::controlParam},
 };
 
-QorProtocolAgent::QorProtocolAgent(std::shared_ptr<Impl> impl) : impl_(std::move(impl)) {
+QorProtocolAgent::QorProtocolAgent(std::shared_ptr<Impl> impl) : impl_(std::move(impl)) {}
+
+QorProtocolAgent::QorProtocolAgent(std::shared_ptr<Impl> impl,
+                                   std::unique_ptr<ClientExternalOperating> client)
+    : impl_(std::move(impl)), client_(client.release()) {}
+
+void QorProtocolAgent::start() {
     const std::string resolved = common::resolveAgainstExecutable(impl_->settingsPath);
     // A path that cannot be resolved cannot be read either; the complaint then names it as given.
     client_.reset(ClientExternalOperating::create(resolved.empty() ? impl_->settingsPath : resolved)
@@ -58,27 +64,42 @@ QorProtocolAgent::QorProtocolAgent(std::shared_ptr<Impl> impl) : impl_(std::move
     common::sleepMs(afterLaunchMs);
 }
 
-QorProtocolAgent::QorProtocolAgent(std::shared_ptr<Impl> impl,
-                                   std::unique_ptr<ClientExternalOperating> client)
-    : impl_(std::move(impl)), client_(client.release()) {}
-
 void QorProtocolAgent::step() {
     noteOnlineState();
     common::pumpCopyData();
+    noteEpoch();
     Impl::ProtocolCmd command;
     if (!impl_->commandQueue.pop(command, requestWaitMs)) {
         streamParams();
         streamDtcs();
         return;
     }
-    if (!handle(command) && command.replyQueue != nullptr)
-        command.replyQueue->push(Impl::CmdResponse());
+    carryOut(command);
+}
+
+void QorProtocolAgent::carryOut(const Impl::ProtocolCmd& command) {
+    // Its caller was told that it failed; carried out now, it would be a surprise.
+    if (command.replyQueue != nullptr && command.replyQueue->isGivenUp()) return;
+    client_->workFor(command.replyQueue);
+    const bool succeeded = handle(command);
+    client_->workFor(nullptr);
+    if (!succeeded && command.replyQueue != nullptr) command.replyQueue->push(Impl::CmdResponse());
 }
 
 void QorProtocolAgent::noteOnlineState() {
     if (!client_->isEcuOnline()) return;
     const common::LockGuard guard(impl_->stateLock);
     impl_->lastQorContactTick = common::tickCount();
+}
+
+void QorProtocolAgent::noteEpoch() {
+    const Epoch epoch = client_->epoch();
+    if (epoch == epoch_) return;
+    epoch_ = epoch;
+    // What the host last read or wrote was another QOR's, or another model's. The entries stay, but
+    // none is fresh.
+    const common::LockGuard guard(impl_->stateLock);
+    for (auto& entry : impl_->paramValueCache) entry.second.stamp = 0;
 }
 
 QorProtocolAgent::Handler QorProtocolAgent::handlerOf(std::uint32_t kind) const {

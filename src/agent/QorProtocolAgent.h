@@ -13,17 +13,20 @@ class QorProtocolAgent {
 public:
     using Impl = QorControlFacade::Impl;
 
-    /// Makes the client from the facade's settings file, publishes the path of QOR's executable
-    /// and launches QOR. Throws std::runtime_error if one of that fails.
     explicit QorProtocolAgent(std::shared_ptr<Impl> impl);
 
     /// With a client of the caller's making, already launched; for tests.
     QorProtocolAgent(std::shared_ptr<Impl> impl, std::unique_ptr<ClientExternalOperating> client);
 
+    /// Makes the client from the facade's settings file, publishes the path of QOR's executable
+    /// and launches QOR. Throws std::runtime_error if one of that fails; a client that was made
+    /// then lives until this object ends.
+    void start();
+
     /// One round: look after the online state, dispatch the thread's copy-data messages, carry
     /// out at most one request; waits at most 1 ms for one, and without one feeds the streams. A
     /// request that fails, for whatever reason, is answered as a failure; one that succeeds has
-    /// been answered by its handler.
+    /// been answered by its handler. One whose caller has given up meanwhile is not begun.
     void step();
 
     /// Ends the work with QOR: disconnects the ECU and shuts QOR down, if the settings name an
@@ -36,8 +39,10 @@ private:
     static const Route routes[];
 
     void noteOnlineState();
+    void noteEpoch();
     Handler handlerOf(std::uint32_t kind) const;
     bool handle(const Impl::ProtocolCmd& command);
+    void carryOut(const Impl::ProtocolCmd& command);
 
     bool performConnect(const Impl::ProtocolCmd& command);
     bool ping(const Impl::ProtocolCmd& command);
@@ -76,6 +81,8 @@ private:
     };
 
     std::unique_ptr<ClientExternalOperating, EndClient> client_;
+
+    Epoch epoch_ = 0;  // of the values in the facade's cache
 
     // The one stream of trouble codes; a null queue means none.
     Impl::DtcQueue* dtcQueue_ = nullptr;

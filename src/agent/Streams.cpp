@@ -27,17 +27,21 @@ void QorProtocolAgent::streamParams() {
         registered = impl_->repeatReads;
     }
     std::map<Impl::ParamQueue*, bool> tried;
+    const Epoch epoch = client_->epoch();
     for (const auto& entry : registered) {
-        bool prepared = entry.second.prepared;
+        // What another QOR was set up to send, this one does not send.
+        bool prepared = entry.second.prepared && entry.second.epoch == epoch;
         if (!prepared && hasQorAnsweredLately())
-            prepared = tried[entry.first] = client_->subscribe(entry.second.names);
+            prepared = tried[entry.first] = client_->subscribe(epoch, entry.second.names);
         if (prepared) fillQueue(*entry.first, entry.second.names);
     }
     // The host may have changed its registrations meanwhile; one that is gone stays gone.
     const common::LockGuard guard(impl_->stateLock);
     for (const auto& outcome : tried) {
         const auto live = impl_->repeatReads.find(outcome.first);
-        if (live != impl_->repeatReads.end()) live->second.prepared = outcome.second;
+        if (live == impl_->repeatReads.end()) continue;
+        live->second.prepared = outcome.second;
+        live->second.epoch = epoch;
     }
 }
 
@@ -63,7 +67,8 @@ bool QorProtocolAgent::isFresh(std::uint32_t arrivalTick) {
 
 bool QorProtocolAgent::stopParamStream(const Impl::ProtocolCmd& command) {
     const auto* request = payloadOf<Impl::CmdRepeatRead>(command);
-    return request != nullptr && client_->unsubscribe(request->names) && answer(command);
+    return request != nullptr && client_->unsubscribe(request->epoch, request->names) &&
+           answer(command);
 }
 
 void QorProtocolAgent::streamDtcs() {

@@ -59,6 +59,16 @@ ClientExternalOperating::~ClientExternalOperating() {
     common::sleepMs(settleMs);
 }
 
+IExternalCommandFactory::Permit ClientExternalOperating::permit(unsigned int timeoutMs,
+                                                                std::optional<Epoch> epoch) {
+    const auto caller = timeoutMs != IExternalCommandFactory::doNotWait ? caller_ : nullptr;
+    if (caller == nullptr && !epoch) return nullptr;
+    return [this, caller, epoch] {
+        if (caller != nullptr && caller->isGivenUp()) return false;
+        return !epoch || *epoch == state_.lock()->epoch;
+    };
+}
+
 bool ClientExternalOperating::launch(unsigned int timeoutMs) {
     if (ping(launchPingMs)) return true;
     const std::string executable =

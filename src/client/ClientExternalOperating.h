@@ -3,6 +3,7 @@
 #include <atomic>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -11,6 +12,7 @@
 #include "client/IProcessStarter.h"
 #include "common/Guarded.h"
 #include "common/HostInterfaces.h"
+#include "common/Interest.h"
 #include "transport/IExternalCommandFactory.h"
 
 /// The client side of the external-operating protocol: starts QOR, sends it commands and waits
@@ -61,6 +63,14 @@ public:
     /// One prototype of every command that QOR may send or answer.
     const IExternalCommandFactory::Prototypes& prototypes() const { return prototypes_; }
 
+    /// For whom the following operations are: once that caller has given up, no command for it
+    /// leaves for QOR any more. Null: for nobody in particular.
+    void workFor(std::shared_ptr<const common::Interest> caller) { caller_ = std::move(caller); }
+
+    /// The present epoch. Another one begins when QOR turns out to be another one, or has opened
+    /// another model: descriptions, values and streams of the old epoch are forgotten then.
+    Epoch epoch() { return state_.lock()->epoch; }
+
     /// Makes sure that QOR runs and answers; starts it unless it does, or unless the settings
     /// name no executable.
     bool launch(unsigned int timeoutMs);
@@ -99,10 +109,11 @@ public:
     bool readTogether(const std::vector<std::string>& names,
                       std::vector<std::vector<double>>& values, unsigned int timeoutMs);
 
-    /// Asks QOR to send these parameters' values by itself, until as many `unsubscribe` calls
-    /// have taken them back. A `subscribe` that fails changes nothing.
-    bool subscribe(const std::vector<std::string>& names);
-    bool unsubscribe(const std::vector<std::string>& names);
+    /// Asks the QOR of this epoch to send these parameters' values by itself, until as many
+    /// `unsubscribe` calls have taken them back. A `subscribe` that fails, also because the epoch
+    /// is over, changes nothing; what an epoch has asked for need not be taken back in the next.
+    bool subscribe(Epoch epoch, const std::vector<std::string>& names);
+    bool unsubscribe(Epoch epoch, const std::vector<std::string>& names);
     /// The values that QOR last sent of a parameter, with the tick of their arrival; without a
     /// command once the name is known.
     bool peekParamData(const std::string& name, SampledValue& sample);
@@ -131,6 +142,8 @@ public:
     void onCanBusData(const protocol::CanBusData& record);
     void onKwpAnswer(const protocol::ExecKwp& record);
     void onModelDescription(const protocol::GetHex& record);
+    /// QOR is another one than before, or knows other parameters.
+    void onNewQor();
 
     /// For the handlers that act by themselves.
     IExternalCommandFactory& transport() { return *transport_; }
@@ -140,8 +153,23 @@ public:
     void stopOperating() { operating_ = false; }
 
 private:
-    /// A name's index for a request about it; false if there is none to be had in time.
-    bool resolve(const std::string& name, unsigned int timeoutMs, std::int32_t& index);
+    /// Where a parameter is to be found, and how long that holds.
+    struct Place {
+        Epoch epoch = 0;
+        std::int32_t index = 0;
+    };
+    class Awaiting;
+
+    /// A description and the epoch in which it holds.
+    bool describe(const std::string& name, protocol::ParamInfo& description, Epoch& epoch,
+                  unsigned int timeoutMs);
+
+    /// A name's place for a request about it; false if there is none to be had in time.
+    bool resolve(const std::string& name, unsigned int timeoutMs, Place& place);
+
+    /// Copies what `entry` finds in the tables; false if there is nothing, or another epoch.
+    template <class Find, class T>
+    bool copyOut(Epoch epoch, Find entry, T& copy);
 
     /// Pumps until `isThere` is true, the time-out has passed or the client ends.
     template <class Condition>
@@ -149,13 +177,18 @@ private:
 
     bool directCtrl(const std::string& name, std::uint32_t operation,
                     const std::vector<double>& values, const std::string& text);
-    bool resolveAll(const std::vector<std::string>& names, unsigned int timeoutMs,
+    /// The names' indices, all of one epoch.
+    bool resolveAll(const std::vector<std::string>& names, unsigned int timeoutMs, Epoch& epoch,
                     std::vector<std::int32_t>& indices);
-    bool sendSubscriptions();
-    void count(const std::vector<std::int32_t>& indices, std::int32_t difference);
+    bool sendSubscriptions(Epoch epoch);
+    bool count(Epoch epoch, const std::vector<std::int32_t>& indices, std::int32_t difference);
 
+    /// Sends a command for the present caller (unless nobody is to wait for it); with an epoch one
+    /// that names indices, which leaves in that epoch only.
     template <class Command>
-    bool send(const typename Command::Payload& payload, unsigned int timeoutMs);
+    bool send(const typename Command::Payload& payload, unsigned int timeoutMs,
+              std::optional<Epoch> epoch = std::nullopt);
+    IExternalCommandFactory::Permit permit(unsigned int timeoutMs, std::optional<Epoch> epoch);
 
     bool startProcess(const std::string& executable, unsigned int timeoutMs);
 
@@ -164,6 +197,7 @@ private:
     std::string qorDirectory_;
     common::Guarded<ClientState> state_;
     std::atomic<bool> operating_{true};
+    std::shared_ptr<const common::Interest> caller_;  // of the agent thread alone
     std::unique_ptr<IExternalCommandFactory> transport_;
     std::unique_ptr<IProcessStarter> processStarter_;
     std::unique_ptr<IMessageBox> messageBox_;

@@ -12,15 +12,6 @@ namespace clientsend {
 /// How long resolving a name may take where the caller gives no time of its own.
 constexpr unsigned int resolveMs = 400;
 
-/// Copies the entry of `key` out, if there is one.
-template <class Map, class Key>
-bool copyEntry(const Map& map, const Key& key, typename Map::mapped_type& copy) {
-    const auto found = map.find(key);
-    if (found == map.end()) return false;
-    copy = found->second;
-    return true;
-}
-
 /// A time-out with some extra time for QOR; "no limit" stays what it is.
 constexpr unsigned int withExtra(unsigned int timeoutMs, unsigned int extraMs) {
     return timeoutMs == IExternalCommandFactory::noLimit ? timeoutMs : timeoutMs + extraMs;
@@ -28,10 +19,34 @@ constexpr unsigned int withExtra(unsigned int timeoutMs, unsigned int extraMs) {
 
 }  // namespace clientsend
 
+/// What the client waits for, to the end of the block: it does not make room for anything else.
+class ClientExternalOperating::Awaiting {
+public:
+    template <class What>
+    Awaiting(common::Guarded<ClientState>& state, const What& what) : state_(state) {
+        state_.lock()->params.await(what);
+    }
+    ~Awaiting() { state_.lock()->params.awaitNothing(); }
+    Awaiting(const Awaiting&) = delete;
+    Awaiting& operator=(const Awaiting&) = delete;
+
+private:
+    common::Guarded<ClientState>& state_;
+};
+
+template <class Find, class T>
+bool ClientExternalOperating::copyOut(Epoch epoch, Find entry, T& copy) {
+    const auto state = state_.lock();
+    const T* const found = state->epoch == epoch ? entry(state->params) : nullptr;
+    if (found != nullptr) copy = *found;
+    return found != nullptr;
+}
+
 template <class Command>
-bool ClientExternalOperating::send(const typename Command::Payload& payload,
-                                   unsigned int timeoutMs) {
-    return transport_->send(std::make_unique<Command>(payload), timeoutMs);
+bool ClientExternalOperating::send(const typename Command::Payload& payload, unsigned int timeoutMs,
+                                   std::optional<Epoch> epoch) {
+    return transport_->sendIf(permit(timeoutMs, epoch), std::make_unique<Command>(payload),
+                              timeoutMs);
 }
 
 template <class Condition>

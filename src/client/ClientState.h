@@ -2,29 +2,26 @@
 
 #include <cstdint>
 #include <deque>
-#include <map>
-#include <string>
 #include <vector>
 
+#include "client/ParamTables.h"
 #include "protocol/Records.h"
 
-/// The three arrays that QOR last told of a parameter, and when they were stored.
-struct SampledValue {
-    std::vector<double> values;
-    std::vector<double> second;
-    std::vector<double> third;
-    std::uint32_t tick = 0;
-};
-
-/// One answer that is not kept by a key: whether it has come, and what it carried.
+/// One answer that is not kept by a key: whether it is waited for, whether it has come, and what
+/// it carried. One that nobody waits for is not kept at all.
 template <class T>
 struct Arrival {
+    bool expected = false;
     bool arrived = false;
     T content;
 };
 
+/// The time for which QOR's parameter indices hold: another QOR, or another model in it, begins
+/// the next epoch.
+using Epoch = std::uint32_t;
+
 /// Everything in the client that both its own thread and the receiving side touch; reachable only
-/// under the client's lock. Parameters are keyed by QOR's index of them.
+/// under the client's lock.
 struct ClientState {
     // The connection.
     bool ecuOnline = false;
@@ -34,13 +31,10 @@ struct ClientState {
     std::int32_t bootstrapProgress = -1;
     std::deque<std::int32_t> bootstrapResults;  ///< oldest first
 
-    // The caches.
-    std::map<std::string, protocol::ParamInfo> descriptions;
-    std::map<std::int32_t, std::vector<double>> values;
-    std::map<std::int32_t, SampledValue> samples;
-    std::map<std::int32_t, std::int32_t> subscriptions;
+    // What QOR has told.
+    Epoch epoch = 0;
+    ParamTables params;
     Arrival<std::vector<protocol::DtcRecord>> dtcs;
     Arrival<std::vector<protocol::CanBusItem>> canFrames;
     Arrival<protocol::ExecKwp> kwpAnswer;
-    protocol::GetHex model;  ///< the last one that QOR sent; nobody asks for it yet
 };

@@ -1,3 +1,5 @@
+#include <utility>
+
 #include "client/ClientCommands.h"
 #include "client/ClientExternalOperating.h"
 #include "client/ClientSend.h"
@@ -11,25 +13,42 @@ constexpr unsigned int busMs = 10000;
 constexpr unsigned int segmentMs = 10000;
 constexpr unsigned int editMs = 90000;
 
-/// Forgets an earlier answer.
+/// Takes an answer out, if it has come.
 template <class T>
-void expect(Arrival<T>& arrival) {
-    arrival = Arrival<T>();
-}
-
-/// Copies an answer out, if it has come.
-template <class T>
-bool take(const Arrival<T>& arrival, T& content) {
-    if (arrival.arrived) content = arrival.content;
+bool take(Arrival<T>& arrival, T& content) {
+    if (arrival.arrived) content = std::move(arrival.content);
     return arrival.arrived;
 }
+
+/// Lets one answer be kept, to the end of the block; an earlier one is forgotten.
+template <class T>
+class Expecting {
+public:
+    Expecting(common::Guarded<ClientState>& state, Arrival<T> ClientState::*arrival)
+        : state_(state), arrival_(arrival) {
+        reset(true);
+    }
+    ~Expecting() { reset(false); }
+    Expecting(const Expecting&) = delete;
+    Expecting& operator=(const Expecting&) = delete;
+
+private:
+    void reset(bool expected) {
+        Arrival<T> empty;
+        empty.expected = expected;
+        std::swap((*state_.lock()).*arrival_, empty);
+    }
+
+    common::Guarded<ClientState>& state_;
+    Arrival<T> ClientState::*const arrival_;
+};
 
 }  // namespace
 
 bool ClientExternalOperating::getDtc(std::uint32_t statusMask,
                                      std::vector<protocol::DtcRecord>& dtcs,
                                      unsigned int timeoutMs) {
-    expect(state_.lock()->dtcs);
+    const Expecting expecting(state_, &ClientState::dtcs);
     protocol::GetDtc request;
     request.option = statusMask != 0;
     return send<ClientCommandGetDTC>(request, timeoutMs) &&
@@ -47,9 +66,9 @@ bool ClientExternalOperating::execKwp(const protocol::ExecKwp& request, protocol
     {
         const auto state = state_.lock();
         if (!state->connecting) return false;
-        expect(state->kwpAnswer);
         command.channel = state->connectRecord.protocol;
     }
+    const Expecting expecting(state_, &ClientState::kwpAnswer);
     return send<ClientCommandExecKwp>(command, kwpMs) &&
            waitUntil(clientsend::withExtra(request.timeoutMs, kwpMs),
                      [&] { return take(state_.lock()->kwpAnswer, answer); });
@@ -62,7 +81,7 @@ bool ClientExternalOperating::connectCanBus(const protocol::CanBusConnect& setti
 bool ClientExternalOperating::getCanBusData(const std::vector<protocol::CanBusItem>& request,
                                             std::vector<protocol::CanBusItem>& frames,
                                             unsigned int timeoutMs) {
-    expect(state_.lock()->canFrames);
+    const Expecting expecting(state_, &ClientState::canFrames);
     return send<ClientCommandCanBusData>(protocol::CanBusData{request}, timeoutMs) &&
            waitUntil(clientsend::withExtra(timeoutMs, canExtraMs),
                      [&] { return take(state_.lock()->canFrames, frames); });
@@ -81,5 +100,7 @@ bool ClientExternalOperating::setEcuSegment(const std::string& segment, bool fla
 }
 
 bool ClientExternalOperating::startEdit(const protocol::StartEdit& model) {
-    return send<CommandStartEdit>(model, editMs);
+    const bool opened = send<CommandStartEdit>(model, editMs);
+    onNewQor();  // even if that failed: the session before it is over
+    return opened;
 }

@@ -1,5 +1,3 @@
-#include <algorithm>
-
 #include "client/ClientCommands.h"
 #include "client/ClientExternalOperating.h"
 #include "client/ClientSend.h"
@@ -11,12 +9,13 @@ constexpr unsigned int listMs = 500;
 }  // namespace
 
 bool ClientExternalOperating::resolveAll(const std::vector<std::string>& names,
-                                         unsigned int timeoutMs,
+                                         unsigned int timeoutMs, Epoch& epoch,
                                          std::vector<std::int32_t>& indices) {
+    epoch = this->epoch();
     for (const std::string& name : names) {
-        std::int32_t index = 0;
-        if (!resolve(name, timeoutMs, index)) return false;
-        indices.push_back(index);
+        Place place;
+        if (!resolve(name, timeoutMs, place) || place.epoch != epoch) return false;
+        indices.push_back(place.index);
     }
     return true;
 }
@@ -28,70 +27,73 @@ bool ClientExternalOperating::readTogether(const std::vector<std::string>& names
         values.clear();
         return true;
     }
+    Epoch epoch = 0;
     std::vector<std::int32_t> indices;
-    if (!resolveAll(names, timeoutMs, indices)) return false;
+    if (!resolveAll(names, timeoutMs, epoch, indices)) return false;
     protocol::ReadTogether request;
     request.paramIndices.assign(indices.begin(), indices.end());
     request.names = names;
+    const Awaiting awaiting(state_, indices);
     {
         const auto state = state_.lock();
-        for (const std::int32_t index : indices) state->values.erase(index);
+        for (const std::int32_t index : indices) state->params.dropValues(index);
     }
     std::vector<std::vector<double>> found(indices.size());
     const auto areThere = [&] {
         const auto state = state_.lock();
+        if (state->epoch != epoch) return false;
+        for (const std::int32_t index : indices)
+            if (state->params.values(index) == nullptr) return false;
         for (std::size_t i = 0; i < indices.size(); ++i)
-            if (!clientsend::copyEntry(state->values, indices[i], found[i])) return false;
+            found[i] = *state->params.values(indices[i]);
         return true;
     };
-    if (!send<ClientCommandReadTogether>(request, timeoutMs)) return false;
+    if (!send<ClientCommandReadTogether>(request, timeoutMs, epoch)) return false;
     if (!waitUntil(timeoutMs, areThere)) return false;
     values = std::move(found);
     return true;
 }
 
-bool ClientExternalOperating::subscribe(const std::vector<std::string>& names) {
+bool ClientExternalOperating::subscribe(Epoch epoch, const std::vector<std::string>& names) {
+    Epoch resolvedIn = 0;
     std::vector<std::int32_t> indices;
-    if (!resolveAll(names, clientsend::resolveMs, indices)) return false;
-    count(indices, 1);
-    if (sendSubscriptions()) return true;
-    count(indices, -1);  // whoever asks again must not count twice
+    if (!resolveAll(names, clientsend::resolveMs, resolvedIn, indices)) return false;
+    if (resolvedIn != epoch || !count(epoch, indices, 1)) return false;
+    if (sendSubscriptions(epoch)) return true;
+    count(epoch, indices, -1);  // whoever asks again must not count twice
     return false;
 }
 
-bool ClientExternalOperating::unsubscribe(const std::vector<std::string>& names) {
+bool ClientExternalOperating::unsubscribe(Epoch epoch, const std::vector<std::string>& names) {
+    if (this->epoch() != epoch) return true;  // that QOR sends no more values, nor does this one
+    Epoch resolvedIn = 0;
     std::vector<std::int32_t> indices;
-    if (!resolveAll(names, clientsend::resolveMs, indices)) return false;
-    count(indices, -1);
-    return sendSubscriptions();
+    if (!resolveAll(names, clientsend::resolveMs, resolvedIn, indices)) return false;
+    return resolvedIn != epoch || !count(epoch, indices, -1) || sendSubscriptions(epoch);
 }
 
-void ClientExternalOperating::count(const std::vector<std::int32_t>& indices,
+bool ClientExternalOperating::count(Epoch epoch, const std::vector<std::int32_t>& indices,
                                     std::int32_t difference) {
     const auto state = state_.lock();
-    for (const std::int32_t index : indices) {
-        std::int32_t& references = state->subscriptions[index];
-        references = std::max(references + difference, 0);
-    }
+    if (state->epoch != epoch) return false;
+    state->params.count(indices, difference);
+    return true;
 }
 
-bool ClientExternalOperating::sendSubscriptions() {
+bool ClientExternalOperating::sendSubscriptions(Epoch epoch) {
     protocol::SetParamList list;
-    {
-        const auto state = state_.lock();
-        for (const auto& entry : state->subscriptions)
-            if (entry.second >= 1)
-                list.paramIndices.items.push_back(static_cast<std::uint32_t>(entry.first));
-    }
-    return send<CommandSetParamList>(list, listMs);
+    for (const std::int32_t index : state_.lock()->params.streamed())
+        list.paramIndices.items.push_back(static_cast<std::uint32_t>(index));
+    return send<CommandSetParamList>(list, listMs, epoch);
 }
 
 bool ClientExternalOperating::peekParamData(const std::string& name, SampledValue& sample) {
-    std::int32_t index = 0;
-    if (!resolve(name, clientsend::resolveMs, index)) return false;
+    Place place;
+    if (!resolve(name, clientsend::resolveMs, place)) return false;
     SampledValue found;
-    if (!clientsend::copyEntry(state_.lock()->samples, index, found)) return false;
-    if (found.values.empty()) return false;
+    const bool isThere = copyOut(
+        place.epoch, [&](const ParamTables& params) { return params.sample(place.index); }, found);
+    if (!isThere || found.values.empty()) return false;
     sample = std::move(found);
     return true;
 }

@@ -19,6 +19,8 @@ public:
     bool handleCommand(IExternalCommand& command,
                        IExternalCommand::ICommandReplyer& replyer) override;
 
+    void onNewQor() override { client_.onNewQor(); }
+
 private:
     ClientExternalOperating& client_;
 };

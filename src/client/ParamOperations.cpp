@@ -14,18 +14,30 @@ constexpr unsigned int writeMs = 500;
 
 bool ClientExternalOperating::getParamInfo(const std::string& name, ParamInfo& description,
                                            unsigned int timeoutMs, bool refresh) {
-    if (refresh) state_.lock()->descriptions.erase(name);
+    if (refresh) state_.lock()->params.dropDescription(name);
+    Epoch epoch = 0;
+    return describe(name, description, epoch, timeoutMs);
+}
+
+bool ClientExternalOperating::describe(const std::string& name, ParamInfo& description,
+                                       Epoch& epoch, unsigned int timeoutMs) {
     ParamInfo found;
     const auto isThere = [&] {
-        return clientsend::copyEntry(state_.lock()->descriptions, name, found);
+        const auto state = state_.lock();
+        const ParamInfo* const known = state->params.description(name);
+        if (known == nullptr) return false;
+        found = *known;
+        epoch = state->epoch;
+        return true;
     };
     if (!isThere()) {
+        const Awaiting awaiting(state_, name);
         ParamInfo request;
         request.name = name;
         if (!send<ClientCommandGetParamInfo>(request, timeoutMs)) return false;
         if (!waitUntil(timeoutMs, isThere)) {
             // Under the empty name, so that the requested one is asked for again next time.
-            state_.lock()->descriptions[std::string()] = ParamInfo();
+            state_.lock()->params.storeDescription(std::string(), ParamInfo());
             return false;
         }
     }
@@ -35,27 +47,31 @@ bool ClientExternalOperating::getParamInfo(const std::string& name, ParamInfo& d
 }
 
 bool ClientExternalOperating::resolve(const std::string& name, unsigned int timeoutMs,
-                                      std::int32_t& index) {
+                                      Place& place) {
     ParamInfo description;
-    if (!getParamInfo(name, description, timeoutMs, false)) return false;
-    index = description.paramIndex;
+    if (!describe(name, description, place.epoch, timeoutMs)) return false;
+    place.index = description.paramIndex;
     return true;
 }
 
 bool ClientExternalOperating::getParamData(const std::string& name, std::vector<double>& values,
                                            unsigned int timeoutMs, bool refresh) {
-    std::int32_t index = 0;
-    if (!resolve(name, timeoutMs, index)) return false;
-    if (refresh) state_.lock()->values.erase(index);
+    Place place;
+    if (!resolve(name, timeoutMs, place)) return false;
+    const Awaiting awaiting(state_, std::vector<std::int32_t>{place.index});
+    if (refresh) state_.lock()->params.dropValues(place.index);
     const auto isThere = [&] {
-        return clientsend::copyEntry(state_.lock()->values, index, values);
+        return copyOut(
+            place.epoch, [&](const ParamTables& params) { return params.values(place.index); },
+            values);
     };
     if (isThere()) return true;
     DirectCtrl request;
-    request.paramIndex = static_cast<std::uint32_t>(index);
+    request.paramIndex = static_cast<std::uint32_t>(place.index);
     request.operation = DirectCtrl::readValues;
     request.name = name;
-    return send<ClientCommandDirectCtrl>(request, timeoutMs) && waitUntil(timeoutMs, isThere);
+    return send<ClientCommandDirectCtrl>(request, timeoutMs, place.epoch) &&
+           waitUntil(timeoutMs, isThere);
 }
 
 bool ClientExternalOperating::setParamData(const std::string& name,
@@ -80,38 +96,42 @@ bool ClientExternalOperating::stopDirectCtrl(const std::string& name) {
 bool ClientExternalOperating::directCtrl(const std::string& name, std::uint32_t operation,
                                          const std::vector<double>& values,
                                          const std::string& text) {
-    std::int32_t index = 0;
-    if (!resolve(name, clientsend::resolveMs, index)) return false;
+    Place place;
+    if (!resolve(name, clientsend::resolveMs, place)) return false;
     DirectCtrl request;
-    request.paramIndex = static_cast<std::uint32_t>(index);
+    request.paramIndex = static_cast<std::uint32_t>(place.index);
     request.operation = operation;
     request.values = values;
     request.name = text;
-    return send<ClientCommandDirectCtrl>(request, writeMs);
+    return send<ClientCommandDirectCtrl>(request, writeMs, place.epoch);
 }
 
 bool ClientExternalOperating::getStaticParam(const std::string& name, SampledValue& sample,
                                              unsigned int timeoutMs) {
-    std::int32_t index = 0;
-    if (!resolve(name, timeoutMs, index)) return false;
-    state_.lock()->samples.erase(index);
+    Place place;
+    if (!resolve(name, timeoutMs, place)) return false;
+    const Awaiting awaiting(state_, std::vector<std::int32_t>{place.index});
+    state_.lock()->params.dropSample(place.index);
     StaticParam request;
-    request.paramIndex = static_cast<std::uint32_t>(index);
+    request.paramIndex = static_cast<std::uint32_t>(place.index);
     request.operation = StaticParam::readArrays;
     const auto isThere = [&] {
-        return clientsend::copyEntry(state_.lock()->samples, index, sample);
+        return copyOut(
+            place.epoch, [&](const ParamTables& params) { return params.sample(place.index); },
+            sample);
     };
-    return send<ClientCommandStaticParam>(request, timeoutMs) && waitUntil(timeoutMs, isThere);
+    return send<ClientCommandStaticParam>(request, timeoutMs, place.epoch) &&
+           waitUntil(timeoutMs, isThere);
 }
 
 bool ClientExternalOperating::setStaticParam(const std::string& name, const SampledValue& sample) {
-    std::int32_t index = 0;
-    if (!resolve(name, clientsend::resolveMs, index)) return false;
+    Place place;
+    if (!resolve(name, clientsend::resolveMs, place)) return false;
     StaticParam request;
-    request.paramIndex = static_cast<std::uint32_t>(index);
+    request.paramIndex = static_cast<std::uint32_t>(place.index);
     request.operation = StaticParam::writeArrays;
     request.first = sample.values;
     request.second = sample.second;
     request.third = sample.third;
-    return send<ClientCommandStaticParam>(request, writeMs);
+    return send<ClientCommandStaticParam>(request, writeMs, place.epoch);
 }

@@ -20,15 +20,15 @@ std::int32_t asInteger(double value) {
     return static_cast<std::int32_t>(whole);
 }
 
-/// Far more entries than any real model or connect brings; what a peer gone mad adds beyond it is
-/// dropped.
-constexpr std::size_t maxEntries = 100000;
+/// Far more results than any real connect brings; what a peer gone mad adds beyond it is dropped.
+constexpr std::size_t maxResults = 1000;
 
-/// Replaces or adds an entry.
-template <class Map>
-void store(Map& map, const typename Map::key_type& key, typename Map::mapped_type value) {
-    if (map.size() >= maxEntries && map.find(key) == map.end()) return;
-    map[key] = std::move(value);
+/// Keeps an answer, if somebody waits for it.
+template <class T>
+void arrive(Arrival<T>& arrival, const T& content) {
+    if (!arrival.expected) return;
+    arrival.content = content;
+    arrival.arrived = true;
 }
 
 }  // namespace
@@ -45,46 +45,46 @@ void ClientExternalOperating::onParamValue(std::int32_t id, double value) {
             return;
         case idResult:
             state->bootstrapProgress = -1;
-            if (state->bootstrapResults.size() < maxEntries)
+            if (state->bootstrapResults.size() < maxResults)
                 state->bootstrapResults.push_back(asInteger(value));
             return;
         default:
-            store(state->samples, id, SampledValue{{value}, {}, {}, common::tickCount()});
+            state->params.storeSample(id, {{value}, {}, {}, common::tickCount()});
     }
 }
 
 void ClientExternalOperating::onParamInfo(const protocol::ParamInfo& record) {
-    store(state_.lock()->descriptions, record.name, record);
+    state_.lock()->params.storeDescription(record.name, record);
 }
 
 void ClientExternalOperating::onDirectCtrl(const protocol::DirectCtrl& record) {
-    store(state_.lock()->values, static_cast<std::int32_t>(record.paramIndex), record.values);
+    state_.lock()->params.storeValues(static_cast<std::int32_t>(record.paramIndex), record.values);
 }
 
 void ClientExternalOperating::onStaticParam(const protocol::StaticParam& record) {
-    const auto state = state_.lock();
-    store(state->samples, static_cast<std::int32_t>(record.paramIndex),
-          SampledValue{record.first, record.second, record.third, common::tickCount()});
+    state_.lock()->params.storeSample(
+        static_cast<std::int32_t>(record.paramIndex),
+        {record.first, record.second, record.third, common::tickCount()});
 }
 
 void ClientExternalOperating::onDtcs(const protocol::GetDtc& record) {
-    const auto state = state_.lock();
-    state->dtcs.content = record.dtcs;
-    state->dtcs.arrived = true;
+    arrive(state_.lock()->dtcs, record.dtcs);
 }
 
 void ClientExternalOperating::onCanBusData(const protocol::CanBusData& record) {
-    const auto state = state_.lock();
-    state->canFrames.content = record.items;
-    state->canFrames.arrived = true;
+    arrive(state_.lock()->canFrames, record.items);
 }
 
 void ClientExternalOperating::onKwpAnswer(const protocol::ExecKwp& record) {
-    const auto state = state_.lock();
-    state->kwpAnswer.content = record;
-    state->kwpAnswer.arrived = true;
+    arrive(state_.lock()->kwpAnswer, record);
 }
 
-void ClientExternalOperating::onModelDescription(const protocol::GetHex& record) {
-    state_.lock()->model = record;
+void ClientExternalOperating::onModelDescription(const protocol::GetHex&) {
+    // Nobody asks for it yet.
+}
+
+void ClientExternalOperating::onNewQor() {
+    const auto state = state_.lock();
+    ++state->epoch;
+    state->params.clear();
 }

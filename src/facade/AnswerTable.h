@@ -15,15 +15,15 @@ public:
     AnswerTable& operator=(const AnswerTable&) = delete;
 
     /// The calling thread's queue, without anything that an earlier call left in it.
-    AnswerQueue& queueOfThisThread();
+    std::shared_ptr<AnswerQueue> queueOfThisThread();
 
     /// Takes the calling thread's queue out of the table: its next call gets a new one, so that
     /// no answer that is still to come can reach it.
-    std::unique_ptr<AnswerQueue> giveUpQueueOfThisThread();
+    void forgetQueueOfThisThread();
 
 private:
-    std::unique_ptr<AnswerQueue>& entryOfThisThread();
+    std::shared_ptr<AnswerQueue>& entryOfThisThread();
 
     common::Lock lock_;
-    std::map<unsigned int, std::unique_ptr<AnswerQueue>> queues_;
+    std::map<unsigned int, std::shared_ptr<AnswerQueue>> queues_;
 };

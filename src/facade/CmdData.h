@@ -129,8 +129,10 @@ struct QorControlFacade::Impl::CmdCanBusData : CmdData {
 
 /// Ends a stream of parameter values.
 struct QorControlFacade::Impl::CmdRepeatRead : CmdData {
-    explicit CmdRepeatRead(std::vector<std::string> paramNames) : names(std::move(paramNames)) {}
+    CmdRepeatRead(std::vector<std::string> paramNames, std::uint32_t preparedIn)
+        : names(std::move(paramNames)), epoch(preparedIn) {}
 
     ParamQueue* queue = nullptr;  ///< not used: the registration is gone already
     std::vector<std::string> names;
+    std::uint32_t epoch;  ///< in which the agent had prepared them
 };

@@ -2,13 +2,13 @@
 
 #include <atomic>
 #include <cstdint>
-#include <list>
 #include <map>
 #include <memory>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "common/Interest.h"
 #include "common/Lock.h"
 #include "common/Thread.h"
 #include "common/ThreadSafeQueue.h"
@@ -75,14 +75,20 @@ public:
         /// where there are none.
         std::shared_ptr<CmdData> data;
     };
-    using AnswerQueue = ThreadSafeQueue<CmdResponse>;
+
+    /// Where a caller waits for the answer to its request. The agent shares it: a caller that
+    /// gives up leaves it to whoever still holds the request, and uses another one from then on.
+    class AnswerQueue final : public ThreadSafeQueue<CmdResponse>, public common::Interest {
+    public:
+        using ThreadSafeQueue::ThreadSafeQueue;
+    };
 
     /// One request from the facade to the agent.
     struct ProtocolCmd {
         std::uint32_t kind = 0;
         std::shared_ptr<CmdData> data;
-        AnswerQueue* replyQueue = nullptr;    ///< null: no answer is wanted
-        IProgressMonitor* monitor = nullptr;  ///< the host's; not owned
+        std::shared_ptr<AnswerQueue> replyQueue;  ///< null: no answer is wanted
+        IProgressMonitor* monitor = nullptr;      ///< the host's; not owned
     };
 
     /// The last values of a parameter and the tick at which they were had.
@@ -99,7 +105,8 @@ public:
     /// What one host queue is to be filled with.
     struct RepeatRead {
         std::vector<std::string> names;
-        bool prepared = false;  ///< the agent has set QOR up to send these
+        bool prepared = false;    ///< the agent has set QOR up to send these
+        std::uint32_t epoch = 0;  ///< which QOR that was, in the agent's count
     };
 
     static constexpr unsigned int commandSlots = 10;
@@ -112,27 +119,16 @@ public:
 
     bool isEcuOnline();
 
-    /// Whether the agent thread still works. Without a kernel call: it notes its end itself.
-    bool isOperating() const { return agentThread.isRunning(); }
+    /// Whether the agent thread still works: it has not noted its end, and the system says so too
+    /// (a thread can end without returning).
+    bool isOperating() const;
+
+    /// The same without asking the system, which costs more than a look into the value cache.
+    bool mayBeOperating() const { return agentThread.isRunning() && !agentEnded; }
 
     /// Takes at most one message of any kind from the calling thread's queue and dispatches it;
     /// then whether the agent thread still works, by the system's own word.
     bool protectedMessagePump() const;
-
-    /// A queue that its caller has given up, and the request that may still be answered into it.
-    struct BuriedQueue {
-        std::unique_ptr<AnswerQueue> queue;
-        std::weak_ptr<CmdData> request;
-    };
-    using Grave = std::list<BuriedQueue>;
-
-    /// The room for one buried queue. Made before the request is posted: burying cannot fail.
-    static Grave makeGrave() { return Grave(1); }
-
-    /// Keeps `queue` alive until the agent can no longer answer into it: until the request's
-    /// payload is gone.
-    void bury(Grave grave, std::unique_ptr<AnswerQueue> queue,
-              const std::shared_ptr<CmdData>& request) noexcept;
 
     // Constant from construction.
     const std::string settingsPath;
@@ -145,7 +141,8 @@ public:
     common::Thread agentThread;
     std::atomic<bool> agentRunning{true};
 
-    common::Lock registryLock;  // guards buriedQueues_
+    // Set by the agent thread when it has failed: from then on it only clears up.
+    std::atomic<bool> agentEnded{false};
 
     // Guarded by stateLock, except where a comment says otherwise. The lock is held for copying
     // and looking at the clock, never across a call into another folder.
@@ -162,7 +159,4 @@ public:
     std::shared_ptr<Impl> facadeCount;
 
     std::atomic<bool> shuttingDown{false};  // one shutdown at a time
-
-private:
-    Grave buriedQueues_;
 };

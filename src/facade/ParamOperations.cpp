@@ -46,9 +46,10 @@ bool QorControlFacade::getParamData(const std::string& name, std::vector<double>
                                     unsigned int timeoutMs) const {
     static AnswerTable answers;
     const auto impl = impl_->shared_from_this();
-    if (!impl->isOperating()) return false;
-    if (valuecache::find(*impl, name, values, second, third)) return true;
+    if (!impl->mayBeOperating()) return false;
     TimedCall call(*impl, answers);
+    if (valuecache::find(*impl, name, values, second, third)) return true;
+    if (!impl->isOperating()) return false;
     const auto request = std::make_shared<Impl::CmdDataParamData>(name, timeoutMs);
     const auto* const answer =
         call.ask<Impl::CmdDataParamData>(Impl::kindGetParamData, request, doubledWait(timeoutMs));

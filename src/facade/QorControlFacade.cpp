@@ -74,14 +74,12 @@ QorControlFacade::QorControlFacade(const std::string& settingsPath, const EolLog
     auto impl = std::make_shared<Impl>(settingsPath, eolLog, readPeriodMs);
     openTraceBeside(hostPath);
     const tracelog::Scope scope(libraryModule, "QorControlFacade::QorControlFacade()\n");
+    // The thread gets a share of its own: it may first run when the facade is gone.
+    auto share = std::make_unique<std::shared_ptr<Impl>>(impl);
+    if (impl->agentThread.start(agentThread, share.get())) static_cast<void>(share.release());
     impl_ = impl.get();
     impl_->facadeCount = impl;
-    try {
-        if (impl_->agentThread.start(agentThread, this)) return;
-    } catch (...) {
-        impl_->facadeCount.reset();
-        throw;
-    }
+    if (impl_->agentThread.hasHandle()) return;
     trace(libraryModule, tracelog::error, 0, "Failed to start QOR Remote agent thread, %s.\n",
           common::lastErrorText().c_str());
 }

@@ -42,8 +42,8 @@
 /// `connectCanBus` and the streams leave none. The host's log gets a line beginning with "FAILED"
 /// for the reads and writes of values, direct control, KWP and CAN; not for `pingQor`,
 /// `getParamDescription` and the trouble codes. Unless an operation says otherwise, its output
-/// arguments are unchanged on failure. A request whose caller has given up may still be carried
-/// out.
+/// arguments are unchanged on failure. A request whose caller has given up is not begun any more;
+/// what had left for QOR by then may still be carried out.
 ///
 /// **Exceptions.** None but std::bad_alloc leaves an operation.
 ///
@@ -319,7 +319,7 @@ public:
 private:
     bool isOperating() const;
     bool protectedMessagePump() const;
-    static unsigned int __stdcall agentThread(void* facade);
+    static unsigned int __stdcall agentThread(void* share);
 
     Impl* impl_;
 };

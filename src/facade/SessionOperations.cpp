@@ -21,21 +21,17 @@ bool awaitPumping(Impl& impl, Impl::AnswerQueue& answers) {
     return response.result == Impl::CmdResponse::success;
 }
 
-/// Posts a request without a time limit and waits for its answer.
-bool postAndAwaitPumping(Impl& impl, std::uint32_t kind, std::shared_ptr<Impl::CmdData> request,
-                         IProgressMonitor* monitor) {
-    auto answers = std::make_unique<Impl::AnswerQueue>(1);
-    auto grave = Impl::makeGrave();
+/// Posts a request without a time limit; its answer comes into the queue that is returned.
+std::shared_ptr<Impl::AnswerQueue> postUntimed(Impl& impl, std::uint32_t kind,
+                                               std::shared_ptr<Impl::CmdData> request,
+                                               IProgressMonitor* monitor) {
     Impl::ProtocolCmd command;
     command.kind = kind;
-    command.data = request;
-    command.replyQueue = answers.get();
+    command.data = std::move(request);
+    command.replyQueue = std::make_shared<Impl::AnswerQueue>(1);
     command.monitor = monitor;
     impl.commandQueue.push(command);
-    const bool succeeded = awaitPumping(impl, *answers);
-    // An agent that was let go may still hold the request.
-    impl.bury(std::move(grave), std::move(answers), request);
-    return succeeded;
+    return command.replyQueue;
 }
 
 /// Sets the connecting flag to the end of the block.
@@ -72,8 +68,9 @@ bool QorControlFacade::connect(const EcuConnect& settings, EcuConnect::ConnType 
     logConnect(*impl, settings, type);
     auto request = std::make_shared<Impl::CmdDataConnect>(settings, type);
     if (monitor == nullptr) return postOnly(*impl, Impl::kindConnect, std::move(request));
+    const auto answers = postUntimed(*impl, Impl::kindConnect, std::move(request), monitor);
     const Connecting connecting(*impl);
-    return postAndAwaitPumping(*impl, Impl::kindConnect, std::move(request), monitor);
+    return awaitPumping(*impl, *answers);
 }
 
 bool QorControlFacade::setEcuSegment(const std::string& segment, bool flag,
@@ -83,8 +80,10 @@ bool QorControlFacade::setEcuSegment(const std::string& segment, bool flag,
     trace(libraryModule, tracelog::information, 0, "Setting segment = '%s' [%d]\n", segment.c_str(),
           flag);
     if (impl->eolLog != nullptr) impl->eolLog->info("SET-segment(%s): [%d]", segment.c_str(), flag);
-    return postAndAwaitPumping(*impl, Impl::kindSetEcuSegment,
-                               std::make_shared<Impl::CmdDataSegment>(segment, flag), monitor);
+    const auto answers =
+        postUntimed(*impl, Impl::kindSetEcuSegment,
+                    std::make_shared<Impl::CmdDataSegment>(segment, flag), monitor);
+    return awaitPumping(*impl, *answers);
 }
 
 bool QorControlFacade::openModel(const ModelDescription& model) const {

@@ -16,7 +16,7 @@ bool QorControlFacade::startParamRead(ThreadSafeQueue<std::vector<ParamValue>>* 
           listed.c_str());
     if (queue == nullptr) return true;
     const common::LockGuard guard(impl->stateLock);
-    impl->repeatReads[queue] = Impl::RepeatRead{names, false};
+    impl->repeatReads[queue] = Impl::RepeatRead{names, false, 0};
     return true;
 }
 
@@ -34,7 +34,7 @@ bool QorControlFacade::stopParamRead(ThreadSafeQueue<std::vector<ParamValue>>* q
     if (!stopped.prepared) return true;
     return impl->isOperating() &&
            postOnly(*impl, Impl::kindStopParamRead,
-                    std::make_shared<Impl::CmdRepeatRead>(std::move(stopped.names)));
+                    std::make_shared<Impl::CmdRepeatRead>(std::move(stopped.names), stopped.epoch));
 }
 
 bool QorControlFacade::startDtcRead(ThreadSafeQueue<std::vector<DtcDescription>>* queue,

@@ -8,15 +8,15 @@ TimedCall::TimedCall(Impl& impl, AnswerTable& answers)
     : impl_(impl), answers_(answers), start_(common::tickCount()) {}
 
 TimedCall::~TimedCall() {
+    if (queue_ == nullptr || answered_) return;
     // Posted, but the answer is still to come: nobody may take it for that of a later call.
-    if (queue_ != nullptr && !answered_)
-        impl_.bury(std::move(grave_), answers_.giveUpQueueOfThisThread(), request_);
+    if (waited_) queue_->giveUp();
+    answers_.forgetQueueOfThisThread();
 }
 
 void TimedCall::post(std::uint32_t kind, std::shared_ptr<Impl::CmdData> request) {
-    grave_ = Impl::makeGrave();  // first: without it the queue could not be given up
     request_ = std::move(request);
-    queue_ = &answers_.queueOfThisThread();
+    queue_ = answers_.queueOfThisThread();
     Impl::ProtocolCmd command;
     command.kind = kind;
     command.data = request_;
@@ -25,6 +25,7 @@ void TimedCall::post(std::uint32_t kind, std::shared_ptr<Impl::CmdData> request)
 }
 
 bool TimedCall::await(std::uint32_t waitMs) {
+    waited_ = waitMs != 0;
     answered_ = popWithin(waitMs);
     return answered_ && response_.result == Impl::CmdResponse::success;
 }

@@ -14,8 +14,9 @@ constexpr std::uint32_t doubledWait(std::uint32_t timeoutMs) {
 }
 
 /// The shape that all timed operations share: note the time, find the calling thread's answer
-/// queue, post the request, wait for the answer, and let an answer that did not come in time go
-/// astray. An operation adds only its payload, its results and its log lines.
+/// queue, post the request, wait for the answer, and give up one that does not come in time: then
+/// the answer goes astray, and what the agent has not begun for this caller it does not begin any
+/// more. An operation adds only its payload, its results and its log lines.
 class TimedCall {
 public:
     using Impl = QorControlFacade::Impl;
@@ -30,7 +31,8 @@ public:
     /// Posts the request.
     void post(std::uint32_t kind, std::shared_ptr<Impl::CmdData> request);
 
-    /// Waits for the answer; true if it came and tells success.
+    /// Waits for the answer; true if it came and tells success. A caller that waits no time at all
+    /// waits for nobody: its request is carried out whenever the agent comes to it.
     bool await(std::uint32_t waitMs);
 
     /// Posts and waits.
@@ -60,9 +62,9 @@ private:
     Impl& impl_;
     AnswerTable& answers_;
     const std::uint32_t start_;
-    Impl::AnswerQueue* queue_ = nullptr;
+    std::shared_ptr<Impl::AnswerQueue> queue_;
+    bool waited_ = false;
     bool answered_ = false;
-    Impl::Grave grave_;
     std::shared_ptr<Impl::CmdData> request_;
     Impl::CmdResponse response_;
 };

@@ -57,10 +57,9 @@ int noteAndLook(Impl& impl) {
 
 }  // namespace
 
-unsigned int QorControlFacade::agentThread(void* facade) {
-    const std::shared_ptr<Impl> impl =
-        static_cast<QorControlFacade*>(facade)->impl_->shared_from_this();
-    current->run(*impl);
+unsigned int QorControlFacade::agentThread(void* share) {
+    const std::unique_ptr<std::shared_ptr<Impl>> own(static_cast<std::shared_ptr<Impl>*>(share));
+    current->run(**own);
     return 0;
 }
 

@@ -18,6 +18,11 @@ public:
     bool send(std::unique_ptr<IExternalCommand> command, unsigned int timeoutMs) override {
         return qor_.take(std::move(command), timeoutMs);
     }
+    bool sendIf(Permit permit, std::unique_ptr<IExternalCommand> command,
+                unsigned int timeoutMs) override {
+        qor_.beforeLeaving(*command);
+        return IExternalCommandFactory::sendIf(std::move(permit), std::move(command), timeoutMs);
+    }
     const Prototypes& prototypes() const override { return client_.prototypes(); }
     unsigned int defaultTimeout(unsigned int) const override { return 2000; }
 

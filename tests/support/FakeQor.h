@@ -40,6 +40,9 @@ public:
         };
     }
 
+    /// What happens while a command waits for its turn to leave.
+    std::function<void(const IExternalCommand&)> beforeLeaving = [](const auto&) {};
+
     /// QOR answers questions for this parameter at once, under its own name.
     void knows(const protocol::ParamInfo& description);
     void knows(const std::string& name, std::int32_t index, bool threeArrays = false);
@@ -51,6 +54,9 @@ public:
     bool sendValue(std::int32_t index, double value);
     /// The same without a record, for tests with very many values: no bytes, no request ids.
     void handOverValue(std::int32_t index, double value) { client_->onParamValue(index, value); }
+
+    /// From now on this is another QOR.
+    void newQor() { client_->onNewQor(); }
 
     const std::vector<Sent>& sent() const { return sent_; }
     void forgetSent() { sent_.clear(); }

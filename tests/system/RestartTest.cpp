@@ -4,6 +4,7 @@
 
 #include <future>
 
+#include "Models.h"
 #include "QorProcesses.h"
 #include "Station.h"
 #include "Waiting.h"
@@ -11,6 +12,7 @@
 using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::Not;
 
 namespace {
 
@@ -18,6 +20,22 @@ constexpr unsigned amply = 3000;
 
 class Restart : public testing::TestWithParam<Transport> {
 protected:
+    void restartWith(const std::string& model) {
+        station.settings.model = station.folder.write("other model.json", model);
+        station.restartQor();
+        ASSERT_TRUE(station.awaitContact());
+    }
+    bool readsNow(const std::string& name) {
+        return eventually(amply, [&] { return station->getParamData(name, values, 500); });
+    }
+    /// Writes while nobody is there; how many were told to have succeeded.
+    int writesToNobody(unsigned timeoutMs) {
+        int succeeded = 0;
+        for (int i = 0; i < 5; ++i)
+            succeeded += station->setParamData("MaxEngineSpeed", {7000.0 + i}, {}, {}, timeoutMs);
+        return succeeded;
+    }
+
     Station station{GetParam()};
     std::vector<double> values;
 };
@@ -49,6 +67,45 @@ TEST_P(Restart, WhileQorIsGoneOperationsFailWithinTheirTimeAndTheEcuIsOffline) {
         elapsedMsOf([&] { done = station->setParamData("MaxEngineSpeed", {7000}, {}, {}, 300); });
     EXPECT_FALSE(done);
     EXPECT_LE(elapsedMs, 700u);
+}
+
+TEST_P(Restart, AQorWithAnotherOrderOfParametersIsAskedForTheRightOnes) {
+    ASSERT_TRUE(station.start());
+    ASSERT_TRUE(readsNow("MaxEngineSpeed"));
+    EXPECT_THAT(values, ElementsAre(6500));
+    restartWith(modelInOppositeOrder());
+    ASSERT_TRUE(readsNow("MaxEngineSpeed"));
+    EXPECT_THAT(values, ElementsAre(6500));
+    EXPECT_TRUE(station->setParamData("MaxEngineSpeed", {7000}, {}, {}, amply));
+    EXPECT_TRUE(readsNow("MaxEngineSpeed"));
+    EXPECT_THAT(values, ElementsAre(7000));
+}
+
+TEST_P(Restart, AWriteToItIsTheRightOneEvenIfNothingWasReadBefore) {
+    ASSERT_TRUE(station.start());
+    ASSERT_TRUE(station->setParamData("MaxEngineSpeed", {6600}, {}, {}, amply));
+    restartWith(modelInOppositeOrder());
+    EXPECT_TRUE(eventually(
+        amply, [&] { return station->setParamData("MaxEngineSpeed", {7000}, {}, {}, 500); }));
+    const auto requests = station.requests();
+    EXPECT_THAT(requests, Contains(HasSubstr("GetParamInfo 'MaxEngineSpeed'")));
+    EXPECT_TRUE(readsNow("MaxEngineSpeed"));
+    EXPECT_THAT(values, ElementsAre(7000));
+}
+
+TEST_P(Restart, AWriteThatWasToldToHaveFailedIsNotCarriedOutByTheNextQor) {
+    ASSERT_TRUE(station.start());
+    ASSERT_TRUE(readsNow("MaxEngineSpeed"));
+    for (const unsigned timeoutMs : {500u, 100u}) {
+        qor::killAll();
+        EXPECT_EQ(writesToNobody(timeoutMs), 0);
+        station.restartQor();
+        ASSERT_TRUE(station.awaitContact());
+        ASSERT_TRUE(readsNow("MaxEngineSpeed"));
+        Sleep(2500);
+        EXPECT_THAT(station.requests(), Not(Contains(HasSubstr("op=4"))));
+        EXPECT_THAT(values, ElementsAre(6500));
+    }
 }
 
 TEST_P(Restart, AnEcuIsConnectedAnewThroughTheNextQor) {

@@ -25,11 +25,11 @@ protected:
     }
 
     void post(std::uint32_t kind, std::shared_ptr<Impl::CmdData> data,
-              Impl::AnswerQueue* replyQueue, IProgressMonitor* monitor = nullptr) {
+              std::shared_ptr<Impl::AnswerQueue> replyQueue, IProgressMonitor* monitor = nullptr) {
         Impl::ProtocolCmd command;
         command.kind = kind;
         command.data = std::move(data);
-        command.replyQueue = replyQueue;
+        command.replyQueue = std::move(replyQueue);
         command.monitor = monitor;
         impl->commandQueue.push(command);
     }
@@ -37,12 +37,12 @@ protected:
     /// Posts a request, runs one round and gives its one and only answer.
     Impl::CmdResponse carryOut(std::uint32_t kind, std::shared_ptr<Impl::CmdData> data,
                                IProgressMonitor* monitor = nullptr) {
-        post(kind, std::move(data), &answers, monitor);
+        post(kind, std::move(data), answers, monitor);
         agent.step();
         Impl::CmdResponse answer;
         Impl::CmdResponse another;
-        EXPECT_TRUE(answers.pop(answer, 0)) << "no answer to kind " << kind;
-        EXPECT_FALSE(answers.pop(another, 0)) << "two answers to kind " << kind;
+        EXPECT_TRUE(answers->pop(answer, 0)) << "no answer to kind " << kind;
+        EXPECT_FALSE(answers->pop(another, 0)) << "two answers to kind " << kind;
         return answer;
     }
     bool succeeds(std::uint32_t kind, std::shared_ptr<Impl::CmdData> data,
@@ -68,5 +68,5 @@ protected:
     QorProtocolAgent agent{impl, std::make_unique<ClientExternalOperating>(
                                      "c:\\not there.ini", qor.transport(), processes.starter(),
                                      std::make_unique<FakeMessageBox>(pressButton))};
-    Impl::AnswerQueue answers{4};
+    std::shared_ptr<Impl::AnswerQueue> answers = std::make_shared<Impl::AnswerQueue>(4);
 };

@@ -76,6 +76,14 @@ TEST_F(AgentThread, AQorThatCannotBeStartedEndsTheThreadAndTheTraceSaysWhy) {
     EXPECT_FALSE(facade->pingQor(100));
 }
 
+TEST_F(AgentThread, AFailureIsToldBeforeTheClientIsClearedUpAndOperationsFailFromThenOn) {
+    const auto facade = facadeWith(settings("QORexecutable=c:\\no such qor.exe\r\n"));
+    ASSERT_TRUE(isTraced("Fail to launch QOR external operating"));
+    Sleep(50);  // the worker of the socket transport takes up to a second to end
+    EXPECT_FALSE(facade->connect({}, QorControlFacade::EcuConnect::Default, nullptr));
+    EXPECT_FALSE(facade->pingQor(100));
+}
+
 TEST_F(AgentThread, ThePathIsPublishedBeforeTheLaunchHasEnded) {
     const auto facade = facadeWith(settings("QORexecutable=c:\\no such qor.exe\r\n"));
     EXPECT_EQ(facade->getQorExecutablePath(), "c:\\no such qor.exe");

@@ -36,7 +36,7 @@ protected:
     /// The host's side, as the facade's operations leave it.
     void registers(ParamQueue& target, const Names& names) {
         const common::LockGuard guard(impl->stateLock);
-        impl->repeatReads[&target] = Impl::RepeatRead{names, false};
+        impl->repeatReads[&target] = Impl::RepeatRead{names, false, 0};
     }
     void unregisters(ParamQueue& target) {
         const common::LockGuard guard(impl->stateLock);

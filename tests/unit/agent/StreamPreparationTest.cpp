@@ -13,7 +13,7 @@ using List = std::vector<std::uint32_t>;
 class StreamPreparation : public StreamTest {
 protected:
     bool stop(const Names& names) {
-        return succeeds(Impl::kindStopParamRead, std::make_shared<Impl::CmdRepeatRead>(names));
+        return succeeds(Impl::kindStopParamRead, std::make_shared<Impl::CmdRepeatRead>(names, 0u));
     }
 };
 
@@ -203,11 +203,64 @@ TEST_F(StreamPreparation, ThePostedStopHasNoAnswerAndNothingFollows) {
     registers(queue, {"Speed"});
     idleRound();
     unregisters(queue);
-    post(Impl::kindStopParamRead, std::make_shared<Impl::CmdRepeatRead>(Names{"Speed"}), nullptr);
+    post(Impl::kindStopParamRead, std::make_shared<Impl::CmdRepeatRead>(Names{"Speed"}, 0u),
+         nullptr);
     qor.sendValue(speed, 1.0);
     agent.step();
     EXPECT_EQ(lists().back(), List{});
     EXPECT_EQ(roundGives(), "nothing");
+}
+
+TEST_F(StreamPreparation, AnotherQorIsPreparedAnew) {
+    registers(queue, {"Speed", "Load"});
+    idleRounds(2);
+    qor.knows("Speed", 17);
+    qor.knows("Load", 16);
+    qor.newQor();
+    qor.forgetSent();
+    idleRounds(3);
+    EXPECT_THAT(lists(), ElementsAre(List{16, 17}));
+    qor.sendValue(17, 1.5);
+    EXPECT_EQ(roundGives(), "Speed=1.5");
+}
+
+TEST_F(StreamPreparation, WhatTheHostReadOfTheOldQorIsNoLongerFresh) {
+    registers(queue, {"Speed"});
+    idleRound();
+    qor.sendValue(speed, 1.0);
+    idleRound();
+    EXPECT_EQ(cached("Speed").stamp, clock.now());
+    qor.newQor();
+    idleRound();
+    EXPECT_EQ(cached("Speed").stamp, 0u);
+}
+
+TEST_F(StreamPreparation, AnotherQorIsPreparedOnlyOnceItHasAnEcuOnline) {
+    registers(queue, {"Speed"});
+    idleRound();
+    qor.newQor();
+    qor.forgetSent();
+    qorAnsweredAgo(1000);
+    idleRounds(3);
+    EXPECT_THAT(lists(), IsEmpty());
+    qorAnswersNow();
+    idleRound();
+    EXPECT_THAT(lists(), ElementsAre(List{7}));
+}
+
+TEST_F(StreamPreparation, AStopOfWhatTheOldQorWasAskedForLeavesTheNewOneAlone) {
+    ParamQueue other{4};
+    registers(queue, {"Speed"});
+    registers(other, {"Speed"});
+    idleRound();
+    unregisters(queue);
+    qor.newQor();
+    idleRound();  // the other one is prepared anew
+    qor.forgetSent();
+    EXPECT_TRUE(stop({"Speed"}));
+    EXPECT_THAT(lists(), IsEmpty());
+    qor.sendValue(speed, 2.5);
+    EXPECT_EQ(roundGives(other), "Speed=2.5");
 }
 
 }  // namespace

@@ -15,6 +15,12 @@ protected:
         qor.knows("Load", 3);
         qor.knows("Odd", -13);
     }
+    bool subscribe(const std::vector<std::string>& names) {
+        return client().subscribe(client().epoch(), names);
+    }
+    bool unsubscribe(const std::vector<std::string>& names) {
+        return client().unsubscribe(client().epoch(), names);
+    }
     /// The list that QOR was last given.
     std::vector<std::uint32_t> list() const {
         return qor.last<CommandSetParamList>().paramIndices.items;
@@ -22,7 +28,7 @@ protected:
 };
 
 TEST_F(Subscription, TheNamesAreResolvedAndGoOutAsOneListOfIndices) {
-    EXPECT_TRUE(client().subscribe({"Speed", "Load"}));
+    EXPECT_TRUE(subscribe({"Speed", "Load"}));
     EXPECT_THAT(qor.sentIds(), ElementsAre(3, 3, 5));
     EXPECT_THAT(list(), ElementsAre(3u, 7u));
     EXPECT_EQ(qor.sent().at(0).timeoutMs, 400u);
@@ -31,74 +37,74 @@ TEST_F(Subscription, TheNamesAreResolvedAndGoOutAsOneListOfIndices) {
 }
 
 TEST_F(Subscription, TheListHoldsAllThatIsSubscribedInTheOrderOfTheIndices) {
-    client().subscribe({"Speed"});
-    client().subscribe({"Load"});
-    client().subscribe({"Odd"});
+    subscribe({"Speed"});
+    subscribe({"Load"});
+    subscribe({"Odd"});
     EXPECT_THAT(list(), ElementsAre(0xFFFFFFF3u, 3u, 7u));
-    client().unsubscribe({"Load"});
+    unsubscribe({"Load"});
     EXPECT_THAT(list(), ElementsAre(0xFFFFFFF3u, 7u));
 }
 
 TEST_F(Subscription, AKnownNameIsNotResolvedAgain) {
-    client().subscribe({"Speed"});
-    client().unsubscribe({"Speed"});
-    client().subscribe({"Speed"});
+    subscribe({"Speed"});
+    unsubscribe({"Speed"});
+    subscribe({"Speed"});
     EXPECT_THAT(qor.sentIds(), ElementsAre(3, 5, 5, 5));
 }
 
 TEST_F(Subscription, ANameSubscribedTwiceAndUnsubscribedOnceStaysInTheList) {
-    client().subscribe({"Speed", "Load"});
-    client().subscribe({"Speed"});
-    EXPECT_TRUE(client().unsubscribe({"Speed"}));
+    subscribe({"Speed", "Load"});
+    subscribe({"Speed"});
+    EXPECT_TRUE(unsubscribe({"Speed"}));
     EXPECT_THAT(list(), ElementsAre(3u, 7u));
-    EXPECT_TRUE(client().unsubscribe({"Speed"}));
+    EXPECT_TRUE(unsubscribe({"Speed"}));
     EXPECT_THAT(list(), ElementsAre(3u));
 }
 
 TEST_F(Subscription, ANameThatStandsTwiceInOneCallCountsTwice) {
-    client().subscribe({"Speed", "Speed"});
+    subscribe({"Speed", "Speed"});
     EXPECT_THAT(list(), ElementsAre(7u));
-    client().unsubscribe({"Speed"});
+    unsubscribe({"Speed"});
     EXPECT_THAT(list(), ElementsAre(7u));
 }
 
 TEST_F(Subscription, WhatWasNeverSubscribedIsNotCountedBelowZero) {
-    EXPECT_TRUE(client().unsubscribe({"Speed"}));
-    EXPECT_TRUE(client().unsubscribe({"Speed"}));
+    EXPECT_TRUE(unsubscribe({"Speed"}));
+    EXPECT_TRUE(unsubscribe({"Speed"}));
     EXPECT_THAT(list(), IsEmpty());
-    client().subscribe({"Speed"});
+    subscribe({"Speed"});
     EXPECT_THAT(list(), ElementsAre(7u));
 }
 
 TEST_F(Subscription, ANameThatQorDoesNotKnowLeavesEverythingAsItWas) {
-    client().subscribe({"Speed"});
+    subscribe({"Speed"});
     qor.forgetSent();
-    EXPECT_FALSE(client().subscribe({"Load", "Unknown", "Speed"}));
-    EXPECT_FALSE(client().unsubscribe({"Speed", "Unknown"}));
+    EXPECT_FALSE(subscribe({"Load", "Unknown", "Speed"}));
+    EXPECT_FALSE(unsubscribe({"Speed", "Unknown"}));
     EXPECT_THAT(qor.all<CommandSetParamList>(), IsEmpty());
-    client().subscribe({});
+    subscribe({});
     EXPECT_THAT(list(), ElementsAre(7u));
 }
 
 TEST_F(Subscription, AListThatQorDoesNotTakeIsNotCounted) {
-    client().subscribe({"Load"});
+    subscribe({"Load"});
     qor.on<CommandSetParamList>([](const CommandSetParamList&) { return false; });
-    for (int attempt = 0; attempt < 5; ++attempt) EXPECT_FALSE(client().subscribe({"Speed"}));
+    for (int attempt = 0; attempt < 5; ++attempt) EXPECT_FALSE(subscribe({"Speed"}));
     qor.on<CommandSetParamList>([](const CommandSetParamList&) { return true; });
-    EXPECT_TRUE(client().subscribe({"Speed"}));
-    client().unsubscribe({"Speed"});
+    EXPECT_TRUE(subscribe({"Speed"}));
+    unsubscribe({"Speed"});
     EXPECT_THAT(list(), ElementsAre(3u));
 }
 
 TEST_F(Subscription, UnsubscribingTellsWhetherQorTookTheList) {
-    client().subscribe({"Speed"});
+    subscribe({"Speed"});
     qor.on<CommandSetParamList>([](const CommandSetParamList&) { return false; });
-    EXPECT_FALSE(client().unsubscribe({"Speed"}));
+    EXPECT_FALSE(unsubscribe({"Speed"}));
     EXPECT_THAT(list(), IsEmpty());
 }
 
 TEST_F(Subscription, NoNamesSendTheListAsItStands) {
-    EXPECT_TRUE(client().subscribe({}));
+    EXPECT_TRUE(subscribe({}));
     EXPECT_THAT(qor.sentIds(), ElementsAre(5));
     EXPECT_THAT(list(), IsEmpty());
 }

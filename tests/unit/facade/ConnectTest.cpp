@@ -101,6 +101,32 @@ TEST_F(Connect, OnlyAMonitoredConnectThatWaitsIsConnecting) {
     EXPECT_FALSE(facade->isConnecting());
 }
 
+TEST_F(Connect, ItIsConnectingOnceTheRequestIsPosted) {
+    std::atomic<bool> mayGoOn{false};
+    agent.script().onRequest = [&](Impl& impl, const Cmd& command) {
+        while (!mayGoOn) Sleep(1);
+        if (command.replyQueue != nullptr) ScriptedAgent::fail(command);
+        impl.agentRunning = command.replyQueue == nullptr;
+    };
+    start();
+    for (int i = 0; i < 11; ++i) {  // one for the agent, ten for the queue: the next one waits
+        facade->stopDtcRead();
+        if (i == 0)
+            while (agent.requests().empty()) Sleep(1);
+    }
+    std::vector<bool> duringThePost;
+    const auto sleepAsBefore = clock.onSleep;
+    clock.onSleep = [&](unsigned int ms) {
+        if (!mayGoOn) duringThePost.push_back(facade->isConnecting());
+        mayGoOn = true;
+        sleepAsBefore(ms);
+    };
+    facade->connect(settings, EcuConnect::Default, &monitor);
+    EXPECT_THAT(duringThePost, ElementsAre(false));
+    clock.onSleep = sleepAsBefore;
+    facade.reset();
+}
+
 TEST_F(Connect, AnAgentThatEndsEndsTheWait) {
     agent.script().onRequest = [](Impl& impl, const Cmd&) { impl.agentRunning = false; };
     EXPECT_FALSE(start().connect(settings, EcuConnect::Default, &monitor));

@@ -17,8 +17,10 @@ ScriptedAgent* current = nullptr;
 
 }  // namespace
 
-unsigned int __stdcall QorControlFacade::agentThread(void* facade) {
-    return ScriptedAgent::run(static_cast<QorControlFacade*>(facade)->impl_->shared_from_this());
+unsigned int __stdcall QorControlFacade::agentThread(void* share) {
+    const std::unique_ptr<std::shared_ptr<Impl>> own(static_cast<std::shared_ptr<Impl>*>(share));
+    ScriptedAgent::beforeRun();
+    return ScriptedAgent::run(*own);
 }
 
 ScriptedAgent::ScriptedAgent() : state_(std::make_shared<State>()) {
@@ -55,6 +57,11 @@ std::shared_ptr<ScriptedAgent::Impl> ScriptedAgent::impl() const {
 
 bool ScriptedAgent::hasEnded() const {
     return state_->ended;
+}
+
+void ScriptedAgent::beforeRun() {
+    const std::shared_ptr<State> state = current->state_;
+    state->script.beforeStart();
 }
 
 unsigned int ScriptedAgent::run(const std::shared_ptr<Impl>& impl) {

@@ -17,6 +17,8 @@ public:
     using Cmd = Impl::ProtocolCmd;
 
     struct Script {
+        /// Before the thread has looked at anything that the facade gave it.
+        std::function<void()> beforeStart = [] {};
         std::function<void(Impl&)> atStart = [](Impl&) {};
         /// By default nothing is ever answered.
         std::function<void(Impl&, const Cmd&)> onRequest = [](Impl&, const Cmd&) {};
@@ -44,6 +46,7 @@ public:
     }
     static void fail(const Cmd& command) { command.replyQueue->push(Impl::CmdResponse()); }
 
+    static void beforeRun();
     /// The body of the agent thread.
     static unsigned int run(const std::shared_ptr<Impl>& impl);
 

@@ -210,6 +210,53 @@ TEST_F(LateAnswers, ASignalThatAQuickAnswerLeftDoesNotEndTheNextWait) {
     }
 }
 
+/// A caller says so when it no longer waits.
+class GivingUp : public RealTimeFacadeTest {
+protected:
+    std::shared_ptr<Impl::AnswerQueue> queueOfRequest(std::size_t number) {
+        while (agent.requests().size() <= number) Sleep(1);
+        return agent.requests().at(number).replyQueue;
+    }
+};
+
+TEST_F(GivingUp, ItIsKnownToTheAgentOnceTheTimeHasPassed) {
+    std::atomic<bool> atRequest{true};
+    agent.script().onRequest = [&](Impl&, const Cmd& c) { atRequest = c.replyQueue->isGivenUp(); };
+    start();
+    EXPECT_FALSE(facade->pingQor(20));
+    EXPECT_FALSE(atRequest);
+    EXPECT_TRUE(queueOfRequest(0)->isGivenUp());
+}
+
+TEST_F(GivingUp, AnAnsweredCallDoesNotGiveUp) {
+    failAlways();
+    start();
+    EXPECT_FALSE(facade->pingQor(1000));
+    EXPECT_FALSE(queueOfRequest(0)->isGivenUp());
+}
+
+TEST_F(GivingUp, ACallThatWaitsNoTimeAtAllLeavesItsRequestToTheAgent) {
+    start();
+    EXPECT_FALSE(facade->pingQor(0));
+    EXPECT_FALSE(facade->pingQor(0x80000000u));  // twice that is nothing
+    EXPECT_FALSE(queueOfRequest(0)->isGivenUp());
+    EXPECT_FALSE(queueOfRequest(1)->isGivenUp());
+}
+
+TEST_F(GivingUp, TheQueueLivesAsLongAsItsRequestAndNoLonger) {
+    start();
+    EXPECT_FALSE(facade->pingQor(10));
+    const std::weak_ptr<Impl::AnswerQueue> queue = queueOfRequest(0);
+    EXPECT_FALSE(queue.expired());
+    agent.forgetRequests();
+    for (int i = 0; i < 11; ++i) {  // all slots of the command queue are written anew
+        facade->pingQor(0);
+        while (agent.requests().size() <= static_cast<std::size_t>(i)) Sleep(1);
+    }
+    agent.forgetRequests();
+    EXPECT_TRUE(queue.expired());
+}
+
 /// Several host threads at once.
 class ManyThreads : public RealTimeFacadeTest {};
 

@@ -56,6 +56,21 @@ TEST_F(ValueCache, AtExactlyHalfThePeriodQorIsAsked) {
     EXPECT_THAT(get(), ElementsAre(2.0));
 }
 
+TEST_F(ValueCache, TheLookIntoItBelongsToTheTimeOfTheCall) {
+    start(200);
+    get();
+    clock.advance(1000);
+    clock.msPerRead = 7;
+    get();         // looks at the age of an entry, too
+    get("Fresh");  // there is no entry
+    clock.msPerRead = 0;
+    const auto elapsedOf = [](const std::string& line) {
+        return std::stoi(line.substr(line.rfind("t: ") + 3));
+    };
+    const auto lines = trace();
+    EXPECT_EQ(elapsedOf(lines.at(1)) - elapsedOf(lines.at(2)), 7);
+}
+
 TEST_F(ValueCache, HalfOfAnOddPeriodIsRoundedDown) {
     start(3);
     get();

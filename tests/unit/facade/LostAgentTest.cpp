@@ -1,0 +1,88 @@
+// Agent threads that end in other ways than by returning, and one that begins too late.
+
+#include <windows.h>
+
+#include <atomic>
+
+#include "FacadeFixture.h"
+
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::SizeIs;
+
+class LostAgent : public RealTimeFacadeTest {
+protected:
+    /// The agent answers one read and then ends in the middle of the next request.
+    void endAfterOneRead() {
+        agent.script().onRequest = [this](Impl&, const Cmd& command) {
+            if (agent.requests().size() > 1) ExitThread(0);
+            ScriptedAgent::succeed(command, valuesOf({7.0}));
+        };
+        start(60000);
+        EXPECT_TRUE(facade->getParamData("Speed", values, 1000));
+        EXPECT_FALSE(facade->pingQor(100));
+        EXPECT_THAT(agent.requests(), SizeIs(2));
+    }
+
+    std::vector<double> values;
+};
+
+TEST_F(LostAgent, ThatEndedWithoutReturningHasEveryPostingOperationFailAtOnce) {
+    endAfterOneRead();
+    const DWORD begin = GetTickCount();
+    EXPECT_FALSE(facade->pingQor(5000));
+    EXPECT_FALSE(facade->getParamData("Load", values, 5000));
+    EXPECT_FALSE(facade->connect({}, QorControlFacade::EcuConnect::Default, nullptr));
+    EXPECT_FALSE(facade->setEcuSegment("WorkingPage", true, nullptr));
+    EXPECT_FALSE(facade->openModel({}));
+    EXPECT_FALSE(facade->connectCanBus({}, QorControlFacade::EcuConnect::Default));
+    EXPECT_FALSE(facade->startDtcRead(nullptr, 100, 100));
+    EXPECT_FALSE(facade->stopDtcRead());
+    EXPECT_LT(GetTickCount() - begin, 1000u);
+    EXPECT_THAT(agent.requests(), SizeIs(2));
+}
+
+TEST_F(LostAgent, ThatEndedWithoutReturningLeavesTheCacheReadable) {
+    endAfterOneRead();
+    values.clear();
+    EXPECT_TRUE(facade->getParamData("Speed", values, 1000));
+    EXPECT_THAT(values, ElementsAre(7.0));
+}
+
+TEST_F(LostAgent, ThatEndedWithoutReturningDoesNotHoldUpAShutdown) {
+    endAfterOneRead();
+    const DWORD begin = GetTickCount();
+    facade->shutdown();
+    EXPECT_LT(GetTickCount() - begin, 40u);
+}
+
+TEST_F(LostAgent, ThatHasFailedAndOnlyClearsUpHasEveryOperationFailAtOnce) {
+    start(60000);
+    const auto impl = agent.impl();
+    impl->agentEnded = true;
+    EXPECT_FALSE(facade->pingQor(5000));
+    EXPECT_FALSE(facade->getParamData("Load", values, 5000));
+    EXPECT_FALSE(facade->connect({}, QorControlFacade::EcuConnect::Default, nullptr));
+    EXPECT_THAT(agent.requests(), SizeIs(0));
+}
+
+class LateAgent : public FacadeTest {};
+
+TEST_F(LateAgent, ThatFirstRunsWhenItsFacadeIsGoneFindsItsStateAndEnds) {
+    std::atomic<bool> mayRun{false};
+    std::atomic<bool> found{false};
+    agent.script().beforeStart = [&] {
+        while (!mayRun) Sleep(1);
+    };
+    agent.script().atStart = [&](Impl& impl) {
+        found = impl.settingsPath == "settings.ini" && !impl.agentRunning;
+    };
+    facade = std::make_unique<QorControlFacade>("settings.ini", &log, 0, hostPath);
+    facade.reset();
+    mayRun = true;
+    while (!agent.hasEnded()) Sleep(1);
+    EXPECT_TRUE(found);
+}
+
+}  // namespace
