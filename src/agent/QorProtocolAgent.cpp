@@ -78,7 +78,7 @@ void QorProtocolAgent::step() {
 void QorProtocolAgent::noteOnlineState() {
     if (!client_->isEcuOnline()) return;
     const common::LockGuard guard(impl_->stateLock);
-    impl_->lastQorContactTick = common::tickCount();
+    impl_->lastQorContactTick = common::now();
 }
 
 QorProtocolAgent::Handler QorProtocolAgent::handlerOf(std::uint32_t kind) const {

@@ -103,7 +103,7 @@ public:
     /// have taken them back. A `subscribe` that fails changes nothing.
     bool subscribe(const std::vector<std::string>& names);
     bool unsubscribe(const std::vector<std::string>& names);
-    /// The values that QOR last sent of a parameter, with the tick of their arrival; without a
+    /// The values that QOR last sent of a parameter, with the time of their arrival; without a
     /// command once the name is known.
     bool peekParamData(const std::string& name, SampledValue& sample);
 

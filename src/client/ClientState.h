@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "common/Moment.h"
 #include "protocol/Records.h"
 
 /// The three arrays that QOR last told of a parameter, and when they were stored.
@@ -13,7 +14,7 @@ struct SampledValue {
     std::vector<double> values;
     std::vector<double> second;
     std::vector<double> third;
-    std::uint32_t tick = 0;
+    common::Moment tick;
 };
 
 /// One answer that is not kept by a key: whether it has come, and what it carried.
@@ -28,7 +29,7 @@ struct Arrival {
 struct ClientState {
     // The connection.
     bool ecuOnline = false;
-    std::uint32_t lastOnlineQuery = 0;
+    common::Moment lastOnlineQuery;
     protocol::KwpConnect connectRecord;
     bool connecting = false;  ///< from a connect, also a failed one, to the next disconnect
     std::int32_t bootstrapProgress = -1;

@@ -49,7 +49,7 @@ void ClientExternalOperating::onParamValue(std::int32_t id, double value) {
                 state->bootstrapResults.push_back(asInteger(value));
             return;
         default:
-            store(state->samples, id, SampledValue{{value}, {}, {}, common::tickCount()});
+            store(state->samples, id, SampledValue{{value}, {}, {}, common::now()});
     }
 }
 
@@ -64,7 +64,7 @@ void ClientExternalOperating::onDirectCtrl(const protocol::DirectCtrl& record) {
 void ClientExternalOperating::onStaticParam(const protocol::StaticParam& record) {
     const auto state = state_.lock();
     store(state->samples, static_cast<std::int32_t>(record.paramIndex),
-          SampledValue{record.first, record.second, record.third, common::tickCount()});
+          SampledValue{record.first, record.second, record.third, common::now()});
 }
 
 void ClientExternalOperating::onDtcs(const protocol::GetDtc& record) {

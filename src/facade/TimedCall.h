@@ -4,6 +4,7 @@
 #include <memory>
 #include <utility>
 
+#include "common/Moment.h"
 #include "facade/AnswerTable.h"
 #include "facade/FacadeImpl.h"
 
@@ -59,7 +60,7 @@ private:
 
     Impl& impl_;
     AnswerTable& answers_;
-    const std::uint32_t start_;
+    const common::Moment start_;
     Impl::AnswerQueue* queue_ = nullptr;
     bool answered_ = false;
     Impl::Grave grave_;

@@ -94,14 +94,14 @@ bool ClientSocketCommandFactory::send(std::unique_ptr<IExternalCommand> command,
 
 bool ClientSocketCommandFactory::awaitResult(CmdResultQueue& results, std::uint32_t requestId,
                                              unsigned int timeoutMs) {
-    const std::uint32_t start = common::tickCount();
+    const common::Moment start = common::now();
     for (;;) {
         CmdResult result;
         // A result with another id belongs to an earlier send that no longer waited for it.
         if (results.pop(result, 1) && result.requestId == requestId)
             return result.status == CmdResult::success;
         if (stop_) return false;
-        if (timeoutMs != noLimit && common::hasPassed(common::tickCount(), start, timeoutMs))
+        if (timeoutMs != noLimit && common::hasPassed(common::now(), start, timeoutMs))
             return false;
     }
 }

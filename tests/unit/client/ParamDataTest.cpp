@@ -270,8 +270,8 @@ TEST_F(StaticParam, ASampleIsStampedWhenItComes) {
         return true;
     });
     ASSERT_TRUE(get());
-    EXPECT_GE(sample.tick, arrival);
-    EXPECT_LE(sample.tick, arrival + 2);
+    EXPECT_GE(FakeClock::tickOf(sample.tick), arrival);
+    EXPECT_LE(FakeClock::tickOf(sample.tick), arrival + 2);
 }
 
 TEST_F(StaticParam, ThePseudoParametersOfAConnectAreNoSamples) {
