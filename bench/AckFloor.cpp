@@ -76,9 +76,9 @@ unsigned __stdcall AckFloor::run(void* floor) {
 
 void AckFloor::measureFor(unsigned int ms, Samples& perValue) {
     works_ = true;
-    const std::uint32_t start = common::tickCount();
+    const common::Moment start = common::now();
     for (const int before = acknowledged_; acknowledged_ == before; common::sleepMs(1))
-        if (common::hasPassed(common::tickCount(), start, giveUpMs))
+        if (common::hasPassed(common::now(), start, giveUpMs))
             throw std::runtime_error("the peer of the streams sends nothing");
     for (unsigned int slice = 0; slice < slices; ++slice) {
         const int before = acknowledged_;

@@ -88,10 +88,10 @@ CopyDataFloor::CopyDataFloor()
       receiver_(std::make_unique<Receiver>(title_)),
       peer_(std::make_unique<Process>("qor-bench.exe", "--copy-data-peer \"" + title_ + "\"")),
       peerWindow_(nullptr) {
-    const std::uint32_t start = common::tickCount();
+    const common::Moment start = common::now();
     while (peerWindow_ == nullptr) {
         peerWindow_ = FindWindowA(nullptr, (title_ + " peer").c_str());
-        if (common::hasPassed(common::tickCount(), start, giveUpMs))
+        if (common::hasPassed(common::now(), start, giveUpMs))
             throw std::runtime_error("the copy-data peer shows no window");
         common::sleepMs(10);
     }
@@ -111,10 +111,10 @@ void CopyDataFloor::sendAndResult() {
 
 void CopyDataFloor::thereAndBack() {
     send(tagMessage);
-    const std::uint32_t start = common::tickCount();
+    const common::Moment start = common::now();
     while (!receiver_->takeArrival()) {
         common::pumpCopyData();
-        if (common::hasPassed(common::tickCount(), start, giveUpMs))
+        if (common::hasPassed(common::now(), start, giveUpMs))
             throw std::runtime_error("the copy-data peer does not answer");
     }
 }

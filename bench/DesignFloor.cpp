@@ -33,10 +33,10 @@ private:
 
 /// Takes the next item, however long it takes; throws if it does not come at all.
 void await(ThreadSafeQueue<int>& queue) {
-    const std::uint32_t start = common::tickCount();
+    const common::Moment start = common::now();
     int item = 0;
     while (!queue.pop(item, 1))
-        if (common::hasPassed(common::tickCount(), start, giveUpMs))
+        if (common::hasPassed(common::now(), start, giveUpMs))
             throw std::runtime_error("no answer from the other side of a floor");
 }
 

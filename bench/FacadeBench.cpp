@@ -70,9 +70,9 @@ FacadeBench::~FacadeBench() {
 }
 
 void FacadeBench::awaitReady() {
-    const std::uint32_t start = common::tickCount();
+    const common::Moment start = common::now();
     while (!facade_->pingQor(timeoutMs))
-        if (common::hasPassed(common::tickCount(), start, readyMs))
+        if (common::hasPassed(common::now(), start, readyMs))
             throw std::runtime_error("the simulated QOR does not answer (see qor-bench.log)");
 }
 
@@ -103,11 +103,11 @@ void FacadeBench::readCachedParam() {
 std::unique_ptr<Taker> FacadeBench::startStream() {
     if (periodMs_ != streamPeriodMs) connect(streamPeriodMs);
     require(facade_->startParamRead(&queue_, streamed), "startParamRead");
-    const std::uint32_t start = common::tickCount();
+    const common::Moment start = common::now();
     std::vector<QorControlFacade::ParamValue> batch;
     while (batch.size() < streamed.size()) {
         queue_.pop(batch, popMs);
-        require(!common::hasPassed(common::tickCount(), start, readyMs), "the first batch");
+        require(!common::hasPassed(common::now(), start, readyMs), "the first batch");
     }
     return std::make_unique<Taker>([this] {
         std::vector<QorControlFacade::ParamValue> taken;

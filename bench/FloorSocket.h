@@ -28,8 +28,8 @@ private:
 template <class MakeSocket>
 auto connectFloor(unsigned int port, MakeSocket makeSocket) -> decltype(makeSocket()) {
     constexpr unsigned int giveUpMs = 5000;
-    const std::uint32_t start = common::tickCount();
-    while (!common::hasPassed(common::tickCount(), start, giveUpMs)) {
+    const common::Moment start = common::now();
+    while (!common::hasPassed(common::now(), start, giveUpMs)) {
         auto socket = makeSocket();
         socket->Create();
         socket->Connect("127.0.0.1", port);

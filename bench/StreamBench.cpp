@@ -37,8 +37,8 @@ void require(bool succeeded, const char* what) {
 /// Tries again and again for a while.
 template <class Condition>
 void await(Condition holds, const char* what) {
-    const std::uint32_t start = common::tickCount();
-    while (!holds()) require(!common::hasPassed(common::tickCount(), start, readyMs), what);
+    const common::Moment start = common::now();
+    while (!holds()) require(!common::hasPassed(common::now(), start, readyMs), what);
 }
 
 }  // namespace

@@ -5,11 +5,11 @@
 
 bool QorProtocolAgent::performConnect(const Impl::ProtocolCmd& command) {
     /// Keeps the ECU looking online while a slow connect makes progress: 15 s ahead, so 17 s with
-    /// the span that the facade adds. It takes no lock: the tick is a single word.
+    /// the span that the facade adds. It takes no lock: the time is an atomic.
     class MyCallback final : public ClientExternalOperating::ConnectCallback {
     public:
         explicit MyCallback(Impl& impl) : impl_(impl) {}
-        void onProgress() override { impl_.lastQorContactTick = common::tickCount() + 15000; }
+        void onProgress() override { impl_.lastQorContactTick = common::now() + 15000; }
 
     private:
         Impl& impl_;

@@ -34,7 +34,7 @@ bool QorProtocolAgent::openModel(const Impl::ProtocolCmd& command) {
     if (request == nullptr) return false;
     {
         const common::LockGuard guard(impl_->stateLock);
-        impl_->lastQorContactTick = 0;
+        impl_->lastQorContactTick = common::Moment();
     }
     client_->disconnectEcu();
     if (!client_->shutdown(false, true))

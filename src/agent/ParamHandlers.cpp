@@ -59,7 +59,7 @@ bool QorProtocolAgent::writeParam(const Impl::ProtocolCmd& command) {
     const bool done =
         record.threeArrays
             ? client_->setStaticParam(request->name,
-                                      {request->values, request->second, request->third, 0})
+                                      {request->values, request->second, request->third, {}})
             : client_->setParamData(request->name, request->values);
     return done && answer(command);
 }

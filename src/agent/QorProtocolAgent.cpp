@@ -89,7 +89,7 @@ void QorProtocolAgent::carryOut(const Impl::ProtocolCmd& command) {
 void QorProtocolAgent::noteOnlineState() {
     if (!client_->isEcuOnline()) return;
     const common::LockGuard guard(impl_->stateLock);
-    impl_->lastQorContactTick = common::tickCount();
+    impl_->lastQorContactTick = common::now();
 }
 
 void QorProtocolAgent::noteEpoch() {
@@ -99,7 +99,7 @@ void QorProtocolAgent::noteEpoch() {
     // What the host last read or wrote was another QOR's, or another model's. The entries stay, but
     // none is fresh.
     const common::LockGuard guard(impl_->stateLock);
-    for (auto& entry : impl_->paramValueCache) entry.second.stamp = 0;
+    for (auto& entry : impl_->paramValueCache) entry.second.stamp = common::Moment();
 }
 
 QorProtocolAgent::Handler QorProtocolAgent::handlerOf(std::uint32_t kind) const {

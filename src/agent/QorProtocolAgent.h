@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "client/ClientExternalOperating.h"
+#include "common/Moment.h"
 #include "facade/FacadeImpl.h"
 
 /// The library's one worker on QOR: owns the client, carries out the facade's requests one at a
@@ -66,7 +67,7 @@ private:
     // One step each of the streams, in rounds without a request.
     void streamParams();
     void fillQueue(Impl::ParamQueue& queue, const std::vector<std::string>& names);
-    bool isFresh(std::uint32_t arrivalTick);
+    bool isFresh(common::Moment arrivalTick);
     void streamDtcs();
     bool readDtcsFor(Impl::DtcQueue& queue);
     bool hasQorAnsweredLately() const;
@@ -88,6 +89,6 @@ private:
     Impl::DtcQueue* dtcQueue_ = nullptr;
     std::uint32_t dtcStatusMask_ = 0;  // in truth the time-out of a read, see CmdDataDtc
     std::uint32_t dtcPeriodMs_ = 0;
-    std::uint32_t dtcNextTick_ = 0;
+    common::Moment dtcNextTick_;  // never: the next read is due
     std::uint32_t dtcFailures_ = 0;
 };

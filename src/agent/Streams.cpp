@@ -15,8 +15,7 @@ constexpr std::uint32_t silentFailures = 3;
 }  // namespace
 
 bool QorProtocolAgent::hasQorAnsweredLately() const {
-    const std::uint32_t lastContact = impl_->lastQorContactTick;
-    return static_cast<std::uint32_t>(lastContact + answeredLatelyMs) > common::tickCount();
+    return impl_->lastQorContactTick.load() + answeredLatelyMs > common::now();
 }
 
 void QorProtocolAgent::streamParams() {
@@ -59,10 +58,10 @@ void QorProtocolAgent::fillQueue(Impl::ParamQueue& queue, const std::vector<std:
     if (!batch.empty()) queue.push(batch);
 }
 
-bool QorProtocolAgent::isFresh(std::uint32_t arrivalTick) {
+bool QorProtocolAgent::isFresh(common::Moment arrivalTick) {
     const common::LockGuard guard(impl_->stateLock);
-    const std::uint32_t end = arrivalTick + freshPeriods * impl_->readPeriodMs;
-    return end > common::tickCount();
+    const common::Moment end = arrivalTick + freshPeriods * impl_->readPeriodMs;
+    return end > common::now();
 }
 
 bool QorProtocolAgent::stopParamStream(const Impl::ProtocolCmd& command) {
@@ -72,7 +71,7 @@ bool QorProtocolAgent::stopParamStream(const Impl::ProtocolCmd& command) {
 }
 
 void QorProtocolAgent::streamDtcs() {
-    if (dtcNextTick_ > common::tickCount() || dtcQueue_ == nullptr) return;
+    if (dtcNextTick_ > common::now() || dtcQueue_ == nullptr) return;
     if (hasQorAnsweredLately() && readDtcsFor(*dtcQueue_)) {
         dtcFailures_ = 0;
     } else if (++dtcFailures_ > silentFailures) {
@@ -80,7 +79,7 @@ void QorProtocolAgent::streamDtcs() {
         dtcFailures_ = 0;
     }
     // From the end of the read, so that a slow one does not shorten the pause.
-    dtcNextTick_ = common::tickCount() + dtcPeriodMs_;
+    dtcNextTick_ = common::now() + dtcPeriodMs_;
 }
 
 bool QorProtocolAgent::readDtcsFor(Impl::DtcQueue& queue) {
@@ -96,7 +95,7 @@ bool QorProtocolAgent::setDtcStream(const Impl::ProtocolCmd& command) {
     dtcQueue_ = request->queue;
     dtcStatusMask_ = request->statusMask;
     dtcPeriodMs_ = request->periodMs;
-    dtcNextTick_ = 0;
+    dtcNextTick_ = common::Moment();
     dtcFailures_ = 0;
     return answer(command);
 }

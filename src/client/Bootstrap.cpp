@@ -56,12 +56,12 @@ bool Bootstrap::takeResult(std::int32_t& result) {
 }
 
 bool Bootstrap::awaitOnline() {
-    const std::uint32_t start = common::tickCount();
+    const common::Moment start = common::now();
     while (operating_) {
         common::pumpCopyData();
         if (client_.isEcuOnline()) return true;
         if (monitor_.isCancelled()) return fail("Bootstrap failed - cancelled");
-        if (common::hasPassed(common::tickCount(), start, onlineMs))
+        if (common::hasPassed(common::now(), start, onlineMs))
             return fail("Bootstrap failed - timeout");
         reportProgress();
         common::sleepMs(pollMs);

@@ -82,12 +82,12 @@ bool ClientExternalOperating::startProcess(const std::string& executable, unsign
     const std::string commandLine = " -external_operating \"" + settingsPath_ + "\"";
     if (commandLine.size() > ClientSettings::maxLaunchChars) return false;
     if (!processStarter_->start(executable, commandLine)) return false;
-    const std::uint32_t start = common::tickCount();
+    const common::Moment start = common::now();
     processStarter_->awaitIdle(timeoutMs);
     do {
         if (ping(launchPingMs)) return true;
         common::sleepMs(launchPauseMs);
-    } while (!common::hasPassed(common::tickCount(), start, timeoutMs));
+    } while (!common::hasPassed(common::now(), start, timeoutMs));
     return ping(launchPingMs);
 }
 
@@ -127,8 +127,7 @@ bool ClientExternalOperating::isEcuOnline() {
     protocol::KwpConnect query;
     {
         const auto state = state_.lock();
-        if (common::tickCount() - state->lastOnlineQuery < onlineQueryPeriodMs)
-            return state->ecuOnline;
+        if (common::now() - state->lastOnlineQuery < onlineQueryPeriodMs) return state->ecuOnline;
         state->ecuOnline = false;
         query = state->connectRecord;
         query.mode = protocol::KwpConnect::modeOnlineQuery;
@@ -136,7 +135,7 @@ bool ClientExternalOperating::isEcuOnline() {
     }
     send<CommandKwpConnect>(query, IExternalCommandFactory::doNotWait);
     const auto state = state_.lock();
-    state->lastOnlineQuery = common::tickCount();
+    state->lastOnlineQuery = common::now();
     return state->ecuOnline;
 }
 

@@ -114,7 +114,7 @@ public:
     /// is over, changes nothing; what an epoch has asked for need not be taken back in the next.
     bool subscribe(Epoch epoch, const std::vector<std::string>& names);
     bool unsubscribe(Epoch epoch, const std::vector<std::string>& names);
-    /// The values that QOR last sent of a parameter, with the tick of their arrival; without a
+    /// The values that QOR last sent of a parameter, with the time of their arrival; without a
     /// command once the name is known.
     bool peekParamData(const std::string& name, SampledValue& sample);
 

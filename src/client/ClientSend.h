@@ -51,12 +51,12 @@ bool ClientExternalOperating::send(const typename Command::Payload& payload, uns
 
 template <class Condition>
 bool ClientExternalOperating::waitUntil(unsigned int timeoutMs, Condition isThere) {
-    const std::uint32_t start = common::tickCount();
+    const common::Moment start = common::now();
     while (operating_) {
         common::pumpCopyData();
         if (isThere()) return true;
         if (timeoutMs != IExternalCommandFactory::noLimit &&
-            common::hasPassed(common::tickCount(), start, timeoutMs))
+            common::hasPassed(common::now(), start, timeoutMs))
             return false;
     }
     return false;

@@ -25,7 +25,7 @@ using Epoch = std::uint32_t;
 struct ClientState {
     // The connection.
     bool ecuOnline = false;
-    std::uint32_t lastOnlineQuery = 0;
+    common::Moment lastOnlineQuery;
     protocol::KwpConnect connectRecord;
     bool connecting = false;  ///< from a connect, also a failed one, to the next disconnect
     std::int32_t bootstrapProgress = -1;

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "common/Moment.h"
 #include "protocol/Records.h"
 
 /// The three arrays that QOR last told of a parameter, and when they were stored.
@@ -15,7 +16,7 @@ struct SampledValue {
     std::vector<double> values;
     std::vector<double> second;
     std::vector<double> third;
-    std::uint32_t tick = 0;
+    common::Moment tick;
 };
 
 /// What QOR has told of parameters: descriptions by name; by QOR's index the values it answered

@@ -49,7 +49,7 @@ void ClientExternalOperating::onParamValue(std::int32_t id, double value) {
                 state->bootstrapResults.push_back(asInteger(value));
             return;
         default:
-            state->params.storeSample(id, {{value}, {}, {}, common::tickCount()});
+            state->params.storeSample(id, {{value}, {}, {}, common::now()});
     }
 }
 
@@ -62,9 +62,8 @@ void ClientExternalOperating::onDirectCtrl(const protocol::DirectCtrl& record) {
 }
 
 void ClientExternalOperating::onStaticParam(const protocol::StaticParam& record) {
-    state_.lock()->params.storeSample(
-        static_cast<std::int32_t>(record.paramIndex),
-        {record.first, record.second, record.third, common::tickCount()});
+    state_.lock()->params.storeSample(static_cast<std::int32_t>(record.paramIndex),
+                                      {record.first, record.second, record.third, common::now()});
 }
 
 void ClientExternalOperating::onDtcs(const protocol::GetDtc& record) {

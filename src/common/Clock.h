@@ -2,33 +2,25 @@
 
 #include <cstdint>
 
-#include "common/Export.h"
+#include "common/Moment.h"
+#include "common/Sleep.h"
 
-/// Time as the library sees it: unsigned 32-bit tick counts in milliseconds that wrap every 49.7
-/// days, and sleeping. Everything that reads the time or sleeps goes through here, so that tests
-/// can put a clock of their own in its place.
+/// Time as the library sees it. The system counts milliseconds in 32 bits, which begin again at 0
+/// every 49.7 days; all stamps and deadlines are moments, which go on. Everything that reads the
+/// time or sleeps goes through here, so that tests can put a clock of their own in its place.
 namespace common {
 
-/// A source of ticks and sleep. Implementations must be callable from any thread.
-class IClock {
-public:
-    virtual std::uint32_t tickCount() = 0;
-    virtual void sleepMs(unsigned int ms) = 0;
+/// The system's count as it is, for showing it.
+std::uint32_t tickCount();
 
-protected:
-    ~IClock() = default;
-};
+/// The present moment: the system's count continued beyond 32 bits. Callable from any thread,
+/// without a lock. It is right as long as somebody calls it once in 49 days; while a facade lives
+/// its agent does so all the time.
+Moment now();
 
-QOR_API std::uint32_t tickCount();
-QOR_API void sleepMs(unsigned int ms);
-
-/// Replaces the process-wide clock; null brings the system's back. `replacement` is not owned and
-/// must outlive its use. For tests: change it only while no thread of the library runs.
-QOR_API void replaceClock(IClock* replacement);
-
-/// Whether `now` lies beyond `start` + `spanMs`, all in wrap-around arithmetic.
-inline bool hasPassed(std::uint32_t now, std::uint32_t start, std::uint32_t spanMs) {
-    return now > static_cast<std::uint32_t>(start + spanMs);
+/// Whether `now` lies beyond `start` + `spanMs`.
+constexpr bool hasPassed(Moment now, Moment start, std::uint32_t spanMs) {
+    return now > start + spanMs;
 }
 
 }  // namespace common

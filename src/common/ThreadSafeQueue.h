@@ -4,9 +4,9 @@
 #include <utility>
 #include <vector>
 
-#include "common/Clock.h"
 #include "common/Event.h"
 #include "common/Lock.h"
+#include "common/Sleep.h"
 
 /// A bounded ring of copies of T with a wake-up event, for any number of threads.
 ///

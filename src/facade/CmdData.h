@@ -42,8 +42,8 @@ struct QorControlFacade::Impl::CmdDataParamData : CmdData {
     std::vector<double> values;
     std::vector<double> second;
     std::vector<double> third;
-    std::uint32_t stamp = common::tickCount();  ///< when this record was made
-    std::string text;                           ///< the value of a dynamic write
+    common::Moment stamp = common::now();  ///< when this record was made
+    std::string text;                      ///< the value of a dynamic write
     unsigned int timeoutMs;
 };
 

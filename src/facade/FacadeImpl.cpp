@@ -11,7 +11,7 @@ constexpr std::uint32_t onlineMs = 2000;
 
 bool QorControlFacade::Impl::isEcuOnline() {
     const common::LockGuard guard(stateLock);
-    return static_cast<std::uint32_t>(lastQorContactTick + onlineMs) > common::tickCount();
+    return lastQorContactTick.load() + onlineMs > common::now();
 }
 
 bool QorControlFacade::Impl::isOperating() const {

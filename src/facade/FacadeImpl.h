@@ -10,6 +10,7 @@
 
 #include "common/Interest.h"
 #include "common/Lock.h"
+#include "common/Moment.h"
 #include "common/Thread.h"
 #include "common/ThreadSafeQueue.h"
 #include "facade/QorControlFacade.h"
@@ -91,12 +92,12 @@ public:
         IProgressMonitor* monitor = nullptr;      ///< the host's; not owned
     };
 
-    /// The last values of a parameter and the tick at which they were had.
+    /// The last values of a parameter and when they were had.
     struct CachedValue {
         std::vector<double> values;
         std::vector<double> second;
         std::vector<double> third;
-        std::uint32_t stamp = 0;
+        common::Moment stamp;
     };
 
     using ParamQueue = ThreadSafeQueue<std::vector<ParamValue>>;
@@ -148,7 +149,7 @@ public:
     // and looking at the clock, never across a call into another folder.
     common::Lock stateLock;
     // Also written without the lock, by the progress of a connect.
-    std::atomic<std::uint32_t> lastQorContactTick{0};
+    std::atomic<common::Moment> lastQorContactTick{common::Moment()};
     std::map<std::string, CachedValue> paramValueCache;
     std::uint32_t readPeriodMs;
     std::string qorExecutablePath;

@@ -124,8 +124,8 @@ bool QorControlFacade::isConnecting() const {
 
 std::string QorControlFacade::getQorExecutablePath() {
     const auto impl = impl_->shared_from_this();
-    const std::uint32_t start = common::tickCount();
-    while (!common::hasPassed(common::tickCount(), start, executablePathMs)) {
+    const common::Moment start = common::now();
+    while (!common::hasPassed(common::now(), start, executablePathMs)) {
         {
             const common::LockGuard guard(impl->stateLock);
             if (!impl->qorExecutablePath.empty()) return impl->qorExecutablePath;

@@ -5,7 +5,7 @@
 #include "common/Clock.h"
 
 TimedCall::TimedCall(Impl& impl, AnswerTable& answers)
-    : impl_(impl), answers_(answers), start_(common::tickCount()) {}
+    : impl_(impl), answers_(answers), start_(common::now()) {}
 
 TimedCall::~TimedCall() {
     if (queue_ == nullptr || answered_) return;
@@ -31,16 +31,17 @@ bool TimedCall::await(std::uint32_t waitMs) {
 }
 
 bool TimedCall::popWithin(std::uint32_t waitMs) {
-    const std::uint32_t start = common::tickCount();
-    std::uint32_t elapsed = 0;
+    const common::Moment start = common::now();
+    std::uint64_t elapsed = 0;
     for (;;) {
-        const std::uint32_t remaining =
-            waitMs == common::Event::infinite ? waitMs : waitMs - elapsed;
+        const std::uint32_t remaining = waitMs == common::Event::infinite
+                                            ? waitMs
+                                            : static_cast<std::uint32_t>(waitMs - elapsed);
         if (queue_->pop(response_, remaining)) return true;
         if (!queue_->pushed().exists()) return false;  // without an event nothing waits
         // The signal of an answer that was taken without waiting may arrive late and end the
         // wait of the next call; only the time decides.
-        elapsed = common::tickCount() - start;
+        elapsed = common::now() - start;
         if (waitMs != common::Event::infinite && elapsed >= waitMs) return false;
     }
 }
@@ -52,5 +53,5 @@ bool TimedCall::run(std::uint32_t kind, std::shared_ptr<Impl::CmdData> request,
 }
 
 int TimedCall::elapsedMs() const {
-    return static_cast<int>(static_cast<std::uint32_t>(common::tickCount() - start_));
+    return static_cast<int>(static_cast<std::uint32_t>(common::now() - start_));
 }

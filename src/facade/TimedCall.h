@@ -4,6 +4,7 @@
 #include <memory>
 #include <utility>
 
+#include "common/Moment.h"
 #include "facade/AnswerTable.h"
 #include "facade/FacadeImpl.h"
 
@@ -61,7 +62,7 @@ private:
 
     Impl& impl_;
     AnswerTable& answers_;
-    const std::uint32_t start_;
+    const common::Moment start_;
     std::shared_ptr<Impl::AnswerQueue> queue_;
     bool waited_ = false;
     bool answered_ = false;

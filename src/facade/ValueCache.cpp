@@ -10,8 +10,8 @@ bool find(QorControlFacade::Impl& impl, const std::string& name, std::vector<dou
     const auto found = impl.paramValueCache.find(name);
     if (found == impl.paramValueCache.end()) return false;
     const auto& cached = found->second;
-    const std::uint32_t end = cached.stamp + impl.readPeriodMs / 2;
-    if (common::tickCount() >= end) return false;
+    const common::Moment end = cached.stamp + impl.readPeriodMs / 2;
+    if (common::now() >= end) return false;
     values = cached.values;
     second = cached.second;
     third = cached.third;

@@ -24,7 +24,7 @@ ClientConnInstance::~ClientConnInstance() {
 bool ClientConnInstance::ensureConnected(unsigned int timeoutMs) {
     if (isConnected() && !isEnding()) return true;
     const unsigned int attemptMs = timeoutMs == noLimit ? unlimitedAttemptMs : timeoutMs;
-    const std::uint32_t start = common::tickCount();
+    const common::Moment start = common::now();
     for (;;) {
         if (isEnding()) return false;
         if (startAttempt()) {
@@ -33,7 +33,7 @@ bool ClientConnInstance::ensureConnected(unsigned int timeoutMs) {
         } else {
             common::sleepMs(1);
         }
-        if (timeoutMs != noLimit && common::hasPassed(common::tickCount(), start, timeoutMs))
+        if (timeoutMs != noLimit && common::hasPassed(common::now(), start, timeoutMs))
             return false;
     }
 }
@@ -45,8 +45,8 @@ bool ClientConnInstance::startAttempt() {
 }
 
 void ClientConnInstance::awaitConnected(unsigned int attemptMs) {
-    const std::uint32_t start = common::tickCount();
-    while (!connected_ && !isEnding() && !common::hasPassed(common::tickCount(), start, attemptMs))
+    const common::Moment start = common::now();
+    while (!connected_ && !isEnding() && !common::hasPassed(common::now(), start, attemptMs))
         pumpSocketNotifications(nullptr);
 }
 

@@ -110,15 +110,14 @@ ClientSocketCommandFactory::CmdData ClientSocketCommandFactory::makeData(
 }
 
 bool ClientSocketCommandFactory::awaitResult(const CmdData& sent) {
-    const std::uint32_t start = common::tickCount();
+    const common::Moment start = common::now();
     for (;;) {
         CmdResult result;
         // A result with another id belongs to an earlier send that no longer waited for it.
         if (sent.results->pop(result, 1) && result.requestId == sent.requestId)
             return result.status == CmdResult::success;
         if (stop_) return false;
-        if (sent.timeoutMs != noLimit &&
-            common::hasPassed(common::tickCount(), start, sent.timeoutMs))
+        if (sent.timeoutMs != noLimit && common::hasPassed(common::now(), start, sent.timeoutMs))
             return false;
     }
 }

@@ -1,10 +1,14 @@
 #include "transport/PendingRequests.h"
 
 #include "common/Clock.h"
+#include "transport/IExternalCommandFactory.h"
 
 void PendingRequests::add(std::uint32_t requestId, unsigned int timeoutMs,
                           CmdResultQueue* results) {
-    requests_[requestId] = Request{common::tickCount() + timeoutMs, results};
+    const common::Moment now = common::now();
+    const common::Moment deadline =
+        timeoutMs == IExternalCommandFactory::noLimit ? now - 1 : now + timeoutMs;
+    requests_[requestId] = Request{deadline, results};
 }
 
 void PendingRequests::complete(std::uint32_t requestId, std::uint32_t status) {
@@ -16,7 +20,7 @@ void PendingRequests::complete(std::uint32_t requestId, std::uint32_t status) {
 
 void PendingRequests::failExpired() {
     if (requests_.empty()) return;
-    const std::uint32_t now = common::tickCount();
+    const common::Moment now = common::now();
     for (auto request = requests_.begin(); request != requests_.end();) {
         if (request->second.deadline < now) {
             request->second.results->push(CmdResult{request->first, CmdResult::failure});

@@ -3,26 +3,27 @@
 #include <cstdint>
 #include <map>
 
+#include "common/Moment.h"
 #include "transport/CmdResult.h"
 
 /// The requests that have left and whose senders still wait. Used by the worker thread alone.
 class PendingRequests {
 public:
-    /// A time-out of -1 puts the deadline just behind the present tick, so the next sweep ends
+    /// A time-out of -1 puts the deadline just before the present moment, so the next sweep ends
     /// the request.
     void add(std::uint32_t requestId, unsigned int timeoutMs, CmdResultQueue* results);
 
     /// Ends the request with this id, if there is one.
     void complete(std::uint32_t requestId, std::uint32_t status);
 
-    /// Fails every request whose deadline lies before the present tick.
+    /// Fails every request whose deadline lies before the present moment.
     void failExpired();
 
     bool isEmpty() const { return requests_.empty(); }
 
 private:
     struct Request {
-        std::uint32_t deadline;
+        common::Moment deadline;
         CmdResultQueue* results;
     };
 

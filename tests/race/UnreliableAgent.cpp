@@ -42,11 +42,11 @@ void answer(const Cmd& command) {
 int noteAndLook(Impl& impl) {
     {
         const common::LockGuard guard(impl.stateLock);
-        impl.lastQorContactTick = common::tickCount();
+        impl.lastQorContactTick = common::now();
         impl.qorExecutablePath = "/faked/qor";
     }
-    common::sleepMs(0);                             // the lock goes to a host thread
-    impl.lastQorContactTick = common::tickCount();  // as the progress of a connect does
+    common::sleepMs(0);                       // the lock goes to a host thread
+    impl.lastQorContactTick = common::now();  // as the progress of a connect does
     common::sleepMs(0);
     std::map<Impl::ParamQueue*, Impl::RepeatRead> registered;
     const common::LockGuard guard(impl.stateLock);

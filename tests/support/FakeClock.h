@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "common/Clock.h"
+#include "common/ClockSeam.h"
 
 /// The library's clock for the life of this object: time stands still but for what the test and
 /// the library's own sleeps add, and nobody really sleeps.
@@ -30,6 +31,10 @@ public:
 
     std::uint32_t now() const { return start_ + static_cast<std::uint32_t>(passed_.load()); }
     void advance(std::uint32_t ms) { pass(ms); }
+    /// What this clock showed at a moment.
+    static std::uint32_t tickOf(common::Moment moment) {
+        return static_cast<std::uint32_t>(moment.ms());
+    }
 
     /// Runs `action` once that much more time has passed, on the thread that lets it pass: inside
     /// a sleep or a look at the clock. Only for tests of a single thread.

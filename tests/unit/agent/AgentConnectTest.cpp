@@ -150,13 +150,31 @@ TEST_F(AgentConnect, AMonitoredConnectSucceedsOnceTheEcuIsOnline) {
     EXPECT_TRUE(monitor.reports.empty());
 }
 
+TEST_F(AgentConnect, TheProgressOfAConnectReachesAcrossTheWrapOfTheTickCount) {
+    clock.msPerRead = 0;
+    for (const std::uint32_t msBefore : {17000u, 15000u, 10000u, 1u}) {
+        SCOPED_TRACE(msBefore);
+        clock.advance(0u - msBefore - clock.now() - 500);
+        reportsAfter(500, -11, msBefore);
+        reportsAfter(600, -12, -2);
+        EXPECT_EQ(connect(&monitor).result, 0u);
+        EXPECT_TRUE(impl->isEcuOnline());
+        clock.advance(16999 - 100);
+        EXPECT_TRUE(impl->isEcuOnline());
+        clock.advance(1);
+        EXPECT_FALSE(impl->isEcuOnline());
+        clock.advance(24 * 60 * 60 * 1000);
+        EXPECT_FALSE(impl->isEcuOnline());
+    }
+}
+
 TEST_F(AgentConnect, EachProgressKeepsTheEcuOnlineFor17Seconds) {
     reportsAfter(500, -11, 10);
     reportsAfter(600, -12, -2);
     clock.msPerRead = 0;
     const std::uint32_t start = clock.now();
     EXPECT_EQ(connect(&monitor).result, 0u);
-    EXPECT_EQ(impl->lastQorContactTick, start + 500 + 15000);
+    EXPECT_EQ(FakeClock::tickOf(impl->lastQorContactTick), start + 500 + 15000);
     clock.advance(start + 500 + 16999 - clock.now());
     EXPECT_TRUE(impl->isEcuOnline());
     clock.advance(1);

@@ -138,7 +138,7 @@ TEST_F(AgentParam, AnAnswerIsANewRecordWithItsOwnStamp) {
     qor.knows("Map", 5, true);
     hasArrays({1.0}, {}, {}, 300);
     const auto request = paramRequest("Map");
-    const std::uint32_t requested = request->stamp;
+    const common::Moment requested = request->stamp;
     const auto answer = carryOut(Impl::kindGetParamData, request);
     const auto* data = dynamic_cast<Impl::CmdDataParamData*>(answer.data.get());
     ASSERT_NE(data, nullptr);

@@ -114,7 +114,7 @@ TEST_F(AgentOnlineState, TwoSecondsAfterTheLastReportTheEcuIsOffline) {
     qorReportsOnline(1.0);
     agent.step();
     const std::uint32_t noted = clock.now();
-    EXPECT_EQ(impl->lastQorContactTick, noted);
+    EXPECT_EQ(FakeClock::tickOf(impl->lastQorContactTick), noted);
     clock.advance(400);
     agent.step();  // asks, without an answer
     clock.advance(1599);

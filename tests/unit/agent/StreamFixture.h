@@ -29,9 +29,9 @@ protected:
         qorAnswersNow();
     }
 
-    void qorAnswersNow() { impl->lastQorContactTick = clock.now(); }
+    void qorAnswersNow() { impl->lastQorContactTick = common::now(); }
     /// QOR was heard of exactly so long ago.
-    void qorAnsweredAgo(std::uint32_t ms) { impl->lastQorContactTick = clock.now() - ms; }
+    void qorAnsweredAgo(std::uint32_t ms) { impl->lastQorContactTick = common::now() - ms; }
 
     /// The host's side, as the facade's operations leave it.
     void registers(ParamQueue& target, const Names& names) {

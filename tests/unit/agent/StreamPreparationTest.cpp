@@ -229,10 +229,10 @@ TEST_F(StreamPreparation, WhatTheHostReadOfTheOldQorIsNoLongerFresh) {
     idleRound();
     qor.sendValue(speed, 1.0);
     idleRound();
-    EXPECT_EQ(cached("Speed").stamp, clock.now());
+    EXPECT_NE(cached("Speed").stamp, common::Moment());
     qor.newQor();
     idleRound();
-    EXPECT_EQ(cached("Speed").stamp, 0u);
+    EXPECT_EQ(cached("Speed").stamp, common::Moment());
 }
 
 TEST_F(StreamPreparation, AnotherQorIsPreparedOnlyOnceItHasAnEcuOnline) {

@@ -127,6 +127,18 @@ TEST_F(Bootstrap, AResultOfSuccessWithoutAnEcuOnlineFailsAfter15Seconds) {
     EXPECT_EQ(clock.now() - start, 10u + 15001u);
 }
 
+TEST_F(Bootstrap, TheEcuIsAwaitedForAsLongAcrossTheWrapOfTheTickCount) {
+    for (const std::uint32_t msBefore : {15012u, 15000u, 5000u, 11u}) {
+        SCOPED_TRACE(msBefore);
+        monitor.reports.clear();
+        clock.advance(0u - msBefore - clock.now());
+        reportsAfter(10, result, -1);
+        const std::uint32_t start = clock.now();
+        expectFailure("timeout");
+        EXPECT_EQ(clock.now() - start, 10u + 15001u);
+    }
+}
+
 TEST_F(Bootstrap, AnEcuThatComesOnlineInTheLastSecondIsConnected) {
     reportsAfter(10, result, -1);
     isOnlineAfter(14500);

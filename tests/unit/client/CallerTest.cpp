@@ -35,7 +35,7 @@ TEST_F(Caller, ThatGivesUpWhileTheNameIsResolvedHasNothingWritten) {
         return true;
     });
     EXPECT_FALSE(client().setParamData("S1", {1.0}));
-    EXPECT_FALSE(client().setStaticParam("S1", {{1.0}, {}, {}, 0}));
+    EXPECT_FALSE(client().setStaticParam("S1", {{1.0}, {}, {}, {}}));
     EXPECT_FALSE(client().setDynamicData("S1", {}, "1"));
     EXPECT_FALSE(client().startDirectCtrl("S1"));
     EXPECT_FALSE(client().stopDirectCtrl("S1"));

@@ -109,6 +109,18 @@ TEST_F(Launch, AfterTheDeadlineOneLastPingDecidesAgainst) {
     EXPECT_EQ(qor.sent().back().tick - qor.sent().front().tick, 110u);
 }
 
+TEST_F(Launch, ItLastsAsLongAcrossTheWrapOfTheTickCount) {
+    qorNeverAnswers();
+    for (const std::uint32_t msBefore : {101u, 100u, 99u, 50u, 1u}) {
+        SCOPED_TRACE(msBefore);
+        clock.advance(0u - msBefore - clock.now());
+        qor.forgetSent();
+        EXPECT_FALSE(client().launch(100));
+        EXPECT_THAT(qor.sent(), SizeIs(1 + 11 + 1));
+        EXPECT_EQ(qor.sent().back().tick - qor.sent().front().tick, 110u);
+    }
+}
+
 TEST_F(Launch, AfterTheDeadlineOneLastPingDecidesInFavour) {
     qorAnswersAfter(110);
     EXPECT_TRUE(client().launch(100));

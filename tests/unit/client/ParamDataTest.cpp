@@ -270,8 +270,8 @@ TEST_F(StaticParam, ASampleIsStampedWhenItComes) {
         return true;
     });
     ASSERT_TRUE(get());
-    EXPECT_GE(sample.tick, arrival);
-    EXPECT_LE(sample.tick, arrival + 2);
+    EXPECT_GE(FakeClock::tickOf(sample.tick), arrival);
+    EXPECT_LE(FakeClock::tickOf(sample.tick), arrival + 2);
 }
 
 TEST_F(StaticParam, ThePseudoParametersOfAConnectAreNoSamples) {
@@ -299,7 +299,7 @@ TEST_F(StaticParam, OtherNegativeIdsAreSamples) {
 }
 
 TEST_F(StaticParam, AWriteCarriesTheThreeArraysInTheSameOrder) {
-    EXPECT_TRUE(client().setStaticParam("Map", {{1.0}, {2.0}, {3.0, 4.0}, 0}));
+    EXPECT_TRUE(client().setStaticParam("Map", {{1.0}, {2.0}, {3.0, 4.0}, {}}));
     const auto& request = qor.last<CommandStaticParam>();
     EXPECT_EQ(request.paramIndex, 5u);
     EXPECT_EQ(request.operation, 2u);

@@ -194,12 +194,28 @@ TEST_F(GetParamInfo, WithoutALimitItEndsWithTheClient) {
     EXPECT_FALSE(get("Speed", noLimit));
 }
 
-TEST_F(GetParamInfo, ADeadlineBeyondTheWrapOfTheTickCountHasPassedAlready) {
-    // The sum wraps and the comparison is a plain one; a call in that moment fails early.
-    clock.advance(0xFFFFFFFFu - clock.now() - 100);
-    EXPECT_FALSE(get("Speed", 400));
-    EXPECT_LT(clock.now(), 0xFFFFFFFFu);
-    EXPECT_GT(clock.now(), 0xFFFFFF00u);
+TEST_F(GetParamInfo, ItsTimeIsTheSameAcrossTheWrapOfTheTickCount) {
+    for (const std::uint32_t msBefore : {401u, 400u, 399u, 100u, 1u}) {
+        SCOPED_TRACE(msBefore);
+        clock.advance(0u - msBefore - clock.now());
+        const std::uint32_t start = clock.now();
+        EXPECT_FALSE(get("Speed", 400));
+        EXPECT_GT(clock.now() - start, 400u);
+        EXPECT_LT(clock.now() - start, 410u);
+    }
+}
+
+TEST_F(GetParamInfo, AnAnswerFromBehindTheWrapIsInTime) {
+    clock.advance(0u - 100 - clock.now());
+    clock.after(380, [this] { describe("Speed", 7); });
+    EXPECT_TRUE(get("Speed", 400));
+}
+
+TEST_F(GetParamInfo, TheLongestTimeWithALimitIs49Days) {
+    constexpr std::uint32_t hourMs = 60 * 60 * 1000;
+    clock.after(49 * 24 * hourMs, [this] { describe("Speed", 7); });
+    clock.msPerRead = hourMs;
+    EXPECT_TRUE(get("Speed", 0xFFFFFFFEu));
 }
 
 TEST_F(GetParamInfo, AFailureLeavesTheCallersRecordAlone) {

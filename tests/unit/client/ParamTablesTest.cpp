@@ -19,8 +19,8 @@ protected:
         tables.storeValues(index, valuesOf(bytes));
     }
     void storeSample(std::int32_t index, std::size_t bytes) {
-        tables.storeSample(index,
-                           {valuesOf(bytes / 2), valuesOf(bytes / 4), valuesOf(bytes / 4), 7});
+        tables.storeSample(index, {valuesOf(bytes / 2), valuesOf(bytes / 4), valuesOf(bytes / 4),
+                                   common::Moment(7)});
     }
     void storeDescription(const std::string& name, std::int32_t index, std::size_t bytes = 0) {
         protocol::ParamInfo record;
@@ -41,13 +41,13 @@ protected:
 TEST_F(ParamTablesTest, WhatWasStoredIsFoundUnderItsKeyAndInItsTableOnly) {
     storeDescription("Speed", 5);
     tables.storeValues(5, {1.0, 2.0});
-    tables.storeSample(6, {{3.0}, {4.0}, {5.0}, 99});
+    tables.storeSample(6, {{3.0}, {4.0}, {5.0}, common::Moment(99)});
     EXPECT_EQ(tables.description("Speed")->paramIndex, 5);
     EXPECT_EQ(tables.description("speed"), nullptr);
     EXPECT_THAT(*tables.values(5), ElementsAre(1.0, 2.0));
     EXPECT_EQ(tables.values(6), nullptr);
     EXPECT_THAT(tables.sample(6)->third, ElementsAre(5.0));
-    EXPECT_EQ(tables.sample(6)->tick, 99u);
+    EXPECT_EQ(tables.sample(6)->tick, common::Moment(99));
     EXPECT_EQ(tables.sample(5), nullptr);
 }
 

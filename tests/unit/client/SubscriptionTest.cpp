@@ -119,7 +119,7 @@ protected:
     }
     bool peek() { return client().peekParamData("Speed", sample); }
 
-    SampledValue sample{{9.0}, {8.0}, {}, 5};
+    SampledValue sample{{9.0}, {8.0}, {}, common::Moment(5)};
 };
 
 TEST_F(PeekParamData, AValueIsGivenWithTheTickOfItsArrivalAndWithoutACommand) {
@@ -131,10 +131,23 @@ TEST_F(PeekParamData, AValueIsGivenWithTheTickOfItsArrivalAndWithoutACommand) {
     ASSERT_TRUE(peek());
     EXPECT_THAT(sample.values, ElementsAre(1.0));
     EXPECT_THAT(sample.second, IsEmpty());
-    EXPECT_EQ(sample.tick, arrival);
+    EXPECT_EQ(FakeClock::tickOf(sample.tick), arrival);
     qor.forgetSent();
     EXPECT_TRUE(peek());
     EXPECT_THAT(qor.sent(), IsEmpty());
+}
+
+TEST_F(PeekParamData, TheTimesOfArrivalGoOnAcrossTheWrapOfTheTickCount) {
+    client();
+    clock.msPerRead = 0;
+    clock.advance(0u - 10 - clock.now());
+    qor.sendValue(7, 1.0);
+    ASSERT_TRUE(peek());
+    const common::Moment before = sample.tick;
+    clock.advance(30);
+    qor.sendValue(7, 2.0);
+    ASSERT_TRUE(peek());
+    EXPECT_EQ(sample.tick - before, 30u);
 }
 
 TEST_F(PeekParamData, TheNameIsResolvedWithin400Ms) {
@@ -149,7 +162,7 @@ TEST_F(PeekParamData, WithoutAValueOrANameTheCallersRecordStaysAsItIs) {
     EXPECT_FALSE(peek());
     EXPECT_FALSE(client().peekParamData("Unknown", sample));
     EXPECT_THAT(sample.values, ElementsAre(9.0));
-    EXPECT_EQ(sample.tick, 5u);
+    EXPECT_EQ(sample.tick, common::Moment(5));
 }
 
 TEST_F(PeekParamData, TheLastValueIsTheOneThatCounts) {

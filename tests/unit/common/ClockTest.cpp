@@ -3,9 +3,57 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
+#include <atomic>
+#include <thread>
+#include <utility>
+#include <vector>
+
 #include "FakeClock.h"
 
 using testing_support::FakeClock;
+
+namespace {
+
+constexpr std::uint32_t dayMs = 24 * 60 * 60 * 1000;
+
+/// Shows a new millisecond at each look, to whichever thread looks.
+class CountingClock final : public common::IClock {
+public:
+    explicit CountingClock(std::uint32_t start) : next_(start) { common::replaceClock(this); }
+    ~CountingClock() { common::replaceClock(nullptr); }
+    CountingClock(const CountingClock&) = delete;
+    CountingClock& operator=(const CountingClock&) = delete;
+
+    std::uint32_t tickCount() override { return next_.fetch_add(1); }
+    void sleepMs(unsigned int) override {}
+
+private:
+    std::atomic<std::uint32_t> next_;
+};
+
+/// The looking thread is held up behind its look, while another one looks later.
+class OvertakingClock final : public common::IClock {
+public:
+    OvertakingClock() { common::replaceClock(this); }
+    ~OvertakingClock() { common::replaceClock(nullptr); }
+    OvertakingClock(const OvertakingClock&) = delete;
+    OvertakingClock& operator=(const OvertakingClock&) = delete;
+
+    std::uint32_t tickCount() override {
+        const std::uint32_t shown = now;
+        if (heldUpMs == 0) return shown;
+        now += std::exchange(heldUpMs, 0);
+        overtaking = common::now();
+        return shown;
+    }
+    void sleepMs(unsigned int) override {}
+
+    std::uint32_t now = 0;
+    std::uint32_t heldUpMs = 0;
+    common::Moment overtaking;
+};
+
+}  // namespace
 
 TEST(Clock, TheTicksAreThoseOfTheSystem) {
     const std::uint32_t before = GetTickCount();
@@ -14,9 +62,9 @@ TEST(Clock, TheTicksAreThoseOfTheSystem) {
 }
 
 TEST(Clock, SleepingLetsTimePass) {
-    const std::uint32_t before = common::tickCount();
+    const common::Moment before = common::now();
     common::sleepMs(60);
-    EXPECT_GE(common::tickCount() - before, 40u) << "ticks move in steps of up to 20 ms";
+    EXPECT_GE(common::now() - before, 40u) << "ticks move in steps of up to 20 ms";
 }
 
 TEST(Clock, AReplacementGivesTheTicksAndTakesTheSleeps) {
@@ -32,25 +80,155 @@ TEST(Clock, NullBringsTheSystemsClockBack) {
     {
         FakeClock clock;
         clock.now = GetTickCount() + 1000000000u;
+        common::now();
     }
     EXPECT_LE(common::tickCount() - GetTickCount() + 1000u, 2000u);
+    EXPECT_LE(static_cast<std::uint32_t>(common::now().ms()) - GetTickCount() + 1000u, 2000u);
+}
+
+TEST(Clock, MomentsGoOnWhereTheTicksBeginAgain) {
+    FakeClock clock;
+    clock.now = 0xFFFFFFF0;
+    const common::Moment before = common::now();
+    clock.now = 0xFFFFFFFF;
+    EXPECT_EQ(common::now() - before, 0xFu);
+    clock.now = 0;
+    EXPECT_EQ(common::now() - before, 0x10u);
+    clock.now = 0x10;
+    EXPECT_EQ(common::now() - before, 0x20u);
+}
+
+TEST(Clock, MomentsGoOnOverYears) {
+    FakeClock clock;
+    const common::Moment start = common::now();
+    for (std::uint64_t days = 0; days < 4 * 365; days += 40) {
+        EXPECT_EQ(common::now() - start, days * dayMs);
+        clock.now += 40 * dayMs;
+    }
+}
+
+TEST(Clock, ASpanThatNobodyObservedIsRightUpTo49Days) {
+    for (const std::uint32_t start : {0u, 5u, 0x80000000u, 0xFFFFFFFFu}) {
+        FakeClock clock;
+        clock.now = start;
+        const common::Moment before = common::now();
+        clock.now += 49 * dayMs;
+        EXPECT_EQ(common::now() - before, 49u * dayMs);
+    }
+}
+
+TEST(Clock, ACountThatStepsBackALittleStandsStill) {
+    for (const std::uint32_t tick : {0u, 5u, 0x80000000u}) {
+        FakeClock clock;
+        clock.now = tick;
+        const common::Moment before = common::now();
+        clock.now -= 10;
+        EXPECT_EQ(common::now(), before);
+        clock.now += 11;
+        EXPECT_EQ(common::now(), before + 1);
+    }
+}
+
+TEST(Clock, NoRealMomentIsNever) {
+    FakeClock clock;
+    for (const std::uint32_t tick : {0u, 1u, 0xFFFFFFFFu}) {
+        clock.now = tick;
+        EXPECT_GT(common::now(), common::Moment() + 0xFFFFFFFF);
+    }
+}
+
+TEST(Clock, AThreadThatWasOvertakenKeepsItsOwnMomentAndTakesNothingBack) {
+    for (const std::uint32_t tick : {1000u, 0xFFFFFFFFu, 0xFFFFFFF0u, 0u}) {
+        SCOPED_TRACE(tick);
+        OvertakingClock clock;
+        clock.now = tick;
+        const common::Moment first = common::now();
+        clock.heldUpMs = 0x20;
+        EXPECT_EQ(common::now(), first);
+        EXPECT_EQ(clock.overtaking - first, 0x20u);
+        EXPECT_EQ(common::now(), clock.overtaking);
+    }
+}
+
+TEST(Clock, ThatHoldsForAThreadThatWasHeldUpForWeeks) {
+    OvertakingClock clock;
+    clock.now = 0xFFFFFFF0;
+    const common::Moment first = common::now();
+    clock.heldUpMs = 49 * dayMs;
+    EXPECT_EQ(common::now(), first);
+    EXPECT_EQ(common::now() - first, 49u * dayMs);
+}
+
+TEST(Clock, TheVeryFirstLookMayBeOvertakenToo) {
+    OvertakingClock clock;
+    clock.now = 0xFFFFFFFF;
+    clock.heldUpMs = 1;
+    const common::Moment first = common::now();
+    EXPECT_LE(first, clock.overtaking);
+    EXPECT_EQ(common::now(), clock.overtaking);
+}
+
+TEST(Clock, ManyThreadsThatLookAtOnceAgreeOnTheTimeAcrossTheWrap) {
+    constexpr std::uint32_t threadCount = 8;
+    constexpr std::uint32_t looks = 20000;
+    const CountingClock clock(0u - threadCount * looks / 2);
+    const common::Moment start = common::now();
+    std::atomic<int> steppedBack{0};
+    std::vector<std::thread> threads;
+    for (std::uint32_t i = 0; i < threadCount; ++i)
+        threads.emplace_back([&] {
+            common::Moment last = start;
+            for (std::uint32_t look = 0; look < looks; ++look) {
+                const common::Moment now = common::now();
+                if (now <= last) ++steppedBack;
+                last = now;
+            }
+        });
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(steppedBack, 0);
+    EXPECT_EQ(common::now() - start, threadCount * looks + 1);
+}
+
+TEST(Clock, AReplacementBeginsAnew) {
+    common::Moment atFive;
+    {
+        FakeClock clock;
+        clock.now = 5;
+        atFive = common::now();
+        clock.now = 0xFFFFFFF0;
+        common::now();
+        clock.now = 0x10;
+        common::now();
+    }
+    FakeClock clock;
+    clock.now = 5;
+    EXPECT_EQ(common::now(), atFive);
 }
 
 TEST(Clock, ASpanHasPassedOnlyBeyondItsEnd) {
-    EXPECT_FALSE(common::hasPassed(100, 100, 50));
-    EXPECT_FALSE(common::hasPassed(150, 100, 50));
-    EXPECT_TRUE(common::hasPassed(151, 100, 50));
+    const common::Moment start(100);
+    EXPECT_FALSE(common::hasPassed(start, start, 50));
+    EXPECT_FALSE(common::hasPassed(common::Moment(150), start, 50));
+    EXPECT_TRUE(common::hasPassed(common::Moment(151), start, 50));
 }
 
-TEST(Clock, TheEndOfASpanWrapsAroundAndIsComparedPlainly) {
-    EXPECT_FALSE(common::hasPassed(0x0F, 0xFFFFFFF0, 0x20));
-    EXPECT_FALSE(common::hasPassed(0x10, 0xFFFFFFF0, 0x20));
-    EXPECT_TRUE(common::hasPassed(0x11, 0xFFFFFFF0, 0x20));
-    // Just before the wrap the sum is small already and the plain comparison says "passed".
-    EXPECT_TRUE(common::hasPassed(0xFFFFFFF1, 0xFFFFFFF0, 0x20));
+TEST(Clock, ASpanAcrossTheWrapOfTheTicksIsLikeAnyOther) {
+    FakeClock clock;
+    clock.now = 0xFFFFFFF0;
+    const common::Moment start = common::now();
+    clock.now = 0xFFFFFFFF;
+    EXPECT_FALSE(common::hasPassed(common::now(), start, 0x20));
+    clock.now = 0x10;
+    EXPECT_FALSE(common::hasPassed(common::now(), start, 0x20));
+    clock.now = 0x11;
+    EXPECT_TRUE(common::hasPassed(common::now(), start, 0x20));
 }
 
-TEST(Clock, ASpanWithoutEndEndsAtOnceUnlessItStartsAtTick0) {
-    EXPECT_TRUE(common::hasPassed(1000, 1000, 0xFFFFFFFF));
-    EXPECT_FALSE(common::hasPassed(0xFFFFFFFF, 0, 0xFFFFFFFF));
+TEST(Clock, TheLongestSpanEndsIn49Days) {
+    FakeClock clock;
+    clock.now = 1000;
+    const common::Moment start = common::now();
+    EXPECT_FALSE(common::hasPassed(common::now(), start, 0xFFFFFFFF));
+    EXPECT_FALSE(common::hasPassed(start + 0xFFFFFFFF, start, 0xFFFFFFFF));
+    EXPECT_TRUE(common::hasPassed(start + 0xFFFFFFFF + 1, start, 0xFFFFFFFF));
 }

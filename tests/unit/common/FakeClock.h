@@ -3,7 +3,7 @@
 #include <functional>
 #include <vector>
 
-#include "common/Clock.h"
+#include "common/ClockSeam.h"
 
 namespace testing_support {
 

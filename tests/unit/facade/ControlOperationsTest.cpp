@@ -26,7 +26,7 @@ TEST_F(ControlOperations, ADynamicWriteCarriesTheTextAndEmptyArrays) {
     EXPECT_EQ(dataOf(request()).name, "Count");
     EXPECT_EQ(dataOf(request()).text, "6 %d");
     EXPECT_EQ(dataOf(request()).timeoutMs, 500u);
-    EXPECT_EQ(dataOf(request()).stamp, clock.now());
+    EXPECT_EQ(FakeClock::tickOf(dataOf(request()).stamp), clock.now());
     EXPECT_THAT(dataOf(request()).values, IsEmpty());
     EXPECT_THAT(dataOf(request()).second, IsEmpty());
     EXPECT_THAT(dataOf(request()).third, IsEmpty());

@@ -174,20 +174,36 @@ TEST_F(Lifecycle, RightAfterConstructionTheEcuIsOffline) {
 
 TEST_F(Lifecycle, TheEcuIsOnlineForLessThanTwoSecondsAfterTheLastContact) {
     start();
-    agent.impl()->lastQorContactTick = clock.now();
+    agent.impl()->lastQorContactTick = common::now();
     clock.advance(1999);
     EXPECT_TRUE(facade->isEcuOnline());
     clock.advance(1);
     EXPECT_FALSE(facade->isEcuOnline());
 }
 
-TEST_F(Lifecycle, TheSumOfTheOnlineTimeWrapsAndIsComparedPlainly) {
+TEST_F(Lifecycle, TheEcuIsOnlineForAsLongAcrossTheWrapOfTheTickCount) {
     start();
-    clock.advance(0xFFFFFFFFu - clock.now());
-    agent.impl()->lastQorContactTick = clock.now();
-    EXPECT_FALSE(facade->isEcuOnline());  // the sum has wrapped, the clock has not
-    clock.advance(1000);
-    EXPECT_TRUE(facade->isEcuOnline());
+    for (const std::uint32_t msBefore : {2001u, 2000u, 1999u, 1000u, 1u}) {
+        SCOPED_TRACE(msBefore);
+        clock.advance(0u - msBefore - clock.now());
+        agent.impl()->lastQorContactTick = common::now();
+        EXPECT_TRUE(facade->isEcuOnline());
+        clock.advance(1999);
+        EXPECT_TRUE(facade->isEcuOnline());
+        clock.advance(1);
+        EXPECT_FALSE(facade->isEcuOnline());
+        clock.advance(24 * 60 * 60 * 1000);
+        EXPECT_FALSE(facade->isEcuOnline());
+    }
+}
+
+TEST_F(Lifecycle, WithoutAnyContactTheEcuIsOfflineAlsoWhereTheTickCountBegins) {
+    start();
+    clock.advance(0u - clock.now());
+    ASSERT_EQ(clock.now(), 0u);
+    EXPECT_FALSE(facade->isEcuOnline());
+    clock.advance(1999);
+    EXPECT_FALSE(facade->isEcuOnline());
 }
 
 TEST_F(Lifecycle, ThePathOfTheExecutableIsAwaitedUntilTheAgentPublishesIt) {
@@ -208,6 +224,20 @@ TEST_F(Lifecycle, ThePathOfTheExecutableIsGivenUpAfterThreeSeconds) {
     EXPECT_EQ(facade->getQorExecutablePath(), "");
     EXPECT_GT(clock.now() - before, 3000u);
     EXPECT_LT(clock.now() - before, 3100u);
+}
+
+TEST_F(Lifecycle, ThePathOfTheExecutableIsAwaitedForAsLongAcrossTheWrapOfTheTickCount) {
+    start();
+    for (const std::uint32_t msBefore : {3001u, 2999u, 1500u, 1u}) {
+        SCOPED_TRACE(msBefore);
+        clock.msPerRead = 0;
+        clock.advance(0u - msBefore - clock.now());
+        clock.msPerRead = 10;
+        const std::uint32_t before = clock.now();
+        EXPECT_EQ(facade->getQorExecutablePath(), "");
+        EXPECT_GT(clock.now() - before, 3000u);
+        EXPECT_LT(clock.now() - before, 3100u);
+    }
 }
 
 TEST_F(Lifecycle, ThePathOfTheExecutableSurvivesTheAgent) {

@@ -34,7 +34,7 @@ TEST_F(ParamOperations, AReadPostsTheNameAndTheUndoubledTimeout) {
     EXPECT_EQ(agent.requests().at(0).monitor, nullptr);
     EXPECT_EQ(request().name, "Speed");
     EXPECT_EQ(request().timeoutMs, 500u);
-    EXPECT_EQ(request().stamp, clock.now());
+    EXPECT_EQ(FakeClock::tickOf(request().stamp), clock.now());
     EXPECT_THAT(request().values, IsEmpty());
 }
 
@@ -73,7 +73,7 @@ TEST_F(ParamOperations, AFailedReadIsTwoLinesOfTheTraceAndThenOneForTheHost) {
 TEST_F(ParamOperations, AFailedReadTellsWhetherTheEcuIsOnline) {
     failAlways();
     start();
-    agent.impl()->lastQorContactTick = clock.now();
+    agent.impl()->lastQorContactTick = common::now();
     get();
     EXPECT_EQ(trace().at(1), "1\tQorControlFacade::getParamData() isEcuOnline=true");
 }

@@ -55,6 +55,35 @@ TEST_F(PingQor, TheElapsedTimeIsADifferenceThatWraps) {
     EXPECT_THAT(trace(), ElementsAre("2\tQorControlFacade::pingQor(), t: 37 ms"));
 }
 
+/// Wakes the caller without an answer, as a signal does that was left over.
+void wakeWithoutAnswer(const QorControlFacade::Impl::ProtocolCmd& command) {
+    const_cast<common::Event&>(command.replyQueue->pushed()).signal();
+}
+
+TEST_F(PingQor, ACallerThatWakesEarlyBehindTheWrapWaitsForTheRestOfItsTime) {
+    agent.script().onRequest = [this](Impl&, const Cmd& command) {
+        clock.advance(150);
+        wakeWithoutAnswer(command);
+        Sleep(50);
+        ScriptedAgent::succeed(command);
+    };
+    start();
+    clock.advance(0u - 100 - clock.now());
+    EXPECT_TRUE(facade->pingQor(1000));
+}
+
+TEST_F(PingQor, ACallerThatWakesLateBehindTheWrapWaitsNoLonger) {
+    agent.script().onRequest = [this](Impl&, const Cmd& command) {
+        clock.advance(20000);
+        wakeWithoutAnswer(command);
+    };
+    start();
+    clock.advance(0u - 100 - clock.now());
+    const ULONGLONG before = GetTickCount64();
+    EXPECT_FALSE(facade->pingQor(10000));
+    EXPECT_LT(GetTickCount64() - before, 10000u);
+}
+
 TEST_F(PingQor, WithoutALimitItWaitsForTheAnswer) {
     agent.script().onRequest = [this](Impl&, const Cmd& command) {
         Sleep(100);

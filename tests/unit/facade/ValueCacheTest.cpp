@@ -71,6 +71,36 @@ TEST_F(ValueCache, TheLookIntoItBelongsToTheTimeOfTheCall) {
     EXPECT_EQ(elapsedOf(lines.at(1)) - elapsedOf(lines.at(2)), 7);
 }
 
+TEST_F(ValueCache, AValueCountsForAsLongAcrossTheWrapOfTheTickCount) {
+    start(200);
+    for (const std::uint32_t msBefore : {101u, 100u, 99u, 50u, 1u}) {
+        SCOPED_TRACE(msBefore);
+        const std::string name = "Speed" + std::to_string(msBefore);
+        clock.advance(0u - msBefore - clock.now());
+        const std::vector<double> first = get(name);
+        EXPECT_EQ(get(name), first);
+        clock.advance(99);
+        EXPECT_EQ(get(name), first);
+        clock.advance(1);
+        EXPECT_NE(get(name), first);
+    }
+}
+
+TEST_F(ValueCache, ADayBehindTheWrapNothingFromBeforeItCounts) {
+    for (const unsigned int period : {0u, 1u, 200u}) {
+        SCOPED_TRACE(period);
+        start(period);
+        clock.advance(0u - 1000 - clock.now());
+        const std::vector<double> first = get();
+        clock.advance(1000);
+        const std::vector<double> second = get();
+        EXPECT_NE(second, first);
+        clock.advance(24 * 60 * 60 * 1000);
+        EXPECT_NE(get(), second);
+        facade.reset();
+    }
+}
+
 TEST_F(ValueCache, HalfOfAnOddPeriodIsRoundedDown) {
     start(3);
     get();
@@ -153,7 +183,7 @@ TEST_F(ValueCache, NamesAreComparedExactly) {
 
 TEST_F(ValueCache, AStreamedValueAnswersWithItsOneArray) {
     start(200);
-    agent.impl()->paramValueCache["Speed"] = {{5.0}, {}, {}, clock.now()};
+    agent.impl()->paramValueCache["Speed"] = {{5.0}, {}, {}, common::now()};
     std::vector<double> values;
     std::vector<double> second{1.0};
     std::vector<double> third{1.0};

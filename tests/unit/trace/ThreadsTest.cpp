@@ -6,7 +6,7 @@
 #include <sstream>
 #include <vector>
 
-#include "common/Clock.h"
+#include "common/ClockSeam.h"
 #include "TraceFixture.h"
 #include "unit/common/TestThread.h"
 

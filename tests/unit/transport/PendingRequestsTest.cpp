@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "common/Clock.h"
+#include "common/ClockSeam.h"
 
 namespace {
 
@@ -101,32 +101,45 @@ TEST_F(PendingRequestsTest, WithoutLimitTheNextSweepEndsIt) {
     EXPECT_EQ("7:0", result());
 }
 
-// Kept as it always was: ticks are compared as plain numbers.
-TEST_F(PendingRequestsTest, WithoutLimitAtTickZeroItWaitsForEver) {
+TEST_F(PendingRequestsTest, WithoutLimitTheNextSweepEndsItAlsoWhereTheTicksBegin) {
     addAt(0, 7, 0xFFFFFFFF);
 
     sweepAt(0);
-    sweepAt(0x7FFFFFFF);
-
-    EXPECT_EQ("", result());
-}
-
-TEST_F(PendingRequestsTest, ADeadlineBehindTheWrapOfTheTicksHasPassedAtTheNextSweep) {
-    addAt(0xFFFFFF00, 7, 0x200);
-
-    sweepAt(0xFFFFFF01);
 
     EXPECT_EQ("7:0", result());
 }
 
-TEST_F(PendingRequestsTest, ADeadlineJustBeforeTheWrapDoesNotPassWhileTheTicksBeginAnew) {
+TEST_F(PendingRequestsTest, ADeadlineBehindTheWrapOfTheTicksPassesThereAndNotBefore) {
+    addAt(0xFFFFFF00, 7, 0x200);
+
+    sweepAt(0xFFFFFF01);
+    EXPECT_EQ("", result());
+    sweepAt(0xFFFFFFFF);
+    EXPECT_EQ("", result());
+    sweepAt(0x100);
+    EXPECT_EQ("", result());
+    sweepAt(0x101);
+    EXPECT_EQ("7:0", result());
+}
+
+TEST_F(PendingRequestsTest, ADeadlineJustBeforeTheWrapHasPassedBehindIt) {
     addAt(0xFFFFFF00, 7, 0xF0);
 
-    sweepAt(5);
+    sweepAt(0xFFFFFFF0);
     EXPECT_EQ("", result());
+    sweepAt(5);
+    EXPECT_EQ("7:0", result());
+}
 
-    pending.complete(7, CmdResult::success);
-    EXPECT_EQ("7:1", result());
+TEST_F(PendingRequestsTest, TheLongestTimeWithALimitIs49Days) {
+    addAt(1000, 7, 0xFFFFFFFE);
+
+    for (const std::uint32_t day : {1u, 20u, 40u, 49u}) sweepAt(1000 + day * 24 * 60 * 60 * 1000);
+    EXPECT_EQ("", result());
+    sweepAt(998);
+    EXPECT_EQ("", result());
+    sweepAt(999);
+    EXPECT_EQ("7:0", result());
 }
 
 TEST_F(PendingRequestsTest, TheSameIdAgainTakesTheNewDeadlineAndQueue) {

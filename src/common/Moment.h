@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstdint>
+
+namespace common {
+
+/// A point in time, in milliseconds, that never wraps. Real ones come from `now`; one that is
+/// made without a value is "never" and lies long before every real one.
+class Moment {
+public:
+    constexpr Moment() = default;
+    constexpr explicit Moment(std::uint64_t ms) : ms_(ms) {}
+
+    constexpr std::uint64_t ms() const { return ms_; }
+
+    friend constexpr Moment operator+(Moment start, std::uint32_t spanMs) {
+        return Moment(start.ms_ + spanMs);
+    }
+    friend constexpr Moment operator-(Moment end, std::uint32_t spanMs) {
+        return Moment(end.ms_ - spanMs);
+    }
+    /// The milliseconds between two; `earlier` must be that.
+    friend constexpr std::uint64_t operator-(Moment later, Moment earlier) {
+        return later.ms_ - earlier.ms_;
+    }
+    friend constexpr bool operator==(Moment one, Moment other) { return one.ms_ == other.ms_; }
+    friend constexpr bool operator!=(Moment one, Moment other) { return one.ms_ != other.ms_; }
+    friend constexpr bool operator<(Moment one, Moment other) { return one.ms_ < other.ms_; }
+    friend constexpr bool operator>(Moment one, Moment other) { return one.ms_ > other.ms_; }
+    friend constexpr bool operator<=(Moment one, Moment other) { return one.ms_ <= other.ms_; }
+    friend constexpr bool operator>=(Moment one, Moment other) { return one.ms_ >= other.ms_; }
+
+private:
+    std::uint64_t ms_ = 0;
+};
+
+}  // namespace common
