@@ -7,6 +7,7 @@
 #include "common/Clock.h"
 #include "common/LastError.h"
 #include "framework/AsyncSocket.h"
+#include "transport/RecordBound.h"
 #include "transport/ResultQueues.h"
 #include "transport/SocketWorker.h"
 
@@ -77,6 +78,7 @@ unsigned __stdcall ClientSocketCommandFactory::workerThread(void* factory) {
 
 bool ClientSocketCommandFactory::send(std::unique_ptr<IExternalCommand> command,
                                       unsigned int timeoutMs) {
+    if (isTooLong(*command)) return false;
     if (common::currentThreadId() == workerThread_) {
         running_->sendNow(*command);
         return true;
@@ -85,7 +87,8 @@ bool ClientSocketCommandFactory::send(std::unique_ptr<IExternalCommand> command,
     CmdData data;
     data.requestId = dynamic_cast<const ExternalCommand&>(*command).requestId();
     data.timeoutMs = timeoutMs;
-    command->write(data.bytes);
+    data.bytes = std::make_shared<std::string>();
+    command->write(*data.bytes);
     command.reset();
     if (timeoutMs != doNotWait) data.results = &resultQueueOfThisThread();
     outgoing_.push(data);

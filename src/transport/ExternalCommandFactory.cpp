@@ -6,6 +6,7 @@
 
 #include "protocol/RecordStream.h"
 #include "transport/ReceivedCommand.h"
+#include "transport/RecordBound.h"
 
 namespace {
 
@@ -47,6 +48,7 @@ ExternalCommandFactory::~ExternalCommandFactory() = default;
 bool ExternalCommandFactory::send(std::unique_ptr<IExternalCommand> command,
                                   unsigned int timeoutMs) {
     releaseHeldSender();
+    if (isTooLong(*command)) return false;
     const HWND server = platform_->findWindow(serverWindowName_);
     if (server == nullptr) return false;
     if (timeoutMs == useDefault) timeoutMs = defaultTimeout(command->getId());
