@@ -1,5 +1,7 @@
 #pragma once
 
+#include <utility>
+
 #include "client/ClientExternalOperating.h"
 #include "common/Clock.h"
 #include "common/Pump.h"
@@ -29,9 +31,8 @@ constexpr unsigned int withExtra(unsigned int timeoutMs, unsigned int extraMs) {
 }  // namespace clientsend
 
 template <class Command>
-bool ClientExternalOperating::send(const typename Command::Payload& payload,
-                                   unsigned int timeoutMs) {
-    return transport_->send(std::make_unique<Command>(payload), timeoutMs);
+bool ClientExternalOperating::send(typename Command::Payload payload, unsigned int timeoutMs) {
+    return transport_->send(std::make_unique<Command>(std::move(payload)), timeoutMs);
 }
 
 template <class Condition>

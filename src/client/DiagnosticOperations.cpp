@@ -1,3 +1,5 @@
+#include <utility>
+
 #include "client/ClientCommands.h"
 #include "client/ClientExternalOperating.h"
 #include "client/ClientSend.h"
@@ -17,10 +19,10 @@ void expect(Arrival<T>& arrival) {
     arrival = Arrival<T>();
 }
 
-/// Copies an answer out, if it has come.
+/// Takes an answer out, if it has come.
 template <class T>
-bool take(const Arrival<T>& arrival, T& content) {
-    if (arrival.arrived) content = arrival.content;
+bool take(Arrival<T>& arrival, T& content) {
+    if (arrival.arrived) content = std::move(arrival.content);
     return arrival.arrived;
 }
 
@@ -50,7 +52,7 @@ bool ClientExternalOperating::execKwp(const protocol::ExecKwp& request, protocol
         expect(state->kwpAnswer);
         command.channel = state->connectRecord.protocol;
     }
-    return send<ClientCommandExecKwp>(command, kwpMs) &&
+    return send<ClientCommandExecKwp>(std::move(command), kwpMs) &&
            waitUntil(clientsend::withExtra(request.timeoutMs, kwpMs),
                      [&] { return take(state_.lock()->kwpAnswer, answer); });
 }

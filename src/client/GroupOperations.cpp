@@ -40,11 +40,12 @@ bool ClientExternalOperating::readTogether(const std::vector<std::string>& names
     std::vector<std::vector<double>> found(indices.size());
     const auto areThere = [&] {
         const auto state = state_.lock();
-        for (std::size_t i = 0; i < indices.size(); ++i)
-            if (!clientsend::copyEntry(state->values, indices[i], found[i])) return false;
+        for (const std::int32_t index : indices)
+            if (state->values.find(index) == state->values.end()) return false;
+        for (std::size_t i = 0; i < indices.size(); ++i) found[i] = state->values[indices[i]];
         return true;
     };
-    if (!send<ClientCommandReadTogether>(request, timeoutMs)) return false;
+    if (!send<ClientCommandReadTogether>(std::move(request), timeoutMs)) return false;
     if (!waitUntil(timeoutMs, areThere)) return false;
     values = std::move(found);
     return true;
@@ -83,7 +84,7 @@ bool ClientExternalOperating::sendSubscriptions() {
             if (entry.second >= 1)
                 list.paramIndices.items.push_back(static_cast<std::uint32_t>(entry.first));
     }
-    return send<CommandSetParamList>(list, listMs);
+    return send<CommandSetParamList>(std::move(list), listMs);
 }
 
 bool ClientExternalOperating::peekParamData(const std::string& name, SampledValue& sample) {

@@ -57,31 +57,33 @@ void ClientExternalOperating::onParamInfo(const protocol::ParamInfo& record) {
     store(state_.lock()->descriptions, record.name, record);
 }
 
-void ClientExternalOperating::onDirectCtrl(const protocol::DirectCtrl& record) {
-    store(state_.lock()->values, static_cast<std::int32_t>(record.paramIndex), record.values);
+void ClientExternalOperating::onDirectCtrl(protocol::DirectCtrl record) {
+    store(state_.lock()->values, static_cast<std::int32_t>(record.paramIndex),
+          std::move(record.values));
 }
 
-void ClientExternalOperating::onStaticParam(const protocol::StaticParam& record) {
+void ClientExternalOperating::onStaticParam(protocol::StaticParam record) {
     const auto state = state_.lock();
     store(state->samples, static_cast<std::int32_t>(record.paramIndex),
-          SampledValue{record.first, record.second, record.third, common::tickCount()});
+          SampledValue{std::move(record.first), std::move(record.second), std::move(record.third),
+                       common::tickCount()});
 }
 
-void ClientExternalOperating::onDtcs(const protocol::GetDtc& record) {
+void ClientExternalOperating::onDtcs(protocol::GetDtc record) {
     const auto state = state_.lock();
-    state->dtcs.content = record.dtcs;
+    state->dtcs.content = std::move(record.dtcs);
     state->dtcs.arrived = true;
 }
 
-void ClientExternalOperating::onCanBusData(const protocol::CanBusData& record) {
+void ClientExternalOperating::onCanBusData(protocol::CanBusData record) {
     const auto state = state_.lock();
-    state->canFrames.content = record.items;
+    state->canFrames.content = std::move(record.items);
     state->canFrames.arrived = true;
 }
 
-void ClientExternalOperating::onKwpAnswer(const protocol::ExecKwp& record) {
+void ClientExternalOperating::onKwpAnswer(protocol::ExecKwp record) {
     const auto state = state_.lock();
-    state->kwpAnswer.content = record;
+    state->kwpAnswer.content = std::move(record);
     state->kwpAnswer.arrived = true;
 }
 
