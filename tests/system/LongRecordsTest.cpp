@@ -37,10 +37,13 @@ protected:
         return station.start();
     }
 
-    /// Writes within some attempts: each has half a second, whatever else the machine does.
-    bool writes(const std::vector<double>& written) {
-        return eventually(
-            amply, [&] { return station->setParamData("LongText", written, {}, {}, amply); });
+    /// Writes until QOR has the values. It has half a second for each write, which is too little
+    /// on a busy machine: then the write fails, though QOR has got it.
+    bool writesAndReadsBack(const std::vector<double>& written) {
+        return eventually(amply, [&] {
+            station->setParamData("LongText", written, {}, {}, amply);
+            return station->getParamData("LongText", values, amply) && values == written;
+        });
     }
 
     Station station{GetParam()};
@@ -56,9 +59,7 @@ INSTANTIATE_TEST_SUITE_P(Over, LongRecordsOverTcp, testing::Values(Transport::tc
 TEST_P(LongRecordsOverTcp, MillionsOfValuesAreWrittenAndReadBack) {
     ASSERT_TRUE(startWithALongText());
     const auto written = characters(millions, 1);
-    ASSERT_TRUE(writes(written));
-    ASSERT_TRUE(station->getParamData("LongText", values, amply));
-    EXPECT_TRUE(written == values);
+    ASSERT_TRUE(writesAndReadsBack(written));
     std::vector<std::vector<double>> group;
     ASSERT_TRUE(station->getParamDataAtOnce({"MaxEngineSpeed", "LongText"}, group, amply));
     EXPECT_THAT(group.at(0), ElementsAre(6500));
@@ -80,7 +81,7 @@ TEST_P(LongRecords, AWriteOfMoreThanCanTravelFailsAtOnceWithALineAndHarmsNothing
     EXPECT_LT(ms, amply / 2);
     EXPECT_TRUE(station.traceHolds(
         "Command 7 is not sent: its record would have 134217756 bytes, at most 134217728 can "
-        "travel\n"));
+        "travel"));
     EXPECT_TRUE(station.traceHolds("QorControlFacade::setParamData() failed on param: LongText"));
     EXPECT_TRUE(station->getParamData("MaxEngineSpeed", values, amply));
     EXPECT_THAT(values, ElementsAre(6500));
