@@ -15,7 +15,7 @@ ParameterModel textParameter(const JsonNode& node, ParameterModel parameter) {
     const std::string text = node.at("text").text();
     const auto length = static_cast<std::int64_t>(text.size());
     parameter.maxLength =
-        static_cast<std::size_t>(node.integer("maxLength", length, length, 100000));
+        static_cast<std::size_t>(node.integer("maxLength", length, length, 20000000));
     for (const char character : text) {
         parameter.arrays.first.push_back(static_cast<unsigned char>(character));
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -34,6 +35,7 @@ public:
     std::vector<Element> sequence(ReadElement readElement) {
         std::vector<Element> elements;
         const std::uint32_t announced = u32();
+        elements.reserve(std::min<std::size_t>(announced, remaining() / sizeof(Element)));
         for (std::uint32_t i = 0; i < announced; ++i) {
             const std::size_t before = position_;
             Element element = readElement(*this);

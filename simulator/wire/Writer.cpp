@@ -4,10 +4,22 @@
 
 namespace simulator {
 
-Writer& Writer::u32(std::uint32_t value) {
-    for (unsigned shift = 0; shift < 32; shift += 8) {
-        bytes_.push_back(static_cast<char>((value >> shift) & 0xFFU));
+namespace {
+
+template <class Word>
+void appendTo(std::string& bytes, Word value) {
+    char image[sizeof value];
+    for (char& byte : image) {
+        byte = static_cast<char>(value & 0xFFU);
+        value >>= 8U;
     }
+    bytes.append(image, sizeof image);
+}
+
+}  // namespace
+
+Writer& Writer::u32(std::uint32_t value) {
+    appendTo(bytes_, value);
     return *this;
 }
 
@@ -23,8 +35,8 @@ Writer& Writer::f64(double value) {
     std::uint64_t image = 0;
     static_assert(sizeof image == sizeof value, "a double must be 8 bytes");
     std::memcpy(&image, &value, sizeof image);
-    u32(static_cast<std::uint32_t>(image & 0xFFFFFFFFU));
-    return u32(static_cast<std::uint32_t>(image >> 32U));
+    appendTo(bytes_, image);
+    return *this;
 }
 
 Writer& Writer::text(const std::string& value) {
@@ -35,6 +47,7 @@ Writer& Writer::text(const std::string& value) {
 
 Writer& Writer::doubles(const std::vector<double>& values) {
     count(values.size());
+    bytes_.reserve(bytes_.size() + 8 * values.size());
     for (const double value : values) f64(value);
     return *this;
 }

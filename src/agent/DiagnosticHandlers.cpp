@@ -5,12 +5,13 @@
 using EcuConnect = QorControlFacade::EcuConnect;
 
 std::vector<QorControlFacade::DtcDescription> toDescriptions(
-    const std::vector<protocol::DtcRecord>& records) {
+    std::vector<protocol::DtcRecord> records) {
     std::vector<QorControlFacade::DtcDescription> descriptions;
     descriptions.reserve(records.size());
-    for (const protocol::DtcRecord& record : records)
-        descriptions.push_back(
-            {record.code, record.status, record.text1, record.text2, record.text3, record.text4});
+    for (protocol::DtcRecord& record : records)
+        descriptions.push_back({record.code, record.status, std::move(record.text1),
+                                std::move(record.text2), std::move(record.text3),
+                                std::move(record.text4)});
     return descriptions;
 }
 
@@ -25,7 +26,7 @@ bool QorProtocolAgent::readDtc(const Impl::ProtocolCmd& command) {
     std::vector<protocol::DtcRecord> dtcs;
     if (!client_->getDtc(request->statusMask, dtcs, request->statusMask)) return false;
     auto results = std::make_shared<Impl::CmdDataDtcData>(request->statusMask);
-    results->dtcs = toDescriptions(dtcs);
+    results->dtcs = toDescriptions(std::move(dtcs));
     return answer(command, std::move(results));
 }
 

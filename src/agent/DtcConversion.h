@@ -7,4 +7,4 @@
 
 /// QOR's trouble codes as the host knows them.
 std::vector<QorControlFacade::DtcDescription> toDescriptions(
-    const std::vector<protocol::DtcRecord>& records);
+    std::vector<protocol::DtcRecord> records);

@@ -52,22 +52,24 @@ bool QorProtocolAgent::readParam(const Impl::ProtocolCmd& command) {
 }
 
 bool QorProtocolAgent::writeParam(const Impl::ProtocolCmd& command) {
-    const auto* request = payloadOf<Impl::CmdDataParamData>(command);
+    auto* request = payloadOf<Impl::CmdDataParamData>(command);
     if (request == nullptr) return false;
+    // Taken out of the request, which may live on in a slot of the queue: nobody else reads it.
+    SampledValue written{std::move(request->values), std::move(request->second),
+                         std::move(request->third), {}};
     ParamInfo record;
     if (!client_->getParamInfo(request->name, record, describeMs, false)) return false;
-    const bool done =
-        record.threeArrays
-            ? client_->setStaticParam(request->name,
-                                      {request->values, request->second, request->third, {}})
-            : client_->setParamData(request->name, request->values);
+    const bool done = record.threeArrays
+                          ? client_->setStaticParam(request->name, std::move(written))
+                          : client_->setParamData(request->name, std::move(written.values));
     return done && answer(command);
 }
 
 bool QorProtocolAgent::setDynamic(const Impl::ProtocolCmd& command) {
-    const auto* request = payloadOf<Impl::CmdDataParamData>(command);
+    auto* request = payloadOf<Impl::CmdDataParamData>(command);
     return request != nullptr &&
-           client_->setDynamicData(request->name, request->values, request->text) &&
+           client_->setDynamicData(request->name, std::move(request->values),
+                                   std::move(request->text)) &&
            answer(command);
 }
 

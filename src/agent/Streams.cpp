@@ -1,4 +1,5 @@
 #include <map>
+#include <utility>
 
 #include "agent/Answering.h"
 #include "agent/DtcConversion.h"
@@ -85,7 +86,7 @@ void QorProtocolAgent::streamDtcs() {
 bool QorProtocolAgent::readDtcsFor(Impl::DtcQueue& queue) {
     std::vector<protocol::DtcRecord> dtcs;
     if (!client_->getDtc(dtcStatusMask_, dtcs, dtcStatusMask_)) return false;
-    queue.push(toDescriptions(dtcs));
+    queue.push(toDescriptions(std::move(dtcs)));
     return true;
 }
 

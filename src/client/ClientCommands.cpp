@@ -1,5 +1,7 @@
 #include "client/ClientCommands.h"
 
+#include <utility>
+
 #include "client/ClientExternalOperating.h"
 #include "client/ExportFiles.h"
 
@@ -27,12 +29,12 @@ bool ClientCommandReceiveParamData::onReply(Replyer*, ClientExternalOperating* c
 }
 
 bool ClientCommandDirectCtrl::onReply(Replyer*, ClientExternalOperating* client) {
-    client->onDirectCtrl(*this);
+    client->onDirectCtrl(std::move(payload()));
     return true;
 }
 
 bool ClientCommandGetDTC::onReply(Replyer*, ClientExternalOperating* client) {
-    client->onDtcs(*this);
+    client->onDtcs(std::move(payload()));
     return true;
 }
 
@@ -50,7 +52,7 @@ bool ClientCommandGetHex::onReply(Replyer*, ClientExternalOperating* client) {
 }
 
 bool ClientCommandStaticParam::onReply(Replyer*, ClientExternalOperating* client) {
-    client->onStaticParam(*this);
+    client->onStaticParam(std::move(payload()));
     return true;
 }
 
@@ -59,12 +61,12 @@ bool ClientCommandEcuSegment::onReply(Replyer*, ClientExternalOperating*) {
 }
 
 bool ClientCommandExecKwp::onReply(Replyer*, ClientExternalOperating* client) {
-    client->onKwpAnswer(*this);
+    client->onKwpAnswer(std::move(payload()));
     return true;
 }
 
 bool ClientCommandCanBusData::onReply(Replyer*, ClientExternalOperating* client) {
-    client->onCanBusData(*this);
+    client->onCanBusData(std::move(payload()));
     return true;
 }
 
@@ -74,8 +76,8 @@ bool ClientCommandReadTogether::onReply(Replyer*, ClientExternalOperating* clien
         protocol::DirectCtrl record;
         record.paramIndex = paramIndices[i];
         record.operation = protocol::DirectCtrl::readValues;
-        record.values = values[i];
-        client->onDirectCtrl(record);
+        record.values = std::move(values[i]);
+        client->onDirectCtrl(std::move(record));
     }
     return true;
 }

@@ -4,8 +4,8 @@
 #include "protocol/IClientCommand.h"
 
 /// The commands whose answers the client acts on. Each is its command class with a handler; the
-/// handlers hand what they received to the client, which copies it. This is the one place where
-/// commands know the client.
+/// handlers hand what they received over to the client, which may take it out of the command. This
+/// is the one place where commands know the client.
 namespace clientcommands {
 
 /// Creation for a client command: records parsed by its prototype are client commands too.
@@ -14,7 +14,7 @@ class ClientCommand : public Command, public IClientCommand {
 public:
     using Command::Command;
 
-    IExternalCommand* createFromPayload(const std::string& bytes) const override {
+    IExternalCommand* createFromPayload(std::string_view bytes) const override {
         return Command::template createAs<Self>(bytes);
     }
 };

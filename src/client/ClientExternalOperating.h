@@ -94,14 +94,13 @@ public:
     /// The first array of a parameter; without `refresh` a value that is there already will do.
     bool getParamData(const std::string& name, std::vector<double>& values, unsigned int timeoutMs,
                       bool refresh);
-    bool setParamData(const std::string& name, const std::vector<double>& values);
+    bool setParamData(const std::string& name, std::vector<double> values);
     /// The three arrays of a parameter.
     bool getStaticParam(const std::string& name, SampledValue& sample, unsigned int timeoutMs);
-    bool setStaticParam(const std::string& name, const SampledValue& sample);
+    bool setStaticParam(const std::string& name, SampledValue sample);
 
     /// The value as a text in QOR's notation.
-    bool setDynamicData(const std::string& name, const std::vector<double>& values,
-                        const std::string& text);
+    bool setDynamicData(const std::string& name, std::vector<double> values, std::string text);
     bool startDirectCtrl(const std::string& name);
     bool stopDirectCtrl(const std::string& name);
     /// The first arrays of several parameters, in the order of the names. What came for some of
@@ -133,14 +132,14 @@ public:
     bool startEdit(const protocol::StartEdit& model);
 
     // The receiving side: called by the handlers of received commands, on the transport's
-    // receiving thread. Each copies what it needs.
+    // receiving thread. What may be long is handed over.
     void onParamValue(std::int32_t id, double value);
     void onParamInfo(const protocol::ParamInfo& record);
-    void onDirectCtrl(const protocol::DirectCtrl& record);
-    void onStaticParam(const protocol::StaticParam& record);
-    void onDtcs(const protocol::GetDtc& record);
-    void onCanBusData(const protocol::CanBusData& record);
-    void onKwpAnswer(const protocol::ExecKwp& record);
+    void onDirectCtrl(protocol::DirectCtrl record);
+    void onStaticParam(protocol::StaticParam record);
+    void onDtcs(protocol::GetDtc record);
+    void onCanBusData(protocol::CanBusData record);
+    void onKwpAnswer(protocol::ExecKwp record);
     void onModelDescription(const protocol::GetHex& record);
     /// QOR is another one than before, or knows other parameters.
     void onNewQor();
@@ -175,8 +174,8 @@ private:
     template <class Condition>
     bool waitUntil(unsigned int timeoutMs, Condition isThere);
 
-    bool directCtrl(const std::string& name, std::uint32_t operation,
-                    const std::vector<double>& values, const std::string& text);
+    bool directCtrl(const std::string& name, std::uint32_t operation, std::vector<double> values,
+                    std::string text);
     /// The names' indices, all of one epoch.
     bool resolveAll(const std::vector<std::string>& names, unsigned int timeoutMs, Epoch& epoch,
                     std::vector<std::int32_t>& indices);
@@ -186,7 +185,7 @@ private:
     /// Sends a command for the present caller (unless nobody is to wait for it); with an epoch one
     /// that names indices, which leaves in that epoch only.
     template <class Command>
-    bool send(const typename Command::Payload& payload, unsigned int timeoutMs,
+    bool send(typename Command::Payload payload, unsigned int timeoutMs,
               std::optional<Epoch> epoch = std::nullopt);
     IExternalCommandFactory::Permit permit(unsigned int timeoutMs, std::optional<Epoch> epoch);
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <utility>
+
 #include "client/ClientExternalOperating.h"
 #include "common/Clock.h"
 #include "common/Pump.h"
@@ -43,10 +45,10 @@ bool ClientExternalOperating::copyOut(Epoch epoch, Find entry, T& copy) {
 }
 
 template <class Command>
-bool ClientExternalOperating::send(const typename Command::Payload& payload, unsigned int timeoutMs,
+bool ClientExternalOperating::send(typename Command::Payload payload, unsigned int timeoutMs,
                                    std::optional<Epoch> epoch) {
-    return transport_->sendIf(permit(timeoutMs, epoch), std::make_unique<Command>(payload),
-                              timeoutMs);
+    return transport_->sendIf(permit(timeoutMs, epoch),
+                              std::make_unique<Command>(std::move(payload)), timeoutMs);
 }
 
 template <class Condition>

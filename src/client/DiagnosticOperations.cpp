@@ -69,7 +69,7 @@ bool ClientExternalOperating::execKwp(const protocol::ExecKwp& request, protocol
         command.channel = state->connectRecord.protocol;
     }
     const Expecting expecting(state_, &ClientState::kwpAnswer);
-    return send<ClientCommandExecKwp>(command, kwpMs) &&
+    return send<ClientCommandExecKwp>(std::move(command), kwpMs) &&
            waitUntil(clientsend::withExtra(request.timeoutMs, kwpMs),
                      [&] { return take(state_.lock()->kwpAnswer, answer); });
 }

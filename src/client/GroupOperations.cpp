@@ -48,7 +48,7 @@ bool ClientExternalOperating::readTogether(const std::vector<std::string>& names
             found[i] = *state->params.values(indices[i]);
         return true;
     };
-    if (!send<ClientCommandReadTogether>(request, timeoutMs, epoch)) return false;
+    if (!send<ClientCommandReadTogether>(std::move(request), timeoutMs, epoch)) return false;
     if (!waitUntil(timeoutMs, areThere)) return false;
     values = std::move(found);
     return true;
@@ -84,7 +84,7 @@ bool ClientExternalOperating::sendSubscriptions(Epoch epoch) {
     protocol::SetParamList list;
     for (const std::int32_t index : state_.lock()->params.streamed())
         list.paramIndices.items.push_back(static_cast<std::uint32_t>(index));
-    return send<CommandSetParamList>(list, listMs, epoch);
+    return send<CommandSetParamList>(std::move(list), listMs, epoch);
 }
 
 bool ClientExternalOperating::peekParamData(const std::string& name, SampledValue& sample) {

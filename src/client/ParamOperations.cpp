@@ -1,3 +1,5 @@
+#include <utility>
+
 #include "client/ClientCommands.h"
 #include "client/ClientExternalOperating.h"
 #include "client/ClientSend.h"
@@ -74,15 +76,13 @@ bool ClientExternalOperating::getParamData(const std::string& name, std::vector<
            waitUntil(timeoutMs, isThere);
 }
 
-bool ClientExternalOperating::setParamData(const std::string& name,
-                                           const std::vector<double>& values) {
-    return directCtrl(name, DirectCtrl::writeValues, values, std::string());
+bool ClientExternalOperating::setParamData(const std::string& name, std::vector<double> values) {
+    return directCtrl(name, DirectCtrl::writeValues, std::move(values), std::string());
 }
 
-bool ClientExternalOperating::setDynamicData(const std::string& name,
-                                             const std::vector<double>& values,
-                                             const std::string& text) {
-    return directCtrl(name, DirectCtrl::writeDynamic, values, text);
+bool ClientExternalOperating::setDynamicData(const std::string& name, std::vector<double> values,
+                                             std::string text) {
+    return directCtrl(name, DirectCtrl::writeDynamic, std::move(values), std::move(text));
 }
 
 bool ClientExternalOperating::startDirectCtrl(const std::string& name) {
@@ -94,16 +94,15 @@ bool ClientExternalOperating::stopDirectCtrl(const std::string& name) {
 }
 
 bool ClientExternalOperating::directCtrl(const std::string& name, std::uint32_t operation,
-                                         const std::vector<double>& values,
-                                         const std::string& text) {
+                                         std::vector<double> values, std::string text) {
     Place place;
     if (!resolve(name, clientsend::resolveMs, place)) return false;
     DirectCtrl request;
     request.paramIndex = static_cast<std::uint32_t>(place.index);
     request.operation = operation;
-    request.values = values;
-    request.name = text;
-    return send<ClientCommandDirectCtrl>(request, writeMs, place.epoch);
+    request.values = std::move(values);
+    request.name = std::move(text);
+    return send<ClientCommandDirectCtrl>(std::move(request), writeMs, place.epoch);
 }
 
 bool ClientExternalOperating::getStaticParam(const std::string& name, SampledValue& sample,
@@ -124,14 +123,14 @@ bool ClientExternalOperating::getStaticParam(const std::string& name, SampledVal
            waitUntil(timeoutMs, isThere);
 }
 
-bool ClientExternalOperating::setStaticParam(const std::string& name, const SampledValue& sample) {
+bool ClientExternalOperating::setStaticParam(const std::string& name, SampledValue sample) {
     Place place;
     if (!resolve(name, clientsend::resolveMs, place)) return false;
     StaticParam request;
     request.paramIndex = static_cast<std::uint32_t>(place.index);
     request.operation = StaticParam::writeArrays;
-    request.first = sample.values;
-    request.second = sample.second;
-    request.third = sample.third;
-    return send<ClientCommandStaticParam>(request, writeMs, place.epoch);
+    request.first = std::move(sample.values);
+    request.second = std::move(sample.second);
+    request.third = std::move(sample.third);
+    return send<ClientCommandStaticParam>(std::move(request), writeMs, place.epoch);
 }

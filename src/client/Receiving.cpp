@@ -25,9 +25,9 @@ constexpr std::size_t maxResults = 1000;
 
 /// Keeps an answer, if somebody waits for it.
 template <class T>
-void arrive(Arrival<T>& arrival, const T& content) {
+void arrive(Arrival<T>& arrival, T content) {
     if (!arrival.expected) return;
-    arrival.content = content;
+    arrival.content = std::move(content);
     arrival.arrived = true;
 }
 
@@ -57,25 +57,28 @@ void ClientExternalOperating::onParamInfo(const protocol::ParamInfo& record) {
     state_.lock()->params.storeDescription(record.name, record);
 }
 
-void ClientExternalOperating::onDirectCtrl(const protocol::DirectCtrl& record) {
-    state_.lock()->params.storeValues(static_cast<std::int32_t>(record.paramIndex), record.values);
+void ClientExternalOperating::onDirectCtrl(protocol::DirectCtrl record) {
+    state_.lock()->params.storeValues(static_cast<std::int32_t>(record.paramIndex),
+                                      std::move(record.values));
 }
 
-void ClientExternalOperating::onStaticParam(const protocol::StaticParam& record) {
+void ClientExternalOperating::onStaticParam(protocol::StaticParam record) {
+    SampledValue sample{std::move(record.first), std::move(record.second), std::move(record.third),
+                        common::now()};
     state_.lock()->params.storeSample(static_cast<std::int32_t>(record.paramIndex),
-                                      {record.first, record.second, record.third, common::now()});
+                                      std::move(sample));
 }
 
-void ClientExternalOperating::onDtcs(const protocol::GetDtc& record) {
-    arrive(state_.lock()->dtcs, record.dtcs);
+void ClientExternalOperating::onDtcs(protocol::GetDtc record) {
+    arrive(state_.lock()->dtcs, std::move(record.dtcs));
 }
 
-void ClientExternalOperating::onCanBusData(const protocol::CanBusData& record) {
-    arrive(state_.lock()->canFrames, record.items);
+void ClientExternalOperating::onCanBusData(protocol::CanBusData record) {
+    arrive(state_.lock()->canFrames, std::move(record.items));
 }
 
-void ClientExternalOperating::onKwpAnswer(const protocol::ExecKwp& record) {
-    arrive(state_.lock()->kwpAnswer, record);
+void ClientExternalOperating::onKwpAnswer(protocol::ExecKwp record) {
+    arrive(state_.lock()->kwpAnswer, std::move(record));
 }
 
 void ClientExternalOperating::onModelDescription(const protocol::GetHex&) {

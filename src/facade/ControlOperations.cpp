@@ -1,3 +1,5 @@
+#include <utility>
+
 #include "facade/CmdData.h"
 #include "facade/ParamLines.h"
 #include "facade/QorControlFacade.h"
@@ -41,7 +43,7 @@ bool control(Impl& impl, AnswerTable& answers, const ControlWords& words, const 
 std::string ofGroup(const std::vector<std::string>& names,
                     const std::vector<std::vector<double>>& values) {
     std::string joined;
-    for (std::size_t i = 0; i < values.size(); ++i) {
+    for (std::size_t i = 0; i < values.size() && !text::fillsLine(joined); ++i) {
         const char* const name = i < names.size() ? names[i].c_str() : "";
         joined += values[i].empty() ? text::piece<1000>("data[%s]=<empty> , ", name)
                                     : text::piece<1000>("data[%s]=%g , ", name, values[i].front());
@@ -94,11 +96,11 @@ bool QorControlFacade::getParamDataAtOnce(const std::vector<std::string>& names,
     if (!impl->isOperating()) return false;
     TimedCall call(*impl, answers);
     const auto request = std::make_shared<Impl::CmdParamDataAtOnce>(names, timeoutMs);
-    if (const auto* const answer = call.ask<Impl::CmdParamDataAtOnce>(
-            Impl::kindGetParamDataAtOnce, request, doubledWait(timeoutMs))) {
-        values = answer->values;
+    if (auto* const answer = call.ask<Impl::CmdParamDataAtOnce>(Impl::kindGetParamDataAtOnce,
+                                                                request, doubledWait(timeoutMs))) {
+        values = std::move(answer->values);
         trace(libraryModule, tracelog::information, 0, "OK on getAtOnce: %s , t: %d ms\n",
-              ofGroup(names, answer->values).c_str(), call.elapsedMs());
+              ofGroup(names, values).c_str(), call.elapsedMs());
         return true;
     }
     const std::string all = joined(names);

@@ -1,3 +1,5 @@
+#include <utility>
+
 #include "facade/CmdData.h"
 #include "facade/QorControlFacade.h"
 #include "facade/Text.h"
@@ -19,8 +21,10 @@ std::string hexOf(const std::string& bytes) {
 
 std::string ofFrames(const QorControlFacade::CanBusData& data) {
     std::string joined;
-    for (const auto& item : data.items)
+    for (const auto& item : data.items) {
+        if (text::fillsLine(joined)) break;
         joined += text::piece<32>("%08X : %d , ", item.canId, item.value);
+    }
     return joined;
 }
 
@@ -82,9 +86,9 @@ bool QorControlFacade::getDtcByStatus(std::vector<DtcDescription>& dtcs,
     if (!impl->isOperating()) return false;
     TimedCall call(*impl, answers);
     const auto request = std::make_shared<Impl::CmdDataDtcData>(timeoutMs);
-    if (const auto* const answer = call.ask<Impl::CmdDataDtcData>(Impl::kindGetDtcByStatus, request,
-                                                                  doubledWait(timeoutMs))) {
-        dtcs = answer->dtcs;
+    if (auto* const answer = call.ask<Impl::CmdDataDtcData>(Impl::kindGetDtcByStatus, request,
+                                                            doubledWait(timeoutMs))) {
+        dtcs = std::move(answer->dtcs);
         trace(libraryModule, tracelog::information, 0, "OK on DTC by status [size=%d], t: %d ms\n",
               static_cast<int>(dtcs.size()), call.elapsedMs());
         return true;
@@ -102,13 +106,13 @@ bool QorControlFacade::sendKwpCommand(KwpCommand& kwp, unsigned int timeoutMs) c
     // The request is on its way before its lines are written.
     call.post(Impl::kindSendKwpCommand, std::make_shared<Impl::CmdDataKwp>(timeoutMs, kwp));
     logKwpRequest(*impl, kwp);
-    const Impl::CmdDataKwp* answer = nullptr;
+    Impl::CmdDataKwp* answer = nullptr;
     if (call.await(doubledWait(timeoutMs))) answer = call.results<Impl::CmdDataKwp>();
     if (answer == nullptr) {
         logKwpFailure(*impl, kwp, call);
         return false;
     }
-    kwp.data = answer->data;
+    kwp.data = std::move(answer->data);
     kwp.failed = static_cast<unsigned char>(answer->failed);
     logKwpAnswer(*impl, kwp, call);
     return true;
@@ -120,13 +124,13 @@ bool QorControlFacade::getCanBusData(CanBusData& data, unsigned int timeoutMs) c
     if (!impl->isOperating()) return false;
     TimedCall call(*impl, answers);
     const auto request = std::make_shared<Impl::CmdCanBusData>(data, timeoutMs);
-    const auto* const answer =
+    auto* const answer =
         call.ask<Impl::CmdCanBusData>(Impl::kindGetCanBusData, request, doubledWait(timeoutMs));
     if (answer == nullptr) {
         logCanFailure(*impl, "get", "FAILED CanBus-get, t: %d ms", call);
         return false;
     }
-    data = answer->data;
+    data = std::move(answer->data);
     trace(libraryModule, tracelog::information, 0, "Answer on CanBus-get [%s], t: %d ms\n",
           ofFrames(data).c_str(), call.elapsedMs());
     return true;

@@ -1,3 +1,5 @@
+#include <utility>
+
 #include "facade/CmdData.h"
 #include "facade/ParamLines.h"
 #include "facade/QorControlFacade.h"
@@ -51,7 +53,7 @@ bool QorControlFacade::getParamData(const std::string& name, std::vector<double>
     if (valuecache::find(*impl, name, values, second, third)) return true;
     if (!impl->isOperating()) return false;
     const auto request = std::make_shared<Impl::CmdDataParamData>(name, timeoutMs);
-    const auto* const answer =
+    auto* const answer =
         call.ask<Impl::CmdDataParamData>(Impl::kindGetParamData, request, doubledWait(timeoutMs));
     if (answer == nullptr) {
         paramlines::traceFailure("getParamData", name, call);
@@ -64,8 +66,11 @@ bool QorControlFacade::getParamData(const std::string& name, std::vector<double>
     values = answer->values;
     second = answer->second;
     third = answer->third;
-    valuecache::store(*impl, name, {answer->values, answer->second, answer->third, answer->stamp});
-    paramlines::traceValue("get", name, text::ofValues(answer->values), call);
+    const std::string shown = text::ofValues(answer->values);
+    valuecache::store(*impl, name,
+                      {std::move(answer->values), std::move(answer->second),
+                       std::move(answer->third), answer->stamp});
+    paramlines::traceValue("get", name, shown, call);
     return true;
 }
 

@@ -243,7 +243,9 @@ public:
                               unsigned int timeoutMs) const;
 
     /// Writes a parameter; the further arrays are used only for a parameter of three arrays. For
-    /// half a refresh period `getParamData` then returns what was written.
+    /// half a refresh period `getParamData` then returns what was written. More than one record of
+    /// 128 MiB can hold (16,777,212 values of one array) is refused at once, like everything so
+    /// long.
     bool setParamData(const std::string& name, const std::vector<double>& values,
                       const std::vector<double>& second, const std::vector<double>& third,
                       unsigned int timeoutMs) const;

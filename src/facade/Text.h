@@ -4,7 +4,14 @@
 #include <string>
 #include <vector>
 
+#include "trace/Trace.h"
+
 namespace text {
+
+/// True once no more of `text` would be seen in a line of the trace: it is cut with what it holds.
+inline bool fillsLine(const std::string& text) {
+    return text.size() > tracelog::maxMessageChars;
+}
 
 /// One value formatted with `format`, cut at `limit` - 1 characters.
 template <std::size_t limit, class... Values>
@@ -14,10 +21,13 @@ std::string piece(const char* format, Values... values) {
     return buffer;
 }
 
-/// All values as the trace shows them: each as "%g" and a blank.
+/// The values as the trace shows them: each as "%g" and a blank, as many as fit into a line.
 inline std::string ofValues(const std::vector<double>& values) {
     std::string joined;
-    for (const double value : values) joined += piece<100>("%g ", value);
+    for (const double value : values) {
+        if (fillsLine(joined)) break;
+        joined += piece<100>("%g ", value);
+    }
     return joined;
 }
 

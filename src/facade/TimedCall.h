@@ -42,15 +42,15 @@ public:
     /// After a success: the payload that carries the results, which is the request's own where
     /// the answer has none. Null if it is not a `Data`.
     template <class Data>
-    const Data* results() const {
+    Data* results() const {
         const auto& carrier = response_.data ? response_.data : request_;
-        return dynamic_cast<const Data*>(carrier.get());
+        return dynamic_cast<Data*>(carrier.get());
     }
 
-    /// Posts, waits, and gives the results of a success; null after a failure.
+    /// Posts, waits, and gives the results of a success, which are the caller's then; null after a
+    /// failure. What is taken out of them does not live on in the answer queue's slot.
     template <class Data>
-    const Data* ask(std::uint32_t kind, std::shared_ptr<Impl::CmdData> request,
-                    std::uint32_t waitMs) {
+    Data* ask(std::uint32_t kind, std::shared_ptr<Impl::CmdData> request, std::uint32_t waitMs) {
         return run(kind, std::move(request), waitMs) ? results<Data>() : nullptr;
     }
 

@@ -1,5 +1,7 @@
 #include "facade/ValueCache.h"
 
+#include <utility>
+
 #include "common/Clock.h"
 
 namespace valuecache {
@@ -19,9 +21,9 @@ bool find(QorControlFacade::Impl& impl, const std::string& name, std::vector<dou
 }
 
 void store(QorControlFacade::Impl& impl, const std::string& name,
-           const QorControlFacade::Impl::CachedValue& value) {
+           QorControlFacade::Impl::CachedValue value) {
     const common::LockGuard guard(impl.stateLock);
-    impl.paramValueCache[name] = value;
+    impl.paramValueCache[name] = std::move(value);
 }
 
 }  // namespace valuecache

@@ -15,6 +15,6 @@ bool find(QorControlFacade::Impl& impl, const std::string& name, std::vector<dou
           std::vector<double>& second, std::vector<double>& third);
 
 void store(QorControlFacade::Impl& impl, const std::string& name,
-           const QorControlFacade::Impl::CachedValue& value);
+           QorControlFacade::Impl::CachedValue value);
 
 }  // namespace valuecache

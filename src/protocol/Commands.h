@@ -5,6 +5,7 @@
 #include <new>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "protocol/ExternalCommand.h"
@@ -27,15 +28,16 @@ public:
     Record& payload() { return *this; }
 
     void serializePayload(std::string& out) const override { wire::Writer(out).put(payload()); }
-    IExternalCommand* createFromPayload(const std::string& bytes) const override {
+    IExternalCommand* createFromPayload(std::string_view bytes) const override {
         return createAs<Self>(bytes);
     }
+    std::size_t payloadBytes() const override { return wire::encodedBytes(payload()); }
 
 protected:
     /// A new `Concrete` read from `bytes`; null when memory does not suffice or the payload asks
     /// for an unreasonable amount of it.
     template <class Concrete>
-    static IExternalCommand* createAs(const std::string& bytes) {
+    static IExternalCommand* createAs(std::string_view bytes) {
         try {
             auto command = std::make_unique<Concrete>();
             wire::Reader(bytes).get(command->payload());

@@ -1,7 +1,5 @@
 #include "protocol/ExternalCommand.h"
 
-#include <new>
-
 #include "protocol/RecordHead.h"
 #include "protocol/RequestId.h"
 
@@ -18,12 +16,17 @@ bool ExternalCommand::execute(ICommandReplyer*) {
     return true;
 }
 
+std::size_t ExternalCommand::recordBytes() const {
+    return RecordHead::encodedBytes + payloadBytes();
+}
+
+// Counted first, a long record needs neither a second string for its payload nor room that grows.
 void ExternalCommand::write(std::string& out) const {
-    std::string payload;
-    serializePayload(payload);
-    const RecordHead head{header_, requestId_, static_cast<std::uint32_t>(payload.size())};
+    const std::size_t length = payloadBytes();
+    out.reserve(out.size() + RecordHead::encodedBytes + length);
+    const RecordHead head{header_, requestId_, static_cast<std::uint32_t>(length)};
     wire::Writer(out).put(head);
-    out += payload;
+    serializePayload(out);
 }
 
 std::unique_ptr<IExternalCommand> ExternalCommand::parse(const std::string& in,
@@ -33,22 +36,14 @@ std::unique_ptr<IExternalCommand> ExternalCommand::parse(const std::string& in,
     if ((head.header & idMask) != getId()) return nullptr;
     if (head.payloadLength > in.size() - RecordHead::encodedBytes) return nullptr;
     consumed = RecordHead::encodedBytes + head.payloadLength;
-    std::unique_ptr<IExternalCommand> command = createFrom(in, head.payloadLength);
+    const std::string_view record = in;
+    std::unique_ptr<IExternalCommand> command(
+        createFromPayload(record.substr(RecordHead::encodedBytes, head.payloadLength)));
     if (!command) return nullptr;
     auto& parsed = static_cast<ExternalCommand&>(*command);
     parsed.requestId_ = head.requestId;
     parsed.header_ = (parsed.header_ & ~replyFlag) | (head.header & replyFlag);
     return command;
-}
-
-std::unique_ptr<IExternalCommand> ExternalCommand::createFrom(const std::string& record,
-                                                              std::size_t payloadLength) const {
-    try {
-        return std::unique_ptr<IExternalCommand>(
-            createFromPayload(record.substr(RecordHead::encodedBytes, payloadLength)));
-    } catch (const std::bad_alloc&) {
-        return nullptr;
-    }
 }
 
 void ExternalCommand::stampAsReplyTo(std::uint32_t requestId) {

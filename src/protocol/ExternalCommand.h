@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "protocol/IExternalCommand.h"
 
@@ -28,7 +29,12 @@ public:
 
     virtual void serializePayload(std::string& out) const = 0;
     /// A new object of the same class, owned by the caller; null when memory does not suffice.
-    virtual IExternalCommand* createFromPayload(const std::string& payload) const = 0;
+    virtual IExternalCommand* createFromPayload(std::string_view payload) const = 0;
+    /// How many bytes `serializePayload` appends; counted, nothing is built.
+    virtual std::size_t payloadBytes() const = 0;
+
+    /// How many bytes `write` appends.
+    std::size_t recordBytes() const;
 
     std::uint32_t header() const { return header_; }
     std::uint32_t requestId() const { return requestId_; }
@@ -42,9 +48,6 @@ protected:
     explicit ExternalCommand(std::uint16_t id);
 
 private:
-    std::unique_ptr<IExternalCommand> createFrom(const std::string& record,
-                                                 std::size_t payloadLength) const;
-
     std::uint32_t header_;
     std::uint32_t requestId_;
 };

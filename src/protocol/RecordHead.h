@@ -2,7 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <string>
+#include <string_view>
 
 #include "protocol/Wire.h"
 
@@ -24,10 +24,9 @@ struct RecordHead {
     }
 
     /// The head at `position`; at least `encodedBytes` must follow there.
-    static RecordHead read(const std::string& bytes, std::size_t position) {
-        const std::string image = bytes.substr(position, encodedBytes);
+    static RecordHead read(std::string_view bytes, std::size_t position) {
         RecordHead head;
-        wire::Reader(image).get(head);
+        wire::Reader(bytes.substr(position, encodedBytes)).get(head);
         return head;
     }
 };

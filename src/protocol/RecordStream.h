@@ -20,9 +20,10 @@ struct FramedRecord {
     std::uint32_t requestId = 0;  ///< valid if complete
 };
 
-/// The longest record that a stream may carry: far above any real one (100,000 values take less
-/// than a megabyte) and low enough that a peer gone mad cannot exhaust the process.
-constexpr std::size_t maxRecordBytes = 16u << 20;
+/// The longest record that may travel, in either direction: what a process of 32 bits can take,
+/// in which a few copies of its content exist at a time. Memory is taken for bytes that have
+/// arrived, never for what a head announces.
+constexpr std::size_t maxRecordBytes = 128u << 20;
 
 /// Looks at the bytes from `position` on, which must not lie behind the end.
 FramedRecord recordAt(const std::string& bytes, std::size_t position);

@@ -33,6 +33,14 @@ void Writer::put(const std::map<std::string, std::string>& entries) {
     }
 }
 
+void Counter::put(const std::map<std::string, std::string>& entries) {
+    bytes_ += 4;
+    for (const auto& entry : entries) {
+        put(entry.first);
+        put(entry.second);
+    }
+}
+
 void Reader::get(std::uint32_t& value) {
     if (remaining() < 4) return;
     std::uint32_t read = 0;
@@ -79,7 +87,7 @@ void Reader::get(std::string& text) {
         position_ = start;
         return;
     }
-    text.assign(payload_, position_, length);
+    text = payload_.substr(position_, length);
     position_ += length;
 }
 
@@ -101,6 +109,8 @@ void Reader::get(std::map<std::string, std::string>& entries) {
 
 std::size_t Reader::admitted(std::uint32_t count, std::size_t elementBytes,
                              std::size_t encodedBytes) {
+    if (count > maxElementBytes / elementBytes)
+        throw std::length_error("more elements announced than memory may be given to");
     const std::size_t backed = remaining() / encodedBytes;
     if (count > backed) {
         const std::size_t missing = count - backed;

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <map>
 #include <string>
+#include <string_view>
 #include <type_traits>
 #include <vector>
 
@@ -17,7 +18,8 @@
 ///         visit("status", self.status);
 ///     }
 ///
-/// and both the writer and the reader (and comparisons and dumps in tests) are visitors of it.
+/// and the writer, the counter and the reader (and comparisons and dumps in tests) are visitors of
+/// it.
 namespace wire {
 
 /// A sequence without a count in front: as many whole elements as the payload holds.
@@ -60,15 +62,52 @@ private:
     std::string& out_;
 };
 
+/// Counts the bytes that a Writer would append for the same values, without building any.
+class Counter {
+public:
+    std::size_t bytes() const { return bytes_; }
+
+    void put(std::uint32_t) { bytes_ += 4; }
+    void put(std::int32_t) { bytes_ += 4; }
+    void put(std::uint8_t) { bytes_ += 4; }
+    void put(bool) { bytes_ += 4; }
+    void put(double) { bytes_ += 8; }
+    void put(const std::string& text) { bytes_ += 4 + text.size(); }
+    void put(const std::map<std::string, std::string>& entries);
+
+    template <class T>
+    void put(const std::vector<T>& items) {
+        bytes_ += 4;
+        for (const T& item : items) put(item);
+    }
+
+    template <class T>
+    void put(const BareRun<T>& run) {
+        for (const T& item : run.items) put(item);
+    }
+
+    template <class Record>
+    auto put(const Record& record) -> std::enable_if_t<std::is_class<Record>::value> {
+        Record::fields(record, [this](const char*, const auto& field) { this->put(field); });
+    }
+
+private:
+    std::size_t bytes_ = 0;  // cannot overflow: in memory every value takes as many, or nearly so
+};
+
+/// How many bytes `value` takes in a payload.
+template <class T>
+std::size_t encodedBytes(const T& value) {
+    Counter counter;
+    counter.put(value);
+    return counter.bytes();
+}
+
 /// How many bytes a value of this kind takes at least: those of a default one, whose texts and
 /// sequences are empty.
 template <class T>
 std::size_t smallestEncoding() {
-    static const std::size_t bytes = [] {
-        std::string encoded;
-        Writer(encoded).put(T());
-        return encoded.size();
-    }();
+    static const std::size_t bytes = encodedBytes(T());
     return bytes;
 }
 
@@ -77,15 +116,19 @@ std::size_t smallestEncoding() {
 /// defaults. A sequence takes the count that it announces; elements that are not there get default
 /// values, as do the entries of a map, which all fall on the empty key.
 ///
-/// The one thing that a payload can do wrong is to announce so many elements that the default
-/// ones behind its end would take unreasonable memory: then std::length_error is thrown.
+/// The one thing that a payload can do wrong is to announce so many elements that they would take
+/// unreasonable memory: then std::length_error is thrown.
 class Reader {
 public:
     /// Bytes of default elements, beyond what the payload itself backs, that one payload may ask
     /// for.
     static constexpr std::size_t maxDefaultedBytes = 16u << 20;
 
-    explicit Reader(const std::string& payload) : payload_(payload) {}
+    /// Bytes of memory that the elements of one sequence may take, whether the payload backs them
+    /// or not: an empty text is four bytes of payload and six times that in memory.
+    static constexpr std::size_t maxElementBytes = 256u << 20;
+
+    explicit Reader(std::string_view payload) : payload_(payload) {}
 
     void get(std::uint32_t& value);
     void get(std::int32_t& value);
@@ -125,7 +168,7 @@ private:
     std::size_t remaining() const { return payload_.size() - position_; }
     std::size_t admitted(std::uint32_t count, std::size_t elementBytes, std::size_t encodedBytes);
 
-    const std::string& payload_;
+    const std::string_view payload_;
     std::size_t position_ = 0;
     std::size_t defaultedBytes_ = 0;
 };

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+
 /// The process-wide trace: printf-like lines with a category and a verbosity, nestable scopes,
 /// written to the trace file while one is open and to the debugger output otherwise. Nothing here
 /// reports an error: a file that cannot be opened is left out, and the program goes on.
@@ -17,7 +19,10 @@ constexpr unsigned int information = 4;
 /// or "exclude" line can match it: any "include" silences the library, "exclude" does nothing.
 constexpr const char* libraryModule = "";
 
-/// Writes one line; the format carries its own line end. A message of more than 2047 characters
+/// A longer message is cut.
+constexpr std::size_t maxMessageChars = 2047;
+
+/// Writes one line; the format carries its own line end. A message of more than `maxMessageChars`
 /// is cut and followed by "\n\n".
 void trace(const char* moduleName, unsigned int category, int verbosity, const char* format, ...)
     __attribute__((format(gnu_printf, 4, 5)));

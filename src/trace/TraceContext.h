@@ -8,6 +8,7 @@
 #include <string>
 
 #include "common/Lock.h"
+#include "trace/Trace.h"
 #include "trace/TraceSettings.h"
 
 namespace tracelog {
@@ -64,7 +65,7 @@ private:
     std::int64_t lastSettingsRead_ = 0;
     std::int64_t lastHpcStamp_ = 0;
     std::int64_t hpcFrequency_ = 0;
-    char lineBuffer_[2048] = "";
+    char lineBuffer_[maxMessageChars + 1] = "";
 };
 
 /// The one context of the process.

@@ -7,6 +7,7 @@
 #include "common/Clock.h"
 #include "common/LastError.h"
 #include "framework/AsyncSocket.h"
+#include "transport/RecordBound.h"
 #include "transport/ResultQueues.h"
 #include "transport/SocketWorker.h"
 
@@ -82,6 +83,7 @@ bool ClientSocketCommandFactory::send(std::unique_ptr<IExternalCommand> command,
 
 bool ClientSocketCommandFactory::sendIf(Permit permit, std::unique_ptr<IExternalCommand> command,
                                         unsigned int timeoutMs) {
+    if (isTooLong(*command)) return false;
     if (common::currentThreadId() == workerThread_) {
         running_->sendNow(*command);
         return true;
@@ -105,7 +107,8 @@ ClientSocketCommandFactory::CmdData ClientSocketCommandFactory::makeData(
     CmdData data;
     data.requestId = dynamic_cast<const ExternalCommand&>(command).requestId();
     data.timeoutMs = timeoutMs;
-    command.write(data.bytes);
+    data.bytes = std::make_shared<std::string>();
+    command.write(*data.bytes);
     return data;
 }
 

@@ -31,7 +31,8 @@ public:
     struct CmdData {
         std::uint32_t requestId = 0;
         unsigned int timeoutMs = 0;
-        std::string bytes;
+        /// Shared by the copies in the ring, whose slots live on: the worker empties it.
+        std::shared_ptr<std::string> bytes;
         CmdResultQueue* results = nullptr;     ///< null when nobody waits
         std::shared_ptr<Departure> departure;  ///< null when it leaves in any case
     };

@@ -1,5 +1,7 @@
 #include "transport/ConnInstance.h"
 
+#include <utility>
+
 #include "transport/PeerAsyncSocket.h"
 
 ConnInstance::ConnInstance() = default;
@@ -38,8 +40,8 @@ bool ConnInstance::startConnecting(const std::string& host, unsigned int port) {
     return true;
 }
 
-void ConnInstance::send(const std::string& bytes) {
-    if (peer_) peer_->sendBytes(bytes);
+void ConnInstance::send(std::string bytes) {
+    if (peer_) peer_->sendBytes(std::move(bytes));
 }
 
 bool ConnInstance::isOpen() const {

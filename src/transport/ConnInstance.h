@@ -21,7 +21,7 @@ public:
     /// Starts a new attempt, on the thread that made the previous one; the old socket is closed.
     /// True if the attempt is under way: `onConnect` tells how it ended.
     bool connect(const std::string& host, unsigned int port);
-    void send(const std::string& bytes);
+    void send(std::string bytes);
     bool isOpen() const;
 
     int lastError() const { return lastError_; }

@@ -6,6 +6,7 @@
 
 #include "protocol/RecordStream.h"
 #include "transport/ReceivedCommand.h"
+#include "transport/RecordBound.h"
 
 namespace {
 
@@ -52,6 +53,7 @@ bool ExternalCommandFactory::send(std::unique_ptr<IExternalCommand> command,
 bool ExternalCommandFactory::sendIf(Permit permit, std::unique_ptr<IExternalCommand> command,
                                     unsigned int timeoutMs) {
     releaseHeldSender();
+    if (isTooLong(*command)) return false;
     const HWND server = findServer();
     if (server == nullptr || (permit != nullptr && !permit())) return false;
     if (timeoutMs == useDefault) timeoutMs = defaultTimeout(command->getId());

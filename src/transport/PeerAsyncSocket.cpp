@@ -34,50 +34,48 @@ bool PeerAsyncSocket::isOwnedByCaller() const {
     return common::currentThreadId() == ownerThread_;
 }
 
-void PeerAsyncSocket::sendBytes(const std::string& bytes) {
-    if (!addPending(bytes)) return connection_.onSendError(WSAENOBUFS);
+void PeerAsyncSocket::sendBytes(std::string&& bytes) {
+    if (!addPending(std::move(bytes))) return connection_.onSendError(WSAENOBUFS);
     if (isOwnedByCaller() && isOpen()) OnSend(0);
 }
 
-bool PeerAsyncSocket::addPending(const std::string& bytes) {
+bool PeerAsyncSocket::addPending(std::string&& bytes) {
     const common::LockGuard guard(lock_);
     if (pendingOutput_.size() + bytes.size() > maxPendingBytes) return false;
-    pendingOutput_ += bytes;
+    pendingOutput_.append(std::move(bytes));
     return true;
 }
 
 void PeerAsyncSocket::OnSend(int errorCode) {
-    std::string output = takePending();
-    output.erase(0, sendAsMuchAsPossible(output));
-    if (!output.empty()) putBack(std::move(output));
+    UnsentOutput output = takePending();
+    sendAsMuchAsPossible(output);
+    if (!output.isEmpty()) putBack(std::move(output));
     CAsyncSocket::OnSend(errorCode);
 }
 
-std::string PeerAsyncSocket::takePending() {
-    std::string output;
+UnsentOutput PeerAsyncSocket::takePending() {
+    UnsentOutput output;
     const common::LockGuard guard(lock_);
-    output.swap(pendingOutput_);
+    std::swap(output, pendingOutput_);
     return output;
 }
 
-void PeerAsyncSocket::putBack(std::string&& unsent) {
+void PeerAsyncSocket::putBack(UnsentOutput&& unsent) {
     const common::LockGuard guard(lock_);
-    unsent += pendingOutput_;
-    pendingOutput_.swap(unsent);
+    pendingOutput_.putBack(std::move(unsent));
 }
 
-std::size_t PeerAsyncSocket::sendAsMuchAsPossible(const std::string& bytes) {
-    std::size_t sent = 0;
-    while (sent < bytes.size()) {
-        const int accepted = Send(bytes.data() + sent, static_cast<int>(bytes.size() - sent));
+void PeerAsyncSocket::sendAsMuchAsPossible(UnsentOutput& output) {
+    while (!output.isEmpty()) {
+        const std::string_view next = output.front().substr(0, maxSendBytes);
+        const int accepted = Send(next.data(), static_cast<int>(next.size()));
         if (accepted == SOCKET_ERROR) {
             const int error = GetLastError();
             if (error != WSAEWOULDBLOCK) connection_.onSendError(error);
-            break;
+            return;
         }
-        sent += static_cast<std::size_t>(accepted);
+        output.dropFront(static_cast<std::size_t>(accepted));
     }
-    return sent;
 }
 
 void PeerAsyncSocket::OnReceive(int errorCode) {

@@ -4,6 +4,8 @@
 
 #include "common/Lock.h"
 #include "framework/AsyncSocket.h"
+#include "protocol/RecordStream.h"
+#include "transport/UnsentOutput.h"
 
 class ConnInstance;
 
@@ -19,12 +21,17 @@ public:
     int Receive(void* buffer, int length, int flags = 0) override;
     int Send(const void* buffer, int length, int flags = 0) override;
 
-    /// A peer that does not read lets at most this much wait; more is a send error.
-    static constexpr std::size_t maxPendingBytes = 64u << 20;
+    /// A peer that does not read lets at most this much wait, the longest record and more; beyond
+    /// it is a send error.
+    static constexpr std::size_t maxPendingBytes = protocol::maxRecordBytes + (64u << 20);
+
+    /// The system is given no more at a time: of a piece of very many megabytes it may want to
+    /// keep all, and fail for lack of room.
+    static constexpr std::size_t maxSendBytes = 1u << 20;
 
     /// Takes over bytes to send; on the owner's thread they leave at once, as far as the socket
     /// accepts them, from any other thread with the next "may send" notification.
-    void sendBytes(const std::string& bytes);
+    void sendBytes(std::string&& bytes);
 
     bool isOpen() const { return m_hSocket != INVALID_SOCKET; }
     bool isOwnedByCaller() const;
@@ -36,14 +43,14 @@ protected:
     void OnClose(int errorCode) override;
 
 private:
-    bool addPending(const std::string& bytes);
-    std::string takePending();
-    void putBack(std::string&& unsent);
+    bool addPending(std::string&& bytes);
+    UnsentOutput takePending();
+    void putBack(UnsentOutput&& unsent);
     void receiveChunk();
-    std::size_t sendAsMuchAsPossible(const std::string& bytes);
+    void sendAsMuchAsPossible(UnsentOutput& output);
 
     ConnInstance& connection_;
-    std::string pendingOutput_;
+    UnsentOutput pendingOutput_;
     common::Lock lock_;  // guards pendingOutput_; never held while sending
     unsigned int ownerThread_;
 };

@@ -1,8 +1,10 @@
 #include "transport/SocketCommandReplyer.h"
 
+#include "transport/RecordBound.h"
 #include "transport/SocketWorker.h"
 
 bool SocketCommandReplyer::reply(std::unique_ptr<IExternalCommand> answer, unsigned int) {
+    if (answer && isTooLong(*answer)) return false;
     wasCalled_ = true;
     if (answer)
         stampAndSend(dynamic_cast<ExternalCommand&>(*answer));

@@ -1,6 +1,7 @@
 #include "transport/SocketWorker.h"
 
 #include <new>
+#include <utility>
 
 #include "protocol/RecordStream.h"
 #include "transport/SocketCommandReplyer.h"
@@ -39,7 +40,7 @@ void SocketWorker::sendNow(const IExternalCommand& command) {
     if (!connection_.isConnected()) return;
     std::string bytes;
     command.write(bytes);
-    connection_.send(bytes);
+    connection_.send(std::move(bytes));
 }
 
 void SocketWorker::acknowledge(const IExternalCommand& ping) {
@@ -55,7 +56,7 @@ void SocketWorker::sendAcknowledgements() {
     bytes.swap(acknowledgements_);
     if (!connection_.isConnected()) return;
     try {
-        connection_.send(bytes);
+        connection_.send(std::move(bytes));
     } catch (const std::bad_alloc&) {
         connection_.abandon();  // QOR would miss some of them
         throw;
@@ -70,9 +71,12 @@ void SocketWorker::handleReceived() {
     }
     std::string bytes = factory_.received_.takeAll();
     if (bytes.empty()) return;
-    bytes.erase(0, handleRecords(bytes));
+    const std::size_t handled = handleRecords(bytes);
     sendAcknowledgements();
-    if (!bytes.empty()) factory_.received_.putBack(std::move(bytes));
+    if (handled == bytes.size()) return;
+    // Cut off, what is left does not keep the memory of a long record.
+    if (handled != 0) std::string(bytes, handled).swap(bytes);
+    factory_.received_.putBack(std::move(bytes));
 }
 
 std::size_t SocketWorker::handleRecords(const std::string& bytes) {
@@ -85,14 +89,19 @@ std::size_t SocketWorker::handleRecords(const std::string& bytes) {
             connection_.abandon();
             return bytes.size();
         }
-        handleRecord(bytes.substr(position, framed.length), framed.requestId);
+        // A long record takes many passes to arrive and stands first in its last one: only short
+        // ones are copied.
+        if (position == 0)
+            handleRecord(bytes, framed.requestId);
+        else
+            handleRecord(bytes.substr(position, framed.length), framed.requestId);
         position += framed.length;
     }
 }
 
-void SocketWorker::handleRecord(const std::string& record, std::uint32_t requestId) {
+void SocketWorker::handleRecord(const std::string& bytes, std::uint32_t requestId) {
     const ReceivedCommand received =
-        recognise(record, factory_.prototypes(), factory_.pingPrototype_);
+        recognise(bytes, factory_.prototypes(), factory_.pingPrototype_);
     // The sender is released before the handler runs: it waits for its data by itself. A record
     // that no prototype takes still answers its request.
     const bool refused = received.pingStatus() == protocol::Ping::notHandled;
@@ -112,12 +121,14 @@ void SocketWorker::handleCommand(IExternalCommand& command) {
 
 void SocketWorker::sendNextCommand() {
     ClientSocketCommandFactory::CmdData next;
+    std::string bytes;
     do {
         // No wait here: the pump waits for the queue and the socket together.
         if (!factory_.outgoing_.pop(next, 0)) return;
+        bytes = std::move(*next.bytes);
     } while (isWithdrawn(next));
     if (!connection_.isConnected()) return fail(next);
-    connection_.send(next.bytes);
+    connection_.send(std::move(bytes));
     if (next.results != nullptr) pending_.add(next.requestId, next.timeoutMs, next.results);
 }
 

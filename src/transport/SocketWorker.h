@@ -30,7 +30,8 @@ private:
     void handleReceived();
     /// Handles the complete records at the head of `bytes`; returns how many bytes they took.
     std::size_t handleRecords(const std::string& bytes);
-    void handleRecord(const std::string& record, std::uint32_t requestId);
+    /// `bytes` begin with the record.
+    void handleRecord(const std::string& bytes, std::uint32_t requestId);
     void handleCommand(IExternalCommand& command);
     void sendNextCommand();
     /// Whether a command may not leave any more; its sender is told then.

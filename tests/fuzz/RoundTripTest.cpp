@@ -26,6 +26,7 @@ TEST(RoundTrip, EveryRandomRecordIsReadBackFieldByField) {
             const auto read = recordFrom<Record>(payload);
             ASSERT_EQ(fieldsOf(read), fieldsOf(record)) << "case " << i;
             ASSERT_EQ(payloadOf(read), payload) << "case " << i;
+            ASSERT_EQ(wire::encodedBytes(record), payload.size()) << "case " << i;
         }
     });
 }

@@ -78,7 +78,7 @@ bool ConnInstance::connect(const std::string& host, unsigned int) {
     return true;
 }
 
-void ConnInstance::send(const std::string& bytes) {
+void ConnInstance::send(std::string bytes) {
     if (peer_) peer_->send(bytes);
 }
 

@@ -216,6 +216,19 @@ TEST_F(AgentParam, AWriteOfThreeArraysSendsThemInTheirOrder) {
     EXPECT_THAT(sent.third, ElementsAre(3.0));
 }
 
+TEST_F(AgentParam, WhatAWriteCarriedDoesNotLiveOnInItsRequest) {
+    for (const bool threeArrays : {false, true}) {
+        const std::string name = threeArrays ? "Map" : "Speed";
+        qor.knows(name, threeArrays ? 5 : 7, threeArrays);
+        auto request = paramRequest(name);
+        request->values = request->second = request->third = {1.0};
+        EXPECT_TRUE(succeeds(Impl::kindSetParamData, request));
+        EXPECT_THAT(request->values, IsEmpty()) << name;
+        EXPECT_THAT(request->second, IsEmpty()) << name;
+        EXPECT_THAT(request->third, IsEmpty()) << name;
+    }
+}
+
 TEST_F(AgentParam, AWriteThatQorDoesNotTakeFails) {
     qor.knows("Map", 5, true);
     qor.on<CommandStaticParam>([](const CommandStaticParam&) { return false; });

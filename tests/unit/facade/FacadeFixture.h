@@ -29,8 +29,15 @@ protected:
         agent.impl();  // it runs
         return *facade;
     }
-    void succeedAlways(std::shared_ptr<Impl::CmdData> data = nullptr) {
-        agent.script().onRequest = [data](Impl&, const Cmd& c) { ScriptedAgent::succeed(c, data); };
+    void succeedAlways() {
+        agent.script().onRequest = [](Impl&, const Cmd& c) { ScriptedAgent::succeed(c); };
+    }
+    /// Each request gets an answer of its own, like `data`.
+    template <class Data>
+    void succeedAlways(const std::shared_ptr<Data>& data) {
+        agent.script().onRequest = [told = *data](Impl&, const Cmd& c) {
+            ScriptedAgent::succeed(c, std::make_shared<Data>(told));
+        };
     }
     void failAlways() {
         agent.script().onRequest = [](Impl&, const Cmd& c) { ScriptedAgent::fail(c); };

@@ -1,6 +1,7 @@
 #include <cmath>
 #include <limits>
 
+#include "facade/Text.h"
 #include "FacadeFixture.h"
 
 namespace {
@@ -52,6 +53,36 @@ TEST_F(ParamOperations, AReadGivesTheThreeArraysOfTheAnswerAndOneLine) {
     EXPECT_THAT(trace().at(0),
                 ::testing::MatchesRegex("1\tOK on get: Speed \\[1.5 -2 1e\\+0?21 \\], t: 37 ms"));
     EXPECT_THAT(log.lines(), IsEmpty());
+}
+
+TEST_F(ParamOperations, AReadOfManyValuesIsALineThatIsCut) {
+    succeedAlways(valuesOf(std::vector<double>(5000, 1.5)));
+    start();
+    EXPECT_TRUE(get());
+    std::string expected = "1\tOK on get: Speed [";
+    while (expected.size() < 2 + 2047) expected += "1.5 ";
+    EXPECT_THAT(trace(), ElementsAre(expected.substr(0, 2 + 2047), ""));
+}
+
+TEST_F(ParamOperations, NoMoreValuesAreFormattedThanALineHolds) {
+    const std::vector<double> many(100000, 1.25);
+    const std::string shown = text::ofValues(many);
+    EXPECT_GT(shown.size(), 2047u) << "or the line would not be cut as it must be";
+    EXPECT_LT(shown.size(), 2047u + 100);
+    EXPECT_EQ(shown.substr(0, 10), "1.25 1.25 ");
+    EXPECT_EQ(text::ofValues({1, 2}), "1 2 ");
+}
+
+TEST_F(ParamOperations, TheValuesOfAnAnswerDoNotLiveOnInItsQueue) {
+    const auto answer = valuesOf({1.0});
+    answer->second = {2.0};
+    answer->third = {3.0};
+    after(0, [=](const Cmd& command) { ScriptedAgent::succeed(command, answer); });
+    start();
+    EXPECT_TRUE(get());
+    EXPECT_THAT(answer->values, IsEmpty());
+    EXPECT_THAT(answer->second, IsEmpty());
+    EXPECT_THAT(answer->third, IsEmpty());
 }
 
 TEST_F(ParamOperations, AFailedReadIsTwoLinesOfTheTraceAndThenOneForTheHost) {

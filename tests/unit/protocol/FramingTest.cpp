@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 
+#include "ChangedFields.h"
 #include "EveryCommand.h"
 #include "FieldDump.h"
 #include "HexBytes.h"
@@ -146,6 +147,38 @@ TEST(Framing, WriteAppendsToWhatIsThere) {
     EXPECT_EQ(bytes.substr(0, 6), "before");
 }
 
+TEST(Framing, EveryCommandCountsAsManyBytesAsItWrites) {
+    forEveryCommand([](auto kind) {
+        using Command = typename decltype(kind)::Type;
+        using Record = typename decltype(kind)::Record;
+        EXPECT_EQ(Command().recordBytes(), written(Command()).size());
+        const Command command(testing_support::changed(Record()));
+        EXPECT_EQ(command.recordBytes(), written(command).size());
+        EXPECT_EQ(command.payloadBytes() + 12, command.recordBytes());
+    });
+}
+
+TEST(Framing, ALongRecordIsWrittenIntoRoomOfItsExactSize) {
+    CommandDirectCtrl command;
+    command.values.assign(100000, 1.5);
+    const std::string bytes = written(command);
+    EXPECT_EQ(bytes.size(), 12u + 16u + 800000u);
+    EXPECT_EQ(bytes.capacity(), bytes.size());
+}
+
+TEST(Framing, TheLongestRecordIsReadWhole) {
+    constexpr unsigned int longest = 0x8000000;
+    constexpr unsigned int count = (longest - 12 - 16) / 8;
+    std::string bytes = wordOf(7) + wordOf(1) + wordOf(longest - 12) + wordOf(3) + wordOf(1);
+    bytes += wordOf(count);
+    bytes.resize(longest);
+    std::size_t consumed = 0;
+    const auto parsed = CommandDirectCtrl().parse(bytes, consumed);
+    ASSERT_NE(parsed, nullptr);
+    EXPECT_EQ(consumed, longest);
+    EXPECT_EQ(dynamic_cast<CommandDirectCtrl&>(*parsed).values.size(), count);
+}
+
 TEST(Framing, WritingTheSameCommandTwiceGivesTheSameBytes) {
     const CommandDirectCtrl command({1, 2, {3.0}, "x"});
     EXPECT_EQ(hexOf(written(command)), hexOf(written(command)));
@@ -189,7 +222,7 @@ namespace {
 class ClientCommandForTest : public CommandEcuToolRoutine, public IClientCommand {
 public:
     bool onReply(ICommandReplyer*, ClientExternalOperating*) override { return true; }
-    IExternalCommand* createFromPayload(const std::string& bytes) const override {
+    IExternalCommand* createFromPayload(std::string_view bytes) const override {
         return createAs<ClientCommandForTest>(bytes);
     }
 };

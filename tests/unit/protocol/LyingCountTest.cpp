@@ -83,9 +83,19 @@ TEST(LyingCount, TheBoundHoldsForTheWholePayloadNotForEachList) {
                  std::length_error);
 }
 
-TEST(LyingCount, ElementsThatThePayloadBacksAreNeverRefused) {
+TEST(LyingCount, DefaultElementsCountOnlyBeyondWhatThePayloadBacks) {
     const unsigned int count = wire::Reader::maxDefaultedBytes / sizeof(double) + 1;
     const std::string payload =
         wordOf(0) + wordOf(0) + wordOf(count) + std::string(count * 8u, '\0') + wordOf(0);
     EXPECT_EQ(recordFrom<protocol::DirectCtrl>(payload).values.size(), count);
+}
+
+TEST(LyingCount, AListThatWouldTakeTooMuchMemoryIsRefusedEvenIfThePayloadBacksIt) {
+    // Empty texts: no other element takes so much more memory than bytes.
+    const unsigned int granted = wire::Reader::maxElementBytes / sizeof(std::string);
+    const auto payload = [](unsigned int count) {
+        return std::string(16, '\0') + wordOf(count) + std::string(count * 4u, '\0');
+    };
+    EXPECT_EQ(recordFrom<protocol::StartEdit>(payload(granted)).files.size(), granted);
+    EXPECT_THROW(recordFrom<protocol::StartEdit>(payload(granted + 1)), std::length_error);
 }

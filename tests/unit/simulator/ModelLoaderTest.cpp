@@ -52,7 +52,7 @@ TEST(ModelLoader, ErrorsNameFileParameterAndReason) {
         {"'values': [], 'limits': [0, 2]",
          "m.json: parameter \"P\": values: has 0 numbers; the axes ask for 0"},
         {"'text': 'abc', 'maxLength': 2",
-         "m.json: parameter \"P\": maxLength: must be a whole number from 3 to 100000"},
+         "m.json: parameter \"P\": maxLength: must be a whole number from 3 to 20000000"},
         {"'live': [{'kind': 'saw'}], 'limits': [0, 2]",
          "m.json: parameter \"P\": live[0]: kind: \"saw\" is none of sine, ramp, noise, follow"},
         {"'live': [{'kind': 'sine', 'amplitude': 1, 'periodS': 0}], 'limits': [0, 2]",

@@ -63,13 +63,13 @@ TEST(RecordStream, AnIdThatNoCommandHasIsReadAsWell) {
 
 TEST(RecordStream, AnAbsurdLengthBreaksTheStreamBeforeItsBytesArrive) {
     RecordStream stream;
-    stream.append(bytesOf("03 00 00 00 01 00 00 00 01 00 00 01"));
+    stream.append(bytesOf("03 00 00 00 01 00 00 00 01 00 00 08"));
     EXPECT_THROW(stream.next(), StreamBroken);
 }
 
 TEST(RecordStream, TheLongestPayloadAllowedIsWaitedFor) {
     RecordStream stream;
-    stream.append(bytesOf("03 00 00 00 01 00 00 00 00 00 00 01"));
+    stream.append(bytesOf("03 00 00 00 01 00 00 00 00 00 00 08"));
     EXPECT_FALSE(stream.next());
 }
 

@@ -26,6 +26,35 @@ TEST(ReceiveBuffer, WhatIsPutBackStandsInFrontOfWhatArrivedMeanwhile) {
     EXPECT_EQ("firstsecond", buffer.takeAll());
 }
 
+TEST(ReceiveBuffer, TheBeginningOfALongRecordIsNotCopiedWhenItIsPutBack) {
+    ReceiveBuffer buffer;
+    buffer.append(std::string(100000, 'x'));
+    std::string taken = buffer.takeAll();
+    const char* const memory = taken.data();
+
+    buffer.putBack(std::move(taken));
+
+    EXPECT_EQ(memory, buffer.takeAll().data());
+}
+
+TEST(ReceiveBuffer, TheRoomGrowsByDoublingButNeverBeyondTheBound) {
+    ReceiveBuffer buffer;
+    const std::string chunk(1u << 20, 'x');
+    unsigned growths = 0;
+    const char* memory = nullptr;
+    for (std::size_t held = chunk.size(); held <= ReceiveBuffer::maxBytes; held += chunk.size()) {
+        buffer.append(chunk);
+        std::string bytes = buffer.takeAll();
+        if (bytes.data() != memory) ++growths;
+        memory = bytes.data();
+        ASSERT_EQ(held, bytes.size());
+        ASSERT_LE(bytes.capacity(), ReceiveBuffer::maxBytes);
+        ASSERT_LE(bytes.capacity(), 2 * held);
+        buffer.putBack(std::move(bytes));
+    }
+    EXPECT_LE(growths, 9u);
+}
+
 TEST(ReceiveBuffer, BytesBeyondTheBoundAreDroppedAndToldOf) {
     ReceiveBuffer buffer;
     buffer.append(std::string(ReceiveBuffer::maxBytes, 'x'));
@@ -48,11 +77,13 @@ TEST(ReceiveBuffer, WhatIsPutBackCountsForTheBoundToo) {
 
 TEST(ReceiveBuffer, ClearingDropsEverything) {
     ReceiveBuffer buffer;
-    buffer.append("abc");
+    buffer.append(std::string(100000, 'x'));
 
     buffer.clear();
 
-    EXPECT_EQ("", buffer.takeAll());
+    const std::string left = buffer.takeAll();
+    EXPECT_EQ("", left);
+    EXPECT_LT(left.capacity(), 100u) << "the memory was kept";
 }
 
 TEST(ReceiveBuffer, ItMayBeFilledWhileItIsTaken) {

@@ -17,7 +17,7 @@ public:
     CountingPrototype(std::string& asked, char name, bool takes)
         : asked_(asked), name_(name), takes_(takes) {}
 
-    IExternalCommand* createFromPayload(const std::string&) const override {
+    IExternalCommand* createFromPayload(std::string_view) const override {
         asked_ += name_;
         return takes_ ? new CountingPrototype(asked_, name_, takes_) : nullptr;
     }

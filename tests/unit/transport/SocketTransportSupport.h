@@ -23,7 +23,7 @@ class AcceptingCommand final : public Base, public IClientCommand {
 public:
     using Base::Base;
 
-    IExternalCommand* createFromPayload(const std::string& bytes) const override {
+    IExternalCommand* createFromPayload(std::string_view bytes) const override {
         return Base::template createAs<AcceptingCommand>(bytes);
     }
     bool onReply(IExternalCommand::ICommandReplyer*, ClientExternalOperating*) override {

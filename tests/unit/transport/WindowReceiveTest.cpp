@@ -65,11 +65,20 @@ TEST_F(WindowReceive, ANullPointerIsRefusedWhateverItsLength) {
 
 TEST_F(WindowReceive, AnAbsurdLengthIsRefusedUnread) {
     char byte = 0;
-    for (const DWORD length : {0x1000001ul, 0x7FFFFFFFul, 0x80000000ul, 0xFFFFFFFFul}) {
+    for (const DWORD length : {0x8000001ul, 0x7FFFFFFFul, 0x80000000ul, 0xFFFFFFFFul}) {
         COPYDATASTRUCT data = {tag, length, &byte};
         EXPECT_FALSE(transport.onCopyData(&data)) << length;
     }
     EXPECT_EQ(0u, transport.offers);
+}
+
+TEST_F(WindowReceive, TheLongestRecordIsTaken) {
+    constexpr std::size_t longest = 0x8000000;
+    std::string bytes = word(8) + word(1) + word(longest - 12) + word(3);
+    bytes.resize(longest);
+    COPYDATASTRUCT data = {tag, longest, &bytes[0]};
+    EXPECT_TRUE(transport.onCopyData(&data));
+    EXPECT_EQ(1u, transport.seen.size());
 }
 
 TEST_F(WindowReceive, EveryCutOfARecordIsRefusedTheEmptyOneToo) {

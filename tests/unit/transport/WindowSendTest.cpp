@@ -79,6 +79,25 @@ TEST_F(WindowSend, WithoutAServerWindowNothingIsSent) {
     EXPECT_THAT(platform->calls, ElementsAre("find server"));
 }
 
+TEST_F(WindowSend, ACommandOfTheGreatestLengthIsSentAndALongerOneIsRefusedAtOnce) {
+    // Around the path stand the head and nine words.
+    constexpr std::size_t longestPath = 0x8000000 - 12 - 4 * 9;
+    platform->whileSending = [this] {
+        EXPECT_EQ(0x8000000u, platform->sent.back().bytes.size());
+        platform->sent.back().bytes.clear();
+    };
+    auto command = std::make_unique<CommandStartEdit>();
+    command->path.assign(longestPath, 'x');
+    EXPECT_TRUE(transport.send(std::move(command), 500));
+    EXPECT_THAT(platform->calls, ElementsAre("find server", "send"));
+
+    platform->isHolding = true;
+    command = std::make_unique<CommandStartEdit>();
+    command->path.assign(longestPath + 1, 'x');
+    EXPECT_FALSE(transport.send(std::move(command), 500));
+    EXPECT_THAT(platform->calls, ElementsAre("find server", "send", "release 1"));
+}
+
 TEST_F(WindowSend, TheServerIsLookedForAgainAtEverySend) {
     platform->server = nullptr;
     EXPECT_FALSE(transport.sendRoutine(500));

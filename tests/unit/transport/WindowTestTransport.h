@@ -28,7 +28,7 @@ public:
         if (offers_ != nullptr) ++*offers_;
         return Base::parse(in, consumed);
     }
-    IExternalCommand* createFromPayload(const std::string& bytes) const override {
+    IExternalCommand* createFromPayload(std::string_view bytes) const override {
         return Base::template createAs<CountingPrototype>(bytes);
     }
     bool onReply(IExternalCommand::ICommandReplyer*, ClientExternalOperating*) override {
