@@ -3,6 +3,8 @@
 #include <process.h>
 #include <windows.h>
 
+#include <type_traits>
+
 namespace common {
 namespace {
 
@@ -10,7 +12,27 @@ HANDLE asHandle(unsigned long handle) {
     return reinterpret_cast<HANDLE>(handle);
 }
 
+struct FreeModule {
+    void operator()(HMODULE module) const { FreeLibrary(module); }
+};
+/// A reference on a module: the system does not unload it as long as there is one.
+using ModuleReference = std::unique_ptr<std::remove_pointer_t<HMODULE>, FreeModule>;
+
+/// On the module that holds this code: the library, or the program that it is linked into, which
+/// is never unloaded anyway. Null on failure; the last-error code tells why.
+ModuleReference referToOwnModule() {
+    HMODULE module = nullptr;
+    GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
+                       reinterpret_cast<const char*>(&referToOwnModule), &module);
+    return ModuleReference(module);
+}
+
 }  // namespace
+
+struct Thread::Luggage {
+    std::shared_ptr<Life> life;
+    ModuleReference code;  // the thread's code
+};
 
 Thread::~Thread() {
     close();
@@ -20,18 +42,30 @@ bool Thread::start(Entry entry, void* argument) {
     static_assert(sizeof(unsigned long) == sizeof(HANDLE), "a 32-bit process is assumed");
     life_->entry = entry;
     life_->argument = argument;
-    auto share = std::make_unique<std::shared_ptr<Life>>(life_);
-    handle_ = static_cast<unsigned long>(_beginthreadex(nullptr, 0, run, share.get(), 0, nullptr));
+    // Taken here and not by the thread itself: the starter is in the module, so it is still there.
+    auto luggage = std::make_unique<Luggage>(Luggage{life_, referToOwnModule()});
+    if (!luggage->code) return false;
+    handle_ =
+        static_cast<unsigned long>(_beginthreadex(nullptr, 0, run, luggage.get(), 0, nullptr));
     if (!hasHandle()) return false;
-    share.release();  // the thread's own from now on
+    luggage.release();  // the thread's own from now on
     return true;
 }
 
-unsigned __stdcall Thread::run(void* life) {
-    const std::unique_ptr<std::shared_ptr<Life>> share(static_cast<std::shared_ptr<Life>*>(life));
-    const unsigned exitCode = (*share)->entry((*share)->argument);
-    (*share)->ended = true;
-    return exitCode;
+// Whoever started the thread may long have let it go and unloaded the library, so this reference
+// may be the last one. The code to return to is gone then: the system has to give it back and end
+// the thread in one call. What the run-time library keeps of a thread it frees at the end of any
+// thread, so leaving past its own way out loses nothing. (Newer ones do all this by themselves.)
+unsigned __stdcall Thread::run(void* luggage) {
+    HMODULE code = nullptr;
+    unsigned exitCode = 0;
+    {
+        const std::unique_ptr<Luggage> own(static_cast<Luggage*>(luggage));
+        exitCode = own->life->entry(own->life->argument);
+        own->life->ended = true;
+        code = own->code.release();
+    }
+    FreeLibraryAndExitThread(code, exitCode);
 }
 
 ThreadState Thread::state() const noexcept {

@@ -13,6 +13,12 @@ enum class ThreadState { running, ended, unreadable };
 /// The handle can outlive the thread and the thread the handle: closing the handle neither stops
 /// the thread nor waits for it. Whoever owns the object says when to close it; the destructor
 /// closes what is still open. `start` and `close` belong to one thread, the questions to any.
+///
+/// The thread holds a reference on the module that holds its code, so a library that lets a thread
+/// go and is then freed by its host stays loaded until that thread has ended. If that was the last
+/// reference, the library is unloaded on that very thread: the destructors of its static objects
+/// run there. By the time `state` tells that the thread has ended the reference is given back;
+/// `isRunning` can tell it a moment earlier.
 class Thread {
 public:
     using Entry = unsigned(__stdcall*)(void*);
@@ -47,7 +53,10 @@ private:
         std::atomic<bool> ended{false};
     };
 
-    static unsigned __stdcall run(void* life);
+    /// What the thread takes with it.
+    struct Luggage;
+
+    static unsigned __stdcall run(void* luggage);
 
     std::shared_ptr<Life> life_ = std::make_shared<Life>();
     std::atomic<unsigned long> handle_{0};

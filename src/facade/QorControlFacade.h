@@ -18,8 +18,13 @@
 /// library then reads QOR's settings file, starts QOR with it unless it already runs, and carries
 /// out all requests, one at a time, in the order in which they were posted. Up to ten can wait; an
 /// eleventh pushes the others out, whose callers then wait in vain. If QOR cannot be started the
-/// agent thread ends, and every operation fails from then on (the trace says why). Call
-/// `shutdown`, or destroy the object, before the library is unloaded.
+/// agent thread ends, and every operation fails from then on (the trace says why).
+///
+/// **Unloading.** Call `shutdown`, or destroy the object, before you free the library (not from a
+/// DllMain or a static object of a DLL: no thread can end meanwhile). It then goes at once; unless
+/// a busy thread of it had to be let go, which took about 5 s: then `FreeLibrary` returns all the
+/// same, and the library stays loaded until that thread has ended. Without a shutdown it stays for
+/// good.
 ///
 /// **Threads.** Any number of host threads may call the operations at once; each waits for its
 /// own answer. `connect` (with a monitor) and `setEcuSegment` dispatch the calling thread's window
@@ -54,7 +59,7 @@
 /// `connect` that it was given to. A queue must stay alive after its stop operation until a
 /// `pingQor` that was called after the stop has returned true: before, the agent may still be about
 /// to fill it. If `shutdown` had to let a busy agent go (it then took about 5 s), monitor and
-/// queues must live as long as the process.
+/// queues must live as long as the process, and so must the module that holds their code.
 ///
 /// **Build.** The interface passes standard strings, vectors and maps, so the host must be a
 /// 32-bit program built with the same compiler and standard library as the library, both linked

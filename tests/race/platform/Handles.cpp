@@ -47,6 +47,11 @@ private:
 
 using ExitCode = std::shared_ptr<std::atomic<DWORD>>;
 
+/// Thrown by a thread that ends without returning from its entry.
+struct ThreadEnd {
+    DWORD exitCode;
+};
+
 /// The threads whose handles are open. Their handles are odd numbers, which no event has.
 struct ThreadTable {
     std::mutex mutex;
@@ -91,7 +96,13 @@ std::uintptr_t _beginthreadex(void*, unsigned, unsigned (*entry)(void*), void* a
                               unsigned*) {
     const ExitCode exitCode = std::make_shared<std::atomic<DWORD>>(STILL_ACTIVE);
     try {
-        std::thread([=] { *exitCode = entry(argument); }).detach();
+        std::thread([=] {
+            try {
+                *exitCode = entry(argument);
+            } catch (const ThreadEnd& end) {
+                *exitCode = end.exitCode;
+            }
+        }).detach();
     } catch (const std::system_error&) {
         return 0;
     }
@@ -120,6 +131,19 @@ BOOL CloseHandle(HANDLE handle) noexcept {
     ThreadTable& table = threads();
     const std::lock_guard<std::mutex> guard(table.mutex);
     return table.exitCodes.erase(numberOf(handle)) != 0 ? TRUE : FALSE;
+}
+
+BOOL GetModuleHandleExA(DWORD, const char* address, HMODULE* module) noexcept {
+    *module = const_cast<char*>(address);  // one for all; it must only not be null
+    return TRUE;
+}
+
+BOOL FreeLibrary(HMODULE) noexcept {
+    return TRUE;
+}
+
+void FreeLibraryAndExitThread(HMODULE, DWORD exitCode) {
+    throw ThreadEnd{exitCode};
 }
 
 DWORD GetCurrentThreadId() noexcept {

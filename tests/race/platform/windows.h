@@ -13,6 +13,7 @@ using BOOL = int;
 using DWORD = std::uint32_t;
 using WORD = std::uint16_t;
 using HANDLE = void*;
+using HMODULE = void*;
 using CRITICAL_SECTION = pthread_mutex_t;
 
 constexpr BOOL FALSE = 0;
@@ -37,6 +38,12 @@ DWORD WaitForSingleObject(HANDLE event, DWORD timeoutMs) noexcept;
 BOOL GetExitCodeThread(HANDLE thread, DWORD* exitCode) noexcept;
 BOOL CloseHandle(HANDLE handle) noexcept;
 DWORD GetCurrentThreadId() noexcept;
+
+/// Nothing is ever unloaded here; only the thread's end is one.
+constexpr DWORD GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS = 4;
+BOOL GetModuleHandleExA(DWORD flags, const char* address, HMODULE* module) noexcept;
+BOOL FreeLibrary(HMODULE module) noexcept;
+[[noreturn]] void FreeLibraryAndExitThread(HMODULE module, DWORD exitCode);
 
 DWORD GetTickCount() noexcept;
 void Sleep(DWORD ms) noexcept;
