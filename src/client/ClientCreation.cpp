@@ -17,6 +17,14 @@ namespace {
 
 constexpr int readPermission = 4;
 
+/// A folder passes the run-time library's question, but nothing can be read from it: every
+/// setting would silently be its default.
+bool isReadableFile(const std::string& path) {
+    const DWORD attributes = GetFileAttributesA(path.c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0 &&
+           _access(path.c_str(), readPermission) == 0;
+}
+
 void prepareFramework(const std::string& settingsPath) {
     const HINSTANCE process = GetModuleHandleA(nullptr);
     if (ClientSettings::readInitMfc(settingsPath)) {
@@ -44,7 +52,7 @@ std::unique_ptr<IExternalCommandFactory> makeTransport(const std::string& settin
 
 std::unique_ptr<ClientExternalOperating> ClientExternalOperating::create(
     const std::string& settingsPath) {
-    if (_access(settingsPath.c_str(), readPermission) != 0)
+    if (!isReadableFile(settingsPath))
         throw std::runtime_error(
             "Specified settings file for QOR 'external operation mode' is not valid.\nFile: " +
             settingsPath);

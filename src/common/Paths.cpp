@@ -2,7 +2,9 @@
 
 #include <windows.h>
 
+#include <cstdio>
 #include <cstdlib>
+#include <cstring>
 
 namespace common {
 namespace {
@@ -17,8 +19,9 @@ struct PathParts {
     char directory[partChars] = "";
     char name[partChars] = "";
 
-    explicit PathParts(const std::string& path) {
-        isSplit = _splitpath_s(path.c_str(), drive, sizeof drive, directory, sizeof directory, name,
+    explicit PathParts(const std::string& path) noexcept : PathParts(path.c_str()) {}
+    explicit PathParts(const char* path) noexcept {
+        isSplit = _splitpath_s(path, drive, sizeof drive, directory, sizeof directory, name,
                                sizeof name, nullptr, 0) == 0;
     }
 
@@ -29,11 +32,20 @@ struct PathParts {
 
 }  // namespace
 
-std::string executableDirectory() {
+bool getExecutableDirectory(char* directory, std::size_t directoryBytes) noexcept {
     char module[moduleNameChars] = "";
     GetModuleFileNameA(nullptr, module, sizeof module - 1);
-    std::string directory = PathParts(module).folder();
-    if (directory.empty() || directory.back() != '\\') directory += '\\';
+    const PathParts parts(module);
+    const std::size_t length = std::strlen(parts.directory);
+    const bool needsBackslash = length == 0 || parts.directory[length - 1] != '\\';
+    const int written = std::snprintf(directory, directoryBytes, "%s%s%s", parts.drive,
+                                      parts.directory, needsBackslash ? "\\" : "");
+    return written >= 0 && static_cast<std::size_t>(written) < directoryBytes;
+}
+
+std::string executableDirectory() {
+    char directory[driveChars + partChars + 1] = "";
+    getExecutableDirectory(directory, sizeof directory);
     return directory;
 }
 

@@ -19,22 +19,23 @@ TraceContext& processContext() {
     return context;
 }
 
-void trace(const char* moduleName, unsigned int category, int verbosity, const char* format, ...) {
+void trace(const char* moduleName, unsigned int category, int verbosity, const char* format,
+           ...) noexcept {
     std::va_list values;
     va_start(values, format);
     context.write(moduleName, category, verbosity, format, values);
     va_end(values);
 }
 
-void loadSettings(const char* path) {
+void loadSettings(const char* path) noexcept {
     context.loadSettings(path);
 }
 
-void openTraceFile(const char* path, const char* mode) {
+void openTraceFile(const char* path, const char* mode) noexcept {
     context.openTraceFile(path, mode);
 }
 
-Scope::Scope(const char* moduleName, const char* title) : moduleName_(moduleName) {
+Scope::Scope(const char* moduleName, const char* title) noexcept : moduleName_(moduleName) {
     if (context.enterScope(moduleName, title, savedEnabled_)) title_ = title;
 }
 

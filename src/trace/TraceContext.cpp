@@ -10,12 +10,6 @@
 namespace tracelog {
 namespace {
 
-/// A path with neither drive nor directory is meant in the executable's directory.
-std::string locate(const std::string& path) {
-    return path.find_first_of(":\\/") == std::string::npos ? common::executableDirectory() + path
-                                                           : path;
-}
-
 const char* levelPiece(unsigned int category) {
     switch (category) {
         case error:
@@ -29,25 +23,24 @@ const char* levelPiece(unsigned int category) {
     }
 }
 
-std::string datePiece() {
-    SYSTEMTIME now;
-    GetLocalTime(&now);
-    char piece[64];
-    std::snprintf(piece, sizeof piece, "%2d/%02d/%02d %02d:%02d:%02d\t", now.wYear % 100,
-                  now.wMonth, now.wDay, now.wHour, now.wMinute, now.wSecond);
-    return piece;
-}
+/// A piece of a few characters, formatted without allocating.
+struct Piece {
+    explicit Piece(const char* format, ...) noexcept __attribute__((format(gnu_printf, 2, 3)));
 
-std::string hexPiece(const char* format, unsigned long value) {
-    char piece[32];
-    std::snprintf(piece, sizeof piece, format, value);
-    return piece;
+    char text[64];
+};
+
+Piece::Piece(const char* format, ...) noexcept {
+    std::va_list values;
+    va_start(values, format);
+    std::vsnprintf(text, sizeof text, format, values);
+    va_end(values);
 }
 
 }  // namespace
 
 void TraceContext::write(const char* moduleName, unsigned int category, int verbosity,
-                         const char* format, std::va_list values) {
+                         const char* format, std::va_list values) noexcept {
     const common::LockGuard guard(lock_);
     refreshSettings();
     if (!isWanted(moduleName, category, verbosity)) return;
@@ -55,23 +48,44 @@ void TraceContext::write(const char* moduleName, unsigned int category, int verb
     putMessage(format, values);
 }
 
-void TraceContext::loadSettings(const std::string& path) {
+void TraceContext::loadSettings(std::string_view path) noexcept {
     const common::LockGuard guard(lock_);
     settingsFile_.reset();
-    settingsFile_.reset(std::fopen(locate(path).c_str(), "r"));
+    settingsFile_ = openFile(path, "r", settingsBuffer_);
     readSettings();
 }
 
-void TraceContext::openTraceFile(const std::string& path, const std::string& mode) {
+void TraceContext::openTraceFile(std::string_view path, std::string_view mode) noexcept {
     const common::LockGuard guard(lock_);
     if (traceFile_ && path == tracePath_) return;
     traceFile_.reset();
-    traceFile_.reset(std::fopen(locate(path).c_str(), mode.c_str()));
-    tracePath_ = path;
+    FixedText<TraceSettings::maxLineChars> modeText;
+    modeText.append(mode);
+    traceFile_ = openFile(path, modeText.c_str(), traceBuffer_);
+    tracePath_.assign(path);
     headerWritten_ = false;
 }
 
-bool TraceContext::enterScope(const char* moduleName, const char* title, bool& savedEnabled) {
+/// A path with neither drive nor directory is meant in the executable's directory. False if it is
+/// too long.
+bool TraceContext::locate(std::string_view path, Path& located) noexcept {
+    if (path.find_first_of(":\\/") != std::string_view::npos) return located.assign(path);
+    char directory[maxPathChars + 1];
+    return common::getExecutableDirectory(directory, sizeof directory) &&
+           located.assign(directory) && located.append(path);
+}
+
+TraceContext::File TraceContext::openFile(std::string_view path, const char* mode,
+                                          FileBuffer& buffer) noexcept {
+    Path located;
+    if (!locate(path, located)) return nullptr;
+    File file(std::fopen(located.c_str(), mode));
+    if (file) std::setvbuf(file.get(), buffer, _IOFBF, sizeof buffer);
+    return file;
+}
+
+bool TraceContext::enterScope(const char* moduleName, const char* title,
+                              bool& savedEnabled) noexcept {
     const common::LockGuard guard(lock_);
     if (scopeCount_++ == 0) return false;
     writeLine(moduleName, "{ %s", title);
@@ -80,7 +94,8 @@ bool TraceContext::enterScope(const char* moduleName, const char* title, bool& s
     return true;
 }
 
-void TraceContext::leaveScope(const char* moduleName, const char* title, bool savedEnabled) {
+void TraceContext::leaveScope(const char* moduleName, const char* title,
+                              bool savedEnabled) noexcept {
     bool isOutermost = false;
     {
         const common::LockGuard guard(lock_);
@@ -94,7 +109,8 @@ void TraceContext::leaveScope(const char* moduleName, const char* title, bool sa
     if (isOutermost) close();
 }
 
-void TraceContext::writeLine(const char* moduleName, const char* format, const char* title) {
+void TraceContext::writeLine(const char* moduleName, const char* format,
+                             const char* title) noexcept {
     const auto forward = [&](const char* text, ...) {
         std::va_list values;
         va_start(values, text);
@@ -104,14 +120,14 @@ void TraceContext::writeLine(const char* moduleName, const char* format, const c
     forward(format, title);
 }
 
-void TraceContext::refreshSettings() {
+void TraceContext::refreshSettings() noexcept {
     if (settings_.refreshSeconds == 0) return;
     if (secondsNow() - lastSettingsRead_ >= settings_.refreshSeconds) readSettings();
 }
 
-void TraceContext::readSettings() {
+void TraceContext::readSettings() noexcept {
     if (!settingsFile_) return;
-    char line[2048];
+    char line[TraceSettings::maxLineChars + 1];
     TraceSettings::FileRequest file;
     while (std::fgets(line, sizeof line, settingsFile_.get()) != nullptr)
         if (settings_.applyLine(line, file)) openTraceFile(file.path, file.mode);
@@ -123,22 +139,32 @@ void TraceContext::readSettings() {
     std::rewind(settingsFile_.get());
 }
 
-bool TraceContext::isWanted(const char* moduleName, unsigned int category, int verbosity) const {
+bool TraceContext::isWanted(const char* moduleName, unsigned int category,
+                            int verbosity) const noexcept {
     return settings_.enabled && settings_.passesModule(moduleName) && scopeEnabled_ &&
            (settings_.categoryMask & category) != 0 && verbosity <= settings_.verbosityLimit;
 }
 
-void TraceContext::putColumns(unsigned int category) {
+void TraceContext::putColumns(unsigned int category) noexcept {
     if (settings_.levelColumn) put(levelPiece(category));
-    if (settings_.threadColumn) put(hexPiece("%lX\t", common::currentThreadId()).c_str());
-    if (settings_.dateColumn) put(datePiece().c_str());
-    if (settings_.tickColumn) put(hexPiece("%08lX\t", common::tickCount()).c_str());
+    if (settings_.threadColumn)
+        put(Piece("%lX\t", static_cast<unsigned long>(common::currentThreadId())).text);
+    if (settings_.dateColumn) putDateColumn();
+    if (settings_.tickColumn)
+        put(Piece("%08lX\t", static_cast<unsigned long>(common::tickCount())).text);
     if (settings_.hpcColumn) putHpcColumn();
-    if (settings_.indentColumn && indent_ > 0)
-        put(std::string(static_cast<std::size_t>(indent_), ' ').c_str());
+    if (settings_.indentColumn) putIndentation();
 }
 
-void TraceContext::putHpcColumn() {
+void TraceContext::putDateColumn() noexcept {
+    SYSTEMTIME now;
+    GetLocalTime(&now);
+    put(Piece("%2d/%02d/%02d %02d:%02d:%02d\t", now.wYear % 100, now.wMonth, now.wDay, now.wHour,
+              now.wMinute, now.wSecond)
+            .text);
+}
+
+void TraceContext::putHpcColumn() noexcept {
     LARGE_INTEGER counter;
     if (!QueryPerformanceCounter(&counter)) return;
     if (hpcFrequency_ == 0) {
@@ -149,20 +175,26 @@ void TraceContext::putHpcColumn() {
     std::int64_t tenthsOfMs = 0;
     if (lastHpcStamp_ != 0 && hpcFrequency_ != 0)
         tenthsOfMs = (counter.QuadPart - lastHpcStamp_) * 10000 / hpcFrequency_;
-    char piece[32];
-    std::snprintf(piece, sizeof piece, "%8ld\t", static_cast<long>(tenthsOfMs));
-    put(piece);
+    put(Piece("%8ld\t", static_cast<long>(tenthsOfMs)).text);
     lastHpcStamp_ = counter.QuadPart;
 }
 
-void TraceContext::putMessage(const char* format, std::va_list values) {
+void TraceContext::putIndentation() noexcept {
+    // The message's buffer is free until the message follows.
+    for (int left = indent_; left > 0; left -= static_cast<int>(sizeof lineBuffer_) - 1) {
+        std::snprintf(lineBuffer_, sizeof lineBuffer_, "%*s", left, "");
+        put(lineBuffer_);
+    }
+}
+
+void TraceContext::putMessage(const char* format, std::va_list values) noexcept {
     const int length = std::vsnprintf(lineBuffer_, sizeof lineBuffer_, format, values);
     if (length < 0) return;
     put(lineBuffer_);
     if (static_cast<std::size_t>(length) >= sizeof lineBuffer_) put("\n\n");
 }
 
-void TraceContext::put(const char* piece) {
+void TraceContext::put(const char* piece) noexcept {
     if (!traceFile_) {
         OutputDebugStringA(piece);
         return;
@@ -171,7 +203,7 @@ void TraceContext::put(const char* piece) {
     std::fflush(traceFile_.get());
 }
 
-void TraceContext::close() {
+void TraceContext::close() noexcept {
     traceFile_.reset();
     settingsFile_.reset();
     lock_.release();

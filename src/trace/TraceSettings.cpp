@@ -7,66 +7,64 @@
 namespace tracelog {
 namespace {
 
-constexpr std::size_t maxListChars = 249;
-const char* const separators = " ,\t\n";
+constexpr std::string_view separators = " ,\t\n";
 
-bool contains(const std::string& line, const char* keyword) {
-    return line.find(keyword) != std::string::npos;
+bool contains(std::string_view line, std::string_view keyword) {
+    return line.find(keyword) != std::string_view::npos;
 }
 
 /// The text behind the first "=", blanks skipped and the line end removed; empty without one.
-std::string valueOf(const std::string& line) {
+std::string_view valueOf(std::string_view line) {
     const std::size_t equals = line.find('=');
-    if (equals == std::string::npos) return {};
+    if (equals == std::string_view::npos) return {};
     const std::size_t first = line.find_first_not_of(' ', equals + 1);
-    if (first == std::string::npos) return {};
+    if (first == std::string_view::npos) return {};
     return line.substr(first, line.find_first_of("\r\n", first) - first);
 }
 
-void readInteger(const std::string& line, std::int32_t& destination) {
-    const std::string value = valueOf(line);
-    if (!value.empty()) destination = std::strtol(value.c_str(), nullptr, 10);
+/// The decimal number that a line gives, read by `convert`, which wants a zero behind it.
+template <class Number, class Converted>
+void readInteger(std::string_view line, Number& destination,
+                 Converted (*convert)(const char*, char**, int)) {
+    FixedText<TraceSettings::maxLineChars> value;
+    value.append(valueOf(line));
+    if (!value.empty()) destination = convert(value.c_str(), nullptr, 10);
 }
 
-void readInteger(const std::string& line, std::uint32_t& destination) {
-    const std::string value = valueOf(line);
-    if (!value.empty()) destination = std::strtoul(value.c_str(), nullptr, 10);
-}
-
-void appendTokens(const std::string& line, std::string& list) {
-    const std::string value = valueOf(line);
+void appendTokens(std::string_view line, TraceSettings::ModuleList& list) {
+    const std::string_view value = valueOf(line);
     if (value.empty()) return;
-    if (!list.empty()) list += ' ';
-    list += value;
-    if (list.size() > maxListChars) list.resize(maxListChars);
+    if (!list.empty()) list.append(" ");
+    list.append(value);
 }
 
-std::string trimmed(const std::string& text) {
-    const char* const white = " \t\r\n\v\f";
+std::string_view trimmed(std::string_view text) {
+    constexpr std::string_view white = " \t\r\n\v\f";
     const std::size_t first = text.find_first_not_of(white);
-    if (first == std::string::npos) return {};
+    if (first == std::string_view::npos) return {};
     return text.substr(first, text.find_last_not_of(white) - first + 1);
 }
 
-bool readFileRequest(const std::string& line, TraceSettings::FileRequest& file) {
-    const std::string value = valueOf(line);
+bool readFileRequest(std::string_view line, TraceSettings::FileRequest& file) {
+    const std::string_view value = valueOf(line);
     const std::size_t comma = value.find(',');
-    file.path = trimmed(value.substr(0, comma));
-    const std::string mode = comma == std::string::npos ? "" : trimmed(value.substr(comma + 1));
-    file.mode = mode.empty() ? std::string("w") : mode;
+    file.path.assign(trimmed(value.substr(0, comma)));
+    const bool hasMode = comma != std::string_view::npos;
+    file.mode.assign(hasMode ? trimmed(value.substr(comma + 1)) : std::string_view());
+    if (file.mode.empty()) file.mode.assign("w");
     return !file.path.empty();
 }
 
-bool equalIgnoringCase(const std::string& left, const std::string& right) {
+bool equalIgnoringCase(std::string_view left, std::string_view right) {
     return left.size() == right.size() && std::equal(left.begin(), left.end(), right.begin(),
                                                      [](unsigned char a, unsigned char b) {
                                                          return std::tolower(a) == std::tolower(b);
                                                      });
 }
 
-bool hasToken(const std::string& list, const std::string& name) {
+bool hasToken(std::string_view list, std::string_view name) {
     std::size_t first = list.find_first_not_of(separators);
-    while (first != std::string::npos) {
+    while (first != std::string_view::npos) {
         const std::size_t end = list.find_first_of(separators, first);
         if (equalIgnoringCase(list.substr(first, end - first), name)) return true;
         first = list.find_first_not_of(separators, end);
@@ -76,8 +74,8 @@ bool hasToken(const std::string& list, const std::string& name) {
 
 }  // namespace
 
-bool TraceSettings::applyLine(const std::string& line, FileRequest& file) {
-    if (line.compare(0, 1, "#") == 0) return false;
+bool TraceSettings::applyLine(std::string_view line, FileRequest& file) noexcept {
+    if (line.substr(0, 1) == "#") return false;
     // The order of these tests is part of the file format.
     if (contains(line, "notrace")) {
         enabled = false;
@@ -92,11 +90,11 @@ bool TraceSettings::applyLine(const std::string& line, FileRequest& file) {
     } else if (contains(line, "nid")) {
         indentColumn = false;
     } else if (contains(line, "tl")) {
-        readInteger(line, verbosityLimit);
+        readInteger(line, verbosityLimit, std::strtol);
     } else if (contains(line, "ts")) {
-        readInteger(line, categoryMask);
+        readInteger(line, categoryMask, std::strtoul);
     } else if (contains(line, "tfr")) {
-        readInteger(line, refreshSeconds);
+        readInteger(line, refreshSeconds, std::strtol);
         refreshSeconds = std::max<std::int32_t>(refreshSeconds, 0);
     } else if (contains(line, "include")) {
         appendTokens(line, includeList);
@@ -108,19 +106,20 @@ bool TraceSettings::applyLine(const std::string& line, FileRequest& file) {
     return false;
 }
 
-bool TraceSettings::passesModule(const std::string& moduleName) const {
+bool TraceSettings::passesModule(std::string_view moduleName) const noexcept {
     if (!includeList.empty()) return hasToken(includeList, moduleName);
     return !hasToken(excludeList, moduleName);
 }
 
-std::string TraceSettings::header() const {
-    std::string words;
-    if (levelColumn) words += "ts ";
-    if (threadColumn) words += "tid ";
-    if (dateColumn) words += "dt ";
-    if (tickColumn) words += "tc ";
-    if (hpcColumn) words += "hpc ";
-    return words + "\n";
+TraceSettings::Header TraceSettings::header() const noexcept {
+    Header words;
+    if (levelColumn) words.append("ts ");
+    if (threadColumn) words.append("tid ");
+    if (dateColumn) words.append("dt ");
+    if (tickColumn) words.append("tc ");
+    if (hpcColumn) words.append("hpc ");
+    words.append("\n");
+    return words;
 }
 
 }  // namespace tracelog

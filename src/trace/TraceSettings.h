@@ -1,7 +1,9 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
+#include <string_view>
+
+#include "trace/FixedText.h"
 
 namespace tracelog {
 
@@ -12,11 +14,20 @@ namespace tracelog {
 /// earlier keyword ("dt", "tc", "ts" ...) throws that switch instead; operators know the order.
 /// Reading the same file again never undoes a switch: columns only turn on, "notrace" and "nid"
 /// only turn off, and the two module lists grow by the same text up to their cap.
+///
+/// Nothing here allocates or throws: a settings file is read again on the way of a line.
 struct TraceSettings {
+    /// A line is read in pieces of at most this length, its line end included.
+    static constexpr std::size_t maxLineChars = 2047;
+    static constexpr std::size_t maxListChars = 249;
+
+    using ModuleList = FixedText<maxListChars>;
+    using Header = FixedText<31>;
+
     /// The output file that a "tf" line asks for.
     struct FileRequest {
-        std::string path;
-        std::string mode;
+        FixedText<maxLineChars> path;
+        FixedText<maxLineChars> mode;
     };
 
     bool enabled = true;
@@ -29,18 +40,18 @@ struct TraceSettings {
     std::uint32_t categoryMask = 0xFFFFFFFFu;
     std::int32_t verbosityLimit = 255;
     std::int32_t refreshSeconds = 0;
-    std::string includeList;
-    std::string excludeList;
+    ModuleList includeList;
+    ModuleList excludeList;
 
     /// Applies one line. True if it names an output file, which is then in `file`.
-    bool applyLine(const std::string& line, FileRequest& file);
+    bool applyLine(std::string_view line, FileRequest& file) noexcept;
 
     /// Whether a call under `moduleName` is wanted by the two lists (names compared without
     /// regard to case). A non-empty include list decides alone.
-    bool passesModule(const std::string& moduleName) const;
+    bool passesModule(std::string_view moduleName) const noexcept;
 
     /// The words of the columns that are on, each followed by a blank, and a line feed.
-    std::string header() const;
+    Header header() const noexcept;
 };
 
 }  // namespace tracelog

@@ -64,6 +64,17 @@ TEST_P(Start, ASettingsPathInAMissingFolderEndsTheAgent) {
     expectDeadStation();
 }
 
+TEST_P(Start, AFolderInPlaceOfTheSettingsFileEndsTheAgentAsAMissingFileDoes) {
+    station.settingsPath = station.folder.pathOf("");
+    station.construct();
+    EXPECT_TRUE(awaitTrace(
+        "3\tException when starting QOR Remote agent thread, Specified settings file for "
+        "QOR 'external operation mode' is not valid."));
+    EXPECT_TRUE(station.traceHolds("File: " + station.settingsPath + "."));
+    Sleep(200);
+    expectDeadStation();
+}
+
 TEST_P(Start, AMissingExecutableEndsTheAgentButItsPathIsKnown) {
     station.settings.executable = station.folder.pathOf("no-such-qor.exe");
     station.open();

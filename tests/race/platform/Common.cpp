@@ -1,5 +1,6 @@
 // What of common/ is about Windows alone: native paths, errors and no window messages.
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <filesystem>
 
@@ -17,6 +18,12 @@ std::string lastErrorText() {
 
 std::string executableDirectory() {
     return directoryOf(fs::read_symlink("/proc/self/exe").string());
+}
+
+bool getExecutableDirectory(char* directory, std::size_t directoryBytes) noexcept {
+    const std::string own = executableDirectory();
+    return static_cast<std::size_t>(std::snprintf(directory, directoryBytes, "%s", own.c_str())) <
+           directoryBytes;
 }
 
 std::string resolveAgainstExecutable(const std::string& path) {

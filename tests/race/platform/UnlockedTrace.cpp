@@ -7,7 +7,7 @@
 
 namespace tracelog {
 
-void trace(const char*, unsigned int, int, const char* format, ...) {
+void trace(const char*, unsigned int, int, const char* format, ...) noexcept {
     char line[2048];
     std::va_list values;
     va_start(values, format);
@@ -15,11 +15,12 @@ void trace(const char*, unsigned int, int, const char* format, ...) {
     va_end(values);
 }
 
-void loadSettings(const char*) {}
+void loadSettings(const char*) noexcept {}
 
-void openTraceFile(const char*, const char*) {}
+void openTraceFile(const char*, const char*) noexcept {}
 
-Scope::Scope(const char* moduleName, const char* title) : moduleName_(moduleName), title_(title) {
+Scope::Scope(const char* moduleName, const char* title) noexcept
+    : moduleName_(moduleName), title_(title) {
     trace(moduleName_, information, 0, "{ %s", title_);
 }
 

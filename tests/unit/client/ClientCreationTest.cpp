@@ -36,6 +36,15 @@ TEST_F(ClientCreation, AMissingSettingsFileIsToldWithItsPath) {
               "Specified settings file for QOR 'external operation mode' is not valid.\nFile: ");
 }
 
+TEST_F(ClientCreation, AFolderInPlaceOfTheSettingsFileIsToldLikeAMissingFile) {
+    const std::string text =
+        "Specified settings file for QOR 'external operation mode' is not valid.\nFile: ";
+    const std::string withBackslash = folder.path() + "\\";
+    EXPECT_EQ(textOfFailedCreation(folder.path()), text + folder.path());
+    EXPECT_EQ(textOfFailedCreation(withBackslash), text + withBackslash);
+    EXPECT_EQ(textOfFailedCreation("c:\\"), text + "c:\\");
+}
+
 /// A client of these settings and its window's title; is there such a window while it lives?
 bool makesAWindow(const std::string& settingsPath, const std::string& title) {
     EXPECT_EQ(FindWindowA(nullptr, title.c_str()), nullptr);

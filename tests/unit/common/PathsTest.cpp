@@ -33,6 +33,14 @@ TEST(Paths, TheExecutableDirectoryIsTheModulePathUpToItsLastBackslash) {
     EXPECT_EQ(executableDirectory(), module.substr(0, module.rfind('\\') + 1));
 }
 
+TEST(Paths, TheExecutableDirectoryIsWrittenToABufferThatHoldsItAndToNoOther) {
+    const std::string directory = executableDirectory();
+    std::string buffer(directory.size() + 1, '?');
+    EXPECT_TRUE(common::getExecutableDirectory(&buffer[0], buffer.size()));
+    EXPECT_EQ(buffer.c_str(), directory);
+    EXPECT_FALSE(common::getExecutableDirectory(&buffer[0], directory.size()));
+}
+
 TEST(Paths, APathWithADriveLetterStaysAsItIs) {
     for (const char* path : {"C:\\a\\b.ini", "z:/x/../y", "C:relative.ini", "D:\\"})
         EXPECT_EQ(resolveAgainstExecutable(path), path);

@@ -4,6 +4,7 @@
 #include <initializer_list>
 #include <iterator>
 #include <string>
+#include <string_view>
 
 #include "trace/TraceSettings.h"
 
@@ -18,6 +19,10 @@ TraceSettings after(std::initializer_list<const char*> lines) {
     return settings;
 }
 
+std::string textOf(std::string_view text) {
+    return std::string(text);
+}
+
 // All that a line changes, as one text.
 std::string effectOf(const std::string& line) {
     TraceSettings s;
@@ -26,8 +31,9 @@ std::string effectOf(const std::string& line) {
     const std::string numbers = std::to_string(s.categoryMask) + ' ' +
                                 std::to_string(s.verbosityLimit) + ' ' +
                                 std::to_string(s.refreshSeconds);
-    return (s.enabled ? "on " : "off ") + s.header() + (s.indentColumn ? "indent " : "flat ") +
-           numbers + " +" + s.includeList + " -" + s.excludeList + (named ? file.path : "");
+    return (s.enabled ? "on " : "off ") + textOf(s.header()) +
+           (s.indentColumn ? "indent " : "flat ") + numbers + " +" + textOf(s.includeList) + " -" +
+           textOf(s.excludeList) + (named ? textOf(file.path) : "");
 }
 
 struct FileLine {
@@ -52,7 +58,7 @@ TEST(SettingsLines, TheInitialSettingsWriteEverythingWithTheCategory) {
     EXPECT_EQ(settings.categoryMask, 0xFFFFFFFFu);
     EXPECT_EQ(settings.verbosityLimit, 255);
     EXPECT_EQ(settings.refreshSeconds, 0);
-    EXPECT_EQ(settings.header(), "ts \n");
+    EXPECT_EQ(textOf(settings.header()), "ts \n");
 }
 
 TEST(SettingsLines, EachSwitchThrowsItsColumn) {
@@ -65,8 +71,8 @@ TEST(SettingsLines, EachSwitchThrowsItsColumn) {
 }
 
 TEST(SettingsLines, TheHeaderNamesTheColumnsInTheirOwnOrder) {
-    EXPECT_EQ(after({"hpc\n", "tc\n", "dt\n", "tid\n"}).header(), "ts tid dt tc hpc \n");
-    EXPECT_EQ(after({"hpc\n", "nid\n"}).header(), "ts hpc \n");
+    EXPECT_EQ(textOf(after({"hpc\n", "tc\n", "dt\n", "tid\n"}).header()), "ts tid dt tc hpc \n");
+    EXPECT_EQ(textOf(after({"hpc\n", "nid\n"}).header()), "ts hpc \n");
 }
 
 TEST(SettingsLines, OnlyTheFirstKeywordOfTheFixedOrderIsAppliedWhereverItStands) {
@@ -90,7 +96,7 @@ TEST(SettingsLines, ATraceFileWhosePathContainsDtTurnsTheDateColumnOnAndNamesNoF
 TEST(SettingsLines, AnIncludeLineWhoseTokensContainTcTurnsTheTickColumnOn) {
     const TraceSettings settings = after({"include=watch,match tcp\n"});
     EXPECT_TRUE(settings.tickColumn);
-    EXPECT_EQ(settings.includeList, "");
+    EXPECT_EQ(textOf(settings.includeList), "");
 }
 
 TEST(SettingsLines, APathWithTsInItIsTakenForAMask) {
@@ -119,7 +125,7 @@ TEST(SettingsLines, NumbersAreDecimalWithBlanksBefore) {
 TEST(SettingsLines, AMissingValueLeavesTheOldOne) {
     EXPECT_EQ(after({"tl\n", "tl=\n", "tl=   \n", "tl="}).verbosityLimit, 255);
     EXPECT_EQ(after({"ts=5\n", "ts\n", "ts=\r\n"}).categoryMask, 5u);
-    EXPECT_EQ(after({"include\n", "include=\n"}).includeList, "");
+    EXPECT_EQ(textOf(after({"include\n", "include=\n"}).includeList), "");
 }
 
 TEST(SettingsLines, ANegativeRefreshMeansNever) {
@@ -127,22 +133,22 @@ TEST(SettingsLines, ANegativeRefreshMeansNever) {
 }
 
 TEST(SettingsLines, ListsGrowByABlankAndAreCappedAt249Characters) {
-    EXPECT_EQ(after({"include=a\n", "include= b,c\n"}).includeList, "a b,c");
-    EXPECT_EQ(after({"exclude=a\n", "exclude=b\n"}).excludeList, "a b");
+    EXPECT_EQ(textOf(after({"include=a\n", "include= b,c\n"}).includeList), "a b,c");
+    EXPECT_EQ(textOf(after({"exclude=a\n", "exclude=b\n"}).excludeList), "a b");
     const std::string longLine = "include=" + std::string(300, 'm') + "\n";
-    EXPECT_EQ(after({longLine.c_str()}).includeList, std::string(249, 'm'));
-    EXPECT_EQ(after({longLine.c_str(), "include=x\n"}).includeList, std::string(249, 'm'));
+    EXPECT_EQ(textOf(after({longLine.c_str()}).includeList), std::string(249, 'm'));
+    EXPECT_EQ(textOf(after({longLine.c_str(), "include=x\n"}).includeList), std::string(249, 'm'));
 }
 
 TEST(SettingsLines, ATraceFileLineGivesPathAndMode) {
     const FileLine plain = fileOf("tf=C:\\a b\\x.log\n");
     EXPECT_TRUE(plain.named);
-    EXPECT_EQ(plain.file.path, "C:\\a b\\x.log");
-    EXPECT_EQ(plain.file.mode, "w");
+    EXPECT_EQ(textOf(plain.file.path), "C:\\a b\\x.log");
+    EXPECT_EQ(textOf(plain.file.mode), "w");
     const FileLine appended = fileOf("tf =  x.log ,  a \r\n");
-    EXPECT_EQ(appended.file.path, "x.log");
-    EXPECT_EQ(appended.file.mode, "a");
-    EXPECT_EQ(fileOf("tf=x.log,\n").file.mode, "w");
+    EXPECT_EQ(textOf(appended.file.path), "x.log");
+    EXPECT_EQ(textOf(appended.file.mode), "a");
+    EXPECT_EQ(textOf(fileOf("tf=x.log,\n").file.mode), "w");
 }
 
 TEST(SettingsLines, ATraceFileLineWithoutAPathNamesNoFile) {
@@ -151,5 +157,5 @@ TEST(SettingsLines, ATraceFileLineWithoutAPathNamesNoFile) {
 }
 
 TEST(SettingsLines, AnUnknownOrEmptyLineChangesNothing) {
-    EXPECT_EQ(after({"\n", "", "unknown=1\n", "\x01\xFF\n"}).header(), "ts \n");
+    EXPECT_EQ(textOf(after({"\n", "", "unknown=1\n", "\x01\xFF\n"}).header()), "ts \n");
 }
