@@ -8,6 +8,7 @@
 set -u
 root=$(CDPATH='' cd -- "$(dirname -- "$0")/.." && pwd) || exit 1
 . "$root/cmake/run-lib.sh" # stopWine
+. "$root/cmake/wine-crashes.sh"
 build=$(realpath "${1:-$root/build/mingw32}") || exit 1
 picture=$(realpath -m "${2:-$root/docs/images/message-box.png}")
 caption="QOR - calibration"
@@ -42,7 +43,8 @@ makePrefix() {
     export WINEPREFIX=$temp/prefix WINEARCH=win32 WINEDEBUG=-all LC_ALL=C.UTF-8
     export WINEDLLOVERRIDES="mscoree,mshtml,winemenubuilder.exe="
     wineboot -i </dev/null >/dev/null 2>&1 &&
-        wine reg add 'HKCU\Software\Wine\X11 Driver' /v Decorated /d N /f </dev/null >/dev/null 2>&1 ||
+        wine reg add 'HKCU\Software\Wine\X11 Driver' /v Decorated /d N /f </dev/null >/dev/null 2>&1 &&
+        tellCrashes </dev/null >/dev/null 2>&1 ||
         die "cannot make a Wine prefix"
 }
 

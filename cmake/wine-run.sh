@@ -5,6 +5,7 @@
 # The prefix is $WINEPREFIX, by default build/wine-prefix beside the sources. It is made on first use.
 set -u
 root=$(CDPATH='' cd -- "$(dirname -- "$0")/.." && pwd) || exit 1
+. "$root/cmake/wine-crashes.sh"
 : "${WINEPREFIX:=$root/build/wine-prefix}"
 # One locale for everybody: it decides the ANSI code page and the language of system messages.
 export WINEPREFIX WINEARCH=win32 WINEDEBUG="${WINEDEBUG:--all}" LC_ALL=C.UTF-8
@@ -25,11 +26,9 @@ makePrefix() {
         rm -rf "$WINEPREFIX"
     fi
     # No graphics driver: windows exist, but nothing is drawn and no display is needed.
-    # No crash dialog: it would wait for a click that never comes.
     mkdir "$WINEPREFIX" &&
         wineboot -i &&
-        wine reg add 'HKCU\Software\Wine\Drivers' /v Graphics /d null /f &&
-        wine reg add 'HKCU\Software\Wine\WineDbg' /v ShowCrashDialog /t REG_DWORD /d 0 /f ||
+        wine reg add 'HKCU\Software\Wine\Drivers' /v Graphics /d null /f ||
         return 1
     # The driver is chosen when the desktop is made, so start afresh. -k fails if nothing runs.
     wineserver -k
@@ -51,6 +50,8 @@ fi
     if wineserver -p60 >/dev/null 2>&1 9>&-; then
         wine cmd /c exit </dev/null >/dev/null 2>&1 9>&-
     fi
+    # Here and not with the rest, for the sake of prefixes that were made without it.
+    crashesAreTold || tellCrashes </dev/null >/dev/null 2>&1 9>&- || exit 1
     # Must stay the last command: else the shell execs wine above and gives the lock up too early.
     flock -u 9
 ) 9> "$WINEPREFIX.lock" || die "cannot make the Wine prefix $WINEPREFIX (is wine32 installed?)"

@@ -55,8 +55,8 @@ bool QorProtocolAgent::writeParam(const Impl::ProtocolCmd& command) {
     auto* request = payloadOf<Impl::CmdDataParamData>(command);
     if (request == nullptr) return false;
     // Taken out of the request, which may live on in a slot of the queue: nobody else reads it.
-    SampledValue written{std::move(request->values), std::move(request->second),
-                         std::move(request->third), {}};
+    SampledValue written{
+        std::move(request->values), std::move(request->second), std::move(request->third), {}};
     ParamInfo record;
     if (!client_->getParamInfo(request->name, record, describeMs, false)) return false;
     const bool done = record.threeArrays

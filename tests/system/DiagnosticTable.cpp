@@ -120,7 +120,10 @@ OperationRow sendToBus() {
             {},
             {"2\tFailed on CanBus-send, t: # ms"},
             {"error: FAILED CanBus-send, t: # ms"},
-            openBus};
+            openBus,
+            true,
+            false,
+            true};
 }
 
 }  // namespace

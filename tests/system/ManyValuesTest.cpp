@@ -69,10 +69,17 @@ protected:
     /// The payload of the last request.
     std::string lastPayload() const { return requestsIn(station.wire()).back().payload; }
 
-    /// Whether the last request has a payload of so many bytes. QOR takes a while to write down a
-    /// long one.
-    bool hasSent(std::size_t bytes) const {
-        return eventually(amply, [=] { return lastPayload().size() == bytes; });
+    /// Writes numbers that QOR refuses; whether it got them, in a payload of so many bytes. It
+    /// takes a while to write down so many. A write is given half a second: a window message that
+    /// QOR has not begun to take by then, because the machine is busy, is lost, and so it is
+    /// written again.
+    bool refuses(const char* name, const std::vector<double>& v, const std::vector<double>& x,
+                 const std::vector<double>& y, std::size_t bytes) {
+        for (int attempt = 0; attempt < 3; ++attempt) {
+            EXPECT_FALSE(station->setParamData(name, v, x, y, amply));
+            if (eventually(amply, [=] { return lastPayload().size() == bytes; })) return true;
+        }
+        return false;
     }
     /// How many requests with this id QOR has seen.
     std::size_t countOf(unsigned id) const {
@@ -112,14 +119,12 @@ TEST_P(ManyValues, AHundredThousandOfThemAreReadAndWrittenWhole) {
 TEST_P(ManyValues, NumbersThatAreNoneAreWrittenAsTheyAreAndQorMayRefuseThem) {
     ASSERT_TRUE(station.start());
     const auto strange = strangeNumbers();
-    EXPECT_FALSE(station->setParamData("MaxEngineSpeed", strange, {}, {}, amply));
-    ASSERT_TRUE(hasSent(16 + 8 * many));
+    ASSERT_TRUE(refuses("MaxEngineSpeed", strange, {}, {}, 16 + 8 * many));
     EXPECT_EQ(0, std::memcmp(lastPayload().data() + 12, strange.data(), 8 * many));
     // No window message longer than 2 MiB arrives under Wine.
     constexpr std::size_t fewer = 80000;
     const std::vector<double> part(strange.begin(), strange.begin() + fewer);
-    EXPECT_FALSE(station->setParamData("DwellTime", part, part, part, amply));
-    EXPECT_TRUE(hasSent(20 + 3 * 8 * fewer));
+    EXPECT_TRUE(refuses("DwellTime", part, part, part, 20 + 3 * 8 * fewer));
     // Whether it arrives or not, the station is well again.
     EXPECT_FALSE(station->setParamData("DwellTime", strange, strange, strange, amply));
     EXPECT_TRUE(station->getParamData("MaxEngineSpeed", values, amply));

@@ -30,6 +30,8 @@ struct OperationRow {
     bool heedsTimeout = true;  ///< false: has no time-out of the caller's
     /// It is true as soon as it is posted, whatever QOR says, and QOR may answer later.
     bool returnsAtOnce = false;
+    /// It waits for nothing but the acknowledgement, and for that only as long as the caller says.
+    bool acknowledgementIsAll = false;
 };
 
 /// A rule of QOR's behaviour: which requests, and what then.

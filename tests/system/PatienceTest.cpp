@@ -43,12 +43,17 @@ TEST_P(Patience, AnEcuThatIsNotYetOnlineCanStillBeCancelled) {
 
 TEST_P(Patience, AQorThatDiesAtItsStartIsGivenUpAfterTenSeconds) {
     station.script = "this is no script";
-    station.open();
-    const unsigned elapsedMs = elapsedMsOf([&] { station->pingQor(15000); });
-    EXPECT_TRUE(eventually(
-        1000, [&] { return station.traceHolds("Fail to launch QOR external operating."); }));
-    EXPECT_GE(elapsedMs, 9500u);
-    EXPECT_FALSE(station->pingQor(5000));
+    bool givenUp = false;
+    const unsigned elapsedMs = elapsedMsOf([&] {
+        station.open();
+        givenUp = eventually(
+            30000, [&] { return station.traceHolds("Fail to launch QOR external operating."); });
+    });
+    EXPECT_TRUE(givenUp);
+    EXPECT_GE(elapsedMs, 9950u);
+    // Eleven seconds at most, and what a busy machine adds.
+    EXPECT_LE(elapsedMs, 14000u);
+    EXPECT_FALSE(station->pingQor(1000));
 }
 
 }  // namespace

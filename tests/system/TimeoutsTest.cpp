@@ -35,6 +35,12 @@ protected:
     }
     bool isFree() { return station->pingQor(freeMs); }
 
+    /// Over TCP a request with a time-out of 0 waits for no acknowledgement: it has succeeded when
+    /// it is on its way, and the agent may have said so before the caller looks, once, at 0 ms.
+    static bool maySucceedUnheard(const OperationRow& row, unsigned timeoutMs) {
+        return row.acknowledgementIsAll && timeoutMs == 0 && GetParam() == Transport::tcp;
+    }
+
     /// All operations with a time-out of the caller's.
     template <class Action>
     void forEachTimed(Action action) {
@@ -101,7 +107,7 @@ TEST_P(Timeouts, NoneAtAllEndsAtOnceBeforeASilentQorToo) {
         for (const unsigned timeoutMs : {0u, 1u}) {
             SCOPED_TRACE(timeoutMs);
             const Outcome outcome = call(row, timeoutMs);
-            EXPECT_FALSE(outcome.done);
+            EXPECT_TRUE(!outcome.done || maySucceedUnheard(row, timeoutMs));
             EXPECT_LE(outcome.elapsedMs, atOnceMs);
         }
         EXPECT_TRUE(isFree());

@@ -17,10 +17,14 @@ constexpr unsigned idReceiveParamData = 6;
 constexpr char onlineIndex[] = "\xF6\xFF\xFF\xFF";  // -10, the state of the ECU
 constexpr std::size_t modeOffset = 24;
 
+int valueOf(char digit) {
+    return digit <= '9' ? digit - '0' : (digit & 0xF) + 9;
+}
+
 std::string bytesOfHex(const std::string& hex) {
-    std::string bytes;
-    for (std::size_t i = 0; i + 1 < hex.size(); i += 2)
-        bytes.push_back(static_cast<char>(std::stoi(hex.substr(i, 2), nullptr, 16)));
+    std::string bytes(hex.size() / 2, '\0');
+    for (std::size_t i = 0; i < bytes.size(); ++i)
+        bytes[i] = static_cast<char>(valueOf(hex[2 * i]) * 16 + valueOf(hex[2 * i + 1]));
     return bytes;
 }
 
