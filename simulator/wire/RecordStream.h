@@ -18,7 +18,7 @@ public:
 // Cuts a byte stream into records, whatever pieces it arrives in.
 class RecordStream {
 public:
-    static constexpr std::size_t kMaxPayloadBytes = 128U * 1024U * 1024U;
+    static constexpr std::size_t kMaxPayloadBytes = 128U * 1024U * 1024U - 12U;
 
     void append(std::string_view bytes) { buffer_.append(bytes); }
 

@@ -16,7 +16,8 @@ Data* payloadOf(const QorControlFacade::Impl::ProtocolCmd& command) {
 inline bool answer(const QorControlFacade::Impl::ProtocolCmd& command,
                    std::shared_ptr<QorControlFacade::Impl::CmdData> data = nullptr) {
     using Response = QorControlFacade::Impl::CmdResponse;
-    if (command.replyQueue != nullptr)
+    // (To one that has given up it would only take memory, as long as the request is held.)
+    if (command.replyQueue != nullptr && !command.replyQueue->isGivenUp())
         command.replyQueue->push(Response{Response::success, std::move(data)});
     return true;
 }

@@ -65,9 +65,9 @@ void QorProtocolAgent::start() {
 }
 
 void QorProtocolAgent::step() {
+    noteEpoch();
     noteOnlineState();
     common::pumpCopyData();
-    noteEpoch();
     Impl::ProtocolCmd command;
     if (!impl_->commandQueue.pop(command, requestWaitMs)) {
         streamParams();
@@ -80,14 +80,15 @@ void QorProtocolAgent::step() {
 void QorProtocolAgent::carryOut(const Impl::ProtocolCmd& command) {
     // Its caller was told that it failed; carried out now, it would be a surprise.
     if (command.replyQueue != nullptr && command.replyQueue->isGivenUp()) return;
-    client_->workFor(command.replyQueue);
+    client_->beginRequest(command.replyQueue);
     const bool succeeded = handle(command);
-    client_->workFor(nullptr);
+    client_->endRequest();
     if (!succeeded && command.replyQueue != nullptr) command.replyQueue->push(Impl::CmdResponse());
 }
 
 void QorProtocolAgent::noteOnlineState() {
     if (!client_->isEcuOnline()) return;
+    isQorNew_ = false;
     const common::LockGuard guard(impl_->stateLock);
     impl_->lastQorContactTick = common::now();
 }
@@ -96,10 +97,10 @@ void QorProtocolAgent::noteEpoch() {
     const Epoch epoch = client_->epoch();
     if (epoch == epoch_) return;
     epoch_ = epoch;
-    // What the host last read or wrote was another QOR's, or another model's. The entries stay, but
-    // none is fresh.
+    isQorNew_ = true;
+    // What the host last read or wrote was another QOR's, or another model's.
     const common::LockGuard guard(impl_->stateLock);
-    for (auto& entry : impl_->paramValueCache) entry.second.stamp = common::Moment();
+    impl_->cacheBegin = common::now();
 }
 
 QorProtocolAgent::Handler QorProtocolAgent::handlerOf(std::uint32_t kind) const {

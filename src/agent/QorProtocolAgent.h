@@ -66,6 +66,9 @@ private:
 
     // One step each of the streams, in rounds without a request.
     void streamParams();
+    /// Notes how the preparation of a registration ended; false if the host has ended it meanwhile,
+    /// which it may at any time.
+    bool writeBack(Impl::ParamQueue* queue, bool isPrepared, Epoch epoch);
     void fillQueue(Impl::ParamQueue& queue, const std::vector<std::string>& names);
     bool isFresh(common::Moment arrivalTick);
     void streamDtcs();
@@ -83,7 +86,8 @@ private:
 
     std::unique_ptr<ClientExternalOperating, EndClient> client_;
 
-    Epoch epoch_ = 0;  // of the values in the facade's cache
+    Epoch epoch_ = 0;        // as last noted
+    bool isQorNew_ = false;  // it has not reported an ECU online since
 
     // The one stream of trouble codes; a null queue means none.
     Impl::DtcQueue* dtcQueue_ = nullptr;

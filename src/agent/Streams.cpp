@@ -31,18 +31,25 @@ void QorProtocolAgent::streamParams() {
     for (const auto& entry : registered) {
         // What another QOR was set up to send, this one does not send.
         bool prepared = entry.second.prepared && entry.second.epoch == epoch;
-        if (!prepared && hasQorAnsweredLately())
+        if (!prepared && !isQorNew_ && hasQorAnsweredLately())
             prepared = tried[entry.first] = client_->subscribe(epoch, entry.second.names);
         if (prepared) fillQueue(*entry.first, entry.second.names);
     }
-    // The host may have changed its registrations meanwhile; one that is gone stays gone.
-    const common::LockGuard guard(impl_->stateLock);
     for (const auto& outcome : tried) {
-        const auto live = impl_->repeatReads.find(outcome.first);
-        if (live == impl_->repeatReads.end()) continue;
-        live->second.prepared = outcome.second;
-        live->second.epoch = epoch;
+        const Impl::RepeatRead& entry = registered[outcome.first];
+        // A stop that came meanwhile has taken back what another QOR had been asked for.
+        if (!writeBack(outcome.first, outcome.second, epoch) && outcome.second && entry.prepared)
+            client_->unsubscribe(epoch, entry.names);
     }
+}
+
+bool QorProtocolAgent::writeBack(Impl::ParamQueue* queue, bool isPrepared, Epoch epoch) {
+    const common::LockGuard guard(impl_->stateLock);
+    const auto live = impl_->repeatReads.find(queue);
+    if (live == impl_->repeatReads.end()) return false;
+    live->second.prepared = isPrepared;
+    live->second.epoch = epoch;
+    return true;
 }
 
 void QorProtocolAgent::fillQueue(Impl::ParamQueue& queue, const std::vector<std::string>& names) {

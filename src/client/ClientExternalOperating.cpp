@@ -59,6 +59,16 @@ ClientExternalOperating::~ClientExternalOperating() {
     common::sleepMs(settleMs);
 }
 
+void ClientExternalOperating::beginRequest(std::shared_ptr<const common::Interest> caller) {
+    caller_ = std::move(caller);
+    requestEpoch_ = epoch();
+}
+
+void ClientExternalOperating::endRequest() {
+    caller_.reset();
+    requestEpoch_.reset();
+}
+
 IExternalCommandFactory::Permit ClientExternalOperating::permit(unsigned int timeoutMs,
                                                                 std::optional<Epoch> epoch) {
     const auto caller = timeoutMs != IExternalCommandFactory::doNotWait ? caller_ : nullptr;

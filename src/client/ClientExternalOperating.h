@@ -63,9 +63,11 @@ public:
     /// One prototype of every command that QOR may send or answer.
     const IExternalCommandFactory::Prototypes& prototypes() const { return prototypes_; }
 
-    /// For whom the following operations are: once that caller has given up, no command for it
-    /// leaves for QOR any more. Null: for nobody in particular.
-    void workFor(std::shared_ptr<const common::Interest> caller) { caller_ = std::move(caller); }
+    /// The operations up to `endRequest` are for one request: once its caller (null: nobody) has
+    /// given up, no command for it leaves for QOR any more, and none that names a parameter leaves
+    /// once the epoch is over in which the request began.
+    void beginRequest(std::shared_ptr<const common::Interest> caller);
+    void endRequest();
 
     /// The present epoch. Another one begins when QOR turns out to be another one, or has opened
     /// another model: descriptions, values and streams of the old epoch are forgotten then.
@@ -196,7 +198,9 @@ private:
     std::string qorDirectory_;
     common::Guarded<ClientState> state_;
     std::atomic<bool> operating_{true};
-    std::shared_ptr<const common::Interest> caller_;  // of the agent thread alone
+    // Of the request under way, for the agent thread alone.
+    std::shared_ptr<const common::Interest> caller_;
+    std::optional<Epoch> requestEpoch_;
     std::unique_ptr<IExternalCommandFactory> transport_;
     std::unique_ptr<IProcessStarter> processStarter_;
     std::unique_ptr<IMessageBox> messageBox_;

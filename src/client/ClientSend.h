@@ -57,9 +57,8 @@ bool ClientExternalOperating::waitUntil(unsigned int timeoutMs, Condition isTher
     while (operating_) {
         common::pumpCopyData();
         if (isThere()) return true;
-        if (timeoutMs != IExternalCommandFactory::noLimit &&
-            common::hasPassed(common::now(), start, timeoutMs))
-            return false;
+        const bool hasPassed = common::hasPassed(common::now(), start, timeoutMs);
+        if (hasPassed && timeoutMs != IExternalCommandFactory::noLimit) return false;
     }
     return false;
 }

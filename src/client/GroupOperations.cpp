@@ -65,11 +65,14 @@ bool ClientExternalOperating::subscribe(Epoch epoch, const std::vector<std::stri
 }
 
 bool ClientExternalOperating::unsubscribe(Epoch epoch, const std::vector<std::string>& names) {
-    if (this->epoch() != epoch) return true;  // that QOR sends no more values, nor does this one
+    // Of an epoch that is over nothing is counted any more. But QOR may be the one it always was,
+    // and go on with its old list.
+    const Epoch present = this->epoch();
+    if (present != epoch) return sendSubscriptions(present);
     Epoch resolvedIn = 0;
     std::vector<std::int32_t> indices;
     if (!resolveAll(names, clientsend::resolveMs, resolvedIn, indices)) return false;
-    return resolvedIn != epoch || !count(epoch, indices, -1) || sendSubscriptions(epoch);
+    return resolvedIn == epoch && count(epoch, indices, -1) && sendSubscriptions(epoch);
 }
 
 bool ClientExternalOperating::count(Epoch epoch, const std::vector<std::int32_t>& indices,

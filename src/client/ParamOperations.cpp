@@ -52,6 +52,8 @@ bool ClientExternalOperating::resolve(const std::string& name, unsigned int time
                                       Place& place) {
     ParamInfo description;
     if (!describe(name, description, place.epoch, timeoutMs)) return false;
+    // What the request has learnt before may not hold any more.
+    if (requestEpoch_ && *requestEpoch_ != place.epoch) return false;
     place.index = description.paramIndex;
     return true;
 }

@@ -98,7 +98,7 @@ void ParamTables::await(const std::vector<std::int32_t>& indices) {
 }
 
 void ParamTables::awaitNothing() {
-    awaitedName_.clear();
+    awaitedName_.reset();
     awaitedIndices_.clear();
 }
 
@@ -128,24 +128,25 @@ void ParamTables::clear() {
 }
 
 void ParamTables::makeRoom() {
-    if (heldBytes_ <= maxBytes) return;
-    makeRoomOf(false);
-    makeRoomOf(true);
+    shrinkTo(maxBytes,
+             [this](const Aged& entry) { return !isAwaited(entry) && !isStreamed(entry); });
+    shrinkTo(maxBytes, [this](const Aged& entry) { return !isAwaited(entry); });
+    shrinkTo(maxAwaitedBytes, [](const Aged&) { return true; });
 }
 
-void ParamTables::makeRoomOf(bool streamedToo) {
+template <class MayGo>
+void ParamTables::shrinkTo(std::size_t bytes, MayGo mayGo) {
     const auto newest = std::prev(ages_.end());
-    for (auto entry = ages_.begin(); heldBytes_ > maxBytes && entry != newest;) {
+    for (auto entry = ages_.begin(); heldBytes_ > bytes && entry != newest;) {
         const auto next = std::next(entry);
-        if (mayGo(*entry, streamedToo)) drop(*entry);
+        if (mayGo(*entry)) drop(*entry);
         entry = next;
     }
 }
 
-bool ParamTables::mayGo(const Aged& entry, bool streamedToo) const {
-    const bool isAwaited = entry.name != nullptr ? *entry.name == awaitedName_
-                                                 : awaitedIndices_.count(entry.index) != 0;
-    return !isAwaited && (streamedToo || !isStreamed(entry));
+bool ParamTables::isAwaited(const Aged& entry) const {
+    if (entry.name != nullptr) return awaitedName_ != nullptr && *entry.name == *awaitedName_;
+    return awaitedIndices_.count(entry.index) != 0;
 }
 
 bool ParamTables::isStreamed(const Aged& entry) const {

@@ -4,12 +4,14 @@
 #include <cstdint>
 #include <list>
 #include <map>
+#include <memory>
 #include <set>
 #include <string>
 #include <vector>
 
 #include "common/Moment.h"
 #include "protocol/Records.h"
+#include "protocol/RecordStream.h"
 
 /// The three arrays that QOR last told of a parameter, and when they were stored.
 struct SampledValue {
@@ -24,13 +26,16 @@ struct SampledValue {
 /// per index.
 ///
 /// Whatever a peer sends, the three tables together hold no more than `maxBytes`: beyond that the
-/// oldest entries make room, those that are streamed last of all. The newest entry and those that
-/// somebody waits for always stay. What has made room is simply asked for again.
+/// oldest entries make room, those that are streamed last of all. The newest entry always stays,
+/// and so do those that somebody waits for, as far as one record can carry them
+/// (`maxAwaitedBytes`). What has made room is simply asked for again.
 class ParamTables {
 public:
     /// Counted as the texts and numbers of an entry and `entryBytes` for the entry itself.
     static constexpr std::size_t maxBytes = 64u << 20;
     static constexpr std::size_t entryBytes = 192;
+    /// With what somebody waits for.
+    static constexpr std::size_t maxAwaitedBytes = maxBytes + protocol::maxRecordBytes;
 
     ParamTables() = default;
     ParamTables(const ParamTables&) = delete;
@@ -51,7 +56,7 @@ public:
     void dropSample(std::int32_t index);
 
     /// What the caller waits for from now on, in place of what it waited for before.
-    void await(const std::string& name) { awaitedName_ = name; }
+    void await(const std::string& name) { awaitedName_ = std::make_unique<std::string>(name); }
     void await(const std::vector<std::int32_t>& indices);
     void awaitNothing();
 
@@ -94,8 +99,10 @@ private:
     void drop(Map& map, const typename Map::key_type& key);
 
     void makeRoom();
-    void makeRoomOf(bool streamedToo);
-    bool mayGo(const Aged& entry, bool streamedToo) const;
+    /// Drops entries that `mayGo` lets go, the oldest first, until no more than `bytes` are held.
+    template <class MayGo>
+    void shrinkTo(std::size_t bytes, MayGo mayGo);
+    bool isAwaited(const Aged& entry) const;
     bool isStreamed(const Aged& entry) const;
     void drop(const Aged& entry);
 
@@ -105,6 +112,6 @@ private:
     Table<std::int32_t, std::vector<double>> values_;
     Table<std::int32_t, SampledValue> samples_;
     std::map<std::int32_t, std::int32_t> streams_;
-    std::string awaitedName_;
+    std::unique_ptr<std::string> awaitedName_;  // null: none
     std::set<std::int32_t> awaitedIndices_;
 };

@@ -89,4 +89,5 @@ void ClientExternalOperating::onNewQor() {
     const auto state = state_.lock();
     ++state->epoch;
     state->params.clear();
+    state->ecuOnline = false;  // until this one says so
 }

@@ -47,9 +47,14 @@ bool Thread::start(Entry entry, void* argument) {
     if (!luggage->code) return false;
     handle_ =
         static_cast<unsigned long>(_beginthreadex(nullptr, 0, run, luggage.get(), 0, nullptr));
-    if (!hasHandle()) return false;
-    luggage.release();  // the thread's own from now on
-    return true;
+    if (hasHandle()) {
+        luggage.release();  // the thread's own from now on
+        return true;
+    }
+    const DWORD error = GetLastError();
+    luggage.reset();  // which may change the code
+    SetLastError(error);
+    return false;
 }
 
 // Whoever started the thread may long have let it go and unloaded the library, so this reference

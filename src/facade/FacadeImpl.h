@@ -151,6 +151,7 @@ public:
     // Also written without the lock, by the progress of a connect.
     std::atomic<common::Moment> lastQorContactTick{common::Moment()};
     std::map<std::string, CachedValue> paramValueCache;
+    common::Moment cacheBegin;  // entries that are not younger are another QOR's or model's
     std::uint32_t readPeriodMs;
     std::string qorExecutablePath;
     std::atomic<bool> connecting{false};  // no lock: set and cleared by the facade's connect

@@ -76,12 +76,13 @@ QorControlFacade::QorControlFacade(const std::string& settingsPath, const EolLog
     const tracelog::Scope scope(libraryModule, "QorControlFacade::QorControlFacade()\n");
     // The thread gets a share of its own: it may first run when the facade is gone.
     auto share = std::make_unique<std::shared_ptr<Impl>>(impl);
-    if (impl->agentThread.start(agentThread, share.get())) static_cast<void>(share.release());
+    if (impl->agentThread.start(agentThread, share.get()))
+        static_cast<void>(share.release());
+    else
+        trace(libraryModule, tracelog::error, 0, "Failed to start QOR Remote agent thread, %s.\n",
+              common::lastErrorText().c_str());
     impl_ = impl.get();
     impl_->facadeCount = impl;
-    if (impl_->agentThread.hasHandle()) return;
-    trace(libraryModule, tracelog::error, 0, "Failed to start QOR Remote agent thread, %s.\n",
-          common::lastErrorText().c_str());
 }
 
 QorControlFacade::~QorControlFacade() {

@@ -10,7 +10,7 @@ TimedCall::TimedCall(Impl& impl, AnswerTable& answers)
 TimedCall::~TimedCall() {
     if (queue_ == nullptr || answered_) return;
     // Posted, but the answer is still to come: nobody may take it for that of a later call.
-    if (waited_) queue_->giveUp();
+    if (waits_) queue_->giveUp();
     answers_.forgetQueueOfThisThread();
 }
 
@@ -25,7 +25,7 @@ void TimedCall::post(std::uint32_t kind, std::shared_ptr<Impl::CmdData> request)
 }
 
 bool TimedCall::await(std::uint32_t waitMs) {
-    waited_ = waitMs != 0;
+    waits_ = waitMs != 0;
     answered_ = popWithin(waitMs);
     return answered_ && response_.result == Impl::CmdResponse::success;
 }

@@ -64,7 +64,7 @@ private:
     AnswerTable& answers_;
     const common::Moment start_;
     std::shared_ptr<Impl::AnswerQueue> queue_;
-    bool waited_ = false;
+    bool waits_ = true;
     bool answered_ = false;
     std::shared_ptr<Impl::CmdData> request_;
     Impl::CmdResponse response_;

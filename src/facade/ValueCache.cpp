@@ -12,6 +12,7 @@ bool find(QorControlFacade::Impl& impl, const std::string& name, std::vector<dou
     const auto found = impl.paramValueCache.find(name);
     if (found == impl.paramValueCache.end()) return false;
     const auto& cached = found->second;
+    if (cached.stamp <= impl.cacheBegin) return false;
     const common::Moment end = cached.stamp + impl.readPeriodMs / 2;
     if (common::now() >= end) return false;
     values = cached.values;

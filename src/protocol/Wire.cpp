@@ -7,6 +7,13 @@ namespace wire {
 
 static_assert(sizeof(double) == 8, "doubles travel as 8-byte IEEE images");
 
+namespace {
+
+/// An entry of a map in memory: two texts, and what the tree needs to hold them.
+constexpr std::size_t mapEntryBytes = 2 * sizeof(std::string) + 6 * sizeof(void*);
+
+}  // namespace
+
 void Writer::put(std::uint32_t value) {
     const char bytes[4] = {static_cast<char>(value), static_cast<char>(value >> 8),
                            static_cast<char>(value >> 16), static_cast<char>(value >> 24)};
@@ -97,6 +104,7 @@ void Reader::get(std::map<std::string, std::string>& entries) {
     entries.clear();
     for (std::uint32_t i = 0; i < count; ++i) {
         const std::size_t before = position_;
+        charge(1, mapEntryBytes);
         std::string key;
         std::string value;
         get(key);
@@ -107,10 +115,15 @@ void Reader::get(std::map<std::string, std::string>& entries) {
     }
 }
 
+void Reader::charge(std::size_t count, std::size_t elementBytes) {
+    if (count > (maxElementBytes - elementBytes_) / elementBytes)
+        throw std::length_error("more elements than memory may be given to");
+    elementBytes_ += count * elementBytes;
+}
+
 std::size_t Reader::admitted(std::uint32_t count, std::size_t elementBytes,
                              std::size_t encodedBytes) {
-    if (count > maxElementBytes / elementBytes)
-        throw std::length_error("more elements announced than memory may be given to");
+    charge(count, elementBytes);
     const std::size_t backed = remaining() / encodedBytes;
     if (count > backed) {
         const std::size_t missing = count - backed;

@@ -124,8 +124,9 @@ public:
     /// for.
     static constexpr std::size_t maxDefaultedBytes = 16u << 20;
 
-    /// Bytes of memory that the elements of one sequence may take, whether the payload backs them
-    /// or not: an empty text is four bytes of payload and six times that in memory.
+    /// Bytes of memory that the elements of all sequences and maps of a payload may take, whether
+    /// the payload backs them or not: an empty text is four bytes of payload and six times that in
+    /// memory.
     static constexpr std::size_t maxElementBytes = 256u << 20;
 
     explicit Reader(std::string_view payload) : payload_(payload) {}
@@ -166,11 +167,13 @@ public:
 
 private:
     std::size_t remaining() const { return payload_.size() - position_; }
+    void charge(std::size_t count, std::size_t elementBytes);
     std::size_t admitted(std::uint32_t count, std::size_t elementBytes, std::size_t encodedBytes);
 
     const std::string_view payload_;
     std::size_t position_ = 0;
     std::size_t defaultedBytes_ = 0;
+    std::size_t elementBytes_ = 0;
 };
 
 }  // namespace wire

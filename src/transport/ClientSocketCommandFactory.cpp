@@ -53,8 +53,10 @@ bool ClientSocketCommandFactory::stopWorker() {
     if (!worker_.hasHandle()) return stopped_;
     stop_ = true;
     common::sleepMs(stopPollMs);
-    for (int poll = 0; poll < stopPolls && worker_.isRunning(); ++poll) common::sleepMs(stopPollMs);
-    stopped_ = !worker_.isRunning();
+    // To the very end of the thread, so that it has let go of this module, too.
+    const auto isRunning = [this] { return worker_.state() == common::ThreadState::running; };
+    for (int poll = 0; poll < stopPolls && isRunning(); ++poll) common::sleepMs(stopPollMs);
+    stopped_ = !isRunning();
     worker_.close();
     return stopped_;
 }
@@ -119,9 +121,8 @@ bool ClientSocketCommandFactory::awaitResult(const CmdData& sent) {
         // A result with another id belongs to an earlier send that no longer waited for it.
         if (sent.results->pop(result, 1) && result.requestId == sent.requestId)
             return result.status == CmdResult::success;
-        if (stop_) return false;
-        if (sent.timeoutMs != noLimit && common::hasPassed(common::now(), start, sent.timeoutMs))
-            return false;
+        const bool hasPassed = common::hasPassed(common::now(), start, sent.timeoutMs);
+        if (stop_ || (hasPassed && sent.timeoutMs != noLimit)) return false;
     }
 }
 

@@ -70,6 +70,7 @@ HWND ExternalCommandFactory::findServer() {
     const HWND server = platform_->findWindow(serverWindowName_);
     if (server == nullptr) return nullptr;
     const Peer found{server, platform_->processOf(server)};
+    if (found.process == 0) return nullptr;  // it has just gone
     const bool isAnother = found.window != peer_.window || found.process != peer_.process;
     if (isAnother && peer_.window != nullptr) onNewQor();
     peer_ = found;

@@ -24,16 +24,6 @@ public:
     /// answer waits for it by itself. The result of a send that does not wait means nothing.
     virtual bool send(std::unique_ptr<IExternalCommand> command, unsigned int timeoutMs) = 0;
 
-    /// Asked on the thread that sends a command, immediately before its bytes leave.
-    using Permit = std::function<bool()>;
-
-    /// The same for a command that leaves only if `permit` (null: always) is still true when its
-    /// turn has come; else the send has failed.
-    virtual bool sendIf(Permit permit, std::unique_ptr<IExternalCommand> command,
-                        unsigned int timeoutMs) {
-        return (permit == nullptr || permit()) && send(std::move(command), timeoutMs);
-    }
-
     virtual ~IExternalCommandFactory() = default;
 
     /// The client's registry, one prototype of each command that QOR may send or answer; it is
@@ -42,6 +32,16 @@ public:
 
     /// What `useDefault` stands for, per command id.
     virtual unsigned int defaultTimeout(unsigned int commandType) const = 0;
+
+    /// Asked on the thread that sends a command, immediately before its bytes leave.
+    using Permit = std::function<bool()>;
+
+    /// As `send`, for a command that leaves only if `permit` (null: always) is still true when its
+    /// turn has come; else the send has failed.
+    virtual bool sendIf(Permit permit, std::unique_ptr<IExternalCommand> command,
+                        unsigned int timeoutMs) {
+        return (permit == nullptr || permit()) && send(std::move(command), timeoutMs);
+    }
 
     /// Begins the work of threads of its own, if it has any, once its owner is ready for them.
     /// Throws std::runtime_error if that is not possible.

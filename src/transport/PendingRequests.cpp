@@ -1,14 +1,10 @@
 #include "transport/PendingRequests.h"
 
 #include "common/Clock.h"
-#include "transport/IExternalCommandFactory.h"
 
 void PendingRequests::add(std::uint32_t requestId, unsigned int timeoutMs,
                           CmdResultQueue* results) {
-    const common::Moment now = common::now();
-    const common::Moment deadline =
-        timeoutMs == IExternalCommandFactory::noLimit ? now - 1 : now + timeoutMs;
-    requests_[requestId] = Request{deadline, results};
+    requests_[requestId] = Request{common::now() + timeoutMs, results};
 }
 
 void PendingRequests::complete(std::uint32_t requestId, std::uint32_t status) {

@@ -103,6 +103,7 @@ TEST_P(Restart, AWriteThatWasToldToHaveFailedIsNotCarriedOutByTheNextQor) {
         ASSERT_TRUE(station.awaitContact());
         ASSERT_TRUE(readsNow("MaxEngineSpeed"));
         Sleep(2500);
+        ASSERT_TRUE(readsNow("MaxEngineSpeed"));
         EXPECT_THAT(station.requests(), Not(Contains(HasSubstr("op=4"))));
         EXPECT_THAT(values, ElementsAre(6500));
     }

@@ -12,7 +12,7 @@ protected:
     Caller() {
         clock.msPerRead = 1;
         qor.knows("S1", 5);
-        client().workFor(interest);
+        client().beginRequest(interest);
     }
 
     std::shared_ptr<common::Interest> interest = std::make_shared<common::Interest>();
@@ -57,7 +57,7 @@ TEST_F(Caller, ThatHasGivenUpDoesNotStopWhatNobodyWaitsFor) {
 
 TEST_F(Caller, ThatHasGivenUpDoesNotStopTheNext) {
     interest->giveUp();
-    client().workFor(nullptr);
+    client().endRequest();
     EXPECT_TRUE(client().setParamData("S1", {1.0}));
 }
 

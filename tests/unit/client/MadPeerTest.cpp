@@ -40,14 +40,15 @@ TEST_F(MadPeer, ThatSendsEmptyArraysOfMillionsDoesNotFillTheProcess) {
 
 TEST_F(MadPeer, ThatFillsEveryTableLeavesNoNameUnknownForEver) {
     clock.msPerRead = 1;
-    for (int i = 0; i < 300000; ++i) {
+    for (int i = 0; i < 400000; ++i) {
         protocol::ParamInfo record;
         record.name = "Invented" + std::to_string(i);
         record.paramIndex = i;
         client().onParamInfo(record);
     }
-    qor.knows("S1", 5);
     protocol::ParamInfo description;
+    EXPECT_FALSE(client().getParamInfo("Invented0", description, 5, false));  // it made room
+    qor.knows("S1", 5);
     EXPECT_TRUE(client().getParamInfo("S1", description, 100, false));
     qor.forgetSent();
     EXPECT_TRUE(client().getParamInfo("S1", description, 100, false));

@@ -131,6 +131,23 @@ TEST_F(ParamTablesTest, WhatSomebodyWaitsForStays) {
     EXPECT_EQ(tables.sample(6), nullptr);
 }
 
+TEST_F(ParamTablesTest, ADescriptionWithoutANameMakesRoomLikeAnyOther) {
+    storeDescription("", 5, 60 * mib);
+    storeValues(1, 10 * mib);
+    EXPECT_EQ(tables.description(""), nullptr);
+    EXPECT_THAT(tables.values(1), NotNull());
+}
+
+TEST_F(ParamTablesTest, WhatSomebodyWaitsForHasABoundToo) {
+    std::vector<std::int32_t> indices;
+    for (std::int32_t index = 0; index < 30; ++index) indices.push_back(index);
+    tables.await(indices);
+    for (const std::int32_t index : indices) storeValues(index, 15 * mib);
+    EXPECT_LE(tables.heldBytes(), ParamTables::maxAwaitedBytes);
+    EXPECT_THAT(tables.values(29), NotNull());
+    EXPECT_THAT(tables.values(20), NotNull());
+}
+
 TEST_F(ParamTablesTest, WhatIsStreamedStaysAsLongAsAnythingElseCanGo) {
     storeDescription("Speed", 5);
     storeSample(5, 100);

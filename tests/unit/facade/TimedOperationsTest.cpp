@@ -252,7 +252,7 @@ TEST_F(GivingUp, ItIsKnownToTheAgentOnceTheTimeHasPassed) {
     std::atomic<bool> atRequest{true};
     agent.script().onRequest = [&](Impl&, const Cmd& c) { atRequest = c.replyQueue->isGivenUp(); };
     start();
-    EXPECT_FALSE(facade->pingQor(20));
+    EXPECT_FALSE(facade->pingQor(500));
     EXPECT_FALSE(atRequest);
     EXPECT_TRUE(queueOfRequest(0)->isGivenUp());
 }

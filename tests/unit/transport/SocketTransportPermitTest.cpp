@@ -16,11 +16,15 @@ std::unique_ptr<CommandEcuToolRoutine> routine(std::uint32_t number) {
     return std::make_unique<CommandEcuToolRoutine>(protocol::EcuToolRoutine{number});
 }
 
+/// A peer that nobody can connect to yet.
+class DeafPeer : public TcpPeer {
+public:
+    DeafPeer() { stopListening(); }
+};
+
 /// A transport whose peer does not listen yet: what it is given to send has to wait.
 class SocketPermit : public testing::Test {
 protected:
-    SocketPermit() { peer.stopListening(); }
-
     /// The routines that arrive, up to the one that ends the test.
     std::vector<std::string> arriving() {
         constexpr std::uint32_t last = 99;
@@ -36,18 +40,13 @@ protected:
         return payloads;
     }
 
-    TcpPeer peer;
+    DeafPeer peer;
     TestTransport transport{peer.port()};
 };
 
 TEST_F(SocketPermit, ACommandThatItsSenderHasGivenUpNeverLeaves) {
     for (std::uint32_t i = 1; i <= 5; ++i) EXPECT_FALSE(transport.send(routine(i), 20));
     EXPECT_TRUE(arriving().empty());
-}
-
-TEST_F(SocketPermit, ACommandThatNobodyWaitsForStillLeaves) {
-    transport.send(routine(7), 0);
-    EXPECT_EQ(std::vector<std::string>{word(7)}, arriving());
 }
 
 TEST_F(SocketPermit, OneThatWasGivenUpDoesNotHoldUpTheNext) {
@@ -57,15 +56,53 @@ TEST_F(SocketPermit, OneThatWasGivenUpDoesNotHoldUpTheNext) {
     EXPECT_LT(watch.ms(), 4000u);
 }
 
-TEST_F(SocketPermit, ThePermitIsAskedWhenTheTurnHasComeAndNotBefore) {
+/// A connected transport whose worker is held up in a handler: what it is given has to wait.
+class SocketPermitBusy : public testing::Test {
+protected:
+    SocketPermitBusy() {
+        peer.accept();
+        peer.send(tcp::record(8, 5, word(3)));
+        transport.seen(1);
+    }
+    ~SocketPermitBusy() override { handlerMayEnd.open(); }
+
+    TcpPeer peer;
+    Gate handlerMayEnd;
+    TestTransport transport{
+        peer.port(), [this](IExternalCommand&, auto&) { return handlerMayEnd.passWithin(20000); }};
+};
+
+TEST_F(SocketPermitBusy, ThePermitIsAskedWhenTheTurnHasComeAndNotBefore) {
     std::atomic<bool> isAllowed{true};
-    std::future<bool> sent = std::async(std::launch::async, [&] {
-        return transport.sendIf([&] { return isAllowed.load(); }, routine(1), 20000);
-    });
+    std::atomic<int> asked{0};
+    const auto permit = [&] {
+        ++asked;
+        return isAllowed.load();
+    };
+    std::future<bool> refused =
+        std::async(std::launch::async, [&] { return transport.sendIf(permit, routine(1), 20000); });
     Sleep(50);
+    EXPECT_EQ(0, asked);
     isAllowed = false;
-    EXPECT_TRUE(arriving().empty());
-    EXPECT_FALSE(sent.get());
+    handlerMayEnd.open();
+    EXPECT_FALSE(refused.get());
+    EXPECT_EQ(1, asked);
+    EXPECT_EQ(pingAnswer(5, 1), peer.expectRecord().bytes());
+    isAllowed = true;
+    std::future<bool> allowed =
+        std::async(std::launch::async, [&] { return transport.sendIf(permit, routine(2), 5000); });
+    const tcp::Record record = peer.expectRecord();
+    EXPECT_EQ(word(2), record.payload);
+    peer.send(pingAnswer(record.requestId, 1));
+    EXPECT_TRUE(allowed.get());
+}
+
+TEST_F(SocketPermitBusy, ACommandThatNobodyWaitsForLeavesBehindOneThatWasGivenUp) {
+    EXPECT_FALSE(transport.send(routine(6), 1));
+    EXPECT_TRUE(transport.send(routine(7), 0));
+    handlerMayEnd.open();
+    EXPECT_EQ(pingAnswer(5, 1), peer.expectRecord().bytes());
+    EXPECT_EQ(word(7), peer.expectRecord().payload);
 }
 
 class SocketPermitConnected : public testing::Test {
