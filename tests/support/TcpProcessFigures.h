@@ -38,6 +38,16 @@ inline std::size_t memoryBytes() {
     return counters.PagefileUsage;
 }
 
+/// What the process has for itself, also where nothing was written to it yet.
+inline std::size_t committedBytes() {
+    std::size_t bytes = 0;
+    MEMORY_BASIC_INFORMATION region = {};
+    for (const char* place = nullptr; VirtualQuery(place, &region, sizeof region) != 0;
+         place = static_cast<const char*>(region.BaseAddress) + region.RegionSize)
+        if (region.State == MEM_COMMIT && region.Type == MEM_PRIVATE) bytes += region.RegionSize;
+    return bytes;
+}
+
 /// What is in use of a heap.
 inline std::size_t bytesInUse(HANDLE heap) {
     std::size_t bytes = 0;

@@ -143,20 +143,20 @@ TEST(SocketTransportLongRecord, WhatIsOnlyAnnouncedTakesNoMemory) {
     TcpPeer peer;
     TestTransport transport(peer.port());
     peer.accept();
-    const std::size_t before = tcp::memoryBytes();
+    const std::size_t before = tcp::committedBytes();
 
     peer.send(headOfNameOf(longest));
     sendLetters(peer, 100000);
     Sleep(200);
 
-    EXPECT_LT(tcp::memoryBytes(), before + 4000000);
+    EXPECT_LT(tcp::committedBytes(), before + 4000000);
 }
 
 TEST(SocketTransportLongRecord, HalfRecordsOfManyConnectionsAreForgottenWithThem) {
     TcpPeer peer;
     TestTransport transport(peer.port());
     peer.accept();
-    const std::size_t before = tcp::memoryBytes();
+    const std::size_t before = tcp::committedBytes();
     for (int round = 0; round < 20; ++round) {
         peer.send(headOfNameOf(longest));
         sendLetters(peer, 4000000);
@@ -165,7 +165,7 @@ TEST(SocketTransportLongRecord, HalfRecordsOfManyConnectionsAreForgottenWithThem
     }
 
     EXPECT_TRUE(exchangeWorks(transport, peer));
-    EXPECT_LT(tcp::memoryBytes(), before + 20000000);
+    EXPECT_LT(tcp::committedBytes(), before + 20000000);
 }
 
 TEST(SocketTransportLongRecord, ShortRecordsAroundALongOneAreHandledInTheirOrder) {
@@ -190,7 +190,7 @@ TEST(SocketTransportLongRecord, ItsMemoryIsGivenBackOnceItIsHandledOrSent) {
     TcpPeer peer;
     TestTransport transport(peer.port());
     peer.accept();
-    const std::size_t before = tcp::memoryBytes();
+    const std::size_t before = tcp::committedBytes();
     constexpr std::uint32_t length = 40000000;
 
     peer.send(headOfNameOf(length));
@@ -203,7 +203,7 @@ TEST(SocketTransportLongRecord, ItsMemoryIsGivenBackOnceItIsHandledOrSent) {
     for (std::uint32_t got = 0; got < length; got += 1000000) peer.receive(1000000, patienceMs);
 
     EXPECT_TRUE(exchangeWorks(transport, peer));
-    EXPECT_LT(tcp::memoryBytes(), before + 10000000);
+    EXPECT_LT(tcp::committedBytes(), before + 10000000);
 }
 
 }  // namespace
