@@ -299,7 +299,7 @@ TEST_F(StaticParam, OtherNegativeIdsAreSamples) {
 }
 
 TEST_F(StaticParam, AWriteCarriesTheThreeArraysInTheSameOrder) {
-    EXPECT_TRUE(client().setStaticParam("Map", {{1.0}, {2.0}, {3.0, 4.0}, 0}));
+    EXPECT_TRUE(client().setStaticParam("Map", {{1.0}, {2.0}, {3.0, 4.0}, {}}));
     const auto& request = qor.last<CommandStaticParam>();
     EXPECT_EQ(request.paramIndex, 5u);
     EXPECT_EQ(request.operation, 2u);
