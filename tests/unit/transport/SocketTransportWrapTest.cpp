@@ -1,14 +1,31 @@
 #include <gtest/gtest.h>
 
+#include <atomic>
+
+#include "common/ClockSeam.h"
 #include "SocketTransportSupport.h"
-#include "support/FakeClock.h"
 
 namespace {
 
 using tcp::pingAnswer;
 
-/// The system's count of milliseconds begins again at 0 while requests are on their way. It moves
-/// only when the test says so.
+/// Moves only when the test says so; sleeps are real ones.
+class ClockMovedByHand final : public common::IClock {
+public:
+    explicit ClockMovedByHand(std::uint32_t start) : tick_(start) { common::replaceClock(this); }
+    ~ClockMovedByHand() { common::replaceClock(nullptr); }
+    ClockMovedByHand(const ClockMovedByHand&) = delete;
+    ClockMovedByHand& operator=(const ClockMovedByHand&) = delete;
+
+    std::uint32_t tickCount() override { return tick_; }
+    void sleepMs(unsigned int ms) override { Sleep(ms); }
+    void advance(std::uint32_t ms) { tick_ += ms; }
+
+private:
+    std::atomic<std::uint32_t> tick_;
+};
+
+/// The system's count of milliseconds begins again at 0 while requests are on their way.
 class SocketTransportWrap : public testing::Test {
 protected:
     static constexpr std::uint32_t msBefore = 300;
@@ -18,7 +35,7 @@ protected:
     /// Enough real time for several passes of the worker.
     static void letTheWorkerWork() { Sleep(100); }
 
-    FakeClock clock{0u - msBefore};
+    ClockMovedByHand clock{0u - msBefore};
     tcp::TcpPeer peer;
     TestTransport transport{peer.port()};
 };
