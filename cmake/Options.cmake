@@ -18,7 +18,7 @@ set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
 if(WIN32)
     # QorControlFacade.dll, not libQorControlFacade.dll. (Import libraries keep their "lib".)
     set(CMAKE_SHARED_LIBRARY_PREFIX "")
-    # Version 4: Wine's crash backtrace shows no line numbers with newer debug information.
+    # Version 4: Wine's debugger shows no line numbers with newer debug information.
     add_compile_options(-gdwarf-4)
 elseif(QOR_M32)
     add_compile_options(-m32)

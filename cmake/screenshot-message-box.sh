@@ -44,7 +44,7 @@ makePrefix() {
     export WINEDLLOVERRIDES="mscoree,mshtml,winemenubuilder.exe="
     wineboot -i </dev/null >/dev/null 2>&1 &&
         wine reg add 'HKCU\Software\Wine\X11 Driver' /v Decorated /d N /f </dev/null >/dev/null 2>&1 &&
-        tellCrashes </dev/null >/dev/null 2>&1 ||
+        turnCrashDebuggerOff </dev/null >/dev/null 2>&1 ||
         die "cannot make a Wine prefix"
 }
 

@@ -1,17 +1,15 @@
 # What Wine does when a program crashes. Sourced by scripts that make a prefix; $WINEPREFIX is theirs.
 #
-# Wine's own crash debugger ends the crashed process from outside, and its exit code is then 0 as
-# soon as one of its threads has ended before. This one prints the same registers and back-trace
-# and lets go: the process ends itself, with an exit code that is never 0.
-crashCommands=crash-commands.txt
+# Wine would start a debugger, which prints a back-trace (or crashes over the debug information of a
+# large program) and ends the process from outside. The exit code that a shell then sees is 0 as soon
+# as a thread of the process has ended before. Without a debugger Wine says in one line what happened
+# and where, and the process ends itself, with the exception's code, of which a shell never sees 0.
 
-# The server writes its registry to the file after a while; until then the answer is no.
-crashesAreTold() {
-    grep -q "$crashCommands" "$WINEPREFIX/system.reg"
+# The server writes its registry to the file only after a while; until then the answer is no.
+crashDebuggerIsOff() {
+    ! grep -q '^"Debugger"=".' "$WINEPREFIX/system.reg"
 }
 
-tellCrashes() {
-    printf 'detach\nquit\n' >"$WINEPREFIX/drive_c/$crashCommands" &&
-        wine reg add 'HKLM\Software\Microsoft\Windows NT\CurrentVersion\AeDebug' /f /v Debugger \
-            /d "winedbg --file C:\\$crashCommands %ld %ld"
+turnCrashDebuggerOff() {
+    wine reg add 'HKLM\Software\Microsoft\Windows NT\CurrentVersion\AeDebug' /v Debugger /d '' /f
 }

@@ -51,7 +51,7 @@ fi
         wine cmd /c exit </dev/null >/dev/null 2>&1 9>&-
     fi
     # Here and not with the rest, for the sake of prefixes that were made without it.
-    crashesAreTold || tellCrashes </dev/null >/dev/null 2>&1 9>&- || exit 1
+    crashDebuggerIsOff || turnCrashDebuggerOff </dev/null >/dev/null 2>&1 9>&- || exit 1
     # Must stay the last command: else the shell execs wine above and gives the lock up too early.
     flock -u 9
 ) 9> "$WINEPREFIX.lock" || die "cannot make the Wine prefix $WINEPREFIX (is wine32 installed?)"

@@ -66,6 +66,16 @@ closesWell() {
     fi
 }
 
+# Runs the program beside this script, which so can hand signals on: bash heeds none while it runs a
+# command in the foreground. Ctrl-C reaches the program by itself.
+runProgram() {
+    (trap - INT QUIT && QOR_TEST_ID=$mark exec "$folder/wine-run.sh" "$@") <&0 >&3 2>&4 3>&- 4>&- &
+    local program=$!
+    trap 'kill -TERM "$program" 2>/dev/null' TERM HUP
+    trap : INT
+    while wait "$program"; status=$?; kill -0 "$program" 2>/dev/null; do :; done
+}
+
 # Services of the Wine server must not carry this test's mark: warm it first.
 "$folder/wine-run.sh" || exit 1
 mark=$$-$(date +%s%N)
@@ -76,7 +86,7 @@ relay "$temp/output" <"$temp/1" &
 relay "$temp/errors" <"$temp/2" >&2 &
 exec 3>"$temp/1" 4>"$temp/2"
 status=0
-QOR_TEST_ID=$mark "$folder/wine-run.sh" "$@" >&3 2>&4 3>&- 4>&- || status=$?
+runProgram "$@"
 echo "$mark" >&3
 echo "$mark" >&4
 wait

@@ -1,7 +1,8 @@
 # qor_add_test(NAME name SOURCES file... [LIBS library...] [TIMEOUT seconds] [LABELS label...])
 #
 # One GoogleTest program that is one CTest test. It is built by the target qor_tests, not by "all".
-# Cross-built, it runs under Wine, and it fails when it leaves a process behind.
+# Cross-built, it runs under Wine, and it fails, too, when it or a process of it crashes, when it
+# ends without GoogleTest's summary, and when it leaves a process behind.
 add_custom_target(qor_tests)
 
 function(qor_add_test)

@@ -19,6 +19,7 @@ CTRL_C = b"\x03"
 class Terminal:
     def __init__(self, station, command, *arguments):
         self.screen = Screen()
+        self._output = b""
         words = [str(WINE_RUN), str(station.programs / "qorctl.exe"), command,
                  str(station.settings), "--trace", str(station.folder / "qorctl.log"), *arguments]
         self._pid, self._master = pty.fork()
@@ -42,6 +43,7 @@ class Terminal:
         except OSError:  # nobody writes any more
             return False
         if data:
+            self._output += data
             self.screen.take(data)
         return data != b""
 
@@ -55,11 +57,13 @@ class Terminal:
         self.read_until(lambda: words in self.text())
 
     def exit_code(self):
-        """Waits for the end."""
+        """Waits for the end, which is none if qorctl or QOR has crashed: Wine says so right here."""
         deadline = time.monotonic() + PATIENCE_S
         while self.read(0.1):
             if time.monotonic() > deadline:
                 raise AssertionError("it does not end; the screen shows:\n" + self.text())
+        if b"wine: Unhandled " in self._output:
+            raise AssertionError("a crash; the screen shows:\n" + self.text())
         return os.waitstatus_to_exitcode(os.waitpid(self._pid, 0)[1])
 
     def close(self):
