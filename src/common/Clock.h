@@ -14,8 +14,8 @@ namespace common {
 std::uint32_t tickCount();
 
 /// The present moment: the system's count continued beyond 32 bits. Callable from any thread,
-/// without a lock. It is right as long as somebody calls it once in 49 days; while a facade lives
-/// its agent does so all the time.
+/// without a lock. It is right as long as somebody calls it once in 49 days; while a facade
+/// works its agent does so all the time.
 Moment now();
 
 /// Whether `now` lies beyond `start` + `spanMs`.

@@ -37,9 +37,9 @@
 /// double its argument, `getParamDescription` waits 3000 ms whatever happens. Special values, none
 /// of much use: 0 waits for nothing and practically always fails, though writes are carried out;
 /// 0x80000000 doubles to 0; 0xFFFFFFFE gives QOR the transport's default of 2000 ms to take the
-/// request and 49 days for data that it sends afterwards; 0xFFFFFFFF is not doubled and waits
-/// without limit (over TCP QOR then has next to no time to take the request and, once it has, no
-/// limit for the data: one that sends none blocks the agent for good).
+/// request, but none for data that it sends afterwards; 0xFFFFFFFF is not doubled and waits without
+/// limit (over TCP QOR then has next to no time to take the request and, once it has, no limit for
+/// the data: one that sends none blocks the agent for good).
 ///
 /// **False** means that it did not work, never more: the agent thread has ended (checked first,
 /// without a log line), QOR did not answer in time, or QOR refused. Timed operations leave a line
@@ -232,7 +232,8 @@ public:
 
     /// Reads a parameter: its values, and for a parameter of three arrays its two further ones
     /// (otherwise empty). Values read, written or streamed less than half a refresh period ago
-    /// are returned at once, without asking QOR and without a log line. (A streamed value is one
+    /// are returned at once, without asking QOR and without a log line, unless QOR has become another
+    /// one since, or has opened another model. (A streamed value is one
     /// number: of a parameter that is being streamed the two further arrays then are empty.)
     bool getParamData(const std::string& name, std::vector<double>& values,
                       std::vector<double>& second, std::vector<double>& third,

@@ -171,7 +171,7 @@ TEST_F(StreamWrap, AReadThatWasDueJustBeforeItIsMadeBehindIt) {
 }
 
 TEST_F(StreamWrap, ThePaceOf49DaysIsKept) {
-    streamsEvery(0xFFFFFFFFu);
+    streamsEvery(0xFFFFFFFDu);
     EXPECT_EQ(
         roundsEvery(dayMs, 49), "1 codes " + [] {
             std::string silence;
@@ -179,6 +179,11 @@ TEST_F(StreamWrap, ThePaceOf49DaysIsKept) {
             return silence;
         }());
     EXPECT_EQ(roundsEvery(dayMs, 2), "- 1 codes ");
+}
+
+TEST_F(StreamWrap, APeriodOfMinusOneIsNone) {
+    streamsEvery(0xFFFFFFFFu);
+    EXPECT_EQ(roundsEvery(1, 3), "1 codes 1 codes 1 codes ");
 }
 
 }  // namespace

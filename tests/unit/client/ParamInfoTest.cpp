@@ -215,7 +215,17 @@ TEST_F(GetParamInfo, TheLongestTimeWithALimitIs49Days) {
     constexpr std::uint32_t hourMs = 60 * 60 * 1000;
     clock.after(49 * 24 * hourMs, [this] { describe("Speed", 7); });
     clock.msPerRead = hourMs;
-    EXPECT_TRUE(get("Speed", 0xFFFFFFFEu));
+    EXPECT_TRUE(get("Speed", 0xFFFFFFFDu));
+}
+
+TEST_F(GetParamInfo, TheTransportsUsualTimeIsNoneForTheDataAtEveryTick) {
+    for (const std::uint32_t start : {1000000u, 0xFFFFFFF0u, 0u, 1u, 0x80000000u}) {
+        SCOPED_TRACE(start);
+        clock.advance(start - clock.now());
+        const std::uint32_t before = clock.now();
+        EXPECT_FALSE(get("Speed", 0xFFFFFFFEu));
+        EXPECT_LE(clock.now() - before, 5u);
+    }
 }
 
 TEST_F(GetParamInfo, AFailureLeavesTheCallersRecordAlone) {

@@ -53,6 +53,14 @@ public:
     common::Moment overtaking;
 };
 
+TEST(Moment, TheSpansThatStandForSpecialTimeOutsLeadIntoThePast) {
+    const common::Moment start(1000000);
+    EXPECT_EQ(start + 0xFFFFFFFFu, start - 1);
+    EXPECT_EQ(start + 0xFFFFFFFEu, start - 2);
+    EXPECT_EQ((start + 0xFFFFFFFDu).ms(), 1000000u + 0xFFFFFFFDull);
+    EXPECT_EQ((start + 0x80000000u).ms(), 1000000u + 0x80000000ull);
+}
+
 }  // namespace
 
 TEST(Clock, TheTicksAreThoseOfTheSystem) {
@@ -133,7 +141,7 @@ TEST(Clock, NoRealMomentIsNever) {
     FakeClock clock;
     for (const std::uint32_t tick : {0u, 1u, 0xFFFFFFFFu}) {
         clock.now = tick;
-        EXPECT_GT(common::now(), common::Moment() + 0xFFFFFFFF);
+        EXPECT_GT(common::now(), common::Moment(0xFFFFFFFF));
     }
 }
 
