@@ -28,7 +28,8 @@ makePrefix() {
     # No graphics driver: windows exist, but nothing is drawn and no display is needed.
     mkdir "$WINEPREFIX" &&
         wineboot -i &&
-        wine reg add 'HKCU\Software\Wine\Drivers' /v Graphics /d null /f ||
+        wine reg add 'HKCU\Software\Wine\Drivers' /v Graphics /d null /f &&
+        turnCrashDebuggerOff ||
         return 1
     # The driver is chosen when the desktop is made, so start afresh. -k fails if nothing runs.
     wineserver -k
@@ -50,7 +51,7 @@ fi
     if wineserver -p60 >/dev/null 2>&1 9>&-; then
         wine cmd /c exit </dev/null >/dev/null 2>&1 9>&-
     fi
-    # Here and not with the rest, for the sake of prefixes that were made without it.
+    # For the sake of prefixes that were made without it.
     crashDebuggerIsOff || turnCrashDebuggerOff </dev/null >/dev/null 2>&1 9>&- || exit 1
     # Must stay the last command: else the shell execs wine above and gives the lock up too early.
     flock -u 9

@@ -12,6 +12,17 @@ namespace {
 
 constexpr unsigned int defaultTimeoutMs = 2000;
 
+class Counted {
+public:
+    explicit Counted(unsigned int& count) : count_(count) { ++count_; }
+    ~Counted() { --count_; }
+    Counted(const Counted&) = delete;
+    Counted& operator=(const Counted&) = delete;
+
+private:
+    unsigned int& count_;
+};
+
 }  // namespace
 
 /// Answers one received command.
@@ -85,7 +96,10 @@ void ExternalCommandFactory::lookAfterPeer() {
 }
 
 void ExternalCommandFactory::releaseHeldSender() {
-    if (platform_->holdsSender()) platform_->releaseSender(1);
+    // Outside of a handler there is nobody to release. Wine says otherwise after a message that
+    // did not fit on this thread's stack and so reached no handler; to release its sender would
+    // tell it that the message was taken.
+    if (handling_ != 0 && platform_->holdsSender()) platform_->releaseSender(1);
 }
 
 unsigned int ExternalCommandFactory::defaultTimeout(unsigned int) const {
@@ -93,6 +107,7 @@ unsigned int ExternalCommandFactory::defaultTimeout(unsigned int) const {
 }
 
 bool ExternalCommandFactory::onCopyData(const COPYDATASTRUCT* record) {
+    const Counted inHandler(handling_);
     if (record == nullptr || record->dwData != messageTag) return false;
     if (record->lpData == nullptr || record->cbData > protocol::maxRecordBytes) return false;
     try {

@@ -69,4 +69,5 @@ private:
     const CommandPing pingPrototype_;
     const std::unique_ptr<IWindowPlatform> platform_;
     Peer peer_;
+    unsigned int handling_ = 0;  // messages in onCopyData, one inside the other
 };

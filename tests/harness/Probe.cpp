@@ -61,6 +61,10 @@ struct Child {
             endAThread();
             crash();
         }
+        if (part == "crash soon") {
+            Sleep(500);
+            crash();
+        }
         if (part == "have a child that crashes") runChild("crash");
         if (part == "stay") Sleep(60000);
         if (part.find("end ") == 0) endProcess(std::stoul(part.substr(4)));
@@ -102,6 +106,10 @@ TEST(Probe, CrashesBehindItsSummary) {
 
 TEST(Probe, HasAGrandchildThatCrashes) {
     runChild("\"have a child that crashes\"");
+}
+
+TEST(Probe, HasAChildThatCrashesBehindIt) {
+    CloseHandle(startChild("\"crash soon\""));
 }
 
 TEST(Probe, LeavesInTheMiddle) {

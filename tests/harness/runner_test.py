@@ -62,6 +62,9 @@ class TheRunner(unittest.TestCase):
         run = self.fails(run_test(CHECKED, "HasAGrandchildThatCrashes"), "it crashed")
         self.assertIn("[  PASSED  ] 1 test.", run.output)
 
+    def test_a_crash_of_a_process_that_outlives_the_program_is_a_failure(self):
+        self.fails(run_test(CHECKED, "HasAChildThatCrashesBehindIt"), "it crashed")
+
     def test_who_leaves_in_the_middle_has_not_passed(self):
         for name in "LeavesInTheMiddle", "IsEndedFromOutside":
             self.assertEqual(0, run_test(PLAIN, name).code)

@@ -18,6 +18,18 @@ protected:
     WindowTestTransport transport{uniqueTitle("send"), "server",
                                   std::unique_ptr<IWindowPlatform>(platform)};
 
+    /// A message of QOR's is being handled, and its sender held, while this is done.
+    void inHandler(const std::function<void()>& action) {
+        transport.handler = [&](auto&, auto&) {
+            platform->isHolding = true;
+            action();
+            return true;
+        };
+        std::string message = record(8, 5, word(3));
+        COPYDATASTRUCT data = {3084, static_cast<DWORD>(message.size()), &message[0]};
+        EXPECT_TRUE(transport.onCopyData(&data));
+    }
+
     WindowFakePlatform::Sent sendWith(unsigned int timeoutMs) {
         EXPECT_TRUE(transport.sendRoutine(timeoutMs));
         return platform->sent.at(0);
@@ -91,10 +103,9 @@ TEST_F(WindowSend, ACommandOfTheGreatestLengthIsSentAndALongerOneIsRefusedAtOnce
     EXPECT_TRUE(transport.send(std::move(command), 500));
     EXPECT_THAT(platform->calls, ElementsAre("find server", "send"));
 
-    platform->isHolding = true;
     command = std::make_unique<CommandStartEdit>();
     command->path.assign(longestPath + 1, 'x');
-    EXPECT_FALSE(transport.send(std::move(command), 500));
+    inHandler([&] { EXPECT_FALSE(transport.send(std::move(command), 500)); });
     EXPECT_THAT(platform->calls, ElementsAre("find server", "send", "release 1"));
 }
 
@@ -125,18 +136,27 @@ TEST_F(WindowSend, AMessageThatWasNotTakenIsAFailureWhateverItsResult) {
 }
 
 TEST_F(WindowSend, AHeldSenderIsReleasedWithOneBeforeAnythingElse) {
-    platform->isHolding = true;
-
-    EXPECT_TRUE(transport.sendRoutine(500));
+    inHandler([this] { EXPECT_TRUE(transport.sendRoutine(500)); });
 
     EXPECT_THAT(platform->calls, ElementsAre("release 1", "find server", "send"));
 }
 
-TEST_F(WindowSend, AHeldSenderIsReleasedEvenIfThereIsNoServer) {
+// The system may say so after a message that reached no handler: to release its sender would tell
+// it that the message was taken.
+TEST_F(WindowSend, OutsideOfAHandlerNobodyIsReleased) {
     platform->isHolding = true;
+    EXPECT_TRUE(transport.sendRoutine(500));
+    EXPECT_THAT(platform->calls, ElementsAre("find server", "send"));
+    inHandler([] {});
+    platform->isHolding = true;
+    EXPECT_TRUE(transport.sendRoutine(500));
+    EXPECT_THAT(platform->calls, testing::Not(testing::Contains("release 1")));
+}
+
+TEST_F(WindowSend, AHeldSenderIsReleasedEvenIfThereIsNoServer) {
     platform->server = nullptr;
 
-    EXPECT_FALSE(transport.sendRoutine(500));
+    inHandler([this] { EXPECT_FALSE(transport.sendRoutine(500)); });
 
     EXPECT_THAT(platform->calls, ElementsAre("release 1", "find server"));
 }
