@@ -31,6 +31,13 @@ public:
 
     std::uint32_t now() const { return start_ + static_cast<std::uint32_t>(passed_.load()); }
     void advance(std::uint32_t ms) { pass(ms); }
+    /// Lets weeks pass, up to so many milliseconds before the count begins again at 0. The library
+    /// looks at it on the way: what it does not see it cannot count.
+    void advanceToBeforeWrap(std::uint32_t ms) {
+        advance(24 * 60 * 60 * 1000);
+        common::now();
+        advance(0u - ms - now());
+    }
     /// What this clock showed at a moment.
     static std::uint32_t tickOf(common::Moment moment) {
         return static_cast<std::uint32_t>(moment.ms());
