@@ -232,9 +232,9 @@ public:
 
     /// Reads a parameter: its values, and for a parameter of three arrays its two further ones
     /// (otherwise empty). Values read, written or streamed less than half a refresh period ago
-    /// are returned at once, without asking QOR and without a log line, unless QOR has become another
-    /// one since, or has opened another model. (A streamed value is one
-    /// number: of a parameter that is being streamed the two further arrays then are empty.)
+    /// are returned at once, without asking QOR and without a log line, unless QOR has become
+    /// another one since, or has opened another model. (A streamed value is one number: of a
+    /// parameter that is being streamed the two further arrays then are empty.)
     bool getParamData(const std::string& name, std::vector<double>& values,
                       std::vector<double>& second, std::vector<double>& third,
                       unsigned int timeoutMs) const;

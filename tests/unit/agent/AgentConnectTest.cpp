@@ -154,7 +154,7 @@ TEST_F(AgentConnect, TheProgressOfAConnectReachesAcrossTheWrapOfTheTickCount) {
     clock.msPerRead = 0;
     for (const std::uint32_t msBefore : {17000u, 15000u, 10000u, 1u}) {
         SCOPED_TRACE(msBefore);
-        clock.advance(0u - msBefore - clock.now() - 500);
+        clock.advanceToBeforeWrap(msBefore + 500);
         reportsAfter(500, -11, msBefore);
         reportsAfter(600, -12, -2);
         EXPECT_EQ(connect(&monitor).result, 0u);

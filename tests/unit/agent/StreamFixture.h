@@ -104,7 +104,7 @@ protected:
 
     /// Lets time pass up to so many milliseconds before the tick count wraps to 0; QOR answers.
     void untilBeforeWrap(std::uint32_t ms) {
-        clock.advance(0u - ms - clock.now());
+        clock.advanceToBeforeWrap(ms);
         qorAnswersNow();
     }
 

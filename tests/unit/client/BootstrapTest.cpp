@@ -131,7 +131,7 @@ TEST_F(Bootstrap, TheEcuIsAwaitedForAsLongAcrossTheWrapOfTheTickCount) {
     for (const std::uint32_t msBefore : {15012u, 15000u, 5000u, 11u}) {
         SCOPED_TRACE(msBefore);
         monitor.reports.clear();
-        clock.advance(0u - msBefore - clock.now());
+        clock.advanceToBeforeWrap(msBefore);
         reportsAfter(10, result, -1);
         const std::uint32_t start = clock.now();
         expectFailure("timeout");

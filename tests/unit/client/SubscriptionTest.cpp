@@ -140,7 +140,7 @@ TEST_F(PeekParamData, AValueIsGivenWithTheTickOfItsArrivalAndWithoutACommand) {
 TEST_F(PeekParamData, TheTimesOfArrivalGoOnAcrossTheWrapOfTheTickCount) {
     client();
     clock.msPerRead = 0;
-    clock.advance(0u - 10 - clock.now());
+    clock.advanceToBeforeWrap(10);
     qor.sendValue(7, 1.0);
     ASSERT_TRUE(peek());
     const common::Moment before = sample.tick;

@@ -185,7 +185,7 @@ TEST_F(Lifecycle, TheEcuIsOnlineForAsLongAcrossTheWrapOfTheTickCount) {
     start();
     for (const std::uint32_t msBefore : {2001u, 2000u, 1999u, 1000u, 1u}) {
         SCOPED_TRACE(msBefore);
-        clock.advance(0u - msBefore - clock.now());
+        clock.advanceToBeforeWrap(msBefore);
         agent.impl()->lastQorContactTick = common::now();
         EXPECT_TRUE(facade->isEcuOnline());
         clock.advance(1999);
@@ -199,7 +199,7 @@ TEST_F(Lifecycle, TheEcuIsOnlineForAsLongAcrossTheWrapOfTheTickCount) {
 
 TEST_F(Lifecycle, WithoutAnyContactTheEcuIsOfflineAlsoWhereTheTickCountBegins) {
     start();
-    clock.advance(0u - clock.now());
+    clock.advanceToBeforeWrap(0);
     ASSERT_EQ(clock.now(), 0u);
     EXPECT_FALSE(facade->isEcuOnline());
     clock.advance(1999);
@@ -231,7 +231,7 @@ TEST_F(Lifecycle, ThePathOfTheExecutableIsAwaitedForAsLongAcrossTheWrapOfTheTick
     for (const std::uint32_t msBefore : {3001u, 2999u, 1500u, 1u}) {
         SCOPED_TRACE(msBefore);
         clock.msPerRead = 0;
-        clock.advance(0u - msBefore - clock.now());
+        clock.advanceToBeforeWrap(msBefore);
         clock.msPerRead = 10;
         const std::uint32_t before = clock.now();
         EXPECT_EQ(facade->getQorExecutablePath(), "");

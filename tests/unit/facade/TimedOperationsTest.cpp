@@ -68,7 +68,7 @@ TEST_F(PingQor, ACallerThatWakesEarlyBehindTheWrapWaitsForTheRestOfItsTime) {
         ScriptedAgent::succeed(command);
     };
     start();
-    clock.advance(0u - 100 - clock.now());
+    clock.advanceToBeforeWrap(100);
     EXPECT_TRUE(facade->pingQor(1000));
 }
 
@@ -78,7 +78,7 @@ TEST_F(PingQor, ACallerThatWakesLateBehindTheWrapWaitsNoLonger) {
         wakeWithoutAnswer(command);
     };
     start();
-    clock.advance(0u - 100 - clock.now());
+    clock.advanceToBeforeWrap(100);
     const ULONGLONG before = GetTickCount64();
     EXPECT_FALSE(facade->pingQor(10000));
     EXPECT_LT(GetTickCount64() - before, 10000u);
