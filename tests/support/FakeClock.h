@@ -42,9 +42,7 @@ public:
         msPerRead = perRead;
     }
     /// Lets weeks pass, up to so many milliseconds before the count begins again at 0.
-    void advanceToBeforeWrap(std::uint32_t ms) {
-        advance(0u - ms - now());
-    }
+    void advanceToBeforeWrap(std::uint32_t ms) { advance(0u - ms - now()); }
     /// What this clock showed at a moment.
     static std::uint32_t tickOf(common::Moment moment) {
         return static_cast<std::uint32_t>(moment.ms());
