@@ -24,7 +24,12 @@
 /// DllMain or a static object of a DLL: no thread can end meanwhile). It then goes at once; unless
 /// a busy thread of it had to be let go, which took about 5 s: then `FreeLibrary` returns all the
 /// same, and the library stays loaded until that thread has ended. Without a shutdown it stays for
-/// good.
+/// good, unless the agent has ended by itself.
+///
+/// **QOR comes and goes.** It may be restarted while an object lives, or the connection to it be
+/// lost and made anew: then, as after `openModel`, all that was learnt about its parameters is
+/// forgotten and asked for again, and streams go on by themselves once the host has connected the
+/// ECU. A request that is under way at that moment fails.
 ///
 /// **Threads.** Any number of host threads may call the operations at once; each waits for its
 /// own answer. `connect` (with a monitor) and `setEcuSegment` dispatch the calling thread's window
