@@ -88,4 +88,16 @@ unsigned int currentThreadId() noexcept {
     return GetCurrentThreadId();
 }
 
+bool hasThreadEnded(unsigned int id) noexcept {
+    HANDLE const thread = OpenThread(THREAD_QUERY_LIMITED_INFORMATION, FALSE, id);
+    if (thread == nullptr) return GetLastError() == ERROR_INVALID_PARAMETER;
+    DWORD exitCode = STILL_ACTIVE;
+    // The id may have passed to a thread of another process.
+    const bool hasEnded =
+        GetProcessIdOfThread(thread) != GetCurrentProcessId() ||
+        (GetExitCodeThread(thread, &exitCode) != FALSE && exitCode != STILL_ACTIVE);
+    CloseHandle(thread);
+    return hasEnded;
+}
+
 }  // namespace common

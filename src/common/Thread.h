@@ -64,4 +64,7 @@ private:
 
 unsigned int currentThreadId() noexcept;
 
+/// Whether there is no such thread in this process any more. In doubt there still is.
+bool hasThreadEnded(unsigned int id) noexcept;
+
 }  // namespace common

@@ -1,21 +1,14 @@
 #include "facade/AnswerTable.h"
 
-// An entry is used by its own thread alone; the lock only guards the map, whose entries stay where
-// they are.
-std::shared_ptr<AnswerTable::AnswerQueue>& AnswerTable::entryOfThisThread() {
-    const common::LockGuard guard(lock_);
-    return queues_[common::currentThreadId()];
+#include <utility>
+
+std::shared_ptr<AnswerTable::AnswerQueue> AnswerTable::take() {
+    std::shared_ptr<AnswerQueue> queue = std::move(queues_.ofThisThread());
+    if (queue == nullptr) return std::make_shared<AnswerQueue>(1);
+    queue->clear();
+    return queue;
 }
 
-std::shared_ptr<AnswerTable::AnswerQueue> AnswerTable::queueOfThisThread() {
-    std::shared_ptr<AnswerQueue>& entry = entryOfThisThread();
-    if (entry)
-        entry->clear();
-    else
-        entry = std::make_shared<AnswerQueue>(1);
-    return entry;
-}
-
-void AnswerTable::forgetQueueOfThisThread() {
-    entryOfThisThread().reset();
+void AnswerTable::giveBack(std::shared_ptr<AnswerQueue> queue) {
+    queues_.ofThisThread() = std::move(queue);
 }

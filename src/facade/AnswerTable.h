@@ -1,8 +1,8 @@
 #pragma once
 
-#include <map>
 #include <memory>
 
+#include "common/PerThread.h"
 #include "facade/FacadeImpl.h"
 
 /// The answer queues of one facade operation, one per calling thread, for the whole process.
@@ -14,16 +14,14 @@ public:
     AnswerTable(const AnswerTable&) = delete;
     AnswerTable& operator=(const AnswerTable&) = delete;
 
-    /// The calling thread's queue, without anything that an earlier call left in it.
-    std::shared_ptr<AnswerQueue> queueOfThisThread();
+    /// The calling thread's queue, without anything that an earlier call left in it. Who waits for
+    /// an answer has it for himself: whatever becomes of him, nobody else gets that answer.
+    std::shared_ptr<AnswerQueue> take();
 
-    /// Takes the calling thread's queue out of the table: its next call gets a new one, so that
-    /// no answer that is still to come can reach it.
-    void forgetQueueOfThisThread();
+    /// Keeps an answered queue for the thread's next call. (One that is not given back is replaced
+    /// by a new one then, so that no answer that is still to come can reach that call.)
+    void giveBack(std::shared_ptr<AnswerQueue> queue);
 
 private:
-    std::shared_ptr<AnswerQueue>& entryOfThisThread();
-
-    common::Lock lock_;
-    std::map<unsigned int, std::shared_ptr<AnswerQueue>> queues_;
+    common::PerThread<std::shared_ptr<AnswerQueue>> queues_;
 };

@@ -8,15 +8,16 @@ TimedCall::TimedCall(Impl& impl, AnswerTable& answers)
     : impl_(impl), answers_(answers), start_(common::now()) {}
 
 TimedCall::~TimedCall() {
-    if (queue_ == nullptr || answered_) return;
-    // Posted, but the answer is still to come: nobody may take it for that of a later call.
-    if (waits_) queue_->giveUp();
-    answers_.forgetQueueOfThisThread();
+    if (queue_ == nullptr) return;
+    if (answered_)
+        answers_.giveBack(std::move(queue_));
+    else if (waits_)
+        queue_->giveUp();
 }
 
 void TimedCall::post(std::uint32_t kind, std::shared_ptr<Impl::CmdData> request) {
     request_ = std::move(request);
-    queue_ = answers_.queueOfThisThread();
+    queue_ = answers_.take();
     Impl::ProtocolCmd command;
     command.kind = kind;
     command.data = request_;

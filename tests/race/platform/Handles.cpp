@@ -14,6 +14,8 @@
 
 namespace {
 
+thread_local DWORD lastError = 0;
+
 /// The handle of an event is its address. Each has a mutex of its own, so that events order only
 /// the threads that share them. A thread that has been let through may delete the event at once:
 /// the signalling one touches nothing after the mutex.
@@ -131,6 +133,28 @@ BOOL CloseHandle(HANDLE handle) noexcept {
     ThreadTable& table = threads();
     const std::lock_guard<std::mutex> guard(table.mutex);
     return table.exitCodes.erase(numberOf(handle)) != 0 ? TRUE : FALSE;
+}
+
+HANDLE OpenThread(DWORD, BOOL, DWORD id) noexcept {
+    const bool isThere = syscall(SYS_tgkill, getpid(), static_cast<pid_t>(id), 0) == 0;
+    SetLastError(isThere ? 0 : ERROR_INVALID_PARAMETER);
+    return nullptr;
+}
+
+DWORD GetProcessIdOfThread(HANDLE) noexcept {
+    return GetCurrentProcessId();
+}
+
+DWORD GetCurrentProcessId() noexcept {
+    return static_cast<DWORD>(getpid());
+}
+
+DWORD GetLastError() noexcept {
+    return lastError;
+}
+
+void SetLastError(DWORD error) noexcept {
+    lastError = error;
 }
 
 BOOL GetModuleHandleExA(DWORD, const char* address, HMODULE* module) noexcept {

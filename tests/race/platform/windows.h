@@ -39,6 +39,15 @@ BOOL GetExitCodeThread(HANDLE thread, DWORD* exitCode) noexcept;
 BOOL CloseHandle(HANDLE handle) noexcept;
 DWORD GetCurrentThreadId() noexcept;
 
+/// There is never a handle; the error tells whether there is the thread.
+constexpr DWORD THREAD_QUERY_LIMITED_INFORMATION = 0x0800;
+constexpr DWORD ERROR_INVALID_PARAMETER = 87;
+HANDLE OpenThread(DWORD access, BOOL inherits, DWORD id) noexcept;
+DWORD GetProcessIdOfThread(HANDLE thread) noexcept;
+DWORD GetCurrentProcessId() noexcept;
+DWORD GetLastError() noexcept;
+void SetLastError(DWORD error) noexcept;
+
 /// Nothing is ever unloaded here; only the thread's end is one.
 constexpr DWORD GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS = 4;
 BOOL GetModuleHandleExA(DWORD flags, const char* address, HMODULE* module) noexcept;
