@@ -236,7 +236,7 @@ TEST(Clock, TheLongestSpanEndsIn49Days) {
     FakeClock clock;
     clock.now = 1000;
     const common::Moment start = common::now();
-    EXPECT_FALSE(common::hasPassed(common::now(), start, 0xFFFFFFFF));
-    EXPECT_FALSE(common::hasPassed(start + 0xFFFFFFFF, start, 0xFFFFFFFF));
-    EXPECT_TRUE(common::hasPassed(start + 0xFFFFFFFF + 1, start, 0xFFFFFFFF));
+    EXPECT_FALSE(common::hasPassed(common::now(), start, 0xFFFFFFFD));
+    EXPECT_FALSE(common::hasPassed(start + 0xFFFFFFFD, start, 0xFFFFFFFD));
+    EXPECT_TRUE(common::hasPassed(start + 0xFFFFFFFD + 1, start, 0xFFFFFFFD));
 }
