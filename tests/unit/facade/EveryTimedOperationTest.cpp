@@ -34,7 +34,7 @@ INSTANTIATE_TEST_SUITE_P(Of, TimedOperations, ::testing::ValuesIn(timedOperation
                          operationName);
 
 TEST_P(TimedOperations, ARequestHasItsKindAQueueForTheAnswerAndNoMonitor) {
-    succeedAlways(resultsOf(GetParam()));
+    succeedWith([operation = GetParam()] { return resultsOf(operation); });
     start();
     EXPECT_TRUE(call());
     ASSERT_THAT(agent.requests(), SizeIs(1));
@@ -46,7 +46,7 @@ TEST_P(TimedOperations, ARequestHasItsKindAQueueForTheAnswerAndNoMonitor) {
 
 TEST_P(TimedOperations, TheTimeoutTravelsUndoubled) {
     if (!GetParam().timeoutIn) return;
-    succeedAlways(resultsOf(GetParam()));
+    succeedWith([operation = GetParam()] { return resultsOf(operation); });
     start();
     for (const unsigned int timeoutMs : timeouts) {
         agent.forgetRequests();
@@ -73,7 +73,7 @@ TEST_P(TimedOperations, WithoutALogAFailureIsStillTraced) {
 }
 
 TEST_P(TimedOperations, WithoutALogASuccessIsASuccess) {
-    succeedAlways(resultsOf(GetParam()));
+    succeedWith([operation = GetParam()] { return resultsOf(operation); });
     startWithoutLog();
     EXPECT_TRUE(call());
 }
@@ -111,7 +111,7 @@ TEST_P(TimedOperations, OnlyTheResultOneIsSuccess) {
 }
 
 TEST_P(TimedOperations, AfterAShutdownItFailsWithoutALineAndPostsNothing) {
-    succeedAlways(resultsOf(GetParam()));
+    succeedWith([operation = GetParam()] { return resultsOf(operation); });
     start().shutdown();
     const auto lines = trace().size();
     EXPECT_FALSE(call(noLimit));

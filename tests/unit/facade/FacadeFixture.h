@@ -3,8 +3,10 @@
 #include <gmock/gmock.h>
 #include <windows.h>
 
+#include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "ScriptedAgent.h"
@@ -37,6 +39,12 @@ protected:
     void succeedAlways(const std::shared_ptr<Data>& data) {
         agent.script().onRequest = [told = *data](Impl&, const Cmd& c) {
             ScriptedAgent::succeed(c, std::make_shared<Data>(told));
+        };
+    }
+    /// Each request gets what `make` makes, which may be nothing.
+    void succeedWith(std::function<std::shared_ptr<Impl::CmdData>()> make) {
+        agent.script().onRequest = [make = std::move(make)](Impl&, const Cmd& c) {
+            ScriptedAgent::succeed(c, make());
         };
     }
     void failAlways() {

@@ -69,7 +69,7 @@ TEST(RecordStream, AnAbsurdLengthBreaksTheStreamBeforeItsBytesArrive) {
 
 TEST(RecordStream, TheLongestPayloadAllowedIsWaitedFor) {
     RecordStream stream;
-    stream.append(bytesOf("03 00 00 00 01 00 00 00 00 00 00 08"));
+    stream.append(bytesOf("03 00 00 00 01 00 00 00 F4 FF FF 07"));
     EXPECT_FALSE(stream.next());
 }
 
