@@ -210,17 +210,22 @@ TEST_P(GuideCosts, AStreamCostsItsNamesAndOneListAndItsEndAnother) {
     }
 }
 
-TEST_P(GuideCosts, WhatIsKnownOfNamesOutlivesAConnectAndAModel) {
+TEST_P(GuideCosts, WhatIsKnownOfNamesOutlivesAConnectButNotAModel) {
     ASSERT_TRUE(station.start());
     ASSERT_TRUE(describe(station.facade(), "KnockRetard"));
     ASSERT_FALSE(describe(station.facade(), "NoSuchParameter"));
     ASSERT_TRUE(station.connectEcu(0));
-    ASSERT_TRUE(station->openModel({1, "m.sdm", 0, "", 0, "", 0, {}}));
-    ASSERT_TRUE(station->pingQor(amply));
-    const std::size_t records = station.wire().size();
+    std::size_t records = station.wire().size();
     EXPECT_TRUE(describe(station.facade(), "KnockRetard"));
     EXPECT_FALSE(describe(station.facade(), "NoSuchParameter"));
     EXPECT_THAT(station.requests(records), IsEmpty());
+    ASSERT_TRUE(station->openModel({1, "m.sdm", 0, "", 0, "", 0, {}}));
+    ASSERT_TRUE(station->pingQor(amply));
+    records = station.wire().size();
+    EXPECT_TRUE(describe(station.facade(), "KnockRetard"));
+    EXPECT_FALSE(describe(station.facade(), "NoSuchParameter"));
+    EXPECT_THAT(kindsOf(station.requests(records)),
+                ElementsAreArray(Requests{"GetParamInfo", "GetParamInfo"}));
 }
 
 TEST_P(GuideCosts, AFarewellIsTwoRequests) {
