@@ -99,7 +99,9 @@ void QorControlFacade::shutdown() {
     const auto impl = impl_->shared_from_this();
     const OneAtATime turn(impl->shuttingDown);
     common::Thread& thread = impl->agentThread;
-    if (!thread.hasHandle() || thread.state() != common::ThreadState::running) return;
+    // One that has failed and only clears up counts as ended; it looks after itself.
+    if (!thread.hasHandle() || impl->agentEnded) return;
+    if (thread.state() != common::ThreadState::running) return;
     impl->agentRunning = false;
     awaitEnd(thread);
     if (!thread.close())

@@ -73,6 +73,10 @@ TEST_F(LostAgent, ThatHasFailedAndOnlyClearsUpHasEveryOperationFailAtOnce) {
     EXPECT_FALSE(facade->getParamData("Load", values, 5000));
     EXPECT_FALSE(facade->connect({}, QorControlFacade::EcuConnect::Default, nullptr));
     EXPECT_THAT(agent.requests(), SizeIs(0));
+    facade->shutdown();  // does not wait for it
+    EXPECT_TRUE(impl->agentRunning);
+    impl->agentRunning = false;
+    while (!agent.hasEnded()) Sleep(1);
 }
 
 class LateAgent : public FacadeTest {};
