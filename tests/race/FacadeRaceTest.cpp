@@ -77,11 +77,14 @@ TEST_F(FacadeRace, ALateOrSecondAnswerNeverReachesALaterCall) {
 }
 
 TEST_F(FacadeRace, AllTimedOperationsGiveUpAtAnyMoment) {
-    Crowd crowd;
-    crowd.add(threads, [&](int) {
-        for (unsigned int i = 0; i < 40; ++i) callTimedOperations(facade, i % 4);
-    });
-    crowd.join();
+    // How many calls it takes until enough answers were late depends on the machine.
+    for (int most = 0; most < 20 && agent.lateAnswers() <= 20; ++most) {
+        Crowd crowd;
+        crowd.add(threads, [&](int) {
+            for (unsigned int i = 0; i < 40; ++i) callTimedOperations(facade, i % 4);
+        });
+        crowd.join();
+    }
     EXPECT_GT(agent.lateAnswers(), 20);
 }
 
@@ -102,7 +105,7 @@ TEST_F(FacadeRace, TheValueCacheIsReadAndWrittenByAll) {
     std::atomic<int> torn{0};
     Crowd crowd;
     crowd.add(threads, [&](int thread) {
-        for (int i = 0; i < rounds; ++i) {
+        for (int i = 0; i < rounds || (found <= 20 && i < 20 * rounds); ++i) {
             const std::string name = nameOf(i % 3);
             const double written = thread * rounds + i;
             facade.setParamData(name, {written}, {written}, {written}, 2);
