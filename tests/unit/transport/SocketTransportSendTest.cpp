@@ -125,9 +125,8 @@ TEST_F(SocketTransport, ASendThatDoesNotWaitIsTrueAtOnce) {
 TEST_F(SocketTransport, ASendOfOneMillisecondFailsSoon) {
     const Stopwatch watch;
 
-    startSend(1);
-
-    EXPECT_FALSE(result.get());
+    // Whether it leaves before it is given up is up to the machine.
+    EXPECT_FALSE(sendOnThread(transport, 1).get());
     EXPECT_LT(watch.ms(), 1000u);
 }
 
