@@ -153,7 +153,7 @@ TEST_F(SocketTransport, ASendWithoutLimitFailsWithinSomePassesWhenTheAnswerIsNot
 }
 
 TEST_F(SocketTransport, AnAnswerThatComesTooLateIsOnlyHandled) {
-    const Record request = startSend(50);
+    const Record request = startSend(500);
     ASSERT_FALSE(result.get());
 
     peer.send(record(8 | tcp::replyFlag, request.requestId, word(3)));
