@@ -3,12 +3,12 @@
 #include <utility>
 
 std::shared_ptr<AnswerTable::AnswerQueue> AnswerTable::take() {
-    std::shared_ptr<AnswerQueue> queue = std::move(queues_.ofThisThread());
+    std::shared_ptr<AnswerQueue> queue = queues_.exchange(nullptr);
     if (queue == nullptr) return std::make_shared<AnswerQueue>(1);
     queue->clear();
     return queue;
 }
 
 void AnswerTable::giveBack(std::shared_ptr<AnswerQueue> queue) {
-    queues_.ofThisThread() = std::move(queue);
+    queues_.exchange(std::move(queue));
 }

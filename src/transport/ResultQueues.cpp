@@ -5,8 +5,11 @@
 #include "common/PerThread.h"
 
 CmdResultQueue& resultQueueOfThisThread() {
-    static common::PerThread<std::unique_ptr<CmdResultQueue>> table;
-    std::unique_ptr<CmdResultQueue>& queue = table.ofThisThread();
-    if (!queue) queue = std::make_unique<CmdResultQueue>(1);
-    return *queue;
+    static common::PerThread<std::shared_ptr<CmdResultQueue>> table;
+    std::shared_ptr<CmdResultQueue> queue = table.get();
+    if (queue == nullptr) {
+        queue = std::make_shared<CmdResultQueue>(1);
+        table.exchange(queue);
+    }
+    return *queue;  // the table holds it
 }

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <set>
 #include <thread>
 #include <vector>
 
@@ -13,63 +12,60 @@ using Table = common::PerThread<int>;
 
 TEST(PerThread, AThreadKeepsItsPlaceAndWhatIsInIt) {
     Table table;
-    int& place = table.ofThisThread();
-    place = 7;
-    EXPECT_EQ(&table.ofThisThread(), &place);
-    EXPECT_EQ(table.ofThisThread(), 7);
+    EXPECT_EQ(table.get(), 0);
+    EXPECT_EQ(table.exchange(7), 0);
+    EXPECT_EQ(table.get(), 7);
+    EXPECT_EQ(table.exchange(8), 7);
+    EXPECT_EQ(table.get(), 8);
 }
 
 TEST(PerThread, APlaceIsNewWhenNobodyHasLeftOne) {
     Table table;
-    table.ofThisThread() = 7;
-    std::thread([&] { EXPECT_EQ(table.ofThisThread(), 0); }).join();
+    table.exchange(7);
+    std::thread([&] { EXPECT_EQ(table.get(), 0); }).join();
+    EXPECT_EQ(table.get(), 7);
+}
+
+/// Twenty threads at once, each with a number of its own in its place; how many found another one.
+int besideEachOther(Table& table) {
+    constexpr int count = 20;
+    std::atomic<int> ready{0};
+    std::atomic<int> wrong{0};
+    std::vector<std::thread> threads;
+    for (int number = 1; number <= count; ++number)
+        threads.emplace_back([&, number] {
+            table.exchange(number);
+            ++ready;
+            while (ready < count) std::this_thread::yield();
+            if (table.get() != number) ++wrong;
+        });
+    for (std::thread& thread : threads) thread.join();
+    return wrong;
 }
 
 TEST(PerThread, ThreadsThatLiveSideBySideHavePlacesOfTheirOwn) {
     Table table;
-    std::atomic<int> ready{0};
-    std::atomic<int> wrong{0};
-    std::vector<std::thread> threads;
-    for (int number = 1; number <= 20; ++number)
-        threads.emplace_back([&, number] {
-            table.ofThisThread() = number;
-            ++ready;
-            while (ready < 20) std::this_thread::yield();
-            if (table.ofThisThread() != number) ++wrong;
-        });
-    for (std::thread& thread : threads) thread.join();
-    EXPECT_EQ(wrong, 0);
+    EXPECT_EQ(besideEachOther(table), 0);
 }
 
 TEST(PerThread, ThePlacesOfEndedThreadsPassOnToNewOnes) {
     Table table;
-    std::set<int*> places;
-    int& own = table.ofThisThread();
-    for (int i = 0; i < 200; ++i) std::thread([&] { places.insert(&table.ofThisThread()); }).join();
-    EXPECT_LE(places.size(), 3u);
-    EXPECT_EQ(places.count(&own), 0u);
-    EXPECT_EQ(&table.ofThisThread(), &own);
+    table.exchange(1000);
+    int made = 0;
+    for (int i = 0; i < 200; ++i)
+        std::thread([&] {
+            if (table.get() == 0) table.exchange(++made);
+        }).join();
+    EXPECT_LE(made, 3);
+    EXPECT_EQ(table.get(), 1000);
 }
 
 TEST(PerThread, PlacesOfManyThreadsAtOnceAreUsedAgainAfterThem) {
     Table table;
-    std::atomic<int> ready{0};
-    std::set<int*> places;
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 20; ++i)
-        threads.emplace_back([&] {
-            table.ofThisThread() = 1;
-            ++ready;
-            while (ready < 20) std::this_thread::yield();
-        });
-    for (std::thread& thread : threads) thread.join();
+    besideEachOther(table);
     int used = 0;
     for (int i = 0; i < 60; ++i)
-        std::thread([&] {
-            int& place = table.ofThisThread();
-            used += place;
-            place = 0;
-        }).join();
+        std::thread([&] { used += table.exchange(0) != 0 ? 1 : 0; }).join();
     EXPECT_GE(used, 15);
 }
 
