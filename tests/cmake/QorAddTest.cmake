@@ -15,7 +15,7 @@ function(qor_add_test)
         return()  # GoogleTest is not installed
     endif()
     if(NOT arg_TIMEOUT)
-        set(arg_TIMEOUT 120)
+        set(arg_TIMEOUT 300)  # seconds; a busy machine may need ten times its usual
     endif()
 
     add_executable(${arg_NAME} EXCLUDE_FROM_ALL ${arg_SOURCES})

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <thread>
 
 #include "FacadeFixture.h"
@@ -63,7 +64,11 @@ TEST_F(Lifecycle, ASecondFacadeOfTheSameHostAppends) {
     start();
     start();
     facade.reset();
-    EXPECT_THAT(wholeTrace(), SizeIs(8));
+    // On a busy machine lines that the agent is still active come in between.
+    const auto trace = wholeTrace();
+    EXPECT_EQ(8, std::count_if(trace.begin(), trace.end(), [](const std::string& line) {
+                  return line.find("QorControlFacade()") != std::string::npos;
+              }));
 }
 
 TEST_F(Lifecycle, TheAgentGetsTheSettingsPathAsItWasGiven) {
