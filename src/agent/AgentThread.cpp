@@ -11,15 +11,16 @@ using tracelog::trace;
 // once. An agent that fails in the middle of its work is left as it is, and so is QOR: nobody
 // knows what state either is in, and the operator decides.
 unsigned int __stdcall QorControlFacade::agentThread(void* share) {
-    const std::unique_ptr<std::shared_ptr<Impl>> own(static_cast<std::shared_ptr<Impl>*>(share));
-    const std::shared_ptr<Impl> impl = *own;
+    using Share = std::shared_ptr<channel::Channel>;
+    const std::unique_ptr<Share> own(static_cast<Share*>(share));
+    const Share channel = *own;
     std::unique_ptr<QorProtocolAgent> agent;
     bool isWorking = false;
     try {
-        agent = std::make_unique<QorProtocolAgent>(impl);
+        agent = std::make_unique<QorProtocolAgent>(channel);
         agent->start();
         isWorking = true;
-        while (impl->agentRunning) agent->step();
+        while (channel->agent.mayGoOn()) agent->step();
         agent->finish();
         return 0;
     } catch (const std::runtime_error& error) {
@@ -29,7 +30,7 @@ unsigned int __stdcall QorControlFacade::agentThread(void* share) {
         trace(libraryModule, tracelog::error, 0, "%s",
               "Exception when starting QOR Remote agent thread.\n");
     }
-    impl->agentEnded = true;
+    channel->agent.noteFailure();
     if (isWorking) static_cast<void>(agent.release());
     return 0;
 }

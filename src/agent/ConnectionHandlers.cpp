@@ -1,32 +1,25 @@
-#include "agent/Answering.h"
 #include "agent/ConnectRecord.h"
 #include "agent/QorProtocolAgent.h"
 #include "common/Clock.h"
 
-bool QorProtocolAgent::performConnect(const Impl::ProtocolCmd& command) {
+bool QorProtocolAgent::performConnect(const Request<channel::CmdDataConnect>& request) {
     /// Keeps the ECU looking online while a slow connect makes progress: 15 s ahead, so 17 s with
     /// the span that the facade adds. It takes no lock: the time is an atomic.
     class MyCallback final : public ClientExternalOperating::ConnectCallback {
     public:
-        explicit MyCallback(Impl& impl) : impl_(impl) {}
-        void onProgress() override { impl_.lastQorContactTick = common::now() + 15000; }
+        explicit MyCallback(channel::QorContact& contact) : contact_(contact) {}
+        void onProgress() override { contact_.note(common::now() + 15000); }
 
     private:
-        Impl& impl_;
+        channel::QorContact& contact_;
     };
 
-    const auto* request = payloadOf<Impl::CmdDataConnect>(command);
-    if (request == nullptr) return false;
-    {
-        const common::LockGuard guard(impl_->stateLock);
-        impl_->readPeriodMs = request->settings.refreshPeriodMs;
-    }
-    MyCallback callback(*impl_);
+    channel_->values.setReadPeriod(request->settings.refreshPeriodMs);
+    MyCallback callback(channel_->contact);
     const protocol::KwpConnect record = makeConnectRecord(request->settings, request->type);
-    return client_->connectEcu(record, command.monitor, callback) && answer(command);
+    return client_->connectEcu(record, request.monitor(), callback) && request.succeed();
 }
 
-bool QorProtocolAgent::ping(const Impl::ProtocolCmd& command) {
-    const auto* request = payloadOf<Impl::CmdDataPing>(command);
-    return request != nullptr && client_->ping(request->timeoutMs) && answer(command);
+bool QorProtocolAgent::ping(const Request<channel::CmdDataPing>& request) {
+    return client_->ping(request->timeoutMs) && request.succeed();
 }

@@ -1,4 +1,3 @@
-#include "agent/Answering.h"
 #include "agent/QorProtocolAgent.h"
 #include "trace/Trace.h"
 
@@ -29,23 +28,16 @@ protocol::StartEdit makeModelRecord(const QorControlFacade::ModelDescription& mo
 
 }  // namespace
 
-bool QorProtocolAgent::openModel(const Impl::ProtocolCmd& command) {
-    const auto* request = payloadOf<Impl::CmdDataModel>(command);
-    if (request == nullptr) return false;
-    {
-        const common::LockGuard guard(impl_->stateLock);
-        impl_->lastQorContactTick = common::Moment();
-    }
+bool QorProtocolAgent::openModel(const Request<channel::CmdDataModel>& request) {
+    channel_->contact.forget();
     client_->disconnectEcu();
     if (!client_->shutdown(false, true))
         tracelog::trace(tracelog::libraryModule, tracelog::error, 0, "%s",
                         "Failed to shutdown QOR\n");
-    return client_->startEdit(makeModelRecord(request->model)) && answer(command);
+    return client_->startEdit(makeModelRecord(request->model)) && request.succeed();
 }
 
-bool QorProtocolAgent::selectSegment(const Impl::ProtocolCmd& command) {
+bool QorProtocolAgent::selectSegment(const Request<channel::CmdDataSegment>& request) {
     // The monitor that comes along has no part in this: a change of page cannot be cancelled.
-    const auto* request = payloadOf<Impl::CmdDataSegment>(command);
-    return request != nullptr && client_->setEcuSegment(request->segment, request->flag) &&
-           answer(command);
+    return client_->setEcuSegment(request->segment, request->flag) && request.succeed();
 }

@@ -1,4 +1,3 @@
-#include "agent/Answering.h"
 #include "agent/QorProtocolAgent.h"
 
 using protocol::ParamInfo;
@@ -23,18 +22,14 @@ wex::ParamDescription describe(const std::string& name, const ParamInfo& record)
 
 }  // namespace
 
-bool QorProtocolAgent::readDescription(const Impl::ProtocolCmd& command) {
-    const auto* request = payloadOf<Impl::CmdDataParamInfo>(command);
-    if (request == nullptr) return false;
+bool QorProtocolAgent::readDescription(const Request<channel::CmdDataParamInfo>& request) {
     ParamInfo record;
     if (!client_->getParamInfo(request->name, record, describeMs, false)) return false;
-    return answer(command, std::make_shared<Impl::CmdDataParamInfo>(
-                               request->name, describe(request->name, record)));
+    return request.succeed(std::make_shared<channel::CmdDataParamInfo>(
+        request->name, describe(request->name, record)));
 }
 
-bool QorProtocolAgent::readParam(const Impl::ProtocolCmd& command) {
-    const auto* request = payloadOf<Impl::CmdDataParamData>(command);
-    if (request == nullptr) return false;
+bool QorProtocolAgent::readParam(const Request<channel::CmdDataParamData>& request) {
     const unsigned int timeoutMs = request->timeoutMs;
     ParamInfo record;
     if (!client_->getParamInfo(request->name, record, timeoutMs, false)) return false;
@@ -44,16 +39,14 @@ bool QorProtocolAgent::readParam(const Impl::ProtocolCmd& command) {
                           ? client_->getStaticParam(request->name, read, timeoutMs)
                           : client_->getParamData(request->name, read.values, timeoutMs, true);
     if (!done) return false;
-    auto result = std::make_shared<Impl::CmdDataParamData>(request->name, timeoutMs);
+    auto result = std::make_shared<channel::CmdDataParamData>(request->name, timeoutMs);
     result->values = std::move(read.values);
     result->second = std::move(read.second);
     result->third = std::move(read.third);
-    return answer(command, std::move(result));
+    return request.succeed(std::move(result));
 }
 
-bool QorProtocolAgent::writeParam(const Impl::ProtocolCmd& command) {
-    auto* request = payloadOf<Impl::CmdDataParamData>(command);
-    if (request == nullptr) return false;
+bool QorProtocolAgent::writeParam(const Request<channel::CmdDataParamData>& request) {
     // Taken out of the request, which may live on in a slot of the queue: nobody else reads it.
     SampledValue written{
         std::move(request->values), std::move(request->second), std::move(request->third), {}};
@@ -62,30 +55,26 @@ bool QorProtocolAgent::writeParam(const Impl::ProtocolCmd& command) {
     const bool done = record.threeArrays
                           ? client_->setStaticParam(request->name, std::move(written))
                           : client_->setParamData(request->name, std::move(written.values));
-    return done && answer(command);
+    return done && request.succeed();
 }
 
-bool QorProtocolAgent::setDynamic(const Impl::ProtocolCmd& command) {
-    auto* request = payloadOf<Impl::CmdDataParamData>(command);
-    return request != nullptr &&
-           client_->setDynamicData(request->name, std::move(request->values),
+bool QorProtocolAgent::setDynamic(const Request<channel::CmdDataParamData>& request) {
+    return client_->setDynamicData(request->name, std::move(request->values),
                                    std::move(request->text)) &&
-           answer(command);
+           request.succeed();
 }
 
-bool QorProtocolAgent::controlParam(const Impl::ProtocolCmd& command) {
-    const auto* request = payloadOf<Impl::CmdDataParamData>(command);
-    if (request == nullptr) return false;
-    const bool done = command.kind == Impl::kindStartDirectCtrl
-                          ? client_->startDirectCtrl(request->name)
-                          : client_->stopDirectCtrl(request->name);
-    return done && answer(command);
+bool QorProtocolAgent::startControl(const Request<channel::CmdDataParamData>& request) {
+    return client_->startDirectCtrl(request->name) && request.succeed();
 }
 
-bool QorProtocolAgent::readTogether(const Impl::ProtocolCmd& command) {
-    const auto* request = payloadOf<Impl::CmdParamDataAtOnce>(command);
-    if (request == nullptr) return false;
-    auto results = std::make_shared<Impl::CmdParamDataAtOnce>(request->names, request->timeoutMs);
+bool QorProtocolAgent::stopControl(const Request<channel::CmdDataParamData>& request) {
+    return client_->stopDirectCtrl(request->name) && request.succeed();
+}
+
+bool QorProtocolAgent::readTogether(const Request<channel::CmdParamDataAtOnce>& request) {
+    auto results =
+        std::make_shared<channel::CmdParamDataAtOnce>(request->names, request->timeoutMs);
     return client_->readTogether(request->names, results->values, request->timeoutMs) &&
-           answer(command, std::move(results));
+           request.succeed(std::move(results));
 }

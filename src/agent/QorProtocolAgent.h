@@ -4,20 +4,22 @@
 #include <string>
 #include <vector>
 
+#include "agent/Request.h"
 #include "client/ClientExternalOperating.h"
 #include "common/Moment.h"
-#include "facade/FacadeImpl.h"
+#include "facade/channel/Channel.h"
 
 /// The library's one worker on QOR: owns the client, carries out the facade's requests one at a
 /// time and keeps the time of QOR's last answer fresh. Everything happens on the agent thread.
 class QorProtocolAgent {
 public:
-    using Impl = QorControlFacade::Impl;
+    using Channel = channel::Channel;
 
-    explicit QorProtocolAgent(std::shared_ptr<Impl> impl);
+    explicit QorProtocolAgent(std::shared_ptr<Channel> channel);
 
     /// With a client of the caller's making, already launched; for tests.
-    QorProtocolAgent(std::shared_ptr<Impl> impl, std::unique_ptr<ClientExternalOperating> client);
+    QorProtocolAgent(std::shared_ptr<Channel> channel,
+                     std::unique_ptr<ClientExternalOperating> client);
 
     /// Makes the client from the facade's settings file, publishes the path of QOR's executable
     /// and launches QOR. Throws std::runtime_error if one of that fails; a client that was made
@@ -35,47 +37,31 @@ public:
     void finish();
 
 private:
-    using Handler = bool (QorProtocolAgent::*)(const Impl::ProtocolCmd&);
-    struct Route;
-    static const Route routes[];
+    template <class Data>
+    using Handler = bool (QorProtocolAgent::*)(const Request<Data>&);
 
     void noteOnlineState();
     void noteEpoch();
-    Handler handlerOf(std::uint32_t kind) const;
-    bool handle(const Impl::ProtocolCmd& command);
-    void carryOut(const Impl::ProtocolCmd& command);
+    void carryOut(const channel::ProtocolCmd& command);
+    bool handle(const channel::ProtocolCmd& command);
+    template <class Data>
+    bool pass(const channel::ProtocolCmd& command, Handler<Data> handler);
 
-    bool performConnect(const Impl::ProtocolCmd& command);
-    bool ping(const Impl::ProtocolCmd& command);
-    bool readDescription(const Impl::ProtocolCmd& command);
-    bool readParam(const Impl::ProtocolCmd& command);
-    bool writeParam(const Impl::ProtocolCmd& command);
-    bool setDynamic(const Impl::ProtocolCmd& command);
-    bool controlParam(const Impl::ProtocolCmd& command);
-    bool readTogether(const Impl::ProtocolCmd& command);
-    bool openModel(const Impl::ProtocolCmd& command);
-    bool selectSegment(const Impl::ProtocolCmd& command);
-    bool clearDtc(const Impl::ProtocolCmd& command);
-    bool readDtc(const Impl::ProtocolCmd& command);
-    bool sendKwp(const Impl::ProtocolCmd& command);
-    bool connectCanBus(const Impl::ProtocolCmd& command);
-    bool readCanBus(const Impl::ProtocolCmd& command);
-    bool sendCanBus(const Impl::ProtocolCmd& command);
-    bool setDtcStream(const Impl::ProtocolCmd& command);
-    bool stopParamStream(const Impl::ProtocolCmd& command);
+    // The handlers, one per row of the table. True: it worked, and the caller has been told.
+#define QOR_HANDLER(number, name, payload, wait, handler) \
+    bool handler(const Request<channel::payload>& request);
+    QOR_OPERATIONS(QOR_HANDLER)
+#undef QOR_HANDLER
 
     // One step each of the streams, in rounds without a request.
     void streamParams();
-    /// Notes how the preparation of a registration ended; false if the host has ended it meanwhile,
-    /// which it may at any time.
-    bool writeBack(Impl::ParamQueue* queue, bool isPrepared, Epoch epoch);
-    void fillQueue(Impl::ParamQueue& queue, const std::vector<std::string>& names);
-    bool isFresh(common::Moment arrivalTick);
+    void fillQueue(channel::ParamQueue& queue, const std::vector<std::string>& names);
     void streamDtcs();
-    bool readDtcsFor(Impl::DtcQueue& queue);
+    bool readDtcsFor(channel::DtcQueue& queue);
     bool hasQorAnsweredLately() const;
+    void directDtcs(const channel::CmdDataDtc& wanted);
 
-    std::shared_ptr<Impl> impl_;
+    std::shared_ptr<Channel> channel_;
     /// Deletes a client, unless a thread of its transport hangs in a call of the system and may
     /// still use it: such a client is left to the end of the process.
     struct EndClient {
@@ -90,7 +76,7 @@ private:
     bool isQorNew_ = false;  // it has not reported an ECU online since
 
     // The one stream of trouble codes; a null queue means none.
-    Impl::DtcQueue* dtcQueue_ = nullptr;
+    channel::DtcQueue* dtcQueue_ = nullptr;
     std::uint32_t dtcStatusMask_ = 0;  // in truth the time-out of a read, see CmdDataDtc
     std::uint32_t dtcPeriodMs_ = 0;
     common::Moment dtcNextTick_;  // never: the next read is due

@@ -1,7 +1,6 @@
 #include <map>
 #include <utility>
 
-#include "agent/Answering.h"
 #include "agent/DtcConversion.h"
 #include "agent/QorProtocolAgent.h"
 #include "common/Clock.h"
@@ -16,17 +15,13 @@ constexpr std::uint32_t silentFailures = 3;
 }  // namespace
 
 bool QorProtocolAgent::hasQorAnsweredLately() const {
-    return impl_->lastQorContactTick.load() + answeredLatelyMs > common::now();
+    return channel_->contact.isWithin(answeredLatelyMs);
 }
 
 void QorProtocolAgent::streamParams() {
-    std::map<Impl::ParamQueue*, Impl::RepeatRead> registered;
-    {
-        const common::LockGuard guard(impl_->stateLock);
-        if (impl_->repeatReads.empty()) return;
-        registered = impl_->repeatReads;
-    }
-    std::map<Impl::ParamQueue*, bool> tried;
+    auto registered = channel_->streams.all();
+    if (registered.empty()) return;
+    std::map<channel::ParamQueue*, bool> tried;
     const Epoch epoch = client_->epoch();
     for (const auto& entry : registered) {
         // What another QOR was set up to send, this one does not send.
@@ -35,47 +30,31 @@ void QorProtocolAgent::streamParams() {
             prepared = tried[entry.first] = client_->subscribe(epoch, entry.second.names);
         if (prepared) fillQueue(*entry.first, entry.second.names);
     }
-    for (const auto& outcome : tried) {
-        const Impl::RepeatRead& entry = registered[outcome.first];
+    for (const auto& [queue, isPrepared] : tried) {
+        const channel::RepeatRead& entry = registered[queue];
+        const bool isLive = channel_->streams.notePreparation(queue, isPrepared, epoch);
         // A stop that came meanwhile has taken back what another QOR had been asked for.
-        if (!writeBack(outcome.first, outcome.second, epoch) && outcome.second && entry.prepared)
-            client_->unsubscribe(epoch, entry.names);
+        if (!isLive && isPrepared && entry.prepared) client_->unsubscribe(epoch, entry.names);
     }
 }
 
-bool QorProtocolAgent::writeBack(Impl::ParamQueue* queue, bool isPrepared, Epoch epoch) {
-    const common::LockGuard guard(impl_->stateLock);
-    const auto live = impl_->repeatReads.find(queue);
-    if (live == impl_->repeatReads.end()) return false;
-    live->second.prepared = isPrepared;
-    live->second.epoch = epoch;
-    return true;
-}
-
-void QorProtocolAgent::fillQueue(Impl::ParamQueue& queue, const std::vector<std::string>& names) {
+void QorProtocolAgent::fillQueue(channel::ParamQueue& queue,
+                                 const std::vector<std::string>& names) {
     std::vector<QorControlFacade::ParamValue> batch;
     batch.reserve(names.size());
     for (const std::string& name : names) {
         SampledValue sample;
-        if (!client_->peekParamData(name, sample) || !isFresh(sample.tick)) continue;
+        if (!client_->peekParamData(name, sample)) continue;
+        if (!channel_->values.isYoungerThan(freshPeriods, sample.tick)) continue;
         const double value = sample.values.front();
         batch.push_back({name, {value}});
-        const common::LockGuard guard(impl_->stateLock);
-        impl_->paramValueCache[name] = Impl::CachedValue{{value}, {}, {}, sample.tick};
+        channel_->values.store(name, {{value}, {}, {}, sample.tick});
     }
     if (!batch.empty()) queue.push(batch);
 }
 
-bool QorProtocolAgent::isFresh(common::Moment arrivalTick) {
-    const common::LockGuard guard(impl_->stateLock);
-    const common::Moment end = arrivalTick + freshPeriods * impl_->readPeriodMs;
-    return end > common::now();
-}
-
-bool QorProtocolAgent::stopParamStream(const Impl::ProtocolCmd& command) {
-    const auto* request = payloadOf<Impl::CmdRepeatRead>(command);
-    return request != nullptr && client_->unsubscribe(request->epoch, request->names) &&
-           answer(command);
+bool QorProtocolAgent::stopParamStream(const Request<channel::CmdRepeatRead>& request) {
+    return client_->unsubscribe(request->epoch, request->names) && request.succeed();
 }
 
 void QorProtocolAgent::streamDtcs() {
@@ -90,20 +69,27 @@ void QorProtocolAgent::streamDtcs() {
     dtcNextTick_ = common::now() + dtcPeriodMs_;
 }
 
-bool QorProtocolAgent::readDtcsFor(Impl::DtcQueue& queue) {
+bool QorProtocolAgent::readDtcsFor(channel::DtcQueue& queue) {
     std::vector<protocol::DtcRecord> dtcs;
     if (!client_->getDtc(dtcStatusMask_, dtcs, dtcStatusMask_)) return false;
     queue.push(toDescriptions(std::move(dtcs)));
     return true;
 }
 
-bool QorProtocolAgent::setDtcStream(const Impl::ProtocolCmd& command) {
-    const auto* request = payloadOf<Impl::CmdDataDtc>(command);
-    if (request == nullptr) return false;
-    dtcQueue_ = request->queue;
-    dtcStatusMask_ = request->statusMask;
-    dtcPeriodMs_ = request->periodMs;
+bool QorProtocolAgent::startDtcStream(const Request<channel::CmdDataDtc>& request) {
+    directDtcs(*request);
+    return request.succeed();
+}
+
+bool QorProtocolAgent::stopDtcStream(const Request<channel::CmdDataDtc>& request) {
+    directDtcs(*request);  // which names no queue
+    return request.succeed();
+}
+
+void QorProtocolAgent::directDtcs(const channel::CmdDataDtc& wanted) {
+    dtcQueue_ = wanted.queue;
+    dtcStatusMask_ = wanted.statusMask;
+    dtcPeriodMs_ = wanted.periodMs;
     dtcNextTick_ = common::Moment();
     dtcFailures_ = 0;
-    return answer(command);
 }

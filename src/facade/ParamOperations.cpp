@@ -1,20 +1,16 @@
 #include <utility>
 
-#include "facade/CmdData.h"
 #include "facade/ParamLines.h"
 #include "facade/QorControlFacade.h"
 #include "facade/Text.h"
 #include "facade/TimedCall.h"
-#include "facade/ValueCache.h"
 #include "trace/Trace.h"
 
+using channel::Kind;
 using tracelog::libraryModule;
 using tracelog::trace;
-using Impl = QorControlFacade::Impl;
 
 namespace {
-
-constexpr std::uint32_t descriptionWaitMs = 3000;
 
 /// A value as a character code: truncated toward zero, its low 8 bits. What no integer can hold
 /// gives 0.
@@ -28,50 +24,43 @@ char asCharacter(double value) {
 
 bool QorControlFacade::getParamDescription(const std::string& name,
                                            wex::ParamDescription& desc) const {
-    static AnswerTable answers;
-    const auto impl = impl_->shared_from_this();
-    if (!impl->isOperating()) return false;
-    TimedCall call(*impl, answers);
+    TimedCall<Kind::getParamDescription> call(*impl_);
+    wex::ParamDescription asked = desc;
+    asked.name = name;
+    if (!call.post(name, std::move(asked))) return false;
     desc.name = name;
-    const auto request = std::make_shared<Impl::CmdDataParamInfo>(name, desc);
-    if (const auto* const answer = call.ask<Impl::CmdDataParamInfo>(Impl::kindGetParamDescription,
-                                                                    request, descriptionWaitMs)) {
+    if (const auto* const answer = call.awaitResults()) {
         desc = answer->description;
         return true;
     }
-    paramlines::traceFailure("getParamDescription", name, call);
+    paramlines::traceFailure(call, name);
     return false;
 }
 
 bool QorControlFacade::getParamData(const std::string& name, std::vector<double>& values,
                                     std::vector<double>& second, std::vector<double>& third,
                                     unsigned int timeoutMs) const {
-    static AnswerTable answers;
-    const auto impl = impl_->shared_from_this();
-    if (!impl->mayBeOperating()) return false;
-    TimedCall call(*impl, answers);
-    if (valuecache::find(*impl, name, values, second, third)) return true;
-    if (!impl->isOperating()) return false;
-    const auto request = std::make_shared<Impl::CmdDataParamData>(name, timeoutMs);
-    auto* const answer =
-        call.ask<Impl::CmdDataParamData>(Impl::kindGetParamData, request, doubledWait(timeoutMs));
-    if (answer == nullptr) {
-        paramlines::traceFailure("getParamData", name, call);
-        trace(libraryModule, tracelog::information, 0,
-              "QorControlFacade::getParamData() isEcuOnline=%s\n",
-              impl->isEcuOnline() ? "true" : "false");
-        paramlines::logFailure(*impl, "FAILED GET-param(%s), t: %d ms", name, call);
-        return false;
+    TimedCall<Kind::getParamData> call(*impl_, timeoutMs);
+    auto& channel = call.channel();
+    if (!channel.agent.mayBeOperating()) return false;
+    if (channel.values.find(name, values, second, third)) return true;
+    if (auto* const answer = call.ask(name, timeoutMs)) {
+        values = answer->values;
+        second = answer->second;
+        third = answer->third;
+        const std::string shown = text::ofValues(answer->values);
+        channel.values.store(name, {std::move(answer->values), std::move(answer->second),
+                                    std::move(answer->third), answer->stamp});
+        paramlines::traceValue(call, "get", name, shown);
+        return true;
     }
-    values = answer->values;
-    second = answer->second;
-    third = answer->third;
-    const std::string shown = text::ofValues(answer->values);
-    valuecache::store(*impl, name,
-                      {std::move(answer->values), std::move(answer->second),
-                       std::move(answer->third), answer->stamp});
-    paramlines::traceValue("get", name, shown, call);
-    return true;
+    if (!call.wasPosted()) return false;
+    paramlines::traceFailure(call, name);
+    trace(libraryModule, tracelog::information, 0,
+          "QorControlFacade::getParamData() isEcuOnline=%s\n",
+          channel.contact.isEcuOnline() ? "true" : "false");
+    paramlines::logFailure(call, "FAILED GET-param(%s), t: %d ms", name);
+    return false;
 }
 
 bool QorControlFacade::getParamData(const std::string& name, std::vector<double>& values,
@@ -94,20 +83,15 @@ bool QorControlFacade::setParamData(const std::string& name, const std::vector<d
                                     const std::vector<double>& second,
                                     const std::vector<double>& third,
                                     unsigned int timeoutMs) const {
-    static AnswerTable answers;
-    const auto impl = impl_->shared_from_this();
-    if (!impl->isOperating()) return false;
-    TimedCall call(*impl, answers);
-    const auto request = std::make_shared<Impl::CmdDataParamData>(name, timeoutMs);
-    request->values = values;
-    request->second = second;
-    request->third = third;
-    if (!call.run(Impl::kindSetParamData, request, doubledWait(timeoutMs))) {
-        paramlines::traceFailure("setParamData", name, call);
-        paramlines::logFailure(*impl, "FAILED SET-param(%s), t: %d ms", name, call);
-        return false;
+    TimedCall<Kind::setParamData> call(*impl_, timeoutMs);
+    if (call.run(name, values, second, third, timeoutMs)) {
+        paramlines::traceValue(call, "set", name, text::ofValues(values));
+        call.channel().values.store(name, {values, second, third, call.request().stamp});
+        return true;
     }
-    paramlines::traceValue("set", name, text::ofValues(values), call);
-    valuecache::store(*impl, name, {values, second, third, request->stamp});
-    return true;
+    if (call.wasPosted()) {
+        paramlines::traceFailure(call, name);
+        paramlines::logFailure(call, "FAILED SET-param(%s), t: %d ms", name);
+    }
+    return false;
 }

@@ -6,7 +6,7 @@
 #include "common/LastError.h"
 #include "common/Paths.h"
 #include "common/Pump.h"
-#include "facade/FacadeImpl.h"
+#include "facade/Call.h"
 #include "trace/Trace.h"
 
 using tracelog::libraryModule;
@@ -43,20 +43,6 @@ bool isStillActive(const common::Thread& thread) {
     return state == common::ThreadState::running;
 }
 
-/// Lets one thread in and makes the others wait for their turn; a lock must not be held so long.
-class OneAtATime {
-public:
-    explicit OneAtATime(std::atomic<bool>& busy) : busy_(busy) {
-        while (busy_.exchange(true)) common::sleepMs(1);
-    }
-    ~OneAtATime() { busy_ = false; }
-    OneAtATime(const OneAtATime&) = delete;
-    OneAtATime& operator=(const OneAtATime&) = delete;
-
-private:
-    std::atomic<bool>& busy_;
-};
-
 void awaitEnd(const common::Thread& thread) {
     common::sleepMs(shutdownPollMs);
     for (int poll = 0; poll < shutdownPolls && isStillActive(thread); ++poll) {
@@ -71,22 +57,21 @@ void awaitEnd(const common::Thread& thread) {
 QorControlFacade::QorControlFacade(const std::string& settingsPath, const EolLog* eolLog,
                                    unsigned int readPeriodMs, const std::string& hostPath)
     : impl_(nullptr) {
-    auto impl = std::make_shared<Impl>(settingsPath, eolLog, readPeriodMs);
+    auto impl = std::make_unique<Impl>(settingsPath, eolLog, readPeriodMs);
     openTraceBeside(hostPath);
     const tracelog::Scope scope(libraryModule, "QorControlFacade::QorControlFacade()\n");
     // The thread gets a share of its own: it may first run when the facade is gone.
-    auto share = std::make_unique<std::shared_ptr<Impl>>(impl);
-    if (impl->agentThread.start(agentThread, share.get()))
+    auto share = std::make_unique<std::shared_ptr<channel::Channel>>(impl->channel);
+    if (impl->channel->agent.start(agentThread, share.get()))
         static_cast<void>(share.release());
     else
         trace(libraryModule, tracelog::error, 0, "Failed to start QOR Remote agent thread, %s.\n",
               common::lastErrorText().c_str());
-    impl_ = impl.get();
-    impl_->facadeCount = impl;
+    impl_ = impl.release();
 }
 
 QorControlFacade::~QorControlFacade() {
-    const std::shared_ptr<Impl> last = std::move(impl_->facadeCount);
+    const std::unique_ptr<const Impl> last(impl_);
     const tracelog::Scope scope(libraryModule, "QorControlFacade::~QorControlFacade()\n");
     try {
         shutdown();
@@ -96,13 +81,14 @@ QorControlFacade::~QorControlFacade() {
 }
 
 void QorControlFacade::shutdown() {
-    const auto impl = impl_->shared_from_this();
-    const OneAtATime turn(impl->shuttingDown);
-    common::Thread& thread = impl->agentThread;
+    const auto channel = impl_->channel;
+    channel::AgentLife& agent = channel->agent;
+    const channel::AgentLife::Turn turn(agent);
+    common::Thread& thread = agent.thread();
     // One that has failed and only clears up counts as ended; it looks after itself.
-    if (!thread.hasHandle() || impl->agentEnded) return;
+    if (!thread.hasHandle() || agent.hasFailed()) return;
     if (thread.state() != common::ThreadState::running) return;
-    impl->agentRunning = false;
+    agent.askToEnd();
     awaitEnd(thread);
     if (!thread.close())
         trace(libraryModule, tracelog::error, 0, "Can't close QOR Remote agent thread, %s\n",
@@ -110,33 +96,30 @@ void QorControlFacade::shutdown() {
 }
 
 bool QorControlFacade::isOperating() const {
-    return impl_->isOperating();
+    return Call(*impl_).isOperating();
 }
 
 bool QorControlFacade::protectedMessagePump() const {
-    return impl_->protectedMessagePump();
+    return Call(*impl_).pumpMessage();
 }
 
 bool QorControlFacade::isEcuOnline() const {
-    return impl_->isEcuOnline();
+    return impl_->channel->contact.isEcuOnline();
 }
 
 bool QorControlFacade::isConnecting() const {
-    return impl_->connecting;
+    return *impl_->connecting;
 }
 
 std::string QorControlFacade::getQorExecutablePath() {
-    const auto impl = impl_->shared_from_this();
+    const auto channel = impl_->channel;
     const common::Moment start = common::now();
     while (!common::hasPassed(common::now(), start, executablePathMs)) {
-        {
-            const common::LockGuard guard(impl->stateLock);
-            if (!impl->qorExecutablePath.empty()) return impl->qorExecutablePath;
-        }
+        const std::string path = channel->executable.get();
+        if (!path.empty()) return path;
         common::pumpCopyData();
     }
-    const common::LockGuard guard(impl->stateLock);
-    return impl->qorExecutablePath;
+    return channel->executable.get();
 }
 
 const std::string& QorControlFacade::getEdcRamSegmentName() {

@@ -4,10 +4,11 @@
 
 #include "common/Clock.h"
 
-TimedCall::TimedCall(Impl& impl, AnswerTable& answers)
-    : impl_(impl), answers_(answers), start_(common::now()) {}
+AwaitedCall::AwaitedCall(const QorControlFacade::Impl& impl, channel::AnswerTable& answers,
+                         const char* name)
+    : Call(impl), answers_(answers), name_(name), start_(common::now()) {}
 
-TimedCall::~TimedCall() {
+AwaitedCall::~AwaitedCall() {
     if (queue_ == nullptr) return;
     if (answered_)
         answers_.giveBack(std::move(queue_));
@@ -15,23 +16,18 @@ TimedCall::~TimedCall() {
         queue_->giveUp();
 }
 
-void TimedCall::post(std::uint32_t kind, std::shared_ptr<Impl::CmdData> request) {
-    request_ = std::move(request);
+void AwaitedCall::post(channel::Kind kind, std::shared_ptr<channel::CmdData> request) {
     queue_ = answers_.take();
-    Impl::ProtocolCmd command;
-    command.kind = kind;
-    command.data = request_;
-    command.replyQueue = queue_;
-    impl_.commandQueue.push(command);
+    push({kind, std::move(request), queue_, nullptr});
 }
 
-bool TimedCall::await(std::uint32_t waitMs) {
+bool AwaitedCall::await(std::uint32_t waitMs) {
     waits_ = waitMs != 0;
     answered_ = popWithin(waitMs);
-    return answered_ && response_.result == Impl::CmdResponse::success;
+    return answered_ && response_.result == channel::CmdResponse::success;
 }
 
-bool TimedCall::popWithin(std::uint32_t waitMs) {
+bool AwaitedCall::popWithin(std::uint32_t waitMs) {
     const common::Moment start = common::now();
     std::uint64_t elapsed = 0;
     for (;;) {
@@ -47,12 +43,6 @@ bool TimedCall::popWithin(std::uint32_t waitMs) {
     }
 }
 
-bool TimedCall::run(std::uint32_t kind, std::shared_ptr<Impl::CmdData> request,
-                    std::uint32_t waitMs) {
-    post(kind, std::move(request));
-    return await(waitMs);
-}
-
-int TimedCall::elapsedMs() const {
+int AwaitedCall::elapsedMs() const {
     return static_cast<int>(static_cast<std::uint32_t>(common::now() - start_));
 }

@@ -5,67 +5,118 @@
 #include <utility>
 
 #include "common/Moment.h"
-#include "facade/AnswerTable.h"
-#include "facade/FacadeImpl.h"
+#include "facade/Call.h"
+#include "facade/channel/AnswerTable.h"
 
-/// How long a facade operation waits for a time-out of `timeoutMs`: twice as long, in wrap-around
-/// arithmetic, because the agent may be busy with another request; 0xFFFFFFFF stays "no limit".
-constexpr std::uint32_t doubledWait(std::uint32_t timeoutMs) {
-    return timeoutMs == 0xFFFFFFFFu ? timeoutMs : timeoutMs * 2u;
-}
-
-/// The shape that all timed operations share: note the time, find the calling thread's answer
-/// queue, post the request, wait for the answer, and give up one that does not come in time: then
-/// the answer goes astray, and what the agent has not begun for this caller it does not begin any
-/// more. An operation adds only its payload, its results and its log lines.
-class TimedCall {
+/// The course of every operation that waits for its answer within a time: note the time, see that
+/// there is an agent, find the calling thread's answer queue, post the request, wait for the
+/// answer, and give up one that does not come: then the answer goes astray, and what the agent has
+/// not begun for this caller it does not begin any more. An operation adds only its payload, its
+/// results and its lines, which tell nothing of a call that found no agent.
+///
+/// This is what does not depend on the operation; see TimedCall.
+class AwaitedCall : public Call {
 public:
-    using Impl = QorControlFacade::Impl;
-
-    /// Starts the clock of the call.
-    TimedCall(Impl& impl, AnswerTable& answers);
     /// Gives up an answer that has not come.
-    ~TimedCall();
-    TimedCall(const TimedCall&) = delete;
-    TimedCall& operator=(const TimedCall&) = delete;
+    ~AwaitedCall();
+    AwaitedCall(const AwaitedCall&) = delete;
+    AwaitedCall& operator=(const AwaitedCall&) = delete;
 
-    /// Posts the request.
-    void post(std::uint32_t kind, std::shared_ptr<Impl::CmdData> request);
+    /// Whether there was an agent to ask.
+    bool wasPosted() const { return queue_ != nullptr; }
+
+    /// Milliseconds since the start, as the lines print them.
+    int elapsedMs() const;
+
+    /// The operation's, as the lines print it.
+    const char* name() const { return name_; }
+
+protected:
+    /// Starts the clock of the call.
+    AwaitedCall(const QorControlFacade::Impl& impl, channel::AnswerTable& answers,
+                const char* name);
+
+    void post(channel::Kind kind, std::shared_ptr<channel::CmdData> request);
 
     /// Waits for the answer; true if it came and tells success. A caller that waits no time at all
     /// waits for nobody: its request is carried out whenever the agent comes to it.
     bool await(std::uint32_t waitMs);
 
-    /// Posts and waits.
-    bool run(std::uint32_t kind, std::shared_ptr<Impl::CmdData> request, std::uint32_t waitMs);
-
-    /// After a success: the payload that carries the results, which is the request's own where
-    /// the answer has none. Null if it is not a `Data`.
-    template <class Data>
-    Data* results() const {
-        const auto& carrier = response_.data ? response_.data : request_;
-        return dynamic_cast<Data*>(carrier.get());
-    }
-
-    /// Posts, waits, and gives the results of a success, which are the caller's then; null after a
-    /// failure. What is taken out of them does not live on in the answer queue's slot.
-    template <class Data>
-    Data* ask(std::uint32_t kind, std::shared_ptr<Impl::CmdData> request, std::uint32_t waitMs) {
-        return run(kind, std::move(request), waitMs) ? results<Data>() : nullptr;
-    }
-
-    /// Milliseconds since the start, as the log lines print them.
-    int elapsedMs() const;
+    /// Of the answer that came; null if it has none.
+    channel::CmdData* answerData() const { return response_.data.get(); }
 
 private:
     bool popWithin(std::uint32_t waitMs);
 
-    Impl& impl_;
-    AnswerTable& answers_;
+    channel::AnswerTable& answers_;
+    const char* const name_;
     const common::Moment start_;
-    std::shared_ptr<Impl::AnswerQueue> queue_;
+    std::shared_ptr<channel::AnswerQueue> queue_;
     bool waits_ = true;
     bool answered_ = false;
-    std::shared_ptr<Impl::CmdData> request_;
-    Impl::CmdResponse response_;
+    channel::CmdResponse response_;
+};
+
+/// A call of one operation of the table:
+///
+///     TimedCall<channel::Kind::pingQor> call(*impl_, timeoutMs);
+///     if (call.run(timeoutMs)) return true;  // what `run` takes makes the payload
+///     if (call.wasPosted()) trace(...);
+///     return false;
+template <channel::Kind kind>
+class TimedCall : public AwaitedCall {
+    using Operation = channel::Operation<kind>;
+    using Data = typename Operation::Data;
+
+public:
+    TimedCall(const QorControlFacade::Impl& impl, unsigned int timeoutMs = 0)
+        : AwaitedCall(impl, answers(), Operation::name),
+          waitMs_(channel::waitMs(Operation::wait, timeoutMs)) {
+        static_assert(
+            Operation::wait != channel::Wait::none && Operation::wait != channel::Wait::unlimited,
+            "see the table");
+    }
+
+    /// Posts the request; false if there is no agent.
+    template <class... Args>
+    bool post(Args&&... payload) {
+        if (!isOperating()) return false;
+        request_ = std::make_shared<Data>(std::forward<Args>(payload)...);
+        AwaitedCall::post(kind, request_);
+        return true;
+    }
+
+    /// Waits for what was posted; true if it succeeded.
+    bool await() { return AwaitedCall::await(waitMs_); }
+
+    /// The same, and gives the results, which are the caller's then: what is taken out of them does
+    /// not live on in the answer queue's slot. They are in the request's own payload where the
+    /// answer has none. Null after a failure.
+    Data* awaitResults() {
+        if (!await()) return nullptr;
+        return answerData() != nullptr ? dynamic_cast<Data*>(answerData()) : request_.get();
+    }
+
+    /// What was posted.
+    const Data& request() const { return *request_; }
+
+    /// Posts and waits.
+    template <class... Args>
+    bool run(Args&&... payload) {
+        return post(std::forward<Args>(payload)...) && await();
+    }
+    template <class... Args>
+    Data* ask(Args&&... payload) {
+        return post(std::forward<Args>(payload)...) ? awaitResults() : nullptr;
+    }
+
+private:
+    /// One per operation, for the whole process.
+    static channel::AnswerTable& answers() {
+        static channel::AnswerTable table;
+        return table;
+    }
+
+    const std::uint32_t waitMs_;
+    std::shared_ptr<Data> request_;
 };

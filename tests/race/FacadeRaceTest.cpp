@@ -14,7 +14,7 @@
 namespace {
 
 using Values = std::vector<double>;
-using Impl = QorControlFacade::Impl;
+using Channel = channel::Channel;
 using ParamQueue = ThreadSafeQueue<std::vector<QorControlFacade::ParamValue>>;
 
 constexpr int threads = 4;

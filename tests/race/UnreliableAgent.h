@@ -4,7 +4,8 @@
 #include <atomic>
 #include <memory>
 
-#include "facade/CmdData.h"
+#include "facade/channel/Channel.h"
+#include "facade/channel/CmdData.h"
 
 /// The agent thread of each facade that is made while this object lives. It answers one request at
 /// once, another not at all and the next while the host asks for something else; and one that is
@@ -34,11 +35,11 @@ public:
     void awaitRequests(int count) const;
 
     /// The body of the agent thread.
-    void run(QorControlFacade::Impl& impl);
+    void run(channel::Channel& channel);
 
 private:
     std::atomic<bool>& givenUp(int number) { return givenUp_.at(static_cast<std::size_t>(number)); }
-    void answerLate(const QorControlFacade::Impl::ProtocolCmd& command);
+    void answerLate(const channel::ProtocolCmd& command);
 
     std::array<std::atomic<bool>, numbers> givenUp_{};
     std::atomic<bool> silent_{false};

@@ -5,8 +5,11 @@
 
 #include <algorithm>
 #include <memory>
+#include <set>
+#include <string>
 #include <tuple>
 
+#include "facade/channel/Operations.h"
 #include "Models.h"
 #include "OperationTable.h"
 #include "Station.h"
@@ -168,6 +171,23 @@ TEST_P(Operations, SpeaksAndReportsAsTheTableSays) {
     EXPECT_THAT(withoutOnlineState(station().trace(traced)),
                 ElementsAreArray(succeeds ? row.trace : row.failureTrace));
     EXPECT_THAT(station().logLines(logged), ElementsAreArray(succeeds ? row.log : row.failureLog));
+}
+
+/// Some operations have several, told apart behind an underscore.
+bool hasRow(const std::string& operation) {
+    const auto& rows = operationTable();
+    return std::any_of(rows.begin(), rows.end(), [&](const OperationRow& row) {
+        const std::string name = row.name;
+        return name.substr(0, name.find('_')) == operation;
+    });
+}
+
+TEST(OperationTable, HasARowForEveryOperationButThoseThatHaveTestsOfTheirOwn) {
+    using channel::Kind;
+    const std::set<Kind> apart{Kind::connect, Kind::pingQor, Kind::startDtcRead, Kind::stopDtcRead,
+                               Kind::stopParamRead};
+    for (const auto& row : channel::operations)
+        EXPECT_EQ(hasRow(row.name), apart.count(row.kind) == 0) << row.name;
 }
 
 }  // namespace

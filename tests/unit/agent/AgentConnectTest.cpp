@@ -89,9 +89,9 @@ TEST(ConnectRecord, TheFieldsTravelInTheirOrderWithTheModeAndAZeroBetween) {
 
 class AgentConnect : public AgentTest {
 protected:
-    Impl::CmdResponse connect(IProgressMonitor* progress = nullptr) {
-        return carryOut(Impl::kindConnect,
-                        std::make_shared<Impl::CmdDataConnect>(settings, EcuConnect::Default),
+    channel::CmdResponse connect(IProgressMonitor* progress = nullptr) {
+        return carryOut(channel::Kind::connect,
+                        std::make_shared<channel::CmdDataConnect>(settings, EcuConnect::Default),
                         progress);
     }
     void reportsAfter(std::uint32_t ms, std::int32_t id, double value) {
@@ -111,8 +111,8 @@ TEST_F(AgentConnect, AnAcceptedConnectWithoutAMonitorIsAnsweredWithoutPayload) {
 }
 
 TEST_F(AgentConnect, AConnectWithoutAReplyQueueIsCarriedOutAllTheSame) {
-    post(Impl::kindConnect, std::make_shared<Impl::CmdDataConnect>(settings, EcuConnect::Default),
-         nullptr);
+    post(channel::Kind::connect,
+         std::make_shared<channel::CmdDataConnect>(settings, EcuConnect::Default), nullptr);
     agent.step();
     EXPECT_THAT(sentIds(), ElementsAre(2));
 }
@@ -125,13 +125,13 @@ TEST_F(AgentConnect, ARefusedConnectIsAFailure) {
 TEST_F(AgentConnect, ThePeriodIsReplacedBeforeTheRequestIsSentEvenIfItFails) {
     std::uint32_t periodAtSend = 0;
     qor.on<CommandKwpConnect>([&](const CommandKwpConnect&) {
-        periodAtSend = impl->readPeriodMs;
+        periodAtSend = channel->values.readPeriodMs();
         return false;
     });
     settings.refreshPeriodMs = 777;
     EXPECT_EQ(connect().result, 0u);
     EXPECT_EQ(periodAtSend, 777u);
-    EXPECT_EQ(impl->readPeriodMs, 777u);
+    EXPECT_EQ(channel->values.readPeriodMs(), 777u);
 }
 
 TEST_F(AgentConnect, TheMonitorHearsWhyTheBootstrapFailed) {
@@ -158,13 +158,13 @@ TEST_F(AgentConnect, TheProgressOfAConnectReachesAcrossTheWrapOfTheTickCount) {
         reportsAfter(500, -11, msBefore);
         reportsAfter(600, -12, -2);
         EXPECT_EQ(connect(&monitor).result, 0u);
-        EXPECT_TRUE(impl->isEcuOnline());
+        EXPECT_TRUE(channel->contact.isEcuOnline());
         clock.advance(16999 - 100);
-        EXPECT_TRUE(impl->isEcuOnline());
+        EXPECT_TRUE(channel->contact.isEcuOnline());
         clock.advance(1);
-        EXPECT_FALSE(impl->isEcuOnline());
+        EXPECT_FALSE(channel->contact.isEcuOnline());
         clock.advance(24 * 60 * 60 * 1000);
-        EXPECT_FALSE(impl->isEcuOnline());
+        EXPECT_FALSE(channel->contact.isEcuOnline());
     }
 }
 
@@ -174,24 +174,25 @@ TEST_F(AgentConnect, EachProgressKeepsTheEcuOnlineFor17Seconds) {
     clock.msPerRead = 0;
     const std::uint32_t start = clock.now();
     EXPECT_EQ(connect(&monitor).result, 0u);
-    EXPECT_EQ(FakeClock::tickOf(impl->lastQorContactTick), start + 500 + 15000);
+    EXPECT_EQ(FakeClock::tickOf(channel->contact.last()), start + 500 + 15000);
     clock.advance(start + 500 + 16999 - clock.now());
-    EXPECT_TRUE(impl->isEcuOnline());
+    EXPECT_TRUE(channel->contact.isEcuOnline());
     clock.advance(1);
-    EXPECT_FALSE(impl->isEcuOnline());
+    EXPECT_FALSE(channel->contact.isEcuOnline());
 }
 
 TEST_F(AgentConnect, WithoutProgressTheEcuStaysOfflineDuringTheConnect) {
     bool wasOnline = true;
-    clock.after(500, [&] { wasOnline = impl->isEcuOnline(); });
+    clock.after(500, [&] { wasOnline = channel->contact.isEcuOnline(); });
     reportsAfter(600, -12, -2);
     connect(&monitor);
     EXPECT_FALSE(wasOnline);
 }
 
 TEST_F(AgentConnect, RequestsThatComeDuringAConnectWaitForItsEnd) {
-    clock.after(
-        100, [this] { post(Impl::kindPingQor, std::make_shared<Impl::CmdDataPing>(5u), nullptr); });
+    clock.after(100, [this] {
+        post(channel::Kind::pingQor, std::make_shared<channel::CmdDataPing>(5u), nullptr);
+    });
     reportsAfter(200, -12, -2);
     connect(&monitor);
     EXPECT_TRUE(qor.all<CommandPing>().empty());

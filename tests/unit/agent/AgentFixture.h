@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "agent/QorProtocolAgent.h"
-#include "facade/CmdData.h"
+#include "facade/channel/CmdData.h"
 #include "support/FakeClock.h"
 #include "support/FakeMessageBox.h"
 #include "support/FakeProcesses.h"
@@ -16,7 +16,7 @@
 /// An agent whose rounds the test runs itself, with a client of its own before a faked QOR.
 class AgentTest : public ::testing::Test {
 protected:
-    using Impl = QorControlFacade::Impl;
+    using Channel = channel::Channel;
 
     AgentTest() {
         agent.step();  // asks for the online state, which is due again in 400 ms
@@ -24,28 +24,31 @@ protected:
         clock.msPerRead = 1;
     }
 
-    void post(std::uint32_t kind, std::shared_ptr<Impl::CmdData> data,
-              std::shared_ptr<Impl::AnswerQueue> replyQueue, IProgressMonitor* monitor = nullptr) {
-        Impl::ProtocolCmd command;
+    void post(channel::Kind kind, std::shared_ptr<channel::CmdData> data,
+              std::shared_ptr<channel::AnswerQueue> replyQueue,
+              IProgressMonitor* monitor = nullptr) {
+        channel::ProtocolCmd command;
         command.kind = kind;
         command.data = std::move(data);
         command.replyQueue = std::move(replyQueue);
         command.monitor = monitor;
-        impl->commandQueue.push(command);
+        channel->commandQueue.push(command);
     }
 
     /// Posts a request, runs one round and gives its one and only answer.
-    Impl::CmdResponse carryOut(std::uint32_t kind, std::shared_ptr<Impl::CmdData> data,
-                               IProgressMonitor* monitor = nullptr) {
+    channel::CmdResponse carryOut(channel::Kind kind, std::shared_ptr<channel::CmdData> data,
+                                  IProgressMonitor* monitor = nullptr) {
         post(kind, std::move(data), answers, monitor);
         agent.step();
-        Impl::CmdResponse answer;
-        Impl::CmdResponse another;
-        EXPECT_TRUE(answers->pop(answer, 0)) << "no answer to kind " << kind;
-        EXPECT_FALSE(answers->pop(another, 0)) << "two answers to kind " << kind;
+        channel::CmdResponse answer;
+        channel::CmdResponse another;
+        EXPECT_TRUE(answers->pop(answer, 0))
+            << "no answer to kind " << static_cast<std::uint32_t>(kind);
+        EXPECT_FALSE(answers->pop(another, 0))
+            << "two answers to kind " << static_cast<std::uint32_t>(kind);
         return answer;
     }
-    bool succeeds(std::uint32_t kind, std::shared_ptr<Impl::CmdData> data,
+    bool succeeds(channel::Kind kind, std::shared_ptr<channel::CmdData> data,
                   IProgressMonitor* monitor = nullptr) {
         return carryOut(kind, std::move(data), monitor).result == 1;
     }
@@ -64,9 +67,9 @@ protected:
     FakeQor qor;
     FakeProcesses processes;
     FakeMessageBox::Choice pressButton = [](auto&&...) { return 1u; };
-    std::shared_ptr<Impl> impl = std::make_shared<Impl>("not read.ini", nullptr, 200u);
-    QorProtocolAgent agent{impl, std::make_unique<ClientExternalOperating>(
-                                     "c:\\not there.ini", qor.transport(), processes.starter(),
-                                     std::make_unique<FakeMessageBox>(pressButton))};
-    std::shared_ptr<Impl::AnswerQueue> answers = std::make_shared<Impl::AnswerQueue>(4);
+    std::shared_ptr<Channel> channel = std::make_shared<Channel>("not read.ini", 200u);
+    QorProtocolAgent agent{channel, std::make_unique<ClientExternalOperating>(
+                                        "c:\\not there.ini", qor.transport(), processes.starter(),
+                                        std::make_unique<FakeMessageBox>(pressButton))};
+    std::shared_ptr<channel::AnswerQueue> answers = std::make_shared<channel::AnswerQueue>(4);
 };

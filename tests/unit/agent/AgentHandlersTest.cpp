@@ -9,83 +9,87 @@ using ::testing::ElementsAreArray;
 using ::testing::IsEmpty;
 
 using Facade = QorControlFacade;
-using Impl = QorControlFacade::Impl;
+using channel::Kind;
 
 constexpr unsigned int callersMs = 777;
 
 struct HandlerRow {
     const char* name;
-    std::uint32_t kind;
-    std::function<std::shared_ptr<Impl::CmdData>()> request;
+    channel::Kind kind;
+    std::function<std::shared_ptr<channel::CmdData>()> request;
     /// Ids of the commands, and QOR's time for each.
     std::vector<std::pair<int, unsigned int>> sent;
     bool carriesResults;
 };
 
 template <class Data, class... Values>
-std::function<std::shared_ptr<Impl::CmdData>()> made(Values... values) {
+std::function<std::shared_ptr<channel::CmdData>()> made(Values... values) {
     return [=] { return std::make_shared<Data>(values...); };
 }
 
 std::vector<HandlerRow> rows() {
-    const auto one = made<Impl::CmdDataParamData>("one", callersMs);
-    const auto three = made<Impl::CmdDataParamData>("three", callersMs);
+    const auto one = made<channel::CmdDataParamData>("one", callersMs);
+    const auto three = made<channel::CmdDataParamData>("three", callersMs);
     const std::vector<std::string> names{"one", "three"};
     return {{"openModel",
-             2,
-             made<Impl::CmdDataModel>(Facade::ModelDescription()),
+             Kind{2},
+             made<channel::CmdDataModel>(Facade::ModelDescription()),
              {{2, 3000}, {4, 5000}, {1, 90000}},
              false},
             {"connect",
-             3,
-             made<Impl::CmdDataConnect>(Facade::EcuConnect(), Facade::EcuConnect::Default),
+             Kind{3},
+             made<channel::CmdDataConnect>(Facade::EcuConnect(), Facade::EcuConnect::Default),
              {{2, 10000}},
              false},
             {"getParamDescription",
-             4,
-             made<Impl::CmdDataParamInfo>("one", wex::ParamDescription()),
+             Kind{4},
+             made<channel::CmdDataParamInfo>("one", wex::ParamDescription()),
              {{3, 400}},
              true},
-            {"getParamData_ofOneArray", 5, one, {{3, callersMs}, {7, callersMs}}, true},
-            {"getParamData_ofThreeArrays", 5, three, {{3, callersMs}, {12, callersMs}}, true},
-            {"setParamData_ofOneArray", 6, one, {{3, 400}, {7, 500}}, false},
-            {"setParamData_ofThreeArrays", 6, three, {{3, 400}, {12, 500}}, false},
-            {"clearDtc", 9, made<Impl::CmdDataDtc>(), {{8, 400}}, false},
+            {"getParamData_ofOneArray", Kind{5}, one, {{3, callersMs}, {7, callersMs}}, true},
+            {"getParamData_ofThreeArrays", Kind{5}, three, {{3, callersMs}, {12, callersMs}}, true},
+            {"setParamData_ofOneArray", Kind{6}, one, {{3, 400}, {7, 500}}, false},
+            {"setParamData_ofThreeArrays", Kind{6}, three, {{3, 400}, {12, 500}}, false},
+            {"clearDtc", Kind{9}, made<channel::CmdDataDtc>(), {{8, 400}}, false},
             {"setEcuSegment",
-             16,
-             made<Impl::CmdDataSegment>("WorkingPage", true),
+             Kind{16},
+             made<channel::CmdDataSegment>("WorkingPage", true),
              {{14, 10000}},
              false},
-            {"getDtcByStatus", 18, made<Impl::CmdDataDtcData>(callersMs), {{9, callersMs}}, true},
+            {"getDtcByStatus",
+             Kind{18},
+             made<channel::CmdDataDtcData>(callersMs),
+             {{9, callersMs}},
+             true},
             {"sendKwpCommand",
-             20,
-             made<Impl::CmdDataKwp>(callersMs, Facade::KwpCommand()),
+             Kind{20},
+             made<channel::CmdDataKwp>(callersMs, Facade::KwpCommand()),
              {{15, 400}},
              true},
             {"connectCanBus",
-             21,
-             made<Impl::CmdCanBusConn>(Facade::CanBusConnect(), Facade::EcuConnect::Default),
+             Kind{21},
+             made<channel::CmdCanBusConn>(Facade::CanBusConnect(), Facade::EcuConnect::Default),
              {{16, 10000}},
              false},
             {"getCanBusData",
-             22,
-             made<Impl::CmdCanBusData>(Facade::CanBusData(), callersMs),
+             Kind{22},
+             made<channel::CmdCanBusData>(Facade::CanBusData(), callersMs),
              {{17, callersMs}},
              true},
             {"getParamDataAtOnce",
-             23,
-             made<Impl::CmdParamDataAtOnce>(names, callersMs),
+             Kind{23},
+             made<channel::CmdParamDataAtOnce>(names, callersMs),
              {{3, callersMs}, {3, callersMs}, {18, callersMs}},
              true},
-            {"setDynamicData", 24, one, {{3, 400}, {7, 500}}, false},
-            {"pingQor", 25, made<Impl::CmdDataPing>(callersMs), {{0, callersMs}}, false},
+            {"setDynamicData", Kind{24}, one, {{3, 400}, {7, 500}}, false},
+            {"pingQor", Kind{25}, made<channel::CmdDataPing>(callersMs), {{0, callersMs}}, false},
             {"sendCanBusMsg",
-             32,
-             made<Impl::CmdCanBusSend>(1u, 2u, "x", callersMs),
+             Kind{32},
+             made<channel::CmdCanBusSend>(1u, 2u, "x", callersMs),
              {{19, callersMs}},
              false},
-            {"startDirectCtrl", 33, one, {{3, 400}, {7, 500}}, false},
-            {"stopDirectCtrl", 34, one, {{3, 400}, {7, 500}}, false}};
+            {"startDirectCtrl", Kind{33}, one, {{3, 400}, {7, 500}}, false},
+            {"stopDirectCtrl", Kind{34}, one, {{3, 400}, {7, 500}}, false}};
 }
 
 void PrintTo(const HandlerRow& row, std::ostream* out) {
@@ -102,9 +106,10 @@ protected:
         qor.knows("one", 11, false);
         qor.knows("three", 12, true);
         // A KWP request needs a connect.
-        if (GetParam().kind == Impl::kindSendKwpCommand) {
-            succeeds(Impl::kindConnect, std::make_shared<Impl::CmdDataConnect>(
-                                            Facade::EcuConnect(), Facade::EcuConnect::Default));
+        if (GetParam().kind == channel::Kind::sendKwpCommand) {
+            succeeds(channel::Kind::connect,
+                     std::make_shared<channel::CmdDataConnect>(Facade::EcuConnect(),
+                                                               Facade::EcuConnect::Default));
             qor.forgetSent();
         }
     }
@@ -189,8 +194,9 @@ TEST_P(AgentHandlers, WhatQorDoesNotTakeIsAFailureWithoutResults) {
 
 TEST_P(AgentHandlers, AMereAcknowledgementIsEnoughForAnActionButNotForResults) {
     const auto answer = carryOut(GetParam().kind, GetParam().request());
-    const bool needsAnswer = GetParam().carriesResults &&
-                             GetParam().kind != Impl::kindGetParamDescription;  // always told here
+    const bool needsAnswer =
+        GetParam().carriesResults &&
+        GetParam().kind != channel::Kind::getParamDescription;  // always told here
     EXPECT_EQ(answer.result, needsAnswer ? 0u : 1u);
 }
 

@@ -17,7 +17,7 @@ protected:
     ~AgentModel() override { tracelog::openTraceFile("c:\\no such folder\\x.log", "w"); }
 
     bool open() {
-        return succeeds(Impl::kindOpenModel, std::make_shared<Impl::CmdDataModel>(model));
+        return succeeds(channel::Kind::openModel, std::make_shared<channel::CmdDataModel>(model));
     }
     const CommandStartEdit& sent() { return qor.last<CommandStartEdit>(); }
     std::vector<std::string> trace() const { return linesOfFile(folder.pathOf("agent.log")); }
@@ -112,10 +112,10 @@ TEST_F(AgentModel, AModelThatQorDoesNotTakeIsAFailure) {
 TEST_F(AgentModel, TheEcuIsOfflineBeforeAnythingIsSent) {
     qor.sendValue(-10, 1.0);
     agent.step();
-    ASSERT_TRUE(impl->isEcuOnline());
+    ASSERT_TRUE(channel->contact.isEcuOnline());
     bool wasOnline = true;
     qor.on<CommandKwpConnect>([&](const CommandKwpConnect&) {
-        wasOnline = impl->isEcuOnline();
+        wasOnline = channel->contact.isEcuOnline();
         return true;
     });
     open();
@@ -126,27 +126,27 @@ TEST_F(AgentModel, TheEcuStaysOfflineUntilQorReportsItAgain) {
     clock.msPerRead = 0;
     qor.sendValue(-10, 1.0);
     agent.step();
-    ASSERT_TRUE(impl->isEcuOnline());
+    ASSERT_TRUE(channel->contact.isEcuOnline());
     open();
     for (int round = 0; round < 10; ++round) {
         agent.step();  // also within 400 ms of the last question, whose answer was "online"
-        EXPECT_FALSE(impl->isEcuOnline()) << round;
+        EXPECT_FALSE(channel->contact.isEcuOnline()) << round;
         clock.advance(50);
     }
     qor.sendValue(-10, 1.0);
     agent.step();
-    EXPECT_TRUE(impl->isEcuOnline());
+    EXPECT_TRUE(channel->contact.isEcuOnline());
 }
 
 TEST_F(AgentModel, AfterItAKwpRequestNeedsANewConnect) {
-    succeeds(Impl::kindConnect,
-             std::make_shared<Impl::CmdDataConnect>(QorControlFacade::EcuConnect(),
-                                                    QorControlFacade::EcuConnect::Default));
+    succeeds(channel::Kind::connect,
+             std::make_shared<channel::CmdDataConnect>(QorControlFacade::EcuConnect(),
+                                                       QorControlFacade::EcuConnect::Default));
     open();
     qor.forgetSent();
     EXPECT_FALSE(succeeds(
-        Impl::kindSendKwpCommand,
-        std::make_shared<Impl::CmdDataKwp>(100u, QorControlFacade::KwpCommand{0x10, "x", 0})));
+        channel::Kind::sendKwpCommand,
+        std::make_shared<channel::CmdDataKwp>(100u, QorControlFacade::KwpCommand{0x10, "x", 0})));
     EXPECT_THAT(qor.all<CommandExecKwp>(), IsEmpty());
 }
 

@@ -10,16 +10,17 @@ using ::testing::SizeIs;
 
 class AgentParam : public AgentTest {
 protected:
-    std::shared_ptr<Impl::CmdDataParamData> paramRequest(const std::string& name,
-                                                         unsigned int timeoutMs = 500) {
-        return std::make_shared<Impl::CmdDataParamData>(name, timeoutMs);
+    std::shared_ptr<channel::CmdDataParamData> paramRequest(const std::string& name,
+                                                            unsigned int timeoutMs = 500) {
+        return std::make_shared<channel::CmdDataParamData>(name, timeoutMs);
     }
     /// Reads a parameter; null if that fails.
-    std::shared_ptr<Impl::CmdDataParamData> read(const std::string& name,
-                                                 unsigned int timeoutMs = 500) {
-        const auto answer = carryOut(Impl::kindGetParamData, paramRequest(name, timeoutMs));
-        return answer.result == 1 ? std::dynamic_pointer_cast<Impl::CmdDataParamData>(answer.data)
-                                  : nullptr;
+    std::shared_ptr<channel::CmdDataParamData> read(const std::string& name,
+                                                    unsigned int timeoutMs = 500) {
+        const auto answer = carryOut(channel::Kind::getParamData, paramRequest(name, timeoutMs));
+        return answer.result == 1
+                   ? std::dynamic_pointer_cast<channel::CmdDataParamData>(answer.data)
+                   : nullptr;
     }
     void hasValues(const std::vector<double>& values) {
         qor.on<CommandDirectCtrl>([=](const CommandDirectCtrl& command) {
@@ -63,10 +64,10 @@ TEST_F(AgentParam, ADescriptionIsHandedOnInItsCrossedOrder) {
     told.threeArrays = false;
     qor.knows(told);
     wex::ParamDescription passed{"other", "a", "b", "c", "d", 99, true};
-    const auto answer = carryOut(Impl::kindGetParamDescription,
-                                 std::make_shared<Impl::CmdDataParamInfo>("Speed", passed));
+    const auto answer = carryOut(channel::Kind::getParamDescription,
+                                 std::make_shared<channel::CmdDataParamInfo>("Speed", passed));
     ASSERT_EQ(answer.result, 1u);
-    const auto* data = dynamic_cast<Impl::CmdDataParamInfo*>(answer.data.get());
+    const auto* data = dynamic_cast<channel::CmdDataParamInfo*>(answer.data.get());
     ASSERT_NE(data, nullptr);
     EXPECT_EQ(data->description.name, "Speed");
     EXPECT_EQ(data->description.text1, "Speed");
@@ -84,15 +85,16 @@ TEST_F(AgentParam, ADescriptionIsAskedForOnce) {
     qor.knows("Map", 7, true);
     for (int i = 0; i < 3; ++i)
         EXPECT_TRUE(
-            succeeds(Impl::kindGetParamDescription,
-                     std::make_shared<Impl::CmdDataParamInfo>("Map", wex::ParamDescription())));
+            succeeds(channel::Kind::getParamDescription,
+                     std::make_shared<channel::CmdDataParamInfo>("Map", wex::ParamDescription())));
     EXPECT_THAT(qor.all<CommandGetParamInfo>(), SizeIs(1));
 }
 
 TEST_F(AgentParam, ADescriptionThatDoesNotComeIn400MsFails) {
     describesAfter(500, "Speed", false);
-    EXPECT_FALSE(succeeds(Impl::kindGetParamDescription, std::make_shared<Impl::CmdDataParamInfo>(
-                                                             "Speed", wex::ParamDescription())));
+    EXPECT_FALSE(
+        succeeds(channel::Kind::getParamDescription,
+                 std::make_shared<channel::CmdDataParamInfo>("Speed", wex::ParamDescription())));
 }
 
 TEST_F(AgentParam, AParameterOfOneArrayIsReadByDirectControl) {
@@ -139,8 +141,8 @@ TEST_F(AgentParam, AnAnswerIsANewRecordWithItsOwnStamp) {
     hasArrays({1.0}, {}, {}, 300);
     const auto request = paramRequest("Map");
     const common::Moment requested = request->stamp;
-    const auto answer = carryOut(Impl::kindGetParamData, request);
-    const auto* data = dynamic_cast<Impl::CmdDataParamData*>(answer.data.get());
+    const auto answer = carryOut(channel::Kind::getParamData, request);
+    const auto* data = dynamic_cast<channel::CmdDataParamData*>(answer.data.get());
     ASSERT_NE(data, nullptr);
     EXPECT_NE(data, request.get());
     EXPECT_GE(data->stamp, requested + 300);
@@ -162,7 +164,7 @@ TEST_F(AgentParam, AReadGivesTheDescriptionItsOwnTimeout) {
 
 TEST_F(AgentParam, AWriteGivesTheDescriptionNoMoreThan400Ms) {
     describesAfter(700, "Speed", false);
-    EXPECT_FALSE(succeeds(Impl::kindSetParamData, paramRequest("Speed", 5000)));
+    EXPECT_FALSE(succeeds(channel::Kind::setParamData, paramRequest("Speed", 5000)));
     EXPECT_EQ(qor.last<CommandGetParamInfo>().name, "Speed");
     EXPECT_THAT(qor.all<CommandDirectCtrl>(), IsEmpty());
 }
@@ -170,9 +172,10 @@ TEST_F(AgentParam, AWriteGivesTheDescriptionNoMoreThan400Ms) {
 TEST_F(AgentParam, AnUnknownParameterIsNeitherReadNorWritten) {
     qor.knows("Unknown", -1);
     EXPECT_EQ(read("Unknown"), nullptr);
-    EXPECT_FALSE(succeeds(Impl::kindSetParamData, paramRequest("Unknown")));
-    EXPECT_FALSE(succeeds(Impl::kindGetParamDescription, std::make_shared<Impl::CmdDataParamInfo>(
-                                                             "Unknown", wex::ParamDescription())));
+    EXPECT_FALSE(succeeds(channel::Kind::setParamData, paramRequest("Unknown")));
+    EXPECT_FALSE(
+        succeeds(channel::Kind::getParamDescription,
+                 std::make_shared<channel::CmdDataParamInfo>("Unknown", wex::ParamDescription())));
     EXPECT_THAT(sentIds(), ElementsAre(3));
 }
 
@@ -190,7 +193,7 @@ TEST_F(AgentParam, AWriteOfOneArrayLeavesTheOtherTwoBehind) {
     request->values = {1.0, 2.0};
     request->second = {3.0};
     request->third = {4.0};
-    const auto answer = carryOut(Impl::kindSetParamData, request);
+    const auto answer = carryOut(channel::Kind::setParamData, request);
     EXPECT_EQ(answer.result, 1u);
     EXPECT_EQ(answer.data, nullptr);
     EXPECT_THAT(sentIds(), ElementsAre(3, 7));
@@ -207,7 +210,7 @@ TEST_F(AgentParam, AWriteOfThreeArraysSendsThemInTheirOrder) {
     request->values = {1.0};
     request->second = {2.0};
     request->third = {3.0};
-    EXPECT_TRUE(succeeds(Impl::kindSetParamData, request));
+    EXPECT_TRUE(succeeds(channel::Kind::setParamData, request));
     EXPECT_THAT(sentIds(), ElementsAre(3, 12));
     const auto& sent = qor.last<CommandStaticParam>();
     EXPECT_EQ(sent.operation, 2u);
@@ -222,7 +225,7 @@ TEST_F(AgentParam, WhatAWriteCarriedDoesNotLiveOnInItsRequest) {
         qor.knows(name, threeArrays ? 5 : 7, threeArrays);
         auto request = paramRequest(name);
         request->values = request->second = request->third = {1.0};
-        EXPECT_TRUE(succeeds(Impl::kindSetParamData, request));
+        EXPECT_TRUE(succeeds(channel::Kind::setParamData, request));
         EXPECT_THAT(request->values, IsEmpty()) << name;
         EXPECT_THAT(request->second, IsEmpty()) << name;
         EXPECT_THAT(request->third, IsEmpty()) << name;
@@ -232,7 +235,7 @@ TEST_F(AgentParam, WhatAWriteCarriedDoesNotLiveOnInItsRequest) {
 TEST_F(AgentParam, AWriteThatQorDoesNotTakeFails) {
     qor.knows("Map", 5, true);
     qor.on<CommandStaticParam>([](const CommandStaticParam&) { return false; });
-    EXPECT_FALSE(succeeds(Impl::kindSetParamData, paramRequest("Map")));
+    EXPECT_FALSE(succeeds(channel::Kind::setParamData, paramRequest("Map")));
 }
 
 TEST_F(AgentParam, TheDescriptionOnceToldDecidesHowAParameterIsRead) {

@@ -8,7 +8,7 @@ using ::testing::SizeIs;
 
 class AgentStep : public AgentTest {
 protected:
-    struct ForeignData : Impl::CmdData {};
+    struct ForeignData : channel::CmdData {};
 };
 
 const std::uint32_t kindsWithHandler[] = {2,  3,  4,  5,  6,  7,  8,  9,  16, 17,
@@ -18,7 +18,8 @@ TEST_F(AgentStep, AnUnknownKindIsAnsweredAtOnceAsAFailureWithoutPayload) {
     for (const std::uint32_t kind :
          {0u,  1u,  10u, 11u, 12u, 13u, 14u, 15u,  19u,         26u,
           27u, 28u, 29u, 30u, 31u, 35u, 36u, 255u, 0x80000019u, 0xFFFFFFFFu}) {
-        const auto answer = carryOut(kind, std::make_shared<Impl::CmdDataPing>(100u));
+        const auto answer =
+            carryOut(channel::Kind{kind}, std::make_shared<channel::CmdDataPing>(100u));
         EXPECT_EQ(answer.result, 0u) << kind;
         EXPECT_EQ(answer.data, nullptr) << kind;
     }
@@ -26,14 +27,14 @@ TEST_F(AgentStep, AnUnknownKindIsAnsweredAtOnceAsAFailureWithoutPayload) {
 }
 
 TEST_F(AgentStep, AnUnknownKindWithoutAReplyQueueIsDropped) {
-    post(99, nullptr, nullptr);
+    post(channel::Kind{99}, nullptr, nullptr);
     agent.step();
-    EXPECT_TRUE(succeeds(Impl::kindPingQor, std::make_shared<Impl::CmdDataPing>(100u)));
+    EXPECT_TRUE(succeeds(channel::Kind::pingQor, std::make_shared<channel::CmdDataPing>(100u)));
 }
 
 TEST_F(AgentStep, APayloadOfAnotherTypeIsAFailureAndSendsNothing) {
     for (const std::uint32_t kind : kindsWithHandler) {
-        const auto answer = carryOut(kind, std::make_shared<ForeignData>());
+        const auto answer = carryOut(channel::Kind{kind}, std::make_shared<ForeignData>());
         EXPECT_EQ(answer.result, 0u) << kind;
         EXPECT_EQ(answer.data, nullptr) << kind;
     }
@@ -42,21 +43,22 @@ TEST_F(AgentStep, APayloadOfAnotherTypeIsAFailureAndSendsNothing) {
 
 TEST_F(AgentStep, AMissingPayloadIsAFailureAndSendsNothing) {
     for (const std::uint32_t kind : kindsWithHandler)
-        EXPECT_EQ(carryOut(kind, nullptr).result, 0u) << kind;
+        EXPECT_EQ(carryOut(channel::Kind{kind}, nullptr).result, 0u) << kind;
     EXPECT_THAT(sentIds(), IsEmpty());
 }
 
 TEST_F(AgentStep, ThePayloadOfOneKindDoesNotServeAnother) {
-    EXPECT_FALSE(succeeds(Impl::kindPingQor, std::make_shared<Impl::CmdDataParamData>("a", 1u)));
-    EXPECT_FALSE(succeeds(Impl::kindGetParamData, std::make_shared<Impl::CmdDataPing>(1u)));
     EXPECT_FALSE(
-        succeeds(Impl::kindGetParamDescription, std::make_shared<Impl::CmdDataParamData>("a", 1u)));
+        succeeds(channel::Kind::pingQor, std::make_shared<channel::CmdDataParamData>("a", 1u)));
+    EXPECT_FALSE(succeeds(channel::Kind::getParamData, std::make_shared<channel::CmdDataPing>(1u)));
+    EXPECT_FALSE(succeeds(channel::Kind::getParamDescription,
+                          std::make_shared<channel::CmdDataParamData>("a", 1u)));
     EXPECT_THAT(sentIds(), IsEmpty());
 }
 
 TEST_F(AgentStep, RequestsAreCarriedOutOneARoundInTheOrderOfTheirPush) {
     for (unsigned int timeoutMs = 1; timeoutMs <= 10; ++timeoutMs)
-        post(Impl::kindPingQor, std::make_shared<Impl::CmdDataPing>(timeoutMs), nullptr);
+        post(channel::Kind::pingQor, std::make_shared<channel::CmdDataPing>(timeoutMs), nullptr);
     std::vector<unsigned int> timeouts;
     for (int round = 1; round <= 10; ++round) {
         agent.step();
@@ -73,7 +75,7 @@ TEST_F(AgentStep, ARoundWithoutARequestSendsNothing) {
 
 TEST_F(AgentStep, APingGivesQorThePayloadsTimeoutAndAnswersWithoutPayload) {
     const auto answer =
-        carryOut(Impl::kindPingQor, std::make_shared<Impl::CmdDataPing>(0xFFFFFFFEu));
+        carryOut(channel::Kind::pingQor, std::make_shared<channel::CmdDataPing>(0xFFFFFFFEu));
     EXPECT_EQ(answer.result, 1u);
     EXPECT_EQ(answer.data, nullptr);
     EXPECT_EQ(qor.sent().back().timeoutMs, 0xFFFFFFFEu);
@@ -81,7 +83,7 @@ TEST_F(AgentStep, APingGivesQorThePayloadsTimeoutAndAnswersWithoutPayload) {
 
 TEST_F(AgentStep, APingThatQorDoesNotAnswerFails) {
     qor.acknowledges = false;
-    EXPECT_FALSE(succeeds(Impl::kindPingQor, std::make_shared<Impl::CmdDataPing>(100u)));
+    EXPECT_FALSE(succeeds(channel::Kind::pingQor, std::make_shared<channel::CmdDataPing>(100u)));
 }
 
 /// Whether QOR and the ECU are there, as the facade sees it.
@@ -95,18 +97,18 @@ protected:
 };
 
 TEST_F(AgentOnlineState, AReportOfTheEcuOnlineIsNotedInTheNextRound) {
-    EXPECT_FALSE(impl->isEcuOnline());
+    EXPECT_FALSE(channel->contact.isEcuOnline());
     qorReportsOnline(1.0);
     agent.step();
-    EXPECT_TRUE(impl->isEcuOnline());
+    EXPECT_TRUE(channel->contact.isEcuOnline());
 }
 
 TEST_F(AgentOnlineState, AQorThatOnlyAnswersPingsLeavesTheEcuOffline) {
     for (int round = 0; round < 5; ++round) {
-        EXPECT_TRUE(succeeds(Impl::kindPingQor, std::make_shared<Impl::CmdDataPing>(100u)));
+        EXPECT_TRUE(succeeds(channel::Kind::pingQor, std::make_shared<channel::CmdDataPing>(100u)));
         untilNextQuery();
     }
-    EXPECT_FALSE(impl->isEcuOnline());
+    EXPECT_FALSE(channel->contact.isEcuOnline());
 }
 
 TEST_F(AgentOnlineState, TwoSecondsAfterTheLastReportTheEcuIsOffline) {
@@ -114,13 +116,13 @@ TEST_F(AgentOnlineState, TwoSecondsAfterTheLastReportTheEcuIsOffline) {
     qorReportsOnline(1.0);
     agent.step();
     const std::uint32_t noted = clock.now();
-    EXPECT_EQ(FakeClock::tickOf(impl->lastQorContactTick), noted);
+    EXPECT_EQ(FakeClock::tickOf(channel->contact.last()), noted);
     clock.advance(400);
     agent.step();  // asks, without an answer
     clock.advance(1599);
-    EXPECT_TRUE(impl->isEcuOnline());
+    EXPECT_TRUE(channel->contact.isEcuOnline());
     clock.advance(1);
-    EXPECT_FALSE(impl->isEcuOnline());
+    EXPECT_FALSE(channel->contact.isEcuOnline());
 }
 
 TEST_F(AgentOnlineState, TheStateIsAskedForEvery400Ms) {
@@ -137,7 +139,7 @@ TEST_F(AgentOnlineState, TheStateIsAskedForEvery400Ms) {
 class AgentFinish : public AgentTest {};
 
 TEST_F(AgentFinish, AQorOfTheSettingsIsDisconnectedAndShutDownWithBothOptions) {
-    impl->qorExecutablePath = "c:\\qor.exe";
+    channel->executable.publish("c:\\qor.exe");
     agent.finish();
     EXPECT_THAT(qor.sentIds(), ElementsAre(2, 4));
     EXPECT_EQ(qor.last<CommandKwpConnect>().protocol, 0u);
@@ -148,7 +150,7 @@ TEST_F(AgentFinish, AQorOfTheSettingsIsDisconnectedAndShutDownWithBothOptions) {
 }
 
 TEST_F(AgentFinish, AQorThatDoesNotTakeTheDisconnectIsShutDownAllTheSame) {
-    impl->qorExecutablePath = "c:\\qor.exe";
+    channel->executable.publish("c:\\qor.exe");
     qor.acknowledges = false;
     agent.finish();
     EXPECT_THAT(qor.sentIds(), ElementsAre(2, 4));

@@ -12,9 +12,9 @@ protected:
     GivenUp() { qor.knows("S1", 5); }
 
     void postWrite() {
-        auto request = std::make_shared<Impl::CmdDataParamData>("S1", 500u);
+        auto request = std::make_shared<channel::CmdDataParamData>("S1", 500u);
         request->values = {1.0};
-        post(Impl::kindSetParamData, std::move(request), answers);
+        post(channel::Kind::setParamData, std::move(request), answers);
     }
 };
 
@@ -22,7 +22,7 @@ TEST_F(GivenUp, ARequestIsNotBegunAndNotAnswered) {
     postWrite();
     answers->giveUp();
     agent.step();
-    Impl::CmdResponse answer;
+    channel::CmdResponse answer;
     EXPECT_FALSE(answers->pop(answer, 0));
     EXPECT_THAT(sentIds(), IsEmpty());
 }
@@ -31,10 +31,10 @@ TEST_F(GivenUp, TheNextRequestIsCarriedOut) {
     postWrite();
     answers->giveUp();
     agent.step();
-    answers = std::make_shared<Impl::AnswerQueue>(1);
+    answers = std::make_shared<channel::AnswerQueue>(1);
     postWrite();
     agent.step();
-    Impl::CmdResponse answer;
+    channel::CmdResponse answer;
     EXPECT_TRUE(answers->pop(answer, 0));
     EXPECT_EQ(answer.result, 1u);
     EXPECT_THAT(sentIds(), ElementsAre(3, 7));
@@ -55,9 +55,9 @@ TEST_F(GivenUp, AWriteIsNotSentIfThatHappensWhileItsNameIsResolved) {
 }
 
 TEST_F(GivenUp, WhatNobodyEverWaitedForIsCarriedOut) {
-    post(Impl::kindConnectCanBus,
-         std::make_shared<Impl::CmdCanBusConn>(QorControlFacade::CanBusConnect{},
-                                               QorControlFacade::EcuConnect::Default),
+    post(channel::Kind::connectCanBus,
+         std::make_shared<channel::CmdCanBusConn>(QorControlFacade::CanBusConnect{},
+                                                  QorControlFacade::EcuConnect::Default),
          nullptr);
     agent.step();
     EXPECT_THAT(sentIds(), ElementsAre(16));

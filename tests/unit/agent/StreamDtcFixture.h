@@ -16,9 +16,9 @@ protected:
         qor.on<CommandGetDTC>([](const CommandGetDTC&) { return false; });
     }
 
-    void streams(Impl::DtcQueue* target, std::uint32_t timeoutMs, std::uint32_t everyMs) {
-        post(Impl::kindStartDtcRead, std::make_shared<Impl::CmdDataDtc>(target, timeoutMs, everyMs),
-             nullptr);
+    void streams(channel::DtcQueue* target, std::uint32_t timeoutMs, std::uint32_t everyMs) {
+        post(channel::Kind::startDtcRead,
+             std::make_shared<channel::CmdDataDtc>(target, timeoutMs, everyMs), nullptr);
         agent.step();
     }
     void streamsEvery(std::uint32_t ms, std::uint32_t timeoutMs = 700) {
@@ -26,7 +26,7 @@ protected:
     }
 
     /// What came as text: "2 codes", "marker" for the one empty entry, "-" for nothing.
-    static std::string nextCodes(Impl::DtcQueue& from) {
+    static std::string nextCodes(channel::DtcQueue& from) {
         Codes list;
         if (!from.pop(list, 0)) return "-";
         const bool isMarker =
@@ -50,5 +50,5 @@ protected:
 
     std::vector<const CommandGetDTC*> reads() const { return qor.all<CommandGetDTC>(); }
 
-    Impl::DtcQueue codes{4};
+    channel::DtcQueue codes{4};
 };

@@ -134,7 +134,7 @@ TEST_F(StreamDtcs, QorIsAskedIfItAnsweredLessThanASecondAgo) {
 }
 
 TEST_F(StreamDtcs, ASecondStartRedirectsTheStreamAndReadsAtOnce) {
-    Impl::DtcQueue other{4};
+    channel::DtcQueue other{4};
     streamsEvery(1000);
     idleRound();
     EXPECT_EQ(nextCodes(), "1 codes");
@@ -156,7 +156,7 @@ TEST_F(StreamDtcs, AStartSetsTheFailuresBack) {
 TEST_F(StreamDtcs, TheStopEndsTheReads) {
     streamsEvery(100);
     idleRound();
-    EXPECT_TRUE(succeeds(Impl::kindStopDtcRead, std::make_shared<Impl::CmdDataDtc>()));
+    EXPECT_TRUE(succeeds(channel::Kind::stopDtcRead, std::make_shared<channel::CmdDataDtc>()));
     codes.clear();
     qor.forgetSent();
     EXPECT_EQ(roundsEvery(100, 8), "- - - - - - - - ");
@@ -174,7 +174,7 @@ TEST_F(StreamDtcs, AStartWithANullQueueEndsThemToo) {
 
 TEST_F(StreamDtcs, RequestsGoBeforeTroubleCodes) {
     streamsEvery(0);
-    post(Impl::kindPingQor, std::make_shared<Impl::CmdDataPing>(100u), nullptr);
+    post(channel::Kind::pingQor, std::make_shared<channel::CmdDataPing>(100u), nullptr);
     agent.step();
     EXPECT_THAT(reads(), IsEmpty());
     idleRound();
@@ -182,9 +182,8 @@ TEST_F(StreamDtcs, RequestsGoBeforeTroubleCodes) {
 }
 
 TEST_F(StreamDtcs, ValuesAreDeliveredBeforeTroubleCodesInTheSameRound) {
-    Impl::ParamQueue values{4};
-    const common::LockGuard guard(impl->stateLock);
-    impl->repeatReads[&values] = Impl::RepeatRead{{"Speed"}, false};
+    channel::ParamQueue values{4};
+    channel->streams.add(&values, {"Speed"});
     streamsEvery(1000);
     qor.forgetSent();
     idleRound();

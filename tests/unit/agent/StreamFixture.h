@@ -10,7 +10,7 @@
 /// passes only when the test lets it.
 class StreamTest : public AgentTest {
 protected:
-    using ParamQueue = Impl::ParamQueue;
+    using ParamQueue = channel::ParamQueue;
     using Values = std::vector<QorControlFacade::ParamValue>;
     using Codes = std::vector<QorControlFacade::DtcDescription>;
     using Names = std::vector<std::string>;
@@ -29,28 +29,26 @@ protected:
         qorAnswersNow();
     }
 
-    void qorAnswersNow() { impl->lastQorContactTick = common::now(); }
+    void qorAnswersNow() { channel->contact.note(common::now()); }
     /// QOR was heard of exactly so long ago.
-    void qorAnsweredAgo(std::uint32_t ms) { impl->lastQorContactTick = common::now() - ms; }
+    void qorAnsweredAgo(std::uint32_t ms) { channel->contact.note(common::now() - ms); }
 
     /// The host's side, as the facade's operations leave it.
-    void registers(ParamQueue& target, const Names& names) {
-        const common::LockGuard guard(impl->stateLock);
-        impl->repeatReads[&target] = Impl::RepeatRead{names, false, 0};
+    void registers(ParamQueue& target, const Names& names) { channel->streams.add(&target, names); }
+    void unregisters(ParamQueue& target) { channel->streams.remove(&target); }
+    bool isRegistered(ParamQueue& target) const {
+        return channel->streams.all().count(&target) == 1;
     }
-    void unregisters(ParamQueue& target) {
-        const common::LockGuard guard(impl->stateLock);
-        impl->repeatReads.erase(&target);
+    bool isPrepared(ParamQueue& target) const {
+        return channel->streams.all().at(&target).prepared;
     }
-    bool isRegistered(ParamQueue& target) const { return impl->repeatReads.count(&target) == 1; }
-    bool isPrepared(ParamQueue& target) const { return impl->repeatReads.at(&target).prepared; }
 
     /// One round without a request, and without the wait for one: the signal of a request that is
     /// gone already ends it.
     void idleRound() {
-        Impl::ProtocolCmd gone;
-        impl->commandQueue.push(gone);
-        impl->commandQueue.pop(gone, 0);
+        channel::ProtocolCmd gone;
+        channel->commandQueue.push(gone);
+        channel->commandQueue.pop(gone, 0);
         agent.step();
     }
     void idleRounds(int count) {
@@ -97,10 +95,10 @@ protected:
         whileQorTakesAList([] {});
     }
 
-    Impl::CachedValue cached(const std::string& name) const {
-        return impl->paramValueCache.at(name);
+    channel::CachedValue cached(const std::string& name) const {
+        return channel->values.all().at(name);
     }
-    bool isCached(const std::string& name) const { return impl->paramValueCache.count(name) == 1; }
+    bool isCached(const std::string& name) const { return channel->values.all().count(name) == 1; }
 
     /// Lets time pass up to so many milliseconds before the tick count wraps to 0; QOR answers.
     void untilBeforeWrap(std::uint32_t ms) {

@@ -25,7 +25,7 @@ struct Figures {
 class StreamHour : public StreamDtcs {
 protected:
     StreamHour() {
-        impl->readPeriodMs = refreshMs;
+        channel->values.setReadPeriod(refreshMs);
         qor.on<CommandKwpConnect>([this](const CommandKwpConnect&) {
             qor.handOverValue(-10, 1.0);  // the ECU is online
             return true;

@@ -17,7 +17,8 @@ protected:
         qor.sendValue(-10, 1.0);
     }
     bool stop(const Names& names) {
-        return succeeds(Impl::kindStopParamRead, std::make_shared<Impl::CmdRepeatRead>(names, 0u));
+        return succeeds(channel::Kind::stopParamRead,
+                        std::make_shared<channel::CmdRepeatRead>(names, 0u));
     }
 };
 
@@ -151,7 +152,7 @@ TEST_F(StreamPreparation, NamesThatAreRegisteredAnewDuringTheStepPassForPrepared
     idleRounds(3);
     EXPECT_TRUE(isPrepared(queue));
     EXPECT_THAT(lists(), ElementsAre(List{7}));
-    EXPECT_EQ(impl->repeatReads.at(&queue).names, Names{"Load"});
+    EXPECT_EQ(channel->streams.all().at(&queue).names, Names{"Load"});
 }
 
 TEST_F(StreamPreparation, AnotherQueueThatIsRegisteredDuringTheStepHasItsTurnInTheNext) {
@@ -207,7 +208,7 @@ TEST_F(StreamPreparation, ThePostedStopHasNoAnswerAndNothingFollows) {
     registers(queue, {"Speed"});
     idleRound();
     unregisters(queue);
-    post(Impl::kindStopParamRead, std::make_shared<Impl::CmdRepeatRead>(Names{"Speed"}, 0u),
+    post(channel::Kind::stopParamRead, std::make_shared<channel::CmdRepeatRead>(Names{"Speed"}, 0u),
          nullptr);
     qor.sendValue(speed, 1.0);
     agent.step();
@@ -244,10 +245,11 @@ TEST_F(StreamPreparation, WhatTheHostReadOfTheOldQorIsNoLongerFresh) {
     idleRound();
     qor.sendValue(speed, 1.0);
     idleRound();
-    EXPECT_GT(cached("Speed").stamp, impl->cacheBegin);
+    std::vector<double> values, second, third;
+    EXPECT_TRUE(channel->values.find("Speed", values, second, third));
     qor.newQor();
     idleRound();
-    EXPECT_LE(cached("Speed").stamp, impl->cacheBegin);
+    EXPECT_FALSE(channel->values.find("Speed", values, second, third));
 }
 
 TEST_F(StreamPreparation, AnotherQorIsPreparedOnlyOnceItHasAnEcuOnline) {
@@ -255,7 +257,7 @@ TEST_F(StreamPreparation, AnotherQorIsPreparedOnlyOnceItHasAnEcuOnline) {
     idleRound();
     qor.newQor();
     qor.forgetSent();
-    impl->lastQorContactTick = common::now() + 15000;  // as the progress of a connect leaves it
+    channel->contact.note(common::now() + 15000);  // as the progress of a connect leaves it
     idleRounds(3);
     EXPECT_THAT(lists(), IsEmpty());
     qorReportsAnEcu();

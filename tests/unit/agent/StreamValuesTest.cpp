@@ -93,7 +93,7 @@ TEST_F(StreamValues, AParameterThatStallsDisappearsAndComesBackWithItsNextValue)
 }
 
 TEST_F(StreamValues, WithAPeriodOf0NothingIsEverDelivered) {
-    impl->readPeriodMs = 0;
+    channel->values.setReadPeriod(0);
     for (int round = 0; round < 20; ++round) {
         qor.sendValue(speed, 1.0);
         EXPECT_EQ(roundGives(), "nothing");
@@ -104,8 +104,9 @@ TEST_F(StreamValues, WithAPeriodOf0NothingIsEverDelivered) {
 TEST_F(StreamValues, ThePeriodOfTheLatestConnectCounts) {
     QorControlFacade::EcuConnect settings = {};
     settings.refreshPeriodMs = 50;
-    ASSERT_TRUE(succeeds(Impl::kindConnect, std::make_shared<Impl::CmdDataConnect>(
-                                                settings, QorControlFacade::EcuConnect::Default)));
+    ASSERT_TRUE(
+        succeeds(channel::Kind::connect, std::make_shared<channel::CmdDataConnect>(
+                                             settings, QorControlFacade::EcuConnect::Default)));
     qor.sendValue(speed, 1.0);
     clock.advance(149);
     EXPECT_EQ(roundGives(), "Speed=1");
@@ -114,7 +115,7 @@ TEST_F(StreamValues, ThePeriodOfTheLatestConnectCounts) {
 }
 
 TEST_F(StreamValues, ThreeTimesThePeriodWraps) {
-    impl->readPeriodMs = 0x55555556u;  // three times that is 2
+    channel->values.setReadPeriod(0x55555556u);  // three times that is 2
     qor.sendValue(speed, 1.0);
     clock.advance(1);
     EXPECT_EQ(roundGives(), "Speed=1");
@@ -131,7 +132,7 @@ TEST_F(StreamValues, AReadingThatIsPreparedGoesOnWhileQorIsSilentAndTheValueFres
 }
 
 TEST_F(StreamValues, EachDeliveredValueRefreshesTheCacheWithTheTickOfItsArrival) {
-    impl->paramValueCache["Speed"] = Impl::CachedValue{{9.0, 9.0}, {9.0}, {9.0}, {}};
+    channel->values.store("Speed", channel::CachedValue{{9.0, 9.0}, {9.0}, {9.0}, {}});
     qor.sendValue(speed, 1.0);
     const std::uint32_t arrival = clock.now();
     clock.advance(123);
@@ -146,7 +147,9 @@ TEST_F(StreamValues, EachDeliveredValueRefreshesTheCacheWithTheTickOfItsArrival)
 TEST_F(StreamValues, AStaleValueLeavesTheCacheAsItIs) {
     qor.sendValue(speed, 1.0);
     idleRound();
-    impl->paramValueCache["Speed"].values = {5.0};
+    auto entry = cached("Speed");
+    entry.values = {5.0};
+    channel->values.store("Speed", entry);
     clock.advance(freshMs);
     idleRound();
     EXPECT_THAT(cached("Speed").values, ElementsAre(5.0));
@@ -193,7 +196,7 @@ TEST_F(StreamValues, AFullQueueIsWaitedForOnceForAMillisecondAndThenLosesItsOldV
 TEST_F(StreamValues, RequestsGoBeforeValues) {
     qor.sendValue(speed, 1.0);
     for (int request = 0; request < 10; ++request)
-        post(Impl::kindPingQor, std::make_shared<Impl::CmdDataPing>(100u), nullptr);
+        post(channel::Kind::pingQor, std::make_shared<channel::CmdDataPing>(100u), nullptr);
     for (int request = 0; request < 10; ++request) {
         agent.step();
         EXPECT_EQ(next(queue), "nothing");

@@ -12,8 +12,8 @@ constexpr std::uint32_t dayMs = 24 * 60 * 60 * 1000;
 class StreamWrap : public StreamDtcs {
 protected:
     void streamSpeed() {
-        const common::LockGuard guard(impl->stateLock);
-        impl->repeatReads[&values] = Impl::RepeatRead{{"Speed"}, true};
+        channel->streams.add(&values, {"Speed"});
+        channel->streams.notePreparation(&values, true, 0);
     }
     std::string valuesOfARound() { return roundGives(values); }
 
@@ -71,7 +71,7 @@ TEST_F(StreamWrap, WhatWasStaleBeforeItStaysStaleBehindIt) {
 
 TEST_F(StreamWrap, WithAPeriodOf0NothingIsEverDelivered) {
     streamSpeed();
-    impl->readPeriodMs = 0;
+    channel->values.setReadPeriod(0);
     untilBeforeWrap(1);
     qor.sendValue(speed, 1.0);
     EXPECT_EQ(valuesOfARound(), "nothing");

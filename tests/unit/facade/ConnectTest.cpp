@@ -56,10 +56,10 @@ TEST_F(Connect, WithoutAMonitorItReturnsAtOnceAndWantsNoAnswer) {
     EXPECT_FALSE(facade->isConnecting());
     while (agent.requests().empty()) Sleep(1);
     const Cmd request = agent.requests().at(0);
-    EXPECT_EQ(request.kind, 3u);
+    EXPECT_EQ(request.kind, channel::Kind{3u});
     EXPECT_EQ(request.replyQueue, nullptr);
     EXPECT_EQ(request.monitor, nullptr);
-    EXPECT_EQ(dynamic_cast<Impl::CmdDataConnect&>(*request.data).type, EcuConnect::Alternative);
+    EXPECT_EQ(dynamic_cast<channel::CmdDataConnect&>(*request.data).type, EcuConnect::Alternative);
 }
 
 TEST_F(Connect, TheRecordTravelsWholeAndTheMonitorWithIt) {
@@ -67,7 +67,7 @@ TEST_F(Connect, TheRecordTravelsWholeAndTheMonitorWithIt) {
     start().connect(settings, EcuConnect::Default, &monitor);
     const Cmd request = agent.requests().at(0);
     EXPECT_EQ(request.monitor, &monitor);
-    const EcuConnect& sent = dynamic_cast<Impl::CmdDataConnect&>(*request.data).settings;
+    const EcuConnect& sent = dynamic_cast<channel::CmdDataConnect&>(*request.data).settings;
     EXPECT_EQ(sent.protocolOption, 3u);
     EXPECT_TRUE(sent.optionFlag);
     EXPECT_EQ(sent.addressByte2, 0x80);
@@ -89,7 +89,7 @@ TEST_F(Connect, WithAMonitorTheAgentsAnswerDecides) {
 
 TEST_F(Connect, OnlyAMonitoredConnectThatWaitsIsConnecting) {
     bool during = false;
-    agent.script().onRequest = [&](Impl&, const Cmd& command) {
+    agent.script().onRequest = [&](Channel&, const Cmd& command) {
         Sleep(20);
         during = facade->isConnecting();
         ScriptedAgent::fail(command);
@@ -103,10 +103,10 @@ TEST_F(Connect, OnlyAMonitoredConnectThatWaitsIsConnecting) {
 
 TEST_F(Connect, ItIsConnectingOnceTheRequestIsPosted) {
     std::atomic<bool> mayGoOn{false};
-    agent.script().onRequest = [&](Impl& impl, const Cmd& command) {
+    agent.script().onRequest = [&](Channel& channel, const Cmd& command) {
         while (!mayGoOn) Sleep(1);
         if (command.replyQueue != nullptr) ScriptedAgent::fail(command);
-        impl.agentRunning = command.replyQueue == nullptr;
+        if (command.replyQueue != nullptr) channel.agent.askToEnd();
     };
     start();
     for (int i = 0; i < 11; ++i) {  // one for the agent, ten for the queue: the next one waits
@@ -128,14 +128,14 @@ TEST_F(Connect, ItIsConnectingOnceTheRequestIsPosted) {
 }
 
 TEST_F(Connect, AnAgentThatEndsEndsTheWait) {
-    agent.script().onRequest = [](Impl& impl, const Cmd&) { impl.agentRunning = false; };
+    agent.script().onRequest = [](Channel& channel, const Cmd&) { channel.agent.askToEnd(); };
     EXPECT_FALSE(start().connect(settings, EcuConnect::Default, &monitor));
     EXPECT_FALSE(facade->isConnecting());
 }
 
 TEST_F(Connect, TheCallersWindowMessagesAreDispatchedWhileItWaits) {
     ThreadTimer timer(10);
-    agent.script().onRequest = [&](Impl&, const Cmd& command) {
+    agent.script().onRequest = [&](Channel&, const Cmd& command) {
         for (int i = 0; i < 2000 && !timer.hasRun(); ++i) Sleep(1);
         ScriptedAgent::succeed(command);
     };

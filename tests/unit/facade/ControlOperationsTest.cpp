@@ -10,8 +10,8 @@ using ::testing::SizeIs;
 class ControlOperations : public FacadeTest {
 protected:
     Cmd request(std::size_t number = 0) { return agent.requests().at(number); }
-    static const Impl::CmdDataParamData& dataOf(const Cmd& request) {
-        return dynamic_cast<Impl::CmdDataParamData&>(*request.data);
+    static const channel::CmdDataParamData& dataOf(const Cmd& request) {
+        return dynamic_cast<channel::CmdDataParamData&>(*request.data);
     }
     void succeedAfter37Ms() {
         after(37, [](const Cmd& command) { ScriptedAgent::succeed(command); });
@@ -22,7 +22,7 @@ TEST_F(ControlOperations, ADynamicWriteCarriesTheTextAndEmptyArrays) {
     succeedAlways();
     start();
     EXPECT_TRUE(facade->setDynamicData("Count", "6 %d", 500));
-    EXPECT_EQ(request().kind, 24u);
+    EXPECT_EQ(request().kind, channel::Kind{24u});
     EXPECT_EQ(dataOf(request()).name, "Count");
     EXPECT_EQ(dataOf(request()).text, "6 %d");
     EXPECT_EQ(dataOf(request()).timeoutMs, 500u);
@@ -47,8 +47,8 @@ TEST_F(ControlOperations, ADynamicWriteLeavesTheValueCacheAlone) {
     ASSERT_TRUE(facade->getParamData("Count", values, 500));
     EXPECT_TRUE(facade->setDynamicData("Count", "6", 500));
     EXPECT_TRUE(facade->setDynamicData("Other", "6", 500));
-    EXPECT_THAT(agent.impl()->paramValueCache, SizeIs(1));
-    EXPECT_THAT(agent.impl()->paramValueCache.at("Count").values, ElementsAre(5.0));
+    EXPECT_THAT(agent.channel()->values.all(), SizeIs(1));
+    EXPECT_THAT(agent.channel()->values.all().at("Count").values, ElementsAre(5.0));
 }
 
 TEST_F(ControlOperations, DirectControlPostsTheNameAlone) {
@@ -56,8 +56,8 @@ TEST_F(ControlOperations, DirectControlPostsTheNameAlone) {
     start();
     EXPECT_TRUE(facade->startDirectCtrl("Fan", 500));
     EXPECT_TRUE(facade->stopDirectCtrl("Fan", 600));
-    EXPECT_EQ(request(0).kind, 33u);
-    EXPECT_EQ(request(1).kind, 34u);
+    EXPECT_EQ(request(0).kind, channel::Kind{33u});
+    EXPECT_EQ(request(1).kind, channel::Kind{34u});
     EXPECT_EQ(dataOf(request(0)).timeoutMs, 500u);
     EXPECT_EQ(dataOf(request(1)).timeoutMs, 600u);
     for (const std::size_t number : {0u, 1u}) {

@@ -13,7 +13,7 @@ using Dtcs = std::vector<QorControlFacade::DtcDescription>;
 class TroubleCodes : public FacadeTest {
 protected:
     void answers(const Dtcs& told) {
-        const auto results = std::make_shared<Impl::CmdDataDtcData>(0u);
+        const auto results = std::make_shared<channel::CmdDataDtcData>(0u);
         results->dtcs = told;
         after(37, [=](const Cmd& command) { ScriptedAgent::succeed(command, results); });
     }
@@ -26,8 +26,8 @@ TEST_F(TroubleCodes, ReadingPostsTheTimeoutAndAnEmptyList) {
     start();
     facade->getDtcByStatus(dtcs, 500);
     const Cmd request = agent.requests().at(0);
-    EXPECT_EQ(request.kind, 18u);
-    const auto& data = dynamic_cast<Impl::CmdDataDtcData&>(*request.data);
+    EXPECT_EQ(request.kind, channel::Kind{18u});
+    const auto& data = dynamic_cast<channel::CmdDataDtcData&>(*request.data);
     EXPECT_EQ(data.statusMask, 500u);
     EXPECT_THAT(data.dtcs, IsEmpty());
 }
@@ -66,8 +66,8 @@ TEST_F(TroubleCodes, ClearingPostsNothingButItsKind) {
     start();
     EXPECT_TRUE(facade->clearDtc(500));
     const Cmd request = agent.requests().at(0);
-    EXPECT_EQ(request.kind, 9u);
-    const auto& data = dynamic_cast<Impl::CmdDataDtc&>(*request.data);
+    EXPECT_EQ(request.kind, channel::Kind{9u});
+    const auto& data = dynamic_cast<channel::CmdDataDtc&>(*request.data);
     EXPECT_EQ(data.queue, nullptr);
     EXPECT_EQ(data.statusMask, 0u);
     EXPECT_EQ(data.periodMs, 0u);
@@ -95,7 +95,7 @@ TEST_F(SilentTroubleCodes, ClearingGivesUpAfterItsTimeoutAndReadingAfterTwiceAsM
 class CanBus : public FacadeTest {
 protected:
     void answers(const QorControlFacade::CanBusData& told) {
-        const auto results = std::make_shared<Impl::CmdCanBusData>(told, 0u);
+        const auto results = std::make_shared<channel::CmdCanBusData>(told, 0u);
         after(37, [=](const Cmd& command) { ScriptedAgent::succeed(command, results); });
     }
 
@@ -107,8 +107,8 @@ TEST_F(CanBus, ReadingPostsTheIdentifiersWhole) {
     start();
     facade->getCanBusData(data, 500);
     const Cmd request = agent.requests().at(0);
-    EXPECT_EQ(request.kind, 22u);
-    const auto& posted = dynamic_cast<Impl::CmdCanBusData&>(*request.data);
+    EXPECT_EQ(request.kind, channel::Kind{22u});
+    const auto& posted = dynamic_cast<channel::CmdCanBusData&>(*request.data);
     EXPECT_EQ(posted.timeoutMs, 500u);
     ASSERT_THAT(posted.data.items, SizeIs(2));
     EXPECT_EQ(posted.data.items[0].canId, 0x7FFu);
@@ -150,8 +150,8 @@ TEST_F(CanBus, AMessageTravelsInTheOrderOfItsArgumentsAndWritesNoLine) {
     const std::string bytes("\x00%s\xFF", 4);
     EXPECT_TRUE(facade->sendCanBusMsg(1, 0xFFFFFFFFu, bytes, 500));
     const Cmd request = agent.requests().at(0);
-    EXPECT_EQ(request.kind, 32u);
-    const auto& posted = dynamic_cast<Impl::CmdCanBusSend&>(*request.data);
+    EXPECT_EQ(request.kind, channel::Kind{32u});
+    const auto& posted = dynamic_cast<channel::CmdCanBusSend&>(*request.data);
     EXPECT_EQ(posted.first, 1u);
     EXPECT_EQ(posted.second, 0xFFFFFFFFu);
     EXPECT_EQ(posted.message, bytes);

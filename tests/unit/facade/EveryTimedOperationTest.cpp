@@ -16,7 +16,7 @@ std::string operationName(const ::testing::TestParamInfo<TimedOperation>& info) 
     return info.param.name;
 }
 
-std::shared_ptr<QorControlFacade::Impl::CmdData> resultsOf(const TimedOperation& operation) {
+std::shared_ptr<channel::CmdData> resultsOf(const TimedOperation& operation) {
     return operation.results ? operation.results() : nullptr;
 }
 
@@ -26,7 +26,7 @@ protected:
     bool call(unsigned int timeoutMs = 500) { return GetParam().call(*facade, timeoutMs); }
     void startWithoutLog() {
         facade = std::make_unique<QorControlFacade>("settings.ini", nullptr, 0u, hostPath);
-        agent.impl();
+        agent.channel();
     }
 };
 
@@ -80,8 +80,8 @@ TEST_P(TimedOperations, WithoutALogASuccessIsASuccess) {
 
 TEST_P(TimedOperations, ResultsOfAnotherTypeAreAFailure) {
     if (!GetParam().results) return;
-    struct ForeignData : Impl::CmdData {};
-    agent.script().onRequest = [this](Impl&, const Cmd& command) {
+    struct ForeignData : channel::CmdData {};
+    agent.script().onRequest = [this](Channel&, const Cmd& command) {
         clock.advance(37);
         ScriptedAgent::succeed(command, std::make_shared<ForeignData>());
     };
@@ -98,7 +98,7 @@ TEST_P(TimedOperations, AnAnswerWithoutResultsMeansTheRequestsOwn) {
 
 TEST_P(TimedOperations, OnlyTheResultOneIsSuccess) {
     std::atomic<std::uint32_t> result{0};
-    agent.script().onRequest = [&](Impl&, const Cmd& command) {
+    agent.script().onRequest = [&](Channel&, const Cmd& command) {
         command.replyQueue->push({result, resultsOf(GetParam())});
     };
     start();
@@ -117,8 +117,8 @@ TEST_P(TimedOperations, AfterAShutdownItFailsWithoutALineAndPostsNothing) {
     EXPECT_FALSE(call(noLimit));
     EXPECT_THAT(trace(), SizeIs(lines));
     EXPECT_THAT(log.lines(), IsEmpty());
-    Impl::ProtocolCmd posted;
-    EXPECT_FALSE(agent.impl()->commandQueue.pop(posted, 0));
+    channel::ProtocolCmd posted;
+    EXPECT_FALSE(agent.channel()->commandQueue.pop(posted, 0));
 }
 
 /// On the system's clock: how long they wait, and whose answers they take.
@@ -162,7 +162,7 @@ TEST_P(TimedWaits, ATimeoutOf0Or1OrWhoseDoubleIs0GivesUpAtOnce) {
 }
 
 TEST_P(TimedWaits, TheLongestTimeoutsLastUntilTheAnswer) {
-    agent.script().onRequest = [](Impl&, const Cmd& command) {
+    agent.script().onRequest = [](Channel&, const Cmd& command) {
         Sleep(30);
         ScriptedAgent::succeed(command, resultsOf(GetParam()));
     };
@@ -176,7 +176,7 @@ TEST_P(TimedWaits, TheLongestTimeoutsLastUntilTheAnswer) {
 
 TEST_P(TimedWaits, AnAnswerToACallThatGaveUpReachesNoLaterOne) {
     std::vector<Cmd> taken;  // one call at a time, so only the agent writes
-    agent.script().onRequest = [&taken](Impl&, const Cmd& command) {
+    agent.script().onRequest = [&taken](Channel&, const Cmd& command) {
         taken.push_back(command);
         const Cmd& givenUp = taken.front();
         if (taken.size() == 2) {

@@ -18,8 +18,8 @@
 /// A facade whose agent the test plays, on the system's clock.
 class RealTimeFacadeTest : public ::testing::Test {
 protected:
-    using Impl = QorControlFacade::Impl;
-    using Cmd = Impl::ProtocolCmd;
+    using Channel = channel::Channel;
+    using Cmd = channel::ProtocolCmd;
 
     ~RealTimeFacadeTest() override {
         facade.reset();
@@ -28,30 +28,30 @@ protected:
 
     QorControlFacade& start(unsigned int periodMs = 0) {
         facade = std::make_unique<QorControlFacade>("settings.ini", &log, periodMs, hostPath);
-        agent.impl();  // it runs
+        agent.channel();  // it runs
         return *facade;
     }
     void succeedAlways() {
-        agent.script().onRequest = [](Impl&, const Cmd& c) { ScriptedAgent::succeed(c); };
+        agent.script().onRequest = [](Channel&, const Cmd& c) { ScriptedAgent::succeed(c); };
     }
     /// Each request gets an answer of its own, like `data`.
     template <class Data>
     void succeedAlways(const std::shared_ptr<Data>& data) {
-        agent.script().onRequest = [told = *data](Impl&, const Cmd& c) {
+        agent.script().onRequest = [told = *data](Channel&, const Cmd& c) {
             ScriptedAgent::succeed(c, std::make_shared<Data>(told));
         };
     }
     /// Each request gets what `make` makes, which may be nothing.
-    void succeedWith(std::function<std::shared_ptr<Impl::CmdData>()> make) {
-        agent.script().onRequest = [make = std::move(make)](Impl&, const Cmd& c) {
+    void succeedWith(std::function<std::shared_ptr<channel::CmdData>()> make) {
+        agent.script().onRequest = [make = std::move(make)](Channel&, const Cmd& c) {
             ScriptedAgent::succeed(c, make());
         };
     }
     void failAlways() {
-        agent.script().onRequest = [](Impl&, const Cmd& c) { ScriptedAgent::fail(c); };
+        agent.script().onRequest = [](Channel&, const Cmd& c) { ScriptedAgent::fail(c); };
     }
-    static std::shared_ptr<Impl::CmdDataParamData> valuesOf(const std::vector<double>& values) {
-        auto data = std::make_shared<Impl::CmdDataParamData>("of the answer", 0u);
+    static std::shared_ptr<channel::CmdDataParamData> valuesOf(const std::vector<double>& values) {
+        auto data = std::make_shared<channel::CmdDataParamData>("of the answer", 0u);
         data->values = values;
         return data;
     }
@@ -86,7 +86,7 @@ protected:
 
     /// The agent answers after this much time.
     void after(std::uint32_t ms, const std::function<void(const Cmd&)>& reaction) {
-        agent.script().onRequest = [=](Impl&, const Cmd& command) {
+        agent.script().onRequest = [=](Channel&, const Cmd& command) {
             clock.advance(ms);
             reaction(command);
         };

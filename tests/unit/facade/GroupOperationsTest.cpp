@@ -13,7 +13,7 @@ class GetParamDataAtOnce : public FacadeTest {
 protected:
     /// The agent answers with these arrays after 37 ms.
     void answers(const Arrays& told) {
-        const auto results = std::make_shared<Impl::CmdParamDataAtOnce>(Names(), 0u);
+        const auto results = std::make_shared<channel::CmdParamDataAtOnce>(Names(), 0u);
         results->values = told;
         after(37, [=](const Cmd& command) { ScriptedAgent::succeed(command, results); });
     }
@@ -27,8 +27,8 @@ TEST_F(GetParamDataAtOnce, TheRequestCarriesTheNamesInTheirOrderAndNoArrays) {
     start();
     get({"b", "a", "b"});
     const Cmd request = agent.requests().at(0);
-    const auto& data = dynamic_cast<Impl::CmdParamDataAtOnce&>(*request.data);
-    EXPECT_EQ(request.kind, 23u);
+    const auto& data = dynamic_cast<channel::CmdParamDataAtOnce&>(*request.data);
+    EXPECT_EQ(request.kind, channel::Kind{23u});
     EXPECT_THAT(data.names, ElementsAre("b", "a", "b"));
     EXPECT_THAT(data.values, IsEmpty());
     EXPECT_EQ(data.timeoutMs, 500u);
@@ -85,7 +85,7 @@ TEST_F(GetParamDataAtOnce, ANameOf10000CharactersTravelsWholeAndDoesNoHarm) {
     start();
     EXPECT_FALSE(get({name, "%s%n", "a\r\nb", "", "\xE4\xFF"}));
     const Cmd request = agent.requests().at(0);
-    EXPECT_THAT(dynamic_cast<Impl::CmdParamDataAtOnce&>(*request.data).names,
+    EXPECT_THAT(dynamic_cast<channel::CmdParamDataAtOnce&>(*request.data).names,
                 ElementsAre(name, "%s%n", "a\r\nb", "", "\xE4\xFF"));
     EXPECT_THAT(log.lines(), ElementsAre("error: FAILED GET_AT_ONCE-p(" + name +
                                          " , %s%n , a\r\nb ,  , \xE4\xFF , ), t: 0 ms"));
@@ -126,12 +126,12 @@ TEST_F(GetParamDataAtOnce, TheValueCacheIsNeitherAskedNorFilled) {
     start(60000);
     std::vector<double> one;
     ASSERT_TRUE(facade->getParamData("a", one, 500));
-    const auto stamp = agent.impl()->paramValueCache.at("a").stamp;
+    const auto stamp = agent.channel()->values.all().at("a").stamp;
     answers({{2.0}, {3.0}});
     EXPECT_TRUE(get({"a", "b"}));
     EXPECT_THAT(values.at(0), ElementsAre(2.0));
     EXPECT_THAT(agent.requests(), SizeIs(2));
-    const auto& cache = agent.impl()->paramValueCache;
+    const auto& cache = agent.channel()->values.all();
     EXPECT_THAT(cache, SizeIs(1));
     EXPECT_THAT(cache.at("a").values, ElementsAre(1.0));
     EXPECT_EQ(cache.at("a").stamp, stamp);

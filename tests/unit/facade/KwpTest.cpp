@@ -11,7 +11,7 @@ using KwpCommand = QorControlFacade::KwpCommand;
 class SendKwpCommand : public FacadeTest {
 protected:
     void answers(const std::string& data, std::uint32_t failed) {
-        const auto results = std::make_shared<Impl::CmdDataKwp>(0u, KwpCommand{0x99, data, 0});
+        const auto results = std::make_shared<channel::CmdDataKwp>(0u, KwpCommand{0x99, data, 0});
         results->failed = failed;
         after(37, [=](const Cmd& command) { ScriptedAgent::succeed(command, results); });
     }
@@ -25,8 +25,8 @@ TEST_F(SendKwpCommand, TheRequestCarriesTheWholeRecordAndTheTimeout) {
     start();
     send();
     const Cmd request = agent.requests().at(0);
-    EXPECT_EQ(request.kind, 20u);
-    const auto& posted = dynamic_cast<Impl::CmdDataKwp&>(*request.data);
+    EXPECT_EQ(request.kind, channel::Kind{20u});
+    const auto& posted = dynamic_cast<channel::CmdDataKwp&>(*request.data);
     EXPECT_EQ(posted.timeoutMs, 500u);
     EXPECT_EQ(posted.service, 0x27u);
     EXPECT_EQ(posted.data, std::string("\x02\x00\x0A\xFF", 4));

@@ -73,8 +73,8 @@ TEST_F(Lifecycle, ASecondFacadeOfTheSameHostAppends) {
 
 TEST_F(Lifecycle, TheAgentGetsTheSettingsPathAsItWasGiven) {
     start(123);
-    EXPECT_EQ(agent.impl()->settingsPath, "settings.ini");
-    EXPECT_EQ(agent.impl()->readPeriodMs, 123u);
+    EXPECT_EQ(agent.channel()->settingsPath, "settings.ini");
+    EXPECT_EQ(agent.channel()->values.readPeriodMs(), 123u);
 }
 
 TEST_F(Lifecycle, ASecondShutdownReturnsAtOnce) {
@@ -85,20 +85,19 @@ TEST_F(Lifecycle, ASecondShutdownReturnsAtOnce) {
 }
 
 TEST_F(Lifecycle, AShutdownOfADeadAgentReturnsAtOnceAndLeavesEverything) {
-    agent.script().atStart = [](Impl& impl) { impl.agentRunning = false; };
+    agent.script().endsByItself = true;
     start();
-    const auto impl = agent.impl();
-    while (impl->agentThread.state() == common::ThreadState::running) Sleep(1);
-    impl->agentRunning = true;
+    const auto channel = agent.channel();
+    while (channel->agent.thread().state() == common::ThreadState::running) Sleep(1);
     sleeps = 0;
     facade->shutdown();
     EXPECT_EQ(sleeps, 0);
-    EXPECT_TRUE(impl->agentThread.hasHandle());
-    EXPECT_TRUE(impl->agentRunning);
+    EXPECT_TRUE(channel->agent.thread().hasHandle());
+    EXPECT_TRUE(channel->agent.mayGoOn());
 }
 
 TEST_F(Lifecycle, AShutdownAsksTheAgentToEndAndTracesEach50MsThatItWaits) {
-    agent.script().atEnd = [this](Impl&) {
+    agent.script().atEnd = [this](Channel&) {
         while (sleeps < 4) Sleep(1);
         Sleep(1);
     };
@@ -112,29 +111,28 @@ TEST_F(Lifecycle, AShutdownAsksTheAgentToEndAndTracesEach50MsThatItWaits) {
 TEST_F(Lifecycle, TheStateIsFreedWithTheFacade) {
     succeedAlways();
     start().pingQor(100);
-    std::weak_ptr<Impl> impl = agent.impl();
+    std::weak_ptr<Channel> channel = agent.channel();
     facade.reset();
-    EXPECT_TRUE(impl.expired());
+    EXPECT_TRUE(channel.expired());
 }
 
 TEST_F(Lifecycle, AnAgentThatNeverEndsIsLetGoAfterFiveSecondsAndHarmsNobody) {
     std::atomic<bool> mayEnd{false};
-    agent.script().atEnd = [&mayEnd](Impl& impl) {
+    agent.script().atEnd = [&mayEnd](Channel& channel) {
         while (!mayEnd) Sleep(1);
-        const common::LockGuard guard(impl.stateLock);
-        impl.qorExecutablePath = std::string(1000, 'x');
-        impl.paramValueCache["late"] = {};
+        channel.executable.publish(std::string(1000, 'x'));
+        channel.values.store("late", {});
     };
     start();
-    std::weak_ptr<Impl> impl = agent.impl();
+    std::weak_ptr<Channel> channel = agent.channel();
     const std::uint32_t before = clock.now();
     facade.reset();
     EXPECT_EQ(clock.now() - before, 50u + 100u * 50u);
-    EXPECT_FALSE(impl.expired());
+    EXPECT_FALSE(channel.expired());
     EXPECT_FALSE(agent.hasEnded());
     EXPECT_EQ(linesOfFile(folder.pathOf("host.log")).size(), 2u + 1 + 100 + 1);
     mayEnd = true;
-    while (!impl.expired()) Sleep(1);
+    while (!channel.expired()) Sleep(1);
     EXPECT_TRUE(agent.hasEnded());
 }
 
@@ -179,7 +177,7 @@ TEST_F(Lifecycle, RightAfterConstructionTheEcuIsOffline) {
 
 TEST_F(Lifecycle, TheEcuIsOnlineForLessThanTwoSecondsAfterTheLastContact) {
     start();
-    agent.impl()->lastQorContactTick = common::now();
+    agent.channel()->contact.note(common::now());
     clock.advance(1999);
     EXPECT_TRUE(facade->isEcuOnline());
     clock.advance(1);
@@ -191,7 +189,7 @@ TEST_F(Lifecycle, TheEcuIsOnlineForAsLongAcrossTheWrapOfTheTickCount) {
     for (const std::uint32_t msBefore : {2001u, 2000u, 1999u, 1000u, 1u}) {
         SCOPED_TRACE(msBefore);
         clock.advanceToBeforeWrap(msBefore);
-        agent.impl()->lastQorContactTick = common::now();
+        agent.channel()->contact.note(common::now());
         EXPECT_TRUE(facade->isEcuOnline());
         clock.advance(1999);
         EXPECT_TRUE(facade->isEcuOnline());
@@ -212,10 +210,9 @@ TEST_F(Lifecycle, WithoutAnyContactTheEcuIsOfflineAlsoWhereTheTickCountBegins) {
 }
 
 TEST_F(Lifecycle, ThePathOfTheExecutableIsAwaitedUntilTheAgentPublishesIt) {
-    agent.script().atStart = [](Impl& impl) {
+    agent.script().atStart = [](Channel& channel) {
         Sleep(30);
-        const common::LockGuard guard(impl.stateLock);
-        impl.qorExecutablePath = "c:\\q.exe";
+        channel.executable.publish("c:\\q.exe");
     };
     facade = std::make_unique<QorControlFacade>("s", nullptr, 0u, "");
     EXPECT_EQ(facade->getQorExecutablePath(), "c:\\q.exe");
@@ -246,7 +243,7 @@ TEST_F(Lifecycle, ThePathOfTheExecutableIsAwaitedForAsLongAcrossTheWrapOfTheTick
 }
 
 TEST_F(Lifecycle, ThePathOfTheExecutableSurvivesTheAgent) {
-    agent.script().atStart = [](Impl& impl) { impl.qorExecutablePath = "c:\\q.exe"; };
+    agent.script().atStart = [](Channel& channel) { channel.executable.publish("c:\\q.exe"); };
     start().shutdown();
     EXPECT_EQ(facade->getQorExecutablePath(), "c:\\q.exe");
 }

@@ -15,12 +15,12 @@ class LostAgent : public RealTimeFacadeTest {
 protected:
     /// Until the system says that the thread has ended, whatever the thread itself has noted.
     void awaitEnd() {
-        const auto impl = agent.impl();
-        while (impl->agentThread.state() == common::ThreadState::running) Sleep(1);
+        const auto channel = agent.channel();
+        while (channel->agent.thread().state() == common::ThreadState::running) Sleep(1);
     }
     /// The agent answers one read and then ends in the middle of the next request.
     void endAfterOneRead() {
-        agent.script().onRequest = [this](Impl&, const Cmd& command) {
+        agent.script().onRequest = [this](Channel&, const Cmd& command) {
             if (agent.requests().size() > 1) ExitThread(0);
             ScriptedAgent::succeed(command, valuesOf({7.0}));
         };
@@ -67,15 +67,15 @@ TEST_F(LostAgent, ThatEndedWithoutReturningDoesNotHoldUpAShutdown) {
 
 TEST_F(LostAgent, ThatHasFailedAndOnlyClearsUpHasEveryOperationFailAtOnce) {
     start(60000);
-    const auto impl = agent.impl();
-    impl->agentEnded = true;
+    const auto channel = agent.channel();
+    channel->agent.noteFailure();
     EXPECT_FALSE(facade->pingQor(5000));
     EXPECT_FALSE(facade->getParamData("Load", values, 5000));
     EXPECT_FALSE(facade->connect({}, QorControlFacade::EcuConnect::Default, nullptr));
     EXPECT_THAT(agent.requests(), SizeIs(0));
     facade->shutdown();  // does not wait for it
-    EXPECT_TRUE(impl->agentRunning);
-    impl->agentRunning = false;
+    EXPECT_TRUE(channel->agent.mayGoOn());
+    channel->agent.askToEnd();
     while (!agent.hasEnded()) Sleep(1);
 }
 
@@ -87,8 +87,8 @@ TEST_F(LateAgent, ThatFirstRunsWhenItsFacadeIsGoneFindsItsStateAndEnds) {
     agent.script().beforeStart = [&] {
         while (!mayRun) Sleep(1);
     };
-    agent.script().atStart = [&](Impl& impl) {
-        found = impl.settingsPath == "settings.ini" && !impl.agentRunning;
+    agent.script().atStart = [&](Channel& channel) {
+        found = channel.settingsPath == "settings.ini" && !channel.agent.mayGoOn();
     };
     facade = std::make_unique<QorControlFacade>("settings.ini", &log, 0, hostPath);
     facade.reset();

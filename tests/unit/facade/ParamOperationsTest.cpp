@@ -13,9 +13,9 @@ using ::testing::SizeIs;
 class ParamOperations : public FacadeTest {
 protected:
     bool get() { return facade->getParamData("Speed", values, second, third, 500); }
-    const Impl::CmdDataParamData& request(std::size_t number = 0) {
+    const channel::CmdDataParamData& request(std::size_t number = 0) {
         last_ = agent.requests().at(number).data;
-        return dynamic_cast<Impl::CmdDataParamData&>(*last_);
+        return dynamic_cast<channel::CmdDataParamData&>(*last_);
     }
 
     std::vector<double> values{7.0};
@@ -24,14 +24,14 @@ protected:
     wex::ParamDescription description{"a", "b", "c", "d", "e", 5, true};
 
 private:
-    std::shared_ptr<Impl::CmdData> last_;
+    std::shared_ptr<channel::CmdData> last_;
 };
 
 TEST_F(ParamOperations, AReadPostsTheNameAndTheUndoubledTimeout) {
     succeedAlways(valuesOf({}));
     start();
     EXPECT_TRUE(get());
-    EXPECT_EQ(agent.requests().at(0).kind, 5u);
+    EXPECT_EQ(agent.requests().at(0).kind, channel::Kind{5u});
     EXPECT_EQ(agent.requests().at(0).monitor, nullptr);
     EXPECT_EQ(request().name, "Speed");
     EXPECT_EQ(request().timeoutMs, 500u);
@@ -104,13 +104,13 @@ TEST_F(ParamOperations, AFailedReadIsTwoLinesOfTheTraceAndThenOneForTheHost) {
 TEST_F(ParamOperations, AFailedReadTellsWhetherTheEcuIsOnline) {
     failAlways();
     start();
-    agent.impl()->lastQorContactTick = common::now();
+    agent.channel()->contact.note(common::now());
     get();
     EXPECT_EQ(trace().at(1), "1\tQorControlFacade::getParamData() isEcuOnline=true");
 }
 
 TEST_F(ParamOperations, AnAnswerOfAnotherTypeIsAFailure) {
-    succeedAlways(std::make_shared<Impl::CmdDataPing>(1u));
+    succeedAlways(std::make_shared<channel::CmdDataPing>(1u));
     start();
     EXPECT_FALSE(get());
     EXPECT_FALSE(facade->getParamDescription("Speed", description));
@@ -119,8 +119,8 @@ TEST_F(ParamOperations, AnAnswerOfAnotherTypeIsAFailure) {
 }
 
 TEST_F(ParamOperations, AnAnswerWithoutPayloadMeansTheRequestsOwn) {
-    agent.script().onRequest = [](Impl&, const Cmd& command) {
-        dynamic_cast<Impl::CmdDataParamData&>(*command.data).values = {6.0};
+    agent.script().onRequest = [](Channel&, const Cmd& command) {
+        dynamic_cast<channel::CmdDataParamData&>(*command.data).values = {6.0};
         ScriptedAgent::succeed(command);
     };
     start();
@@ -172,7 +172,7 @@ TEST_F(ParamOperations, AWritePostsTheThreeArraysAndWritesOneLine) {
     after(37, [](const Cmd& command) { ScriptedAgent::succeed(command); });
     start();
     EXPECT_TRUE(facade->setParamData("Map", {1.5, 2.0}, {3.0}, {4.0}, 500));
-    EXPECT_EQ(agent.requests().at(0).kind, 6u);
+    EXPECT_EQ(agent.requests().at(0).kind, channel::Kind{6u});
     EXPECT_EQ(request().name, "Map");
     EXPECT_THAT(request().values, ElementsAre(1.5, 2.0));
     EXPECT_THAT(request().second, ElementsAre(3.0));
@@ -196,7 +196,7 @@ TEST_F(ParamOperations, AFailedWriteIsOneLineOfTheTraceAndThenOneForTheHost) {
 
 TEST_F(ParamOperations, ADescriptionIsCopiedWholeAndLogsNothing) {
     const wex::ParamDescription told{"n", "1", "2", "3", "4", 0, false};
-    succeedAlways(std::make_shared<Impl::CmdDataParamInfo>("ignored", told));
+    succeedAlways(std::make_shared<channel::CmdDataParamInfo>("ignored", told));
     start();
     EXPECT_TRUE(facade->getParamDescription("Speed", description));
     EXPECT_EQ(description.name, "n");
@@ -213,8 +213,8 @@ TEST_F(ParamOperations, ADescriptionIsAskedForUnderTheArgumentWithTheCallersReco
     start();
     facade->getParamDescription("Speed", description);
     const auto data = agent.requests().at(0).data;
-    const auto& posted = dynamic_cast<Impl::CmdDataParamInfo&>(*data);
-    EXPECT_EQ(agent.requests().at(0).kind, 4u);
+    const auto& posted = dynamic_cast<channel::CmdDataParamInfo&>(*data);
+    EXPECT_EQ(agent.requests().at(0).kind, channel::Kind{4u});
     EXPECT_EQ(posted.name, "Speed");
     EXPECT_EQ(posted.description.name, "Speed");
     EXPECT_EQ(posted.description.text1, "b");

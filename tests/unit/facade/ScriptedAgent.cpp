@@ -6,7 +6,7 @@ struct ScriptedAgent::State {
     Script script;
     mutable std::mutex mutex;
     std::vector<Cmd> requests;
-    std::weak_ptr<Impl> impl;
+    std::weak_ptr<Channel> channel;
     bool started = false;
     std::atomic<bool> ended{false};
 };
@@ -18,7 +18,8 @@ ScriptedAgent* current = nullptr;
 }  // namespace
 
 unsigned int __stdcall QorControlFacade::agentThread(void* share) {
-    const std::unique_ptr<std::shared_ptr<Impl>> own(static_cast<std::shared_ptr<Impl>*>(share));
+    using Share = std::shared_ptr<channel::Channel>;
+    const std::unique_ptr<Share> own(static_cast<Share*>(share));
     ScriptedAgent::beforeRun();
     return ScriptedAgent::run(*own);
 }
@@ -45,11 +46,11 @@ void ScriptedAgent::forgetRequests() {
     state_->requests.clear();
 }
 
-std::shared_ptr<ScriptedAgent::Impl> ScriptedAgent::impl() const {
+std::shared_ptr<ScriptedAgent::Channel> ScriptedAgent::channel() const {
     for (;;) {
         {
             const std::lock_guard<std::mutex> guard(state_->mutex);
-            if (state_->started) return state_->impl.lock();
+            if (state_->started) return state_->channel.lock();
         }
         Sleep(1);
     }
@@ -64,24 +65,24 @@ void ScriptedAgent::beforeRun() {
     state->script.beforeStart();
 }
 
-unsigned int ScriptedAgent::run(const std::shared_ptr<Impl>& impl) {
+unsigned int ScriptedAgent::run(const std::shared_ptr<Channel>& channel) {
     const std::shared_ptr<State> state = current->state_;
-    state->script.atStart(*impl);
+    state->script.atStart(*channel);
     {
         const std::lock_guard<std::mutex> guard(state->mutex);
-        state->impl = impl;
+        state->channel = channel;
         state->started = true;
     }
-    while (impl->agentRunning) {
+    while (channel->agent.mayGoOn() && !state->script.endsByItself) {
         Cmd command;
-        if (!impl->commandQueue.pop(command, 1)) continue;
+        if (!channel->commandQueue.pop(command, 1)) continue;
         {
             const std::lock_guard<std::mutex> guard(state->mutex);
             state->requests.push_back(command);
         }
-        state->script.onRequest(*impl, command);
+        state->script.onRequest(*channel, command);
     }
-    state->script.atEnd(*impl);
+    state->script.atEnd(*channel);
     state->ended = true;
     return 0;
 }

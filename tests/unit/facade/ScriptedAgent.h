@@ -6,24 +6,26 @@
 #include <mutex>
 #include <vector>
 
-#include "facade/CmdData.h"
-#include "facade/FacadeImpl.h"
+#include "facade/channel/Channel.h"
+#include "facade/channel/CmdData.h"
 
 /// What runs on the agent thread of each facade that is made while this object lives: takes the
 /// requests, keeps them and does what the test says. Set the script before the facade is made.
 class ScriptedAgent {
 public:
-    using Impl = QorControlFacade::Impl;
-    using Cmd = Impl::ProtocolCmd;
+    using Channel = channel::Channel;
+    using Cmd = channel::ProtocolCmd;
 
     struct Script {
         /// Before the thread has looked at anything that the facade gave it.
         std::function<void()> beforeStart = [] {};
-        std::function<void(Impl&)> atStart = [](Impl&) {};
+        std::function<void(Channel&)> atStart = [](Channel&) {};
         /// By default nothing is ever answered.
-        std::function<void(Impl&, const Cmd&)> onRequest = [](Impl&, const Cmd&) {};
+        std::function<void(Channel&, const Cmd&)> onRequest = [](Channel&, const Cmd&) {};
+        /// True: the thread ends at once, unasked.
+        bool endsByItself = false;
         /// After the facade has asked the agent to end.
-        std::function<void(Impl&)> atEnd = [](Impl&) {};
+        std::function<void(Channel&)> atEnd = [](Channel&) {};
     };
 
     ScriptedAgent();
@@ -38,17 +40,17 @@ public:
     /// Forgets them, and so lets their payloads go.
     void forgetRequests();
     /// The shared state of the last facade; waits until its thread runs.
-    std::shared_ptr<Impl> impl() const;
+    std::shared_ptr<Channel> channel() const;
     bool hasEnded() const;
 
-    static void succeed(const Cmd& command, std::shared_ptr<Impl::CmdData> data = nullptr) {
-        command.replyQueue->push({Impl::CmdResponse::success, std::move(data)});
+    static void succeed(const Cmd& command, std::shared_ptr<channel::CmdData> data = nullptr) {
+        command.replyQueue->push({channel::CmdResponse::success, std::move(data)});
     }
-    static void fail(const Cmd& command) { command.replyQueue->push(Impl::CmdResponse()); }
+    static void fail(const Cmd& command) { command.replyQueue->push(channel::CmdResponse()); }
 
     static void beforeRun();
     /// The body of the agent thread.
-    static unsigned int run(const std::shared_ptr<Impl>& impl);
+    static unsigned int run(const std::shared_ptr<Channel>& channel);
 
 private:
     struct State;

@@ -41,10 +41,10 @@ TEST_F(SetEcuSegment, NameFlagAndMonitorTravelAndAnAnswerIsWanted) {
     start();
     select(&monitor);
     const Cmd request = agent.requests().at(0);
-    EXPECT_EQ(request.kind, 16u);
+    EXPECT_EQ(request.kind, channel::Kind{16u});
     EXPECT_EQ(request.monitor, &monitor);
     EXPECT_NE(request.replyQueue, nullptr);
-    const auto& sent = dynamic_cast<Impl::CmdDataSegment&>(*request.data);
+    const auto& sent = dynamic_cast<channel::CmdDataSegment&>(*request.data);
     EXPECT_EQ(sent.segment, "Working%s");
     EXPECT_TRUE(sent.flag);
     EXPECT_EQ(monitor.strayCalls + monitor.polls, 0);
@@ -60,7 +60,7 @@ TEST_F(SetEcuSegment, WithoutAMonitorAnAnswerIsWantedAllTheSame) {
 
 TEST_F(SetEcuSegment, OnlyTheResultOneIsSuccessAndAFailureAddsNoLine) {
     std::atomic<std::uint32_t> result{0};
-    agent.script().onRequest = [&](Impl&, const Cmd& command) {
+    agent.script().onRequest = [&](Channel&, const Cmd& command) {
         command.replyQueue->push({result, nullptr});
     };
     start();
@@ -74,7 +74,7 @@ TEST_F(SetEcuSegment, OnlyTheResultOneIsSuccessAndAFailureAddsNoLine) {
 
 TEST_F(SetEcuSegment, ItWaitsWithoutALimitAndIsNoConnect) {
     bool connecting = true;
-    agent.script().onRequest = [&](Impl&, const Cmd& command) {
+    agent.script().onRequest = [&](Channel&, const Cmd& command) {
         Sleep(50);
         clock.advance(0x7FFFFFFFu);
         connecting = facade->isConnecting();
@@ -86,14 +86,14 @@ TEST_F(SetEcuSegment, ItWaitsWithoutALimitAndIsNoConnect) {
 }
 
 TEST_F(SetEcuSegment, AnAgentThatEndsEndsTheWait) {
-    agent.script().onRequest = [](Impl& impl, const Cmd&) { impl.agentRunning = false; };
+    agent.script().onRequest = [](Channel& channel, const Cmd&) { channel.agent.askToEnd(); };
     start();
     EXPECT_FALSE(select());
 }
 
 TEST_F(SetEcuSegment, TheCallersWindowMessagesAreDispatchedWhileItWaits) {
     ThreadTimer timer(10);
-    agent.script().onRequest = [&](Impl&, const Cmd& command) {
+    agent.script().onRequest = [&](Channel&, const Cmd& command) {
         for (int i = 0; i < 2000 && !timer.hasRun(); ++i) Sleep(1);
         ScriptedAgent::succeed(command);
     };

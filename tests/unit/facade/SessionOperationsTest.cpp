@@ -40,10 +40,10 @@ TEST_F(PostedOperations, TheLinesOfAModelComeBeforeItsRequest) {
 TEST_F(PostedOperations, AModelTravelsWholeAndWantsNoAnswer) {
     start().openModel(model);
     const Cmd request = posted();
-    EXPECT_EQ(request.kind, 2u);
+    EXPECT_EQ(request.kind, channel::Kind{2u});
     EXPECT_EQ(request.replyQueue, nullptr);
     EXPECT_EQ(request.monitor, nullptr);
-    const auto& sent = dynamic_cast<Impl::CmdDataModel&>(*request.data).model;
+    const auto& sent = dynamic_cast<channel::CmdDataModel&>(*request.data).model;
     EXPECT_EQ(sent.modelType, 6u);
     EXPECT_EQ(sent.model, "m %s");
     EXPECT_EQ(sent.modelOption, 4u);
@@ -58,10 +58,10 @@ TEST_F(PostedOperations, TheCanBusTravelsWholeAndWantsNoAnswer) {
     start();
     EXPECT_TRUE(facade->connectCanBus({500000, false, true}, EcuConnect::Alternative));
     const Cmd request = posted();
-    EXPECT_EQ(request.kind, 21u);
+    EXPECT_EQ(request.kind, channel::Kind{21u});
     EXPECT_EQ(request.replyQueue, nullptr);
     EXPECT_EQ(request.monitor, nullptr);
-    const auto& sent = dynamic_cast<Impl::CmdCanBusConn&>(*request.data);
+    const auto& sent = dynamic_cast<channel::CmdCanBusConn&>(*request.data);
     EXPECT_EQ(sent.settings.busParam, 500000u);
     EXPECT_FALSE(sent.settings.firstFlag);
     EXPECT_TRUE(sent.settings.secondFlag);
@@ -77,7 +77,7 @@ TEST_F(PostedOperations, TheCanBusWritesNoLine) {
 
 TEST_F(PostedOperations, NeitherWaitsForAnAgentThatIsBusy) {
     std::atomic<bool> mayGoOn{false};
-    agent.script().onRequest = [&](Impl&, const Cmd&) {
+    agent.script().onRequest = [&](Channel&, const Cmd&) {
         while (!mayGoOn) Sleep(1);
     };
     start();

@@ -9,49 +9,46 @@ using ::testing::SizeIs;
 /// What the host's streaming operations note for the agent, and what they post.
 class StreamingOperations : public FacadeTest {
 protected:
-    using ParamQueue = Impl::ParamQueue;
+    using ParamQueue = channel::ParamQueue;
 
     /// The registration of a queue, as the agent copies it.
-    Impl::RepeatRead registrationOf(ParamQueue& target) {
-        const auto impl = agent.impl();
-        const common::LockGuard guard(impl->stateLock);
-        return impl->repeatReads.at(&target);
+    channel::RepeatRead registrationOf(ParamQueue& target) {
+        const auto channel = agent.channel();
+        return channel->streams.all().at(&target);
     }
     std::size_t registrations() {
-        const auto impl = agent.impl();
-        const common::LockGuard guard(impl->stateLock);
-        return impl->repeatReads.size();
+        const auto channel = agent.channel();
+        return channel->streams.all().size();
     }
     /// What the agent does once QOR sends the values.
     void activate(ParamQueue& target) {
-        const auto impl = agent.impl();
-        const common::LockGuard guard(impl->stateLock);
-        impl->repeatReads.at(&target).prepared = true;
+        const auto channel = agent.channel();
+        channel->streams.notePreparation(&target, true, 0);
     }
     void endAgent() {
-        const auto impl = agent.impl();
-        impl->agentRunning = false;
-        while (impl->agentThread.state() == common::ThreadState::running) Sleep(1);
+        const auto channel = agent.channel();
+        channel->agent.askToEnd();
+        while (channel->agent.thread().state() == common::ThreadState::running) Sleep(1);
     }
     /// All requests so far, once a ping behind them has been taken.
     std::vector<Cmd> requestsBeforeAPing() {
         EXPECT_TRUE(facade->pingQor(1000));
         auto requests = agent.requests();
-        EXPECT_EQ(requests.back().kind, Impl::kindPingQor);
+        EXPECT_EQ(requests.back().kind, channel::Kind::pingQor);
         requests.pop_back();
         return requests;
     }
     void answerPings() {
-        agent.script().onRequest = [](Impl&, const Cmd& command) {
+        agent.script().onRequest = [](Channel&, const Cmd& command) {
             if (command.replyQueue != nullptr) ScriptedAgent::succeed(command);
         };
     }
-    static const Impl::CmdDataDtc& dtcOf(const Cmd& request) {
-        return dynamic_cast<const Impl::CmdDataDtc&>(*request.data);
+    static const channel::CmdDataDtc& dtcOf(const Cmd& request) {
+        return dynamic_cast<const channel::CmdDataDtc&>(*request.data);
     }
 
     ParamQueue queue{4};
-    Impl::DtcQueue codes{4};
+    channel::DtcQueue codes{4};
 };
 
 TEST_F(StreamingOperations, AStartNotesTheNamesPostsNothingAndIsALineOfTheTrace) {
@@ -67,7 +64,7 @@ TEST_F(StreamingOperations, AStartNotesTheNamesPostsNothingAndIsALineOfTheTrace)
 
 TEST_F(StreamingOperations, AStartWorksAndIsTrueEvenBeforeTheAgentThreadRuns) {
     std::atomic<bool> mayRun{false};
-    agent.script().atStart = [&mayRun](Impl&) {
+    agent.script().atStart = [&mayRun](Channel&) {
         while (!mayRun) Sleep(1);
     };
     facade = std::make_unique<QorControlFacade>("settings.ini", &log, 0u, hostPath);
@@ -147,10 +144,10 @@ TEST_F(StreamingOperations, AStopOfAnActiveReadingPostsItsNamesWithoutAQueue) {
     EXPECT_EQ(registrations(), 0u);
     const auto requests = requestsBeforeAPing();
     ASSERT_THAT(requests, SizeIs(1));
-    EXPECT_EQ(requests[0].kind, 17u);
+    EXPECT_EQ(requests[0].kind, channel::Kind{17u});
     EXPECT_EQ(requests[0].replyQueue, nullptr);
     EXPECT_EQ(requests[0].monitor, nullptr);
-    const auto& data = dynamic_cast<const Impl::CmdRepeatRead&>(*requests[0].data);
+    const auto& data = dynamic_cast<const channel::CmdRepeatRead&>(*requests[0].data);
     EXPECT_EQ(data.queue, nullptr);
     EXPECT_THAT(data.names, ElementsAre("Speed", "Load"));
     EXPECT_TRUE(facade->stopParamRead(&queue));
@@ -184,7 +181,7 @@ TEST_F(StreamingOperations, AStartOfTroubleCodesPostsQueueTimeoutAndPeriodWithou
     EXPECT_TRUE(facade->startDtcRead(&codes, 700, 250));
     const auto requests = requestsBeforeAPing();
     ASSERT_THAT(requests, SizeIs(1));
-    EXPECT_EQ(requests[0].kind, 7u);
+    EXPECT_EQ(requests[0].kind, channel::Kind{7u});
     EXPECT_EQ(requests[0].replyQueue, nullptr);
     EXPECT_EQ(requests[0].monitor, nullptr);
     EXPECT_EQ(dtcOf(requests[0]).queue, &codes);
@@ -207,7 +204,7 @@ TEST_F(StreamingOperations, AStopOfTroubleCodesPostsThreeZeros) {
     EXPECT_TRUE(facade->stopDtcRead());
     const auto requests = requestsBeforeAPing();
     ASSERT_THAT(requests, SizeIs(1));
-    EXPECT_EQ(requests[0].kind, 8u);
+    EXPECT_EQ(requests[0].kind, channel::Kind{8u});
     EXPECT_EQ(requests[0].replyQueue, nullptr);
     EXPECT_EQ(dtcOf(requests[0]).queue, nullptr);
     EXPECT_EQ(dtcOf(requests[0]).statusMask, 0u);

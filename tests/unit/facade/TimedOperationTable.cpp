@@ -4,13 +4,14 @@
 
 namespace {
 
-using Impl = QorControlFacade::Impl;
+using channel::Kind;
 using Facade = QorControlFacade;
 
 /// How the payloads of one class tell the time-out.
 template <class Data, class Member>
-std::function<unsigned int(const Impl::CmdData&)> word(Member member) {
-    return [member](const Impl::CmdData& data) { return dynamic_cast<const Data&>(data).*member; };
+std::function<unsigned int(const channel::CmdData&)> word(Member member) {
+    return
+        [member](const channel::CmdData& data) { return dynamic_cast<const Data&>(data).*member; };
 }
 
 /// An answer's payload, made anew for each call.
@@ -19,17 +20,17 @@ std::function<TimedOperation::Results()> made(Values... values) {
     return [=] { return std::make_shared<Data>(values...); };
 }
 
-const auto ofParam = word<Impl::CmdDataParamData>(&Impl::CmdDataParamData::timeoutMs);
+const auto ofParam = word<channel::CmdDataParamData>(&channel::CmdDataParamData::timeoutMs);
 
 TimedOperation description() {
     return {"getParamDescription",
-            4,
+            Kind{4},
             [](Facade& facade, unsigned int) {
                 wex::ParamDescription description{};
                 return facade.getParamDescription("a", description);
             },
             {},
-            made<Impl::CmdDataParamInfo>("a", wex::ParamDescription()),
+            made<channel::CmdDataParamInfo>("a", wex::ParamDescription()),
             {"2\tQorControlFacade::getParamDescription() failed on param: a , t: 37 ms"},
             {},
             TimedOperation::Waits::threeSeconds};
@@ -38,10 +39,10 @@ TimedOperation description() {
 TimedOperation read(const char* name,
                     std::function<bool(Facade&, unsigned int timeoutMs)> variant) {
     return {name,
-            5,
+            Kind{5},
             std::move(variant),
             ofParam,
-            made<Impl::CmdDataParamData>("a", 0u),
+            made<channel::CmdDataParamData>("a", 0u),
             {"2\tQorControlFacade::getParamData() failed on param: a , t: 37 ms",
              "1\tQorControlFacade::getParamData() isEcuOnline=false"},
             {"error: FAILED GET-param(a), t: 37 ms"}};
@@ -64,7 +65,7 @@ bool readText(Facade& facade, unsigned int timeoutMs) {
 
 TimedOperation write() {
     return {"setParamData",
-            6,
+            Kind{6},
             [](Facade& facade, unsigned int timeoutMs) {
                 return facade.setParamData("a", {1}, {2}, {3}, timeoutMs);
             },
@@ -76,7 +77,7 @@ TimedOperation write() {
 
 TimedOperation writeDynamic() {
     return {"setDynamicData",
-            24,
+            Kind{24},
             [](Facade& facade, unsigned int timeoutMs) {
                 return facade.setDynamicData("a", "1", timeoutMs);
             },
@@ -88,7 +89,7 @@ TimedOperation writeDynamic() {
 
 TimedOperation startControl() {
     return {"startDirectCtrl",
-            33,
+            Kind{33},
             [](Facade& facade, unsigned int timeoutMs) {
                 return facade.startDirectCtrl("a", timeoutMs);
             },
@@ -100,7 +101,7 @@ TimedOperation startControl() {
 
 TimedOperation stopControl() {
     return {"stopDirectCtrl",
-            34,
+            Kind{34},
             [](Facade& facade, unsigned int timeoutMs) {
                 return facade.stopDirectCtrl("a", timeoutMs);
             },
@@ -112,22 +113,22 @@ TimedOperation stopControl() {
 
 TimedOperation readTogether() {
     return {"getParamDataAtOnce",
-            23,
+            Kind{23},
             [](Facade& facade, unsigned int timeoutMs) {
                 std::vector<std::vector<double>> values;
                 return facade.getParamDataAtOnce({"a", "b"}, values, timeoutMs);
             },
-            word<Impl::CmdParamDataAtOnce>(&Impl::CmdParamDataAtOnce::timeoutMs),
-            made<Impl::CmdParamDataAtOnce>(std::vector<std::string>{"a", "b"}, 0u),
+            word<channel::CmdParamDataAtOnce>(&channel::CmdParamDataAtOnce::timeoutMs),
+            made<channel::CmdParamDataAtOnce>(std::vector<std::string>{"a", "b"}, 0u),
             {"2\tQorControlFacade::getParamDataAtOnce() failed on a , b ,  , t: 37 ms"},
             {"error: FAILED GET_AT_ONCE-p(a , b , ), t: 37 ms"}};
 }
 
 TimedOperation ping() {
     return {"pingQor",
-            25,
+            Kind{25},
             [](Facade& facade, unsigned int timeoutMs) { return facade.pingQor(timeoutMs); },
-            word<Impl::CmdDataPing>(&Impl::CmdDataPing::timeoutMs),
+            word<channel::CmdDataPing>(&channel::CmdDataPing::timeoutMs),
             {},
             {"2\tQorControlFacade::pingQor(), t: 37 ms"},
             {}};
@@ -135,7 +136,7 @@ TimedOperation ping() {
 
 TimedOperation clearCodes() {
     return {"clearDtc",
-            9,
+            Kind{9},
             [](Facade& facade, unsigned int timeoutMs) { return facade.clearDtc(timeoutMs); },
             {},
             {},
@@ -146,50 +147,50 @@ TimedOperation clearCodes() {
 
 TimedOperation readCodes() {
     return {"getDtcByStatus",
-            18,
+            Kind{18},
             [](Facade& facade, unsigned int timeoutMs) {
                 std::vector<Facade::DtcDescription> dtcs;
                 return facade.getDtcByStatus(dtcs, timeoutMs);
             },
-            word<Impl::CmdDataDtcData>(&Impl::CmdDataDtcData::statusMask),
-            made<Impl::CmdDataDtcData>(0u),
+            word<channel::CmdDataDtcData>(&channel::CmdDataDtcData::statusMask),
+            made<channel::CmdDataDtcData>(0u),
             {"2\tQorControlFacade::getDtcByStatus() failed, t: 37 ms"},
             {}};
 }
 
 TimedOperation kwp() {
     return {"sendKwpCommand",
-            20,
+            Kind{20},
             [](Facade& facade, unsigned int timeoutMs) {
                 Facade::KwpCommand kwp{0x1A, "\x80", 0};
                 return facade.sendKwpCommand(kwp, timeoutMs);
             },
-            word<Impl::CmdDataKwp>(&Impl::CmdDataKwp::timeoutMs),
-            made<Impl::CmdDataKwp>(0u, Facade::KwpCommand()),
+            word<channel::CmdDataKwp>(&channel::CmdDataKwp::timeoutMs),
+            made<channel::CmdDataKwp>(0u, Facade::KwpCommand()),
             {"1\tSending KWP = 0x1A [80 ]", "2\tFailed on KWP = 0x1A , t: 37 ms"},
             {"info: KWP-send(0x1A): [80 ]", "error: FAILED KWP-send(0x1A), t: 37 ms"}};
 }
 
 TimedOperation readBus() {
     return {"getCanBusData",
-            22,
+            Kind{22},
             [](Facade& facade, unsigned int timeoutMs) {
                 Facade::CanBusData data{{{0x100, 0}}};
                 return facade.getCanBusData(data, timeoutMs);
             },
-            word<Impl::CmdCanBusData>(&Impl::CmdCanBusData::timeoutMs),
-            made<Impl::CmdCanBusData>(Facade::CanBusData(), 0u),
+            word<channel::CmdCanBusData>(&channel::CmdCanBusData::timeoutMs),
+            made<channel::CmdCanBusData>(Facade::CanBusData(), 0u),
             {"2\tFailed on CanBus-get, t: 37 ms"},
             {"error: FAILED CanBus-get, t: 37 ms"}};
 }
 
 TimedOperation sendToBus() {
     return {"sendCanBusMsg",
-            32,
+            Kind{32},
             [](Facade& facade, unsigned int timeoutMs) {
                 return facade.sendCanBusMsg(1, 2, "x", timeoutMs);
             },
-            word<Impl::CmdCanBusSend>(&Impl::CmdCanBusSend::timeoutMs),
+            word<channel::CmdCanBusSend>(&channel::CmdCanBusSend::timeoutMs),
             {},
             {"2\tFailed on CanBus-send, t: 37 ms"},
             {"error: FAILED CanBus-send, t: 37 ms"}};

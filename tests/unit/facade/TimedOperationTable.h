@@ -7,23 +7,23 @@
 #include <string>
 #include <vector>
 
-#include "facade/CmdData.h"
-#include "facade/FacadeImpl.h"
+#include "facade/channel/Channel.h"
+#include "facade/channel/CmdData.h"
 
 /// One operation that waits for its answer within a time, as it differs from the others.
 struct TimedOperation {
-    using Impl = QorControlFacade::Impl;
-    using Results = std::shared_ptr<Impl::CmdData>;
+    using Channel = channel::Channel;
+    using Results = std::shared_ptr<channel::CmdData>;
 
     /// How long it waits, seen from the caller's time-out.
     enum class Waits { twice, once, threeSeconds };
 
     const char* name;
-    std::uint32_t kind;
+    channel::Kind kind;
     /// Calls it with inputs and outputs of its own.
     std::function<bool(QorControlFacade&, unsigned int timeoutMs)> call;
     /// The caller's time-out as the request tells it to the agent; empty: it does not.
-    std::function<unsigned int(const Impl::CmdData&)> timeoutIn;
+    std::function<unsigned int(const channel::CmdData&)> timeoutIn;
     /// What a success carries; empty: nothing.
     std::function<Results()> results;
     /// What is written when the agent fails it after 37 ms.

@@ -18,10 +18,10 @@ TEST_F(PingQor, TheRequestCarriesTheUndoubledTimeoutAndAQueueForTheAnswer) {
     EXPECT_TRUE(start().pingQor(500));
     ASSERT_THAT(agent.requests(), SizeIs(1));
     const Cmd request = agent.requests().at(0);
-    EXPECT_EQ(request.kind, 25u);
+    EXPECT_EQ(request.kind, channel::Kind{25u});
     EXPECT_NE(request.replyQueue, nullptr);
     EXPECT_EQ(request.monitor, nullptr);
-    EXPECT_EQ(dynamic_cast<Impl::CmdDataPing&>(*request.data).timeoutMs, 500u);
+    EXPECT_EQ(dynamic_cast<channel::CmdDataPing&>(*request.data).timeoutMs, 500u);
 }
 
 TEST_F(PingQor, ASuccessWritesNothing) {
@@ -40,7 +40,7 @@ TEST_F(PingQor, AFailureIsALineOfTheTraceAloneWithTheElapsedTime) {
 
 TEST_F(PingQor, OnlyTheResultOneIsSuccess) {
     for (const std::uint32_t result : {0u, 2u, 0xFFFFFFFFu}) {
-        agent.script().onRequest = [=](Impl&, const Cmd& command) {
+        agent.script().onRequest = [=](Channel&, const Cmd& command) {
             command.replyQueue->push({result, nullptr});
         };
         EXPECT_FALSE(start().pingQor(500)) << result;
@@ -56,12 +56,12 @@ TEST_F(PingQor, TheElapsedTimeIsADifferenceThatWraps) {
 }
 
 /// Wakes the caller without an answer, as a signal does that was left over.
-void wakeWithoutAnswer(const QorControlFacade::Impl::ProtocolCmd& command) {
+void wakeWithoutAnswer(const channel::ProtocolCmd& command) {
     const_cast<common::Event&>(command.replyQueue->pushed()).signal();
 }
 
 TEST_F(PingQor, ACallerThatWakesEarlyBehindTheWrapWaitsForTheRestOfItsTime) {
-    agent.script().onRequest = [this](Impl&, const Cmd& command) {
+    agent.script().onRequest = [this](Channel&, const Cmd& command) {
         clock.advance(150);
         wakeWithoutAnswer(command);
         Sleep(50);
@@ -73,7 +73,7 @@ TEST_F(PingQor, ACallerThatWakesEarlyBehindTheWrapWaitsForTheRestOfItsTime) {
 }
 
 TEST_F(PingQor, ACallerThatWakesLateBehindTheWrapWaitsNoLonger) {
-    agent.script().onRequest = [this](Impl&, const Cmd& command) {
+    agent.script().onRequest = [this](Channel&, const Cmd& command) {
         while (!command.replyQueue->isGivenUp()) {  // it may not have begun to wait yet
             clock.advance(20000);
             wakeWithoutAnswer(command);
@@ -86,7 +86,7 @@ TEST_F(PingQor, ACallerThatWakesLateBehindTheWrapWaitsNoLonger) {
 }
 
 TEST_F(PingQor, WithoutALimitItWaitsForTheAnswer) {
-    agent.script().onRequest = [this](Impl&, const Cmd& command) {
+    agent.script().onRequest = [this](Channel&, const Cmd& command) {
         Sleep(100);
         clock.advance(0x70000000u);
         ScriptedAgent::succeed(command);
@@ -95,13 +95,13 @@ TEST_F(PingQor, WithoutALimitItWaitsForTheAnswer) {
 }
 
 TEST(Waits, AreTwiceTheTimeoutInWrapAroundArithmetic) {
-    EXPECT_EQ(doubledWait(0), 0u);
-    EXPECT_EQ(doubledWait(1), 2u);
-    EXPECT_EQ(doubledWait(5000), 10000u);
-    EXPECT_EQ(doubledWait(0x7FFFFFFFu), 0xFFFFFFFEu);
-    EXPECT_EQ(doubledWait(0x80000000u), 0u);
-    EXPECT_EQ(doubledWait(0xFFFFFFFEu), 0xFFFFFFFCu);
-    EXPECT_EQ(doubledWait(0xFFFFFFFFu), 0xFFFFFFFFu);
+    EXPECT_EQ(channel::waitMs(channel::Wait::twice, 0), 0u);
+    EXPECT_EQ(channel::waitMs(channel::Wait::twice, 1), 2u);
+    EXPECT_EQ(channel::waitMs(channel::Wait::twice, 5000), 10000u);
+    EXPECT_EQ(channel::waitMs(channel::Wait::twice, 0x7FFFFFFFu), 0xFFFFFFFEu);
+    EXPECT_EQ(channel::waitMs(channel::Wait::twice, 0x80000000u), 0u);
+    EXPECT_EQ(channel::waitMs(channel::Wait::twice, 0xFFFFFFFEu), 0xFFFFFFFCu);
+    EXPECT_EQ(channel::waitMs(channel::Wait::twice, 0xFFFFFFFFu), 0xFFFFFFFFu);
 }
 
 /// Waits that no answer ends.
@@ -164,7 +164,7 @@ class LateAnswers : public RealTimeFacadeTest {
 protected:
     /// The first call is not answered in time; `atSecond` is what the agent does then.
     bool secondCall(const std::function<void(const Cmd& first, const Cmd& second)>& atSecond) {
-        agent.script().onRequest = [this, atSecond](Impl&, const Cmd& command) {
+        agent.script().onRequest = [this, atSecond](Channel&, const Cmd& command) {
             const auto all = agent.requests();
             if (all.size() == 2) atSecond(all[0], command);
         };
@@ -213,7 +213,7 @@ TEST_F(LateAnswers, ManyOfThemAreAllSurvived) {
 }
 
 TEST_F(LateAnswers, ASecondAnswerToACallIsNotTakenByTheNext) {
-    agent.script().onRequest = [this](Impl&, const Cmd& command) {
+    agent.script().onRequest = [this](Channel&, const Cmd& command) {
         if (agent.requests().size() > 1) return;
         ScriptedAgent::succeed(command);
         Sleep(5);
@@ -227,7 +227,7 @@ TEST_F(LateAnswers, ASecondAnswerToACallIsNotTakenByTheNext) {
 
 TEST_F(LateAnswers, ASignalThatAQuickAnswerLeftDoesNotEndTheNextWait) {
     std::atomic<DWORD> delayMs{0};
-    agent.script().onRequest = [&](Impl&, const Cmd& command) {
+    agent.script().onRequest = [&](Channel&, const Cmd& command) {
         if (delayMs != 0) Sleep(delayMs);
         ScriptedAgent::succeed(command);
     };
@@ -243,7 +243,7 @@ TEST_F(LateAnswers, ASignalThatAQuickAnswerLeftDoesNotEndTheNextWait) {
 /// A caller says so when it no longer waits.
 class GivingUp : public RealTimeFacadeTest {
 protected:
-    std::shared_ptr<Impl::AnswerQueue> queueOfRequest(std::size_t number) {
+    std::shared_ptr<channel::AnswerQueue> queueOfRequest(std::size_t number) {
         while (agent.requests().size() <= number) Sleep(1);
         return agent.requests().at(number).replyQueue;
     }
@@ -251,7 +251,9 @@ protected:
 
 TEST_F(GivingUp, ItIsKnownToTheAgentOnceTheTimeHasPassed) {
     std::atomic<bool> atRequest{true};
-    agent.script().onRequest = [&](Impl&, const Cmd& c) { atRequest = c.replyQueue->isGivenUp(); };
+    agent.script().onRequest = [&](Channel&, const Cmd& c) {
+        atRequest = c.replyQueue->isGivenUp();
+    };
     start();
     EXPECT_FALSE(facade->pingQor(500));
     EXPECT_FALSE(atRequest);
@@ -276,7 +278,7 @@ TEST_F(GivingUp, ACallThatWaitsNoTimeAtAllLeavesItsRequestToTheAgent) {
 TEST_F(GivingUp, TheQueueLivesAsLongAsItsRequestAndNoLonger) {
     start();
     EXPECT_FALSE(facade->pingQor(10));
-    const std::weak_ptr<Impl::AnswerQueue> queue = queueOfRequest(0);
+    const std::weak_ptr<channel::AnswerQueue> queue = queueOfRequest(0);
     EXPECT_FALSE(queue.expired());
     agent.forgetRequests();
     for (int i = 0; i < 11; ++i) {  // all slots of the command queue are written anew
@@ -291,9 +293,9 @@ TEST_F(GivingUp, TheQueueLivesAsLongAsItsRequestAndNoLonger) {
 class ManyThreads : public RealTimeFacadeTest {};
 
 TEST_F(ManyThreads, EachCallOfTheSameOperationGetsItsOwnAnswer) {
-    agent.script().onRequest = [](Impl&, const Cmd& command) {
-        auto answer = std::make_shared<Impl::CmdDataParamInfo>(
-            dynamic_cast<Impl::CmdDataParamInfo&>(*command.data));
+    agent.script().onRequest = [](Channel&, const Cmd& command) {
+        auto answer = std::make_shared<channel::CmdDataParamInfo>(
+            dynamic_cast<channel::CmdDataParamInfo&>(*command.data));
         answer->description.text1 = "about " + answer->name;
         ScriptedAgent::succeed(command, answer);
     };
@@ -316,7 +318,7 @@ TEST_F(ManyThreads, EachCallOfTheSameOperationGetsItsOwnAnswer) {
 
 TEST_F(ManyThreads, RequestsAreTakenInTheOrderOfTheirPush) {
     std::atomic<bool> mayGoOn{false};
-    agent.script().onRequest = [&](Impl&, const Cmd&) {
+    agent.script().onRequest = [&](Channel&, const Cmd&) {
         while (!mayGoOn) Sleep(1);
     };
     start();
@@ -329,7 +331,7 @@ TEST_F(ManyThreads, RequestsAreTakenInTheOrderOfTheirPush) {
     while (agent.requests().size() < 10) Sleep(1);
     std::vector<unsigned int> order;
     for (const Cmd& request : agent.requests())
-        order.push_back(dynamic_cast<Impl::CmdDataConnect&>(*request.data).settings.protocol);
+        order.push_back(dynamic_cast<channel::CmdDataConnect&>(*request.data).settings.protocol);
     EXPECT_THAT(order, ElementsAre(0, 1, 2, 3, 4, 5, 6, 7, 8, 9));
 }
 

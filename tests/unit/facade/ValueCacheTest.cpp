@@ -10,7 +10,7 @@ using ::testing::SizeIs;
 class ValueCache : public FacadeTest {
 protected:
     ValueCache() {
-        agent.script().onRequest = [this](Impl&, const Cmd& command) {
+        agent.script().onRequest = [this](Channel&, const Cmd& command) {
             auto answer = valuesOf({static_cast<double>(agent.requests().size())});
             answer->second = {2.0};
             answer->third = {3.0};
@@ -122,7 +122,7 @@ TEST_F(ValueCache, WithAPeriodOf0Or1EveryReadAsksQor) {
 }
 
 TEST_F(ValueCache, TheAgeCountsFromTheAnswersRecord) {
-    agent.script().onRequest = [this](Impl&, const Cmd& command) {
+    agent.script().onRequest = [this](Channel&, const Cmd& command) {
         clock.advance(1000);
         ScriptedAgent::succeed(command, valuesOf({1.0}));
     };
@@ -146,7 +146,7 @@ TEST_F(ValueCache, AWriteIsReadBackWithoutAskingQor) {
 }
 
 TEST_F(ValueCache, TheAgeOfAWriteCountsFromTheRequest) {
-    agent.script().onRequest = [this](Impl&, const Cmd& command) {
+    agent.script().onRequest = [this](Channel&, const Cmd& command) {
         clock.advance(100);
         ScriptedAgent::succeed(command, valuesOf({1.0}));
     };
@@ -160,7 +160,7 @@ TEST_F(ValueCache, AFailedWriteLeavesItAlone) {
     get();
     facade.reset();
     std::atomic<bool> fails{false};
-    agent.script().onRequest = [&](Impl&, const Cmd& command) {
+    agent.script().onRequest = [&](Channel&, const Cmd& command) {
         if (fails)
             ScriptedAgent::fail(command);
         else
@@ -183,7 +183,7 @@ TEST_F(ValueCache, NamesAreComparedExactly) {
 
 TEST_F(ValueCache, AStreamedValueAnswersWithItsOneArray) {
     start(200);
-    agent.impl()->paramValueCache["Speed"] = {{5.0}, {}, {}, common::now()};
+    agent.channel()->values.store("Speed", {{5.0}, {}, {}, common::now()});
     std::vector<double> values;
     std::vector<double> second{1.0};
     std::vector<double> third{1.0};
@@ -197,10 +197,7 @@ TEST_F(ValueCache, AnOldEntryServesAgainOnceThePeriodIsLonger) {
     start(200);
     get();
     clock.advance(150);
-    {
-        const common::LockGuard guard(agent.impl()->stateLock);
-        agent.impl()->readPeriodMs = 1000;
-    }
+    { agent.channel()->values.setReadPeriod(1000); }
     EXPECT_THAT(get(), ElementsAre(1.0));
 }
 

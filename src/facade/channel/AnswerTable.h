@@ -3,13 +3,13 @@
 #include <memory>
 
 #include "common/PerThread.h"
-#include "facade/FacadeImpl.h"
+#include "facade/channel/ProtocolCmd.h"
+
+namespace channel {
 
 /// The answer queues of one facade operation, one per calling thread, for the whole process.
 class AnswerTable {
 public:
-    using AnswerQueue = QorControlFacade::Impl::AnswerQueue;
-
     AnswerTable() = default;
     AnswerTable(const AnswerTable&) = delete;
     AnswerTable& operator=(const AnswerTable&) = delete;
@@ -25,3 +25,5 @@ public:
 private:
     common::PerThread<std::shared_ptr<AnswerQueue>> queues_;
 };
+
+}  // namespace channel

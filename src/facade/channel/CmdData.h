@@ -5,18 +5,31 @@
 #include <vector>
 
 #include "common/Clock.h"
-#include "facade/FacadeImpl.h"
+#include "facade/channel/ProtocolCmd.h"
+#include "facade/channel/StreamRegistry.h"
+#include "facade/QorControlFacade.h"
 
-/// The payloads of the requests. The caller's records are copied in and the answers copied out,
-/// so no other thread ever touches what the host passed.
+/// The payloads of the requests, by the operations of Operations.h. The caller's records are copied
+/// in and the answers copied out, so no other thread ever touches what the host passed.
+namespace channel {
 
-struct QorControlFacade::Impl::CmdDataPing : CmdData {
+using CanBusConnect = QorControlFacade::CanBusConnect;
+using CanBusData = QorControlFacade::CanBusData;
+using DtcDescription = QorControlFacade::DtcDescription;
+using EcuConnect = QorControlFacade::EcuConnect;
+using KwpCommand = QorControlFacade::KwpCommand;
+using ModelDescription = QorControlFacade::ModelDescription;
+
+/// A host's queue of trouble codes; the host owns it.
+using DtcQueue = ThreadSafeQueue<std::vector<DtcDescription>>;
+
+struct CmdDataPing : CmdData {
     explicit CmdDataPing(unsigned int timeout) : timeoutMs(timeout) {}
 
     unsigned int timeoutMs;
 };
 
-struct QorControlFacade::Impl::CmdDataConnect : CmdData {
+struct CmdDataConnect : CmdData {
     CmdDataConnect(EcuConnect record, EcuConnect::ConnType connType)
         : settings(std::move(record)), type(connType) {}
 
@@ -24,7 +37,7 @@ struct QorControlFacade::Impl::CmdDataConnect : CmdData {
     EcuConnect::ConnType type;
 };
 
-struct QorControlFacade::Impl::CmdDataParamInfo : CmdData {
+struct CmdDataParamInfo : CmdData {
     CmdDataParamInfo(std::string paramName, wex::ParamDescription record)
         : name(std::move(paramName)), description(std::move(record)) {}
 
@@ -33,10 +46,20 @@ struct QorControlFacade::Impl::CmdDataParamInfo : CmdData {
 };
 
 /// For all requests about one parameter's data; each uses the members that it needs. An answer
-/// is a record of its own, with a stamp of its own.
-struct QorControlFacade::Impl::CmdDataParamData : CmdData {
+/// has a stamp of its own.
+struct CmdDataParamData : CmdData {
     CmdDataParamData(std::string paramName, unsigned int timeout)
         : name(std::move(paramName)), timeoutMs(timeout) {}
+    CmdDataParamData(std::string paramName, std::string newValue, unsigned int timeout)
+        : name(std::move(paramName)), text(std::move(newValue)), timeoutMs(timeout) {}
+    CmdDataParamData(std::string paramName, std::vector<double> first,
+                     std::vector<double> secondArray, std::vector<double> thirdArray,
+                     unsigned int timeout)
+        : name(std::move(paramName)),
+          values(std::move(first)),
+          second(std::move(secondArray)),
+          third(std::move(thirdArray)),
+          timeoutMs(timeout) {}
 
     std::string name;
     std::vector<double> values;
@@ -47,7 +70,7 @@ struct QorControlFacade::Impl::CmdDataParamData : CmdData {
     unsigned int timeoutMs;
 };
 
-struct QorControlFacade::Impl::CmdParamDataAtOnce : CmdData {
+struct CmdParamDataAtOnce : CmdData {
     CmdParamDataAtOnce(std::vector<std::string> paramNames, unsigned int timeout)
         : names(std::move(paramNames)), timeoutMs(timeout) {}
 
@@ -56,21 +79,21 @@ struct QorControlFacade::Impl::CmdParamDataAtOnce : CmdData {
     unsigned int timeoutMs;
 };
 
-struct QorControlFacade::Impl::CmdDataSegment : CmdData {
+struct CmdDataSegment : CmdData {
     CmdDataSegment(std::string name, bool option) : segment(std::move(name)), flag(option) {}
 
     std::string segment;
     bool flag;
 };
 
-struct QorControlFacade::Impl::CmdDataModel : CmdData {
+struct CmdDataModel : CmdData {
     explicit CmdDataModel(ModelDescription description) : model(std::move(description)) {}
 
     ModelDescription model;
 };
 
 /// The one trouble-code stream; stopping it and clearing the codes pass nothing.
-struct QorControlFacade::Impl::CmdDataDtc : CmdData {
+struct CmdDataDtc : CmdData {
     CmdDataDtc() = default;
     CmdDataDtc(DtcQueue* hostQueue, std::uint32_t mask, std::uint32_t period)
         : queue(hostQueue), statusMask(mask), periodMs(period) {}
@@ -82,14 +105,14 @@ struct QorControlFacade::Impl::CmdDataDtc : CmdData {
     std::uint32_t periodMs = 0;
 };
 
-struct QorControlFacade::Impl::CmdDataDtcData : CmdData {
+struct CmdDataDtcData : CmdData {
     explicit CmdDataDtcData(std::uint32_t mask) : statusMask(mask) {}
 
     std::uint32_t statusMask;  ///< the host's time-out, as in CmdDataDtc
     std::vector<DtcDescription> dtcs;
 };
 
-struct QorControlFacade::Impl::CmdDataKwp : CmdData {
+struct CmdDataKwp : CmdData {
     CmdDataKwp(unsigned int timeout, const KwpCommand& kwp)
         : timeoutMs(timeout), service(kwp.service), data(kwp.data), failed(kwp.failed) {}
 
@@ -100,7 +123,7 @@ struct QorControlFacade::Impl::CmdDataKwp : CmdData {
 };
 
 /// Three words: the bus setting, the word that holds both flags, the connection type.
-struct QorControlFacade::Impl::CmdCanBusConn : CmdData {
+struct CmdCanBusConn : CmdData {
     CmdCanBusConn(const CanBusConnect& record, EcuConnect::ConnType connType)
         : settings(record), type(connType) {}
 
@@ -108,7 +131,7 @@ struct QorControlFacade::Impl::CmdCanBusConn : CmdData {
     EcuConnect::ConnType type;
 };
 
-struct QorControlFacade::Impl::CmdCanBusSend : CmdData {
+struct CmdCanBusSend : CmdData {
     CmdCanBusSend(std::uint32_t firstNumber, std::uint32_t secondNumber, std::string bytes,
                   std::uint32_t timeout)
         : first(firstNumber), second(secondNumber), message(std::move(bytes)), timeoutMs(timeout) {}
@@ -119,7 +142,7 @@ struct QorControlFacade::Impl::CmdCanBusSend : CmdData {
     std::uint32_t timeoutMs;
 };
 
-struct QorControlFacade::Impl::CmdCanBusData : CmdData {
+struct CmdCanBusData : CmdData {
     CmdCanBusData(CanBusData record, std::uint32_t timeout)
         : data(std::move(record)), timeoutMs(timeout) {}
 
@@ -128,7 +151,7 @@ struct QorControlFacade::Impl::CmdCanBusData : CmdData {
 };
 
 /// Ends a stream of parameter values.
-struct QorControlFacade::Impl::CmdRepeatRead : CmdData {
+struct CmdRepeatRead : CmdData {
     CmdRepeatRead(std::vector<std::string> paramNames, std::uint32_t preparedIn)
         : names(std::move(paramNames)), epoch(preparedIn) {}
 
@@ -136,3 +159,5 @@ struct QorControlFacade::Impl::CmdRepeatRead : CmdData {
     std::vector<std::string> names;
     std::uint32_t epoch;  ///< in which the agent had prepared them
 };
+
+}  // namespace channel

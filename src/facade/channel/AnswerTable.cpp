@@ -1,8 +1,10 @@
-#include "facade/AnswerTable.h"
+#include "facade/channel/AnswerTable.h"
 
 #include <utility>
 
-std::shared_ptr<AnswerTable::AnswerQueue> AnswerTable::take() {
+namespace channel {
+
+std::shared_ptr<AnswerQueue> AnswerTable::take() {
     std::shared_ptr<AnswerQueue> queue = queues_.exchange(nullptr);
     if (queue == nullptr) return std::make_shared<AnswerQueue>(1);
     queue->clear();
@@ -12,3 +14,5 @@ std::shared_ptr<AnswerTable::AnswerQueue> AnswerTable::take() {
 void AnswerTable::giveBack(std::shared_ptr<AnswerQueue> queue) {
     queues_.exchange(std::move(queue));
 }
+
+}  // namespace channel

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <memory>
+#include <utility>
+
+#include "common/Pump.h"
+#include "facade/channel/CmdData.h"
+#include "facade/FacadeImpl.h"
+
+/// One call of an operation, with a share of all that it needs: whatever becomes of the facade
+/// meanwhile, it touches nothing that is gone.
+class Call {
+public:
+    using Channel = channel::Channel;
+
+    explicit Call(const QorControlFacade::Impl& impl)
+        : channel_(impl.channel), eolLog_(impl.eolLog) {}
+
+    Channel& channel() const { return *channel_; }
+    const EolLog* eolLog() const { return eolLog_; }
+
+    /// Without an agent an operation fails at once, and silently.
+    bool isOperating() const { return channel_->agent.isOperating(); }
+
+    /// Takes at most one message of any kind from the calling thread's queue and dispatches it;
+    /// then whether the agent still works.
+    bool pumpMessage() const {
+        common::pumpOneMessage();
+        return isOperating();
+    }
+
+    /// Posts a request that nobody waits for. Always true, the result of such an operation.
+    template <channel::Kind kind, class... Args>
+    bool post(Args&&... payload) const {
+        using Data = typename channel::Operation<kind>::Data;
+        push({kind, std::make_shared<Data>(std::forward<Args>(payload)...), nullptr, nullptr});
+        return true;
+    }
+
+protected:
+    void push(const channel::ProtocolCmd& request) const { channel_->commandQueue.push(request); }
+
+private:
+    const std::shared_ptr<Channel> channel_;
+    const EolLog* const eolLog_;
+};
+
+/// The whole of an operation that only posts.
+template <channel::Kind kind, class... Args>
+bool postOnly(const QorControlFacade::Impl& impl, Args&&... payload) {
+    const Call call(impl);
+    return call.isOperating() && call.post<kind>(std::forward<Args>(payload)...);
+}

@@ -1,0 +1,15 @@
+#include "facade/channel/AgentLife.h"
+
+#include "common/Sleep.h"
+
+namespace channel {
+
+bool AgentLife::isOperating() const {
+    return mayBeOperating() && thread_.state() == common::ThreadState::running;
+}
+
+AgentLife::Turn::Turn(AgentLife& agent) : agent_(agent) {
+    while (agent_.isBeingEnded_.exchange(true)) common::sleepMs(1);
+}
+
+}  // namespace channel

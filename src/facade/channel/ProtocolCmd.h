@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include "common/HostInterfaces.h"
+#include "common/Interest.h"
+#include "common/ThreadSafeQueue.h"
+#include "facade/channel/Operations.h"
+
+namespace channel {
+
+/// A request's payload, or that of its answer. Its concrete type goes with the kind, see
+/// CmdData.h, and is checked where it is taken.
+struct CmdData {
+    virtual ~CmdData() = default;
+};
+
+/// The agent's answer to one request.
+struct CmdResponse {
+    static constexpr std::uint32_t failure = 0;
+    static constexpr std::uint32_t success = 1;
+
+    std::uint32_t result = failure;
+    /// Of the request's type; null where the request's own payload carries the results, or where
+    /// there are none.
+    std::shared_ptr<CmdData> data;
+};
+
+/// Where a caller waits for the answer to its request. The agent shares it: a caller that gives up
+/// leaves it to whoever still holds the request, and uses another one from then on.
+class AnswerQueue final : public ThreadSafeQueue<CmdResponse>, public common::Interest {
+public:
+    using ThreadSafeQueue::ThreadSafeQueue;
+};
+
+/// One request from the facade to the agent.
+struct ProtocolCmd {
+    Kind kind = Kind();
+    std::shared_ptr<CmdData> data;
+    std::shared_ptr<AnswerQueue> replyQueue;  ///< null: no answer is wanted
+    IProgressMonitor* monitor = nullptr;      ///< the host's; not owned
+};
+
+}  // namespace channel

@@ -1,0 +1,49 @@
+#include "facade/channel/ValueCache.h"
+
+#include <utility>
+
+#include "common/Clock.h"
+
+namespace channel {
+
+void ValueCache::setReadPeriod(std::uint32_t periodMs) {
+    state_.lock()->readPeriodMs = periodMs;
+}
+
+std::uint32_t ValueCache::readPeriodMs() {
+    return state_.lock()->readPeriodMs;
+}
+
+bool ValueCache::find(const std::string& name, std::vector<double>& values,
+                      std::vector<double>& second, std::vector<double>& third) {
+    const auto state = state_.lock();
+    const auto found = state->paramValueCache.find(name);
+    if (found == state->paramValueCache.end()) return false;
+    const CachedValue& cached = found->second;
+    if (cached.stamp <= state->begin) return false;
+    const common::Moment end = cached.stamp + state->readPeriodMs / 2;
+    if (common::now() >= end) return false;
+    values = cached.values;
+    second = cached.second;
+    third = cached.third;
+    return true;
+}
+
+std::map<std::string, CachedValue> ValueCache::all() {
+    return state_.lock()->paramValueCache;
+}
+
+void ValueCache::store(const std::string& name, CachedValue value) {
+    state_.lock()->paramValueCache[name] = std::move(value);
+}
+
+void ValueCache::beginAnew() {
+    state_.lock()->begin = common::now();
+}
+
+bool ValueCache::isYoungerThan(std::uint32_t periods, common::Moment arrival) {
+    const common::Moment end = arrival + periods * state_.lock()->readPeriodMs;
+    return end > common::now();
+}
+
+}  // namespace channel
