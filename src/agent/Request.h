@@ -3,7 +3,7 @@
 #include <memory>
 #include <utility>
 
-#include "facade/channel/CmdData.h"
+#include "facade/channel/ProtocolCmd.h"
 
 /// One request as its handler sees it: its payload as what its kind wants, and how to answer it.
 template <class Data>

@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "common/Pump.h"
-#include "facade/channel/CmdData.h"
+#include "facade/channel/ProtocolCmd.h"
 #include "facade/FacadeImpl.h"
 
 /// One call of an operation, with a share of all that it needs: whatever becomes of the facade

@@ -5,7 +5,7 @@
 #include <memory>
 
 #include "facade/channel/Channel.h"
-#include "facade/channel/CmdData.h"
+#include "facade/channel/ProtocolCmd.h"
 
 /// The agent thread of each facade that is made while this object lives. It answers one request at
 /// once, another not at all and the next while the host asks for something else; and one that is

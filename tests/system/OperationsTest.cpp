@@ -9,7 +9,7 @@
 #include <string>
 #include <tuple>
 
-#include "facade/channel/Operations.h"
+#include "facade/channel/Kind.h"
 #include "Models.h"
 #include "OperationTable.h"
 #include "Station.h"

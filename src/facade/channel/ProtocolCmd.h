@@ -6,15 +6,9 @@
 #include "common/HostInterfaces.h"
 #include "common/Interest.h"
 #include "common/ThreadSafeQueue.h"
-#include "facade/channel/Operations.h"
+#include "facade/channel/Kind.h"
 
 namespace channel {
-
-/// A request's payload, or that of its answer. Its concrete type goes with the kind, see
-/// CmdData.h, and is checked where it is taken.
-struct CmdData {
-    virtual ~CmdData() = default;
-};
 
 /// The agent's answer to one request.
 struct CmdResponse {

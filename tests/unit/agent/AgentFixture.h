@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "agent/QorProtocolAgent.h"
-#include "facade/channel/CmdData.h"
+#include "facade/channel/ProtocolCmd.h"
 #include "support/FakeClock.h"
 #include "support/FakeMessageBox.h"
 #include "support/FakeProcesses.h"

@@ -1,6 +1,6 @@
 // The rows of the table of operations, told again by hand: QOR's stations, and the lines that they
 // file by, know operations by these numbers and names.
-#include "facade/channel/Operations.h"
+#include "facade/channel/Kind.h"
 
 #include <gmock/gmock.h>
 

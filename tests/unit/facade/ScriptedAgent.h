@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "facade/channel/Channel.h"
-#include "facade/channel/CmdData.h"
+#include "facade/channel/ProtocolCmd.h"
 
 /// What runs on the agent thread of each facade that is made while this object lives: takes the
 /// requests, keeps them and does what the test says. Set the script before the facade is made.

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "facade/channel/Channel.h"
-#include "facade/channel/CmdData.h"
+#include "facade/channel/ProtocolCmd.h"
 
 /// One operation that waits for its answer within a time, as it differs from the others.
 struct TimedOperation {

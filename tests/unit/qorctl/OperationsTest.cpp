@@ -5,7 +5,7 @@
 #include <set>
 #include <string>
 
-#include "facade/channel/Operations.h"
+#include "facade/channel/Kind.h"
 
 namespace {
 
