@@ -1,6 +1,7 @@
 // docs/protocol.md against the one field list of each record: what the page says is what travels.
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -113,6 +114,35 @@ TEST(ProtocolDocument, NamesTheNumbersOfTheFraming) {
     expectText("at most " + std::to_string(protocol::maxRecordBytes) + " can travel");
     expectText("more than " + mebibytes(wire::Reader::maxDefaultedBytes) + " of them");
     expectText("more than " + mebibytes(wire::Reader::maxElementBytes) + " of memory");
+}
+
+TEST(ProtocolDocument, LaysOutTheHeadOfARecord) {
+    std::vector<std::string> built;
+    std::size_t offset = 0;
+    const protocol::RecordHead head;
+    protocol::RecordHead::fields(head, [&](const char*, const auto& word) {
+        built.push_back(std::to_string(offset) + " " + std::to_string(wire::encodedBytes(word)));
+        offset += wire::encodedBytes(word);
+    });
+    built.push_back(std::to_string(offset) + " L");
+    std::vector<std::string> documented;
+    for (const auto& row : tableOf(document(), "| offset | width | field |"))
+        documented.push_back(row.at(0) + " " + row.at(1));
+    EXPECT_EQ(documented, built);
+}
+
+TEST(ProtocolDocument, CountsTheBytesOfEachKindOfValue) {
+    const auto bytes = [](const auto& value) { return std::to_string(wire::encodedBytes(value)); };
+    const std::vector<std::vector<std::string>> starts = {
+        {"`u32`, `i32`", bytes(std::uint32_t()) + ";"},
+        {"`byte`", "widened to " + bytes(std::uint8_t()) + ";"},
+        {"`bool`", bytes(true) + ": 1 true, 0 false"},
+        {"`f64`", bytes(1.0) + ":"}};
+    const auto rows = tableOf(document(), "| kind | bytes |");
+    for (std::size_t i = 0; i < starts.size(); ++i) {
+        EXPECT_EQ(rows.at(i).at(0), starts[i][0]);
+        EXPECT_EQ(rows.at(i).at(1).rfind(starts[i][1], 0), 0u) << rows[i][1];
+    }
 }
 
 /// The bytes of the hex block that is the `wanted`-th of the page.
