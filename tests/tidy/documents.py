@@ -118,6 +118,21 @@ def constants_below(root: Path, folder: str, paths: List[Path]) -> Dict[str, Lis
     return found
 
 
+def check_texts(root: Path, text: str, paths: List[Path]) -> Iterator[Finding]:
+    """The texts that the page asks for below src/ stand there, whole and in one piece."""
+    inside = False
+    for number, line in prose_lines(text):
+        if line.startswith("| text ") and line.endswith("| below `src/` in |"):
+            inside = True
+            continue
+        inside = inside and line.startswith("|")
+        if inside and not line.startswith("|---"):
+            wanted, folder = QUOTED.findall(line)
+            sources = [p for p in paths if Path("src") / folder in p.parents]
+            if not any(wanted in (read_text(root / p) or "") for p in sources):
+                yield Finding(BINDING, number, f"{folder} has no text '{wanted}'")
+
+
 def number_of(text: str) -> Optional[int]:
     try:
         return int(text.rstrip("uUlL"), 0)
@@ -151,6 +166,7 @@ def check_documents(root: Path) -> Iterator[Finding]:
         text = read_text(root / BINDING) or ""
         yield from check_pins(root, text)
         yield from check_numbers(root, text, paths)
+        yield from check_texts(root, text, paths)
 
 
 def main() -> int:

@@ -23,6 +23,10 @@ PAGE = """# Binding
 It fails (`Times.AreDoubled`
 in `unit/common/QueueTest.cpp`).
 
+| text of a failure | below `src/` in |
+|---|---|
+| `It failed, %s.` | `client/` |
+
 | below `src/` in | constants |
 |---|---|
 | `common/` | `slots` = 10, `special` = 0xFFFFFFFE |
@@ -38,7 +42,8 @@ class DocumentsTest(unittest.TestCase):
         self.write("tests/unit/common/QueueTest.cpp", TESTS)
         self.write("src/common/Queue.h", "constexpr unsigned int slots = 10;\n"
                                          "static constexpr unsigned int special = 0xFFFFFFFEu;\n")
-        self.write("src/client/State.cpp", "constexpr std::int32_t idOnline = -10;\n")
+        self.write("src/client/State.cpp", "constexpr std::int32_t idOnline = -10;\n"
+                                            'trace("It failed, %s.\\n");\n')
         self.write("docs/binding.md", PAGE)
 
     def write(self, name, text):
@@ -90,15 +95,23 @@ class DocumentsTest(unittest.TestCase):
         self.change("`Times.AreDoubled`\nin `unit/common/QueueTest.cpp`", "`Times.AreDoubled`\nhere")
         self.assert_finding("docs/binding.md:10: Times.AreDoubled: in which file?")
 
+    def test_a_text_that_the_sources_do_not_have_is_found(self):
+        self.change("It failed, %s.", "It has failed, %s.")
+        self.assert_finding("docs/binding.md:13: client/ has no text 'It has failed, %s.'")
+
+    def test_a_text_of_another_folder_is_found(self):
+        self.change("| `client/` |\n\n", "| `common/` |\n\n")
+        self.assert_finding("docs/binding.md:13: common/ has no text 'It failed, %s.'")
+
     def test_a_number_that_the_sources_do_not_have_is_found(self):
         self.change("`slots` = 10", "`slots` = 11")
-        self.assert_finding("docs/binding.md:13: common/ has no slots = 11")
+        self.assert_finding("docs/binding.md:17: common/ has no slots = 11")
         self.change("= 0xFFFFFFFE", "= 0xFFFFFFFF")
-        self.assert_finding("docs/binding.md:13: common/ has no special = 0xFFFFFFFF")
+        self.assert_finding("docs/binding.md:17: common/ has no special = 0xFFFFFFFF")
 
     def test_a_number_of_another_folder_is_found(self):
         self.change("`idOnline` = -10", "`slots` = 10")
-        self.assert_finding("docs/binding.md:14: client/ has no slots = 10")
+        self.assert_finding("docs/binding.md:18: client/ has no slots = 10")
 
     def test_files_and_folders_may_be_named_by_any_tail_and_without_extension(self):
         self.write("docs/tour.md", "`Queue.h` `common/Queue.h` `src/common/Queue` `common/` `src/`\n"
