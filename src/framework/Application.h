@@ -2,8 +2,10 @@
 
 #include <windows.h>
 
-/// The part of the framework's application support that the library needs, under the framework's
-/// own names: initialisation, module state, and the user-interface thread's main window.
+/// The part of the framework's application support that the library needs: initialisation, module
+/// state, and the user-interface thread's main window. It has the framework's own names, and more
+/// arguments and members than are looked at here, so that a build that has the framework can
+/// include its header instead.
 
 class CWnd;
 
@@ -16,14 +18,15 @@ public:
     void CreateActivationContext();
 
     HINSTANCE m_hCurrentInstanceHandle = nullptr;
-    HINSTANCE m_hCurrentResourceHandle = nullptr;
+    HINSTANCE m_hCurrentResourceHandle = nullptr;  // for the framework's dialogs; none here
     HANDLE m_hActCtx = INVALID_HANDLE_VALUE;
 };
 
 /// The one module state of the library; changed only while the client is created.
 AFX_MODULE_STATE* AfxGetModuleState();
 
-/// Makes the library an application of its own. FALSE without an instance.
+/// Makes the library an application of its own. FALSE without an instance. The other arguments are
+/// for a main window, which the library does not have.
 BOOL AfxWinInit(HINSTANCE instance, HINSTANCE previousInstance, char* commandLine, int showCommand);
 
 /// A user-interface thread of the framework.
@@ -35,7 +38,8 @@ public:
 /// The user-interface thread object of the calling thread; null if the thread is none.
 CWinThread* AfxGetThread();
 
-/// Makes the calling thread a user-interface thread (null: no longer one). Not owned.
+/// Makes the calling thread a user-interface thread (null: no longer one). Not owned. Nothing in
+/// the library calls it: with the real framework a host's own threads are such ones.
 void AfxSetThread(CWinThread* thread);
 
 /// The module that this code is linked into: the DLL, or a test program.

@@ -45,6 +45,7 @@ public:
 protected:
     virtual void OnReceive(int) {}
     virtual void OnSend(int) {}
+    // QOR sends no urgent data and the library never listens: the framework's slots all the same.
     virtual void OnOutOfBandData(int) {}
     virtual void OnAccept(int) {}
     virtual void OnConnect(int) {}
@@ -57,7 +58,8 @@ private:
     void notify(int event, int errorCode);
 };
 
-/// The window messages that carry socket notifications: of live sockets, and of closed ones.
+/// The window messages that carry socket notifications: of live sockets, and of closed ones. The
+/// second is never sent here, only by the framework; pumps take both so as to serve either.
 constexpr UINT socketNotifyMessage = 0x0373;
 constexpr UINT socketDeadMessage = 0x0374;
 

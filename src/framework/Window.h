@@ -34,7 +34,8 @@ public:
     /// The object of a window that the calling thread created; null for every other window.
     static CWnd* FromHandle(HWND window);
 
-    /// Disable and re-enable the window while a modal one is up.
+    /// Disable and re-enable the window while a modal one is up. Nothing in the library calls them:
+    /// the real framework does, around the modal windows of a host.
     virtual void BeginModalState();
     virtual void EndModalState();
 
