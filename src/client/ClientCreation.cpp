@@ -39,13 +39,10 @@ void prepareFramework(const std::string& settingsPath) {
 }
 
 std::unique_ptr<IExternalCommandFactory> makeTransport(const std::string& settingsPath,
-                                                       ClientExternalOperating& client) {
+                                                       ICommandReceiver& receiver) {
     const ClientSettings settings = ClientSettings::read(settingsPath);
-    if (settings.useTcp)
-        return std::make_unique<MySocketCommandFactory>(settings.serverIp, settings.tcpPort,
-                                                        client);
-    return std::make_unique<MyExternalCommandFactory>(settings.clientPipeName,
-                                                      settings.serverPipeName, client);
+    if (settings.useTcp) return std::make_unique<MySocketCommandFactory>(settings, receiver);
+    return std::make_unique<MyExternalCommandFactory>(settings, receiver);
 }
 
 }  // namespace
@@ -63,5 +60,5 @@ std::unique_ptr<ClientExternalOperating> ClientExternalOperating::create(
 ClientExternalOperating::ClientExternalOperating(const std::string& settingsPath)
     : ClientExternalOperating(
           settingsPath,
-          [&](ClientExternalOperating& client) { return makeTransport(settingsPath, client); },
+          [&](ICommandReceiver& receiver) { return makeTransport(settingsPath, receiver); },
           std::make_unique<ProcessStarter>(), std::make_unique<SystemMessageBox>()) {}

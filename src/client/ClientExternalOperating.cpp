@@ -19,8 +19,8 @@ constexpr unsigned int settleMs = 50;
 constexpr std::uint32_t noProtocol = 0;
 
 template <class... Commands>
-IExternalCommandFactory::Prototypes makePrototypes() {
-    IExternalCommandFactory::Prototypes prototypes;
+ICommandReceiver::Prototypes makePrototypes() {
+    ICommandReceiver::Prototypes prototypes;
     (prototypes.push_back(std::make_unique<Commands>()), ...);
     return prototypes;
 }

@@ -13,17 +13,18 @@
 #include "common/Guarded.h"
 #include "common/HostInterfaces.h"
 #include "common/Interest.h"
+#include "transport/ICommandReceiver.h"
 #include "transport/IExternalCommandFactory.h"
 
 /// The client side of the external-operating protocol: starts QOR, sends it commands and waits
-/// for the answers, which the transport's receiving side stores here through the `on...`
-/// operations.
+/// for the answers. It is what its transport hands everything to that QOR sends; the handlers of
+/// those commands store it here through the `on...` operations.
 ///
 /// All operations but those belong to the thread that made the client (the agent thread); they
 /// return true on success and throw nothing but std::bad_alloc. Only `connectEcu` reports, to its
 /// monitor. While they wait they dispatch that
 /// thread's copy-data messages. Time-outs are milliseconds, with the transport's special values.
-class ClientExternalOperating {
+class ClientExternalOperating : public ICommandReceiver {
 public:
     /// Hears of each change of a connect's progress, on the agent thread.
     class ConnectCallback {
@@ -34,9 +35,9 @@ public:
         ~ConnectCallback() = default;
     };
 
-    /// Makes the transport; tests make their own.
+    /// Makes the transport, which is started when the client is complete; tests make their own.
     using MakeTransport =
-        std::function<std::unique_ptr<IExternalCommandFactory>(ClientExternalOperating&)>;
+        std::function<std::unique_ptr<IExternalCommandFactory>(ICommandReceiver&)>;
 
     /// Checks that the settings file can be read, prepares the window framework as the settings
     /// say and makes the client. Throws std::runtime_error with a text for the operator.
@@ -59,9 +60,6 @@ public:
     const std::string& executablePath() const { return executablePath_; }
     /// Drive and directory of that path.
     const std::string& qorDirectory() const { return qorDirectory_; }
-
-    /// One prototype of every command that QOR may send or answer.
-    const IExternalCommandFactory::Prototypes& prototypes() const { return prototypes_; }
 
     /// The operations up to `endRequest` are for one request: once its caller (null: nobody) has
     /// given up, no command for it leaves for QOR any more, and none that names a parameter leaves
@@ -133,8 +131,13 @@ public:
     bool setEcuSegment(const std::string& segment, bool flag);
     bool startEdit(const protocol::StartEdit& model);
 
-    // The receiving side: called by the handlers of received commands, on the transport's
-    // receiving thread. What may be long is handed over.
+    // The receiving side, on the transport's receiving thread. What follows `onNewQor` is called by
+    // the handlers of received commands; what may be long is handed over.
+    const Prototypes& prototypes() const override { return prototypes_; }
+    bool handleCommand(IExternalCommand& command,
+                       IExternalCommand::ICommandReplyer& replyer) override;
+    /// Also said when QOR has opened another model: it knows other parameters then.
+    void onNewQor() override;
     void onParamValue(std::int32_t id, double value);
     void onParamInfo(const protocol::ParamInfo& record);
     void onDirectCtrl(protocol::DirectCtrl record);
@@ -143,8 +146,6 @@ public:
     void onCanBusData(protocol::CanBusData record);
     void onKwpAnswer(protocol::ExecKwp record);
     void onModelDescription(const protocol::GetHex& record);
-    /// QOR is another one than before, or knows other parameters.
-    void onNewQor();
 
     /// For the handlers that act by themselves.
     IExternalCommandFactory& transport() { return *transport_; }
@@ -204,5 +205,5 @@ private:
     std::unique_ptr<IExternalCommandFactory> transport_;
     std::unique_ptr<IProcessStarter> processStarter_;
     std::unique_ptr<IMessageBox> messageBox_;
-    IExternalCommandFactory::Prototypes prototypes_;
+    Prototypes prototypes_;
 };

@@ -3,13 +3,11 @@
 #include <functional>
 #include <memory>
 #include <utility>
-#include <vector>
 
-#include "protocol/IClientCommand.h"
 #include "protocol/IExternalCommand.h"
 
-/// A transport: carries commands to QOR and hands what QOR sends to the client's prototypes. The
-/// client owns exactly one.
+/// A transport: carries commands to QOR and hands what QOR sends to the `ICommandReceiver` that it
+/// was given. The client owns exactly one.
 class IExternalCommandFactory {
 public:
     /// Special values of a time-out in milliseconds.
@@ -17,18 +15,12 @@ public:
     static constexpr unsigned int noLimit = 0xFFFFFFFFu;
     static constexpr unsigned int useDefault = 0xFFFFFFFEu;
 
-    using Prototypes = std::vector<std::unique_ptr<IClientCommand>>;
-
     /// Delivers `command`; true if QOR acknowledged or answered it within `timeoutMs`. True does
     /// not say that an answer carried data, nor that its handler accepted it: whoever reads an
     /// answer waits for it by itself. The result of a send that does not wait means nothing.
     virtual bool send(std::unique_ptr<IExternalCommand> command, unsigned int timeoutMs) = 0;
 
     virtual ~IExternalCommandFactory() = default;
-
-    /// The client's registry, one prototype of each command that QOR may send or answer; it is
-    /// filled before the transport first reads it and never changes after that.
-    virtual const Prototypes& prototypes() const = 0;
 
     /// What `useDefault` stands for, per command id.
     virtual unsigned int defaultTimeout(unsigned int commandType) const = 0;

@@ -5,7 +5,7 @@
 #include "client/ClientExternalOperating.h"
 #include "client/ClientSettings.h"
 #include "client/ExportFiles.h"
-#include "client/MySocketCommandFactory.h"
+#include "transport/ClientSocketCommandFactory.h"
 
 namespace {
 
@@ -28,8 +28,8 @@ std::unique_ptr<ClientExternalOperating> ClientExternalOperating::create(
     const std::string& settingsPath) {
     return std::make_unique<ClientExternalOperating>(
         settingsPath,
-        [&](ClientExternalOperating& client) {
-            return std::make_unique<MySocketCommandFactory>(settingsPath, 0, client);
+        [&](ICommandReceiver& client) {
+            return std::make_unique<ClientSocketCommandFactory>(settingsPath, 0, client);
         },
         std::make_unique<NoProcessStarter>(), std::make_unique<QuickMessageBox>());
 }
