@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "client/ClientSettings.h"
 #include "client/ClientState.h"
 #include "client/IMessageBox.h"
 #include "client/IProcessStarter.h"
@@ -39,13 +40,13 @@ public:
     using MakeTransport =
         std::function<std::unique_ptr<IExternalCommandFactory>(ICommandReceiver&)>;
 
-    /// Checks that the settings file can be read, prepares the window framework as the settings
-    /// say and makes the client. Throws std::runtime_error with a text for the operator.
+    /// Checks that the settings file can be read, reads it, prepares the window framework as the
+    /// settings say and makes the client. Throws std::runtime_error with a text for the operator.
     static std::unique_ptr<ClientExternalOperating> create(const std::string& settingsPath);
 
-    /// Reads the settings and makes the transport that they choose.
-    explicit ClientExternalOperating(const std::string& settingsPath);
-    ClientExternalOperating(const std::string& settingsPath, const MakeTransport& makeTransport,
+    /// With the transport that the settings choose.
+    explicit ClientExternalOperating(const ClientSettings& settings);
+    ClientExternalOperating(const ClientSettings& settings, const MakeTransport& makeTransport,
                             std::unique_ptr<IProcessStarter> processStarter,
                             std::unique_ptr<IMessageBox> messageBox);
     virtual ~ClientExternalOperating();
@@ -58,7 +59,7 @@ public:
 
     /// The resolved path of QOR's executable; empty if the settings name none.
     const std::string& executablePath() const { return executablePath_; }
-    /// Drive and directory of that path.
+    /// Drive and directory of that path; for debuggers, no operation needs them.
     const std::string& qorDirectory() const { return qorDirectory_; }
 
     /// The operations up to `endRequest` are for one request: once its caller (null: nobody) has
@@ -110,7 +111,9 @@ public:
 
     /// Asks the QOR of this epoch to send these parameters' values by itself, until as many
     /// `unsubscribe` calls have taken them back. A `subscribe` that fails, also because the epoch
-    /// is over, changes nothing; what an epoch has asked for need not be taken back in the next.
+    /// is over, changes nothing. What an epoch has asked for is forgotten with it and cannot be
+    /// taken back in the next: an `unsubscribe` for an older epoch only sends QOR the present list
+    /// as it is, because QOR may be the one it always was and still go by its old list.
     bool subscribe(Epoch epoch, const std::vector<std::string>& names);
     bool unsubscribe(Epoch epoch, const std::vector<std::string>& names);
     /// The values that QOR last sent of a parameter, with the time of their arrival; without a
@@ -151,7 +154,8 @@ public:
     IExternalCommandFactory& transport() { return *transport_; }
     IMessageBox& messageBox() { return *messageBox_; }
 
-    /// Ends every wait of the client as a failure; for tests, the destructor does it by itself.
+    /// Ends every wait of the client as a failure. For tests alone: the thread that waits is the
+    /// one that destroys the client, so nothing waits when the destructor does the same.
     void stopOperating() { operating_ = false; }
 
 private:
@@ -194,7 +198,7 @@ private:
 
     bool startProcess(const std::string& executable, unsigned int timeoutMs);
 
-    const std::string settingsPath_;
+    const ClientSettings settings_;
     std::string executablePath_;
     std::string qorDirectory_;
     common::Guarded<ClientState> state_;

@@ -94,7 +94,7 @@ void ClientExternalOperating::onKwpAnswer(protocol::ExecKwp record) {
 }
 
 void ClientExternalOperating::onModelDescription(const protocol::GetHex&) {
-    // Nobody asks for it yet.
+    // QOR may send it unasked, which is accepted; no operation asks for it.
 }
 
 void ClientExternalOperating::onNewQor() {

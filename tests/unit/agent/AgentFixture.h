@@ -66,7 +66,7 @@ protected:
     FakeMessageBox::Choice pressButton = [](auto&&...) { return 1u; };
     std::shared_ptr<Impl> impl = std::make_shared<Impl>("not read.ini", nullptr, 200u);
     QorProtocolAgent agent{impl, std::make_unique<ClientExternalOperating>(
-                                     "c:\\not there.ini", qor.transport(), processes.starter(),
+                                     ClientSettings(), qor.transport(), processes.starter(),
                                      std::make_unique<FakeMessageBox>(pressButton))};
     std::shared_ptr<Impl::AnswerQueue> answers = std::make_shared<Impl::AnswerQueue>(4);
 };

@@ -13,7 +13,7 @@ class ClientLife : public ClientTest {};
 TEST_F(ClientLife, TheTransportIsGivenTheClientItself) {
     ICommandReceiver* given = nullptr;
     ClientExternalOperating made(
-        settingsPath,
+        ClientSettings(),
         [&](ICommandReceiver& client) {
             given = &client;
             EXPECT_THAT(client.prototypes(), SizeIs(12));  // filled before the transport reads it

@@ -39,7 +39,7 @@ protected:
     const std::string caption = uniqueTitle("question");
     peer::WindowThread server{serverTitle};
     ClientExternalOperating client{
-        "no-such-file.ini",
+        ClientSettings(),
         [this](ICommandReceiver& its) {
             return std::make_unique<ExternalCommandFactory>(title, serverTitle, its);
         },
