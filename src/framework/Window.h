@@ -34,7 +34,8 @@ public:
     /// The object of a window that the calling thread created; null for every other window.
     static CWnd* FromHandle(HWND window);
 
-    /// Disable and re-enable the window while a modal one is up.
+    /// Disable and re-enable the window while a modal one is up. Called by the framework, of which
+    /// the part with modal windows is not needed here: nothing calls them.
     virtual void BeginModalState();
     virtual void EndModalState();
 

@@ -63,7 +63,9 @@ public:
     /// Any after the first is to another QOR, for all that anybody knows.
     void onConnected(ConnInstance& connection) override;
     void onData(ConnInstance& connection, const std::string& bytes) override;
+    /// Nothing to do: the worker sees by itself that a connection is gone, and makes the next.
     void onClosed(ConnInstance& connection) override;
+    /// Never: `stop` lets an attempt end by itself, which takes a second at most.
     bool isStopping() const override;
 
 private:

@@ -22,7 +22,8 @@ public:
 
     virtual ~IExternalCommandFactory() = default;
 
-    /// What `useDefault` stands for, per command id.
+    /// What `useDefault` stands for, per command id. The client has a time-out of its own for every
+    /// operation and never asks for it.
     virtual unsigned int defaultTimeout(unsigned int commandType) const = 0;
 
     /// Asked on the thread that sends a command, immediately before its bytes leave.
