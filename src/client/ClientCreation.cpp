@@ -25,9 +25,9 @@ bool isReadableFile(const std::string& path) {
            _access(path.c_str(), readPermission) == 0;
 }
 
-void prepareFramework(const std::string& settingsPath) {
+void prepareFramework(bool asOwnApplication) {
     const HINSTANCE process = GetModuleHandleA(nullptr);
-    if (ClientSettings::readInitMfc(settingsPath)) {
+    if (asOwnApplication) {
         if (!AfxWinInit(process, nullptr, GetCommandLineA(), 0))
             throw std::runtime_error("MFC initialization failed");
         return;
@@ -38,14 +38,10 @@ void prepareFramework(const std::string& settingsPath) {
     state->CreateActivationContext();
 }
 
-std::unique_ptr<IExternalCommandFactory> makeTransport(const std::string& settingsPath,
-                                                       ClientExternalOperating& client) {
-    const ClientSettings settings = ClientSettings::read(settingsPath);
-    if (settings.useTcp)
-        return std::make_unique<MySocketCommandFactory>(settings.serverIp, settings.tcpPort,
-                                                        client);
-    return std::make_unique<MyExternalCommandFactory>(settings.clientPipeName,
-                                                      settings.serverPipeName, client);
+std::unique_ptr<IExternalCommandFactory> makeTransport(const ClientSettings& settings,
+                                                       ICommandReceiver& receiver) {
+    if (settings.useTcp) return std::make_unique<MySocketCommandFactory>(settings, receiver);
+    return std::make_unique<MyExternalCommandFactory>(settings, receiver);
 }
 
 }  // namespace
@@ -56,12 +52,12 @@ std::unique_ptr<ClientExternalOperating> ClientExternalOperating::create(
         throw std::runtime_error(
             "Specified settings file for QOR 'external operation mode' is not valid.\nFile: " +
             settingsPath);
-    prepareFramework(settingsPath);
-    return std::make_unique<ClientExternalOperating>(settingsPath);
+    const ClientSettings settings = ClientSettings::read(settingsPath);
+    prepareFramework(settings.initMfc);
+    return std::make_unique<ClientExternalOperating>(settings);
 }
 
-ClientExternalOperating::ClientExternalOperating(const std::string& settingsPath)
+ClientExternalOperating::ClientExternalOperating(const ClientSettings& settings)
     : ClientExternalOperating(
-          settingsPath,
-          [&](ClientExternalOperating& client) { return makeTransport(settingsPath, client); },
+          settings, [&](ICommandReceiver& receiver) { return makeTransport(settings, receiver); },
           std::make_unique<ProcessStarter>(), std::make_unique<SystemMessageBox>()) {}

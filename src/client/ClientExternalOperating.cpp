@@ -3,7 +3,6 @@
 #include "client/Bootstrap.h"
 #include "client/ClientCommands.h"
 #include "client/ClientSend.h"
-#include "client/ClientSettings.h"
 #include "common/Paths.h"
 
 namespace {
@@ -19,25 +18,24 @@ constexpr unsigned int settleMs = 50;
 constexpr std::uint32_t noProtocol = 0;
 
 template <class... Commands>
-IExternalCommandFactory::Prototypes makePrototypes() {
-    IExternalCommandFactory::Prototypes prototypes;
+ICommandReceiver::Prototypes makePrototypes() {
+    ICommandReceiver::Prototypes prototypes;
     (prototypes.push_back(std::make_unique<Commands>()), ...);
     return prototypes;
 }
 
 }  // namespace
 
-ClientExternalOperating::ClientExternalOperating(const std::string& settingsPath,
+ClientExternalOperating::ClientExternalOperating(const ClientSettings& settings,
                                                  const MakeTransport& makeTransport,
                                                  std::unique_ptr<IProcessStarter> processStarter,
                                                  std::unique_ptr<IMessageBox> messageBox)
-    : settingsPath_(settingsPath),
+    : settings_(settings),
       processStarter_(std::move(processStarter)),
       messageBox_(std::move(messageBox)) {
-    const std::string executable =
-        ClientSettings::readExecutable(settingsPath, ClientSettings::maxValueChars);
-    if (!executable.empty()) {
-        executablePath_ = common::resolveAgainstExecutable(executable);
+    if (!settings.executable.empty()) {
+        executablePath_ = common::resolveAgainstExecutable(
+            settings.executable.substr(0, ClientSettings::maxValueChars));
         qorDirectory_ = common::directoryOf(executablePath_);
     }
     // Before the transport starts, whose receiving side reads them.
@@ -81,15 +79,14 @@ IExternalCommandFactory::Permit ClientExternalOperating::permit(unsigned int tim
 
 bool ClientExternalOperating::launch(unsigned int timeoutMs) {
     if (ping(launchPingMs)) return true;
-    const std::string executable =
-        ClientSettings::readExecutable(settingsPath_, ClientSettings::maxLaunchChars);
-    if (executable.empty()) return true;
-    const std::string resolved = common::resolveAgainstExecutable(executable);
+    if (settings_.executable.empty()) return true;
+    // Not the published path, which is made of fewer characters.
+    const std::string resolved = common::resolveAgainstExecutable(settings_.executable);
     return !resolved.empty() && startProcess(resolved, timeoutMs);
 }
 
 bool ClientExternalOperating::startProcess(const std::string& executable, unsigned int timeoutMs) {
-    const std::string commandLine = " -external_operating \"" + settingsPath_ + "\"";
+    const std::string commandLine = " -external_operating \"" + settings_.path + "\"";
     if (commandLine.size() > ClientSettings::maxLaunchChars) return false;
     if (!processStarter_->start(executable, commandLine)) return false;
     const common::Moment start = common::now();

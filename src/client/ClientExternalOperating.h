@@ -7,23 +7,25 @@
 #include <string>
 #include <vector>
 
+#include "client/ClientSettings.h"
 #include "client/ClientState.h"
 #include "client/IMessageBox.h"
 #include "client/IProcessStarter.h"
 #include "common/Guarded.h"
 #include "common/HostInterfaces.h"
 #include "common/Interest.h"
+#include "transport/ICommandReceiver.h"
 #include "transport/IExternalCommandFactory.h"
 
 /// The client side of the external-operating protocol: starts QOR, sends it commands and waits
-/// for the answers, which the transport's receiving side stores here through the `on...`
-/// operations.
+/// for the answers. It is what its transport hands everything to that QOR sends; the handlers of
+/// those commands store it here through the `on...` operations.
 ///
 /// All operations but those belong to the thread that made the client (the agent thread); they
 /// return true on success and throw nothing but std::bad_alloc. Only `connectEcu` reports, to its
 /// monitor. While they wait they dispatch that
 /// thread's copy-data messages. Time-outs are milliseconds, with the transport's special values.
-class ClientExternalOperating {
+class ClientExternalOperating : public ICommandReceiver {
 public:
     /// Hears of each change of a connect's progress, on the agent thread.
     class ConnectCallback {
@@ -34,17 +36,17 @@ public:
         ~ConnectCallback() = default;
     };
 
-    /// Makes the transport; tests make their own.
+    /// Makes the transport, which is started when the client is complete; tests make their own.
     using MakeTransport =
-        std::function<std::unique_ptr<IExternalCommandFactory>(ClientExternalOperating&)>;
+        std::function<std::unique_ptr<IExternalCommandFactory>(ICommandReceiver&)>;
 
-    /// Checks that the settings file can be read, prepares the window framework as the settings
-    /// say and makes the client. Throws std::runtime_error with a text for the operator.
+    /// Checks that the settings file can be read, reads it, prepares the window framework as the
+    /// settings say and makes the client. Throws std::runtime_error with a text for the operator.
     static std::unique_ptr<ClientExternalOperating> create(const std::string& settingsPath);
 
-    /// Reads the settings and makes the transport that they choose.
-    explicit ClientExternalOperating(const std::string& settingsPath);
-    ClientExternalOperating(const std::string& settingsPath, const MakeTransport& makeTransport,
+    /// With the transport that the settings choose.
+    explicit ClientExternalOperating(const ClientSettings& settings);
+    ClientExternalOperating(const ClientSettings& settings, const MakeTransport& makeTransport,
                             std::unique_ptr<IProcessStarter> processStarter,
                             std::unique_ptr<IMessageBox> messageBox);
     virtual ~ClientExternalOperating();
@@ -57,11 +59,8 @@ public:
 
     /// The resolved path of QOR's executable; empty if the settings name none.
     const std::string& executablePath() const { return executablePath_; }
-    /// Drive and directory of that path.
+    /// Drive and directory of that path; for debuggers, no operation needs them.
     const std::string& qorDirectory() const { return qorDirectory_; }
-
-    /// One prototype of every command that QOR may send or answer.
-    const IExternalCommandFactory::Prototypes& prototypes() const { return prototypes_; }
 
     /// The operations up to `endRequest` are for one request: once its caller (null: nobody) has
     /// given up, no command for it leaves for QOR any more, and none that names a parameter leaves
@@ -112,7 +111,9 @@ public:
 
     /// Asks the QOR of this epoch to send these parameters' values by itself, until as many
     /// `unsubscribe` calls have taken them back. A `subscribe` that fails, also because the epoch
-    /// is over, changes nothing; what an epoch has asked for need not be taken back in the next.
+    /// is over, changes nothing. What an epoch has asked for is forgotten with it and cannot be
+    /// taken back in the next: an `unsubscribe` for an older epoch only sends QOR the present list
+    /// as it is, because QOR may be the one it always was and still go by its old list.
     bool subscribe(Epoch epoch, const std::vector<std::string>& names);
     bool unsubscribe(Epoch epoch, const std::vector<std::string>& names);
     /// The values that QOR last sent of a parameter, with the time of their arrival; without a
@@ -133,8 +134,13 @@ public:
     bool setEcuSegment(const std::string& segment, bool flag);
     bool startEdit(const protocol::StartEdit& model);
 
-    // The receiving side: called by the handlers of received commands, on the transport's
-    // receiving thread. What may be long is handed over.
+    // The receiving side, on the transport's receiving thread. What follows `onNewQor` is called by
+    // the handlers of received commands; what may be long is handed over.
+    const Prototypes& prototypes() const override { return prototypes_; }
+    bool handleCommand(IExternalCommand& command,
+                       IExternalCommand::ICommandReplyer& replyer) override;
+    /// Also said when QOR has opened another model: it knows other parameters then.
+    void onNewQor() override;
     void onParamValue(std::int32_t id, double value);
     void onParamInfo(const protocol::ParamInfo& record);
     void onDirectCtrl(protocol::DirectCtrl record);
@@ -143,14 +149,13 @@ public:
     void onCanBusData(protocol::CanBusData record);
     void onKwpAnswer(protocol::ExecKwp record);
     void onModelDescription(const protocol::GetHex& record);
-    /// QOR is another one than before, or knows other parameters.
-    void onNewQor();
 
     /// For the handlers that act by themselves.
     IExternalCommandFactory& transport() { return *transport_; }
     IMessageBox& messageBox() { return *messageBox_; }
 
-    /// Ends every wait of the client as a failure; for tests, the destructor does it by itself.
+    /// Ends every wait of the client as a failure. For tests alone: the thread that waits is the
+    /// one that destroys the client, so nothing waits when the destructor does the same.
     void stopOperating() { operating_ = false; }
 
 private:
@@ -193,7 +198,7 @@ private:
 
     bool startProcess(const std::string& executable, unsigned int timeoutMs);
 
-    const std::string settingsPath_;
+    const ClientSettings settings_;
     std::string executablePath_;
     std::string qorDirectory_;
     common::Guarded<ClientState> state_;
@@ -204,5 +209,5 @@ private:
     std::unique_ptr<IExternalCommandFactory> transport_;
     std::unique_ptr<IProcessStarter> processStarter_;
     std::unique_ptr<IMessageBox> messageBox_;
-    IExternalCommandFactory::Prototypes prototypes_;
+    Prototypes prototypes_;
 };

@@ -8,7 +8,8 @@ namespace {
 
 const char* const section = "CommonSettings";
 
-std::string readText(const std::string& path, const char* key, unsigned int maxChars) {
+std::string readText(const std::string& path, const char* key,
+                     unsigned int maxChars = ClientSettings::maxValueChars) {
     std::string value(maxChars + 1, '\0');
     const DWORD length = GetPrivateProfileStringA(section, key, "", value.data(),
                                                   static_cast<DWORD>(value.size()), path.c_str());
@@ -24,18 +25,13 @@ unsigned int readNumber(const std::string& path, const char* key, int absent) {
 
 ClientSettings ClientSettings::read(const std::string& path) {
     ClientSettings settings;
-    settings.clientPipeName = readText(path, "ClientPipeName", maxValueChars);
-    settings.serverPipeName = readText(path, "ServerPipeName", maxValueChars);
-    settings.serverIp = readText(path, "ServerIp", maxValueChars);
+    settings.path = path;
+    settings.executable = readText(path, "QORexecutable", maxLaunchChars);
+    settings.clientPipeName = readText(path, "ClientPipeName");
+    settings.serverPipeName = readText(path, "ServerPipeName");
+    settings.serverIp = readText(path, "ServerIp");
     settings.tcpPort = readNumber(path, "TcpPort", 0);
-    settings.useTcp = _stricmp(readText(path, "UseTcp", maxValueChars).c_str(), "true") == 0;
+    settings.useTcp = _stricmp(readText(path, "UseTcp").c_str(), "true") == 0;
+    settings.initMfc = readNumber(path, "InitMFC", 1) == 1;
     return settings;
-}
-
-std::string ClientSettings::readExecutable(const std::string& path, unsigned int maxChars) {
-    return readText(path, "QORexecutable", maxChars);
-}
-
-bool ClientSettings::readInitMfc(const std::string& path) {
-    return readNumber(path, "InitMFC", 1) == 1;
 }

@@ -1,5 +1,6 @@
 #include <cmath>
 #include <limits>
+#include <new>
 #include <utility>
 
 #include "client/ClientExternalOperating.h"
@@ -32,6 +33,17 @@ void arrive(Arrival<T>& arrival, T content) {
 }
 
 }  // namespace
+
+bool ClientExternalOperating::handleCommand(IExternalCommand& command,
+                                            IExternalCommand::ICommandReplyer& replyer) {
+    try {
+        if (auto* const ours = dynamic_cast<IClientCommand*>(&command))
+            return ours->onReply(&replyer, this);
+        return command.execute(&replyer);
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
+}
 
 void ClientExternalOperating::onParamValue(std::int32_t id, double value) {
     const auto state = state_.lock();
@@ -82,7 +94,7 @@ void ClientExternalOperating::onKwpAnswer(protocol::ExecKwp record) {
 }
 
 void ClientExternalOperating::onModelDescription(const protocol::GetHex&) {
-    // Nobody asks for it yet.
+    // QOR may send it unasked, which is accepted; no operation asks for it.
 }
 
 void ClientExternalOperating::onNewQor() {

@@ -9,7 +9,8 @@
 
 class CWnd;
 
-/// The handles under which the framework finds the application's instance and resources.
+/// The handles under which the framework finds the application's instance and resources. Here they
+/// are only kept: no part of the framework that would look at them is needed.
 class AFX_MODULE_STATE {
 public:
     ~AFX_MODULE_STATE();

@@ -13,7 +13,8 @@ public:
                        ConnectionDataAccepter& accepter);
     ~ClientConnInstance() override;
 
-    /// "No time limit" for `ensureConnected`; a single attempt then takes at most 3 s.
+    /// "No time limit" for `ensureConnected`; a single attempt then takes at most 3 s. The worker
+    /// always sets a limit, so that commands do not wait for a QOR that is not there.
     static constexpr unsigned int noLimit = 0xFFFFFFFFu;
 
     /// Returns true if the connection stands, otherwise tries to make it, again and again, for
@@ -38,6 +39,6 @@ private:
     const std::string serverAddress_;
     const unsigned int serverPort_;
     bool connected_ = false;
-    bool closing_ = false;
+    bool closing_ = false;  // in the destructor: it forbids its accepter an attempt in onClosed
     ConnectionDataAccepter& accepter_;
 };

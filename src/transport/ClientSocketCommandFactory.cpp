@@ -36,20 +36,24 @@ private:
 
 }  // namespace
 
-ClientSocketCommandFactory::ClientSocketCommandFactory(std::string serverIp, unsigned int port)
-    : serverAddress_(std::move(serverIp)), serverPort_(port), outgoing_(outgoingSlots) {}
+ClientSocketCommandFactory::ClientSocketCommandFactory(std::string serverIp, unsigned int port,
+                                                       ICommandReceiver& receiver)
+    : receiver_(receiver),
+      serverAddress_(std::move(serverIp)),
+      serverPort_(port),
+      outgoing_(outgoingSlots) {}
 
 ClientSocketCommandFactory::~ClientSocketCommandFactory() {
-    stopWorker();
+    ClientSocketCommandFactory::stop();
 }
 
-void ClientSocketCommandFactory::startWorker() {
+void ClientSocketCommandFactory::start() {
     if (!worker_.start(workerThread, this))
         throw std::runtime_error("Unable to start External Operating socket thread, " +
                                  common::lastErrorText());
 }
 
-bool ClientSocketCommandFactory::stopWorker() {
+bool ClientSocketCommandFactory::stop() {
     if (!worker_.hasHandle()) return stopped_;
     stop_ = true;
     common::sleepMs(stopPollMs);
@@ -132,7 +136,7 @@ unsigned int ClientSocketCommandFactory::defaultTimeout(unsigned int) const {
 
 void ClientSocketCommandFactory::onConnected(ConnInstance&) {
     received_.clear();
-    if (wasConnected_) onNewQor();
+    if (wasConnected_) receiver_.onNewQor();
     wasConnected_ = true;
 }
 

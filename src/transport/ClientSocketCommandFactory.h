@@ -10,6 +10,7 @@
 #include "transport/CmdResult.h"
 #include "transport/ConnectionDataAccepter.h"
 #include "transport/Departure.h"
+#include "transport/ICommandReceiver.h"
 #include "transport/IExternalCommandFactory.h"
 #include "transport/ReceiveBuffer.h"
 
@@ -20,9 +21,7 @@ class SocketWorker;
 /// id and runs the handlers of everything that QOR sends; `send` hands it commands from other
 /// threads.
 ///
-/// A derived class supplies the handlers. It calls `startWorker` when it is complete and the
-/// registry of prototypes is filled, and `stopWorker` at the beginning of its destructor, because
-/// the worker uses both.
+/// The worker, and with it the receiver, is at work from `start` to `stop`.
 class ClientSocketCommandFactory : public ConnectionDataAccepter, public IExternalCommandFactory {
 public:
     using CmdResult = ::CmdResult;
@@ -38,8 +37,14 @@ public:
     };
 
     /// Does not connect; the worker does.
-    ClientSocketCommandFactory(std::string serverIp, unsigned int port);
+    ClientSocketCommandFactory(std::string serverIp, unsigned int port, ICommandReceiver& receiver);
     ~ClientSocketCommandFactory() override;
+
+    /// Throws std::runtime_error if the worker cannot be started.
+    void start() override;
+    /// Waits for the worker's end, at most about 5 s; a worker that hangs (in a message box, in
+    /// the look-up of a host name) is let go, and the result is false.
+    bool stop() override;
 
     /// From any thread. On the worker's own thread (in a handler) the bytes go straight to the
     /// connection, nothing waits and the result is true; without a connection they are dropped.
@@ -58,23 +63,10 @@ public:
     /// Any after the first is to another QOR, for all that anybody knows.
     void onConnected(ConnInstance& connection) override;
     void onData(ConnInstance& connection, const std::string& bytes) override;
+    /// Nothing to do: the worker sees by itself that a connection is gone, and makes the next.
     void onClosed(ConnInstance& connection) override;
+    /// Never: `stop` lets an attempt end by itself, which takes a second at most.
     bool isStopping() const override;
-
-    /// Runs the handler of a received command; false means "not handled".
-    virtual bool handleCommand(IExternalCommand& command,
-                               IExternalCommand::ICommandReplyer& replyer) = 0;
-
-    /// QOR may be another one from now on. Said on the worker thread, before anything else of the
-    /// new connection; no command of before leaves over it without being asked for its permit.
-    virtual void onNewQor() {}
-
-protected:
-    /// Throws std::runtime_error if the thread cannot be started.
-    void startWorker();
-    /// Waits for the worker's end, at most about 5 s; a worker that hangs (in a message box, in
-    /// the look-up of a host name) is let go, and the result is false.
-    bool stopWorker();
 
 private:
     friend class SocketWorker;
@@ -83,6 +75,7 @@ private:
     static CmdData makeData(const IExternalCommand& command, unsigned int timeoutMs);
     bool awaitResult(const CmdData& sent);
 
+    ICommandReceiver& receiver_;
     const CommandPing pingPrototype_;
     common::Thread worker_;
     std::atomic<bool> stop_{false};

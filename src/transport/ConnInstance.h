@@ -24,6 +24,7 @@ public:
     void send(std::string bytes);
     bool isOpen() const;
 
+    /// The socket's last error code, for tests and debuggers: a send tells of success alone.
     int lastError() const { return lastError_; }
 
 protected:

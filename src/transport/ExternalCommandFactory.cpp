@@ -45,9 +45,11 @@ private:
 
 ExternalCommandFactory::ExternalCommandFactory(const std::string& clientWindowName,
                                                std::string serverWindowName,
+                                               ICommandReceiver& receiver,
                                                std::unique_ptr<IWindowPlatform> platform)
     : window_(std::make_unique<ExternalOperatingWnd>(*this)),
       serverWindowName_(std::move(serverWindowName)),
+      receiver_(receiver),
       platform_(std::move(platform)) {
     if (!window_->create(clientWindowName.c_str()))
         throw std::runtime_error("Unable to create External Operating CWnd (" + clientWindowName +
@@ -83,7 +85,7 @@ HWND ExternalCommandFactory::findServer() {
     const Peer found{server, platform_->processOf(server)};
     if (found.process == 0) return nullptr;  // it has just gone
     const bool isAnother = found.window != peer_.window || found.process != peer_.process;
-    if (isAnother && peer_.window != nullptr) onNewQor();
+    if (isAnother && peer_.window != nullptr) receiver_.onNewQor();
     peer_ = found;
     return server;
 }
@@ -92,7 +94,7 @@ void ExternalCommandFactory::lookAfterPeer() {
     // A message does not tell whose it is: that the known window is gone must do.
     if (peer_.window == nullptr || platform_->processOf(peer_.window) == peer_.process) return;
     peer_ = Peer();
-    onNewQor();
+    receiver_.onNewQor();
 }
 
 void ExternalCommandFactory::releaseHeldSender() {
@@ -119,10 +121,10 @@ bool ExternalCommandFactory::onCopyData(const COPYDATASTRUCT* record) {
 }
 
 bool ExternalCommandFactory::handleBytes(const std::string& bytes) {
-    const ReceivedCommand received = recognise(bytes, prototypes(), pingPrototype_);
+    const ReceivedCommand received = recognise(bytes, receiver_.prototypes(), pingPrototype_);
     if (!received.command) return false;
     if (received.isPing) return true;
     auto& command = static_cast<ExternalCommand&>(*received.command);
     CommandReplyer replyer(*this, command);
-    return handleCommand(command, replyer);
+    return receiver_.handleCommand(command, replyer);
 }

@@ -5,6 +5,7 @@
 
 #include "protocol/Commands.h"
 #include "transport/ExternalOperatingWnd.h"
+#include "transport/ICommandReceiver.h"
 #include "transport/IExternalCommandFactory.h"
 #include "transport/WindowPlatform.h"
 
@@ -24,8 +25,10 @@ public:
     static constexpr unsigned int abortIfHungMs = 1000;
 
     /// Throws std::runtime_error if the window cannot be created.
-    ExternalCommandFactory(const std::string& clientWindowName, std::string serverWindowName,
-                           std::unique_ptr<IWindowPlatform> platform);
+    ExternalCommandFactory(
+        const std::string& clientWindowName, std::string serverWindowName,
+        ICommandReceiver& receiver,
+        std::unique_ptr<IWindowPlatform> platform = std::make_unique<WindowPlatform>());
     ~ExternalCommandFactory() override;
 
     /// True if QOR's handler accepted the message in time. A sender that this thread still holds
@@ -41,14 +44,6 @@ public:
 
     /// Handles a received message; the result goes back to the sender.
     bool onCopyData(const COPYDATASTRUCT* record);
-
-    /// Runs the handler of a received command; false means "not handled".
-    virtual bool handleCommand(IExternalCommand& command,
-                               IExternalCommand::ICommandReplyer& replyer) = 0;
-
-    /// QOR is another one from now on: its window is another one, or that of another process.
-    /// Said before anything is sent to it, and before anything that it sends is handled.
-    virtual void onNewQor() {}
 
 private:
     class CommandReplyer;
@@ -66,6 +61,7 @@ private:
 
     std::unique_ptr<ExternalOperatingWnd> window_;
     const std::string serverWindowName_;
+    ICommandReceiver& receiver_;
     const CommandPing pingPrototype_;
     const std::unique_ptr<IWindowPlatform> platform_;
     Peer peer_;

@@ -17,6 +17,8 @@ class ExternalOperatingWnd : public CWnd {
 
     BOOL OnCopyData(CWnd* sender, COPYDATASTRUCT* record);
 
+    // For a framework that shows modal windows: here a box of QOR's is the system's own, which
+    // disables its owner by itself.
     void BeginModalState() override;
     void EndModalState() override;
 

@@ -3,21 +3,17 @@
 #include <functional>
 #include <memory>
 #include <utility>
-#include <vector>
 
-#include "protocol/IClientCommand.h"
 #include "protocol/IExternalCommand.h"
 
-/// A transport: carries commands to QOR and hands what QOR sends to the client's prototypes. The
-/// client owns exactly one.
+/// A transport: carries commands to QOR and hands what QOR sends to the `ICommandReceiver` that it
+/// was given. The client owns exactly one.
 class IExternalCommandFactory {
 public:
     /// Special values of a time-out in milliseconds.
     static constexpr unsigned int doNotWait = 0;
     static constexpr unsigned int noLimit = 0xFFFFFFFFu;
     static constexpr unsigned int useDefault = 0xFFFFFFFEu;
-
-    using Prototypes = std::vector<std::unique_ptr<IClientCommand>>;
 
     /// Delivers `command`; true if QOR acknowledged or answered it within `timeoutMs`. True does
     /// not say that an answer carried data, nor that its handler accepted it: whoever reads an
@@ -26,11 +22,8 @@ public:
 
     virtual ~IExternalCommandFactory() = default;
 
-    /// The client's registry, one prototype of each command that QOR may send or answer; it is
-    /// filled before the transport first reads it and never changes after that.
-    virtual const Prototypes& prototypes() const = 0;
-
-    /// What `useDefault` stands for, per command id.
+    /// What `useDefault` stands for, per command id. The client has a time-out of its own for every
+    /// operation and never asks for it.
     virtual unsigned int defaultTimeout(unsigned int commandType) const = 0;
 
     /// Asked on the thread that sends a command, immediately before its bytes leave.

@@ -17,6 +17,7 @@ public:
     explicit PeerAsyncSocket(ConnInstance& connection);
     ~PeerAsyncSocket() override = default;
 
+    // These three only forward: all that goes over a connection passes here, for debuggers.
     void Close() override;
     int Receive(void* buffer, int length, int flags = 0) override;
     int Send(const void* buffer, int length, int flags = 0) override;

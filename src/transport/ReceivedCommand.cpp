@@ -1,13 +1,10 @@
 #include "transport/ReceivedCommand.h"
 
-#include <new>
-
 std::uint32_t ReceivedCommand::pingStatus() const {
     return isPing ? static_cast<const CommandPing&>(*command).status : 0;
 }
 
-ReceivedCommand recognise(const std::string& record,
-                          const IExternalCommandFactory::Prototypes& prototypes,
+ReceivedCommand recognise(const std::string& record, const ICommandReceiver::Prototypes& prototypes,
                           const CommandPing& ping) {
     std::size_t consumed = 0;
     for (const auto& prototype : prototypes) {
@@ -18,15 +15,4 @@ ReceivedCommand recognise(const std::string& record,
     auto parsed = ping.parse(record, consumed);
     const bool isPing = parsed != nullptr;
     return {std::move(parsed), isPing};
-}
-
-bool dispatch(IExternalCommand& command, IExternalCommand::ICommandReplyer& replyer,
-              ClientExternalOperating* client) {
-    try {
-        if (auto* clientCommand = dynamic_cast<IClientCommand*>(&command))
-            return clientCommand->onReply(&replyer, client);
-        return command.execute(&replyer);
-    } catch (const std::bad_alloc&) {
-        return false;
-    }
 }

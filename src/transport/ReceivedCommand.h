@@ -4,7 +4,7 @@
 #include <string>
 
 #include "protocol/Commands.h"
-#include "transport/IExternalCommandFactory.h"
+#include "transport/ICommandReceiver.h"
 
 /// A record as a transport recognises it.
 struct ReceivedCommand {
@@ -16,11 +16,5 @@ struct ReceivedCommand {
 };
 
 /// Offers `record` to the prototypes in their order, then to `ping`; the first that takes it wins.
-ReceivedCommand recognise(const std::string& record,
-                          const IExternalCommandFactory::Prototypes& prototypes,
+ReceivedCommand recognise(const std::string& record, const ICommandReceiver::Prototypes& prototypes,
                           const CommandPing& ping);
-
-/// Hands a received command to its handler: a client command to its `onReply`, any other to its
-/// `execute`. Running out of memory in a handler counts as "not handled".
-bool dispatch(IExternalCommand& command, IExternalCommand::ICommandReplyer& replyer,
-              ClientExternalOperating* client);

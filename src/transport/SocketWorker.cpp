@@ -101,7 +101,7 @@ std::size_t SocketWorker::handleRecords(const std::string& bytes) {
 
 void SocketWorker::handleRecord(const std::string& bytes, std::uint32_t requestId) {
     const ReceivedCommand received =
-        recognise(bytes, factory_.prototypes(), factory_.pingPrototype_);
+        recognise(bytes, factory_.receiver_.prototypes(), factory_.pingPrototype_);
     // The sender is released before the handler runs: it waits for its data by itself. A record
     // that no prototype takes still answers its request.
     const bool refused = received.pingStatus() == protocol::Ping::notHandled;
@@ -114,7 +114,7 @@ void SocketWorker::handleCommand(IExternalCommand& command) {
     // Values come in rows and are taken at once. Any other handler may take its time, or answer.
     if (dynamic_cast<const CommandReceiveParamData*>(&command) == nullptr) sendAcknowledgements();
     SocketCommandReplyer replyer(*this, received.requestId(), received.isReply());
-    const bool handled = factory_.handleCommand(command, replyer);
+    const bool handled = factory_.receiver_.handleCommand(command, replyer);
     if (replyer.wasCalled() || received.isReply()) return;
     replyer.acknowledge(handled ? protocol::Ping::handled : protocol::Ping::notHandled);
 }

@@ -13,17 +13,15 @@ namespace {
 
 const char* const qorName = "/qor of the worker";
 
-/// Its handler fails in a way that nobody expects, with the first record that QOR sends.
-class FailingTransport final : public ClientSocketCommandFactory {
+/// Fails in a way that nobody expects, with the first record that QOR sends.
+class FailingReceiver final : public ICommandReceiver {
 public:
-    FailingTransport() : ClientSocketCommandFactory(qorName, 0) { startWorker(); }
-    ~FailingTransport() override { stopWorker(); }
-
     const Prototypes& prototypes() const override { return prototypes_; }
     bool handleCommand(IExternalCommand&, IExternalCommand::ICommandReplyer&) override {
         ++calls_;
         throw std::runtime_error("no handler of ours throws this");
     }
+    void onNewQor() override {}
     int calls() const { return calls_; }
 
 private:
@@ -34,13 +32,15 @@ private:
 TEST(WorkerRace, SendersOutliveAWorkerThatAHandlerHasEnded) {
     const QorPeer qor(qorName);
     for (int round = 0; round < 5; ++round) {
-        FailingTransport transport;
+        FailingReceiver receiver;
+        ClientSocketCommandFactory transport(qorName, 0, receiver);
+        transport.start();
         Crowd crowd;
         crowd.add(4, [&](int) {
             for (int i = 0; i < 200; ++i) transport.send(std::make_unique<CommandPing>(), 1);
         });
         crowd.join();
-        EXPECT_EQ(transport.calls(), 1);
+        EXPECT_EQ(receiver.calls(), 1);
     }
 }
 

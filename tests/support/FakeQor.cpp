@@ -7,9 +7,7 @@
 
 class FakeQor::Transport final : public IExternalCommandFactory {
 public:
-    Transport(FakeQor& qor, ClientExternalOperating& client) : qor_(qor), client_(client) {
-        qor_.isTransportAlive = true;
-    }
+    explicit Transport(FakeQor& qor) : qor_(qor) { qor_.isTransportAlive = true; }
     ~Transport() override {
         qor_.isTransportAlive = false;
         qor_.events.emplace_back("transport ends");
@@ -23,12 +21,10 @@ public:
         qor_.beforeLeaving(*command);
         return IExternalCommandFactory::sendIf(std::move(permit), std::move(command), timeoutMs);
     }
-    const Prototypes& prototypes() const override { return client_.prototypes(); }
     unsigned int defaultTimeout(unsigned int) const override { return 2000; }
 
 private:
     FakeQor& qor_;
-    ClientExternalOperating& client_;
 };
 
 class FakeQor::Replyer final : public IExternalCommand::ICommandReplyer {
@@ -53,9 +49,9 @@ FakeQor::FakeQor() {
 }
 
 ClientExternalOperating::MakeTransport FakeQor::transport() {
-    return [this](ClientExternalOperating& client) {
+    return [this](ICommandReceiver& client) {
         client_ = &client;
-        return std::make_unique<Transport>(*this, client);
+        return std::make_unique<Transport>(*this);
     };
 }
 
@@ -77,7 +73,7 @@ bool FakeQor::send(const IExternalCommand& command) {
     const ReceivedCommand received = recognise(record, client_->prototypes(), CommandPing());
     if (!received.command) return false;
     Replyer replyer(*this);
-    return dispatch(*received.command, replyer, client_);
+    return client_->handleCommand(*received.command, replyer);
 }
 
 bool FakeQor::sendValue(std::int32_t index, double value) {

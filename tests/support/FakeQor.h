@@ -11,8 +11,8 @@
 #include "protocol/Commands.h"
 
 /// QOR at the other end of a transport without wires: keeps what the client sends, acknowledges
-/// it or not, and hands its own commands to the client as bytes, through the client's prototypes
-/// and handlers, as a transport does. For tests of a single thread.
+/// it or not, and hands its own commands to the client as bytes, as a transport does. For tests of
+/// a single thread.
 class FakeQor {
 public:
     /// One command of the client's, as it was given to the transport.
@@ -53,7 +53,9 @@ public:
     bool send(const IExternalCommand& command);
     bool sendValue(std::int32_t index, double value);
     /// The same without a record, for tests with very many values: no bytes, no request ids.
-    void handOverValue(std::int32_t index, double value) { client_->onParamValue(index, value); }
+    void handOverValue(std::int32_t index, double value) {
+        dynamic_cast<ClientExternalOperating&>(*client_).onParamValue(index, value);
+    }
 
     /// From now on this is another QOR.
     void newQor() { client_->onNewQor(); }
@@ -90,7 +92,7 @@ private:
 
     bool take(std::unique_ptr<IExternalCommand> command, unsigned int timeoutMs);
 
-    ClientExternalOperating* client_ = nullptr;
+    ICommandReceiver* client_ = nullptr;
     std::map<std::uint16_t, std::function<bool(const IExternalCommand&)>> reactions_;
     std::map<std::string, protocol::ParamInfo> descriptions_;
     std::vector<Sent> sent_;

@@ -3,9 +3,8 @@
 #include <cstdlib>
 
 #include "client/ClientExternalOperating.h"
-#include "client/ClientSettings.h"
 #include "client/ExportFiles.h"
-#include "client/MySocketCommandFactory.h"
+#include "transport/ClientSocketCommandFactory.h"
 
 namespace {
 
@@ -26,17 +25,14 @@ public:
 
 std::unique_ptr<ClientExternalOperating> ClientExternalOperating::create(
     const std::string& settingsPath) {
+    ClientSettings settings;
+    settings.executable = "/faked/qor";  // so that a shutdown ends it; never started
     return std::make_unique<ClientExternalOperating>(
-        settingsPath,
-        [&](ClientExternalOperating& client) {
-            return std::make_unique<MySocketCommandFactory>(settingsPath, 0, client);
+        settings,
+        [&](ICommandReceiver& client) {
+            return std::make_unique<ClientSocketCommandFactory>(settingsPath, 0, client);
         },
         std::make_unique<NoProcessStarter>(), std::make_unique<QuickMessageBox>());
-}
-
-/// Named, so that a shutdown ends it; never started.
-std::string ClientSettings::readExecutable(const std::string&, unsigned int) {
-    return "/faked/qor";
 }
 
 /// The faked QOR exports nothing.

@@ -69,7 +69,7 @@ protected:
     FakeMessageBox::Choice pressButton = [](auto&&...) { return 1u; };
     std::shared_ptr<Channel> channel = std::make_shared<Channel>("not read.ini", 200u);
     QorProtocolAgent agent{channel, std::make_unique<ClientExternalOperating>(
-                                        "c:\\not there.ini", qor.transport(), processes.starter(),
+                                        ClientSettings(), qor.transport(), processes.starter(),
                                         std::make_unique<FakeMessageBox>(pressButton))};
     std::shared_ptr<channel::AnswerQueue> answers = std::make_shared<channel::AnswerQueue>(4);
 };

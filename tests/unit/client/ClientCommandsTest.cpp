@@ -1,5 +1,7 @@
 #include "client/ClientCommands.h"
 
+#include <new>
+
 #include "ClientFixture.h"
 
 namespace {
@@ -125,6 +127,64 @@ TEST_F(ClientCommands, SurplusVectorsOfAReadTogetherAreIgnored) {
     answer.values = {{1.0}, {2.0}};
     EXPECT_TRUE(qor.send(answer));
     EXPECT_THAT(valuesOf(1), ElementsAre(1.0));
+}
+
+class NoReplyer final : public IExternalCommand::ICommandReplyer {
+public:
+    bool reply(std::unique_ptr<IExternalCommand>, unsigned int) override { return true; }
+};
+
+/// Its handlers give what the test says; each notes that it ran.
+class BothWays final : public CommandShutdown, public IClientCommand {
+public:
+    bool onReply(IExternalCommand::ICommandReplyer* replyer,
+                 ClientExternalOperating* client) override {
+        ran += "onReply ";
+        seenReplyer = replyer;
+        seenClient = client;
+        return result;
+    }
+    bool execute(IExternalCommand::ICommandReplyer*) override {
+        ran += "execute ";
+        return result;
+    }
+
+    bool result = true;
+    std::string ran;
+    IExternalCommand::ICommandReplyer* seenReplyer = nullptr;
+    ClientExternalOperating* seenClient = nullptr;
+};
+
+/// What the transport hands over, whoever made it.
+class HandleCommand : public ClientTest {
+protected:
+    bool handles(IExternalCommand& command) { return client().handleCommand(command, replyer); }
+
+    NoReplyer replyer;
+};
+
+TEST_F(HandleCommand, AClientCommandGoesToItsReplyHandlerWithReplyerAndClient) {
+    BothWays command;
+
+    EXPECT_TRUE(handles(command));
+    EXPECT_EQ(command.ran, "onReply ");
+    EXPECT_EQ(command.seenReplyer, &replyer);
+    EXPECT_EQ(command.seenClient, &client());
+
+    command.result = false;
+    EXPECT_FALSE(handles(command));
+}
+
+TEST_F(HandleCommand, AnyOtherCommandIsExecutedAndThatAcceptsByDefault) {
+    CommandShutdown command;
+    EXPECT_TRUE(handles(command));
+}
+
+TEST_F(HandleCommand, RunningOutOfMemoryIsNotHandled) {
+    struct Hungry final : CommandShutdown {
+        bool execute(IExternalCommand::ICommandReplyer*) override { throw std::bad_alloc(); }
+    } command;
+    EXPECT_FALSE(handles(command));
 }
 
 /// A message box that QOR wants shown.

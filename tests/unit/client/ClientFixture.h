@@ -30,7 +30,7 @@ protected:
     ClientExternalOperating& client() {
         if (!client_)
             client_ = std::make_unique<ClientExternalOperating>(
-                settingsPath, qor.transport(), processes.starter(),
+                ClientSettings::read(settingsPath), qor.transport(), processes.starter(),
                 std::make_unique<FakeMessageBox>(pressButton));
         return *client_;
     }

@@ -11,10 +11,10 @@ using ::testing::SizeIs;
 class ClientLife : public ClientTest {};
 
 TEST_F(ClientLife, TheTransportIsGivenTheClientItself) {
-    ClientExternalOperating* given = nullptr;
+    ICommandReceiver* given = nullptr;
     ClientExternalOperating made(
-        settingsPath,
-        [&](ClientExternalOperating& client) {
+        ClientSettings(),
+        [&](ICommandReceiver& client) {
             given = &client;
             EXPECT_THAT(client.prototypes(), SizeIs(12));  // filled before the transport reads it
             return qor.transport()(client);

@@ -20,8 +20,10 @@ protected:
 
 TEST_F(ClientSettingsFile, AllKeysAreRead) {
     const auto settings = settingsOf(
-        "UseTcp=true\r\nServerIp=10.0.0.7\r\nTcpPort=5555\r\n"
+        "QORexecutable=bin\\q.exe\r\nUseTcp=true\r\nServerIp=10.0.0.7\r\nTcpPort=5555\r\n"
         "ServerPipeName=QOR window\r\nClientPipeName=Our window\r\n");
+    EXPECT_EQ(settings.path, folder_.pathOf("qor.ini"));
+    EXPECT_EQ(settings.executable, "bin\\q.exe");
     EXPECT_TRUE(settings.useTcp);
     EXPECT_EQ(settings.serverIp, "10.0.0.7");
     EXPECT_EQ(settings.tcpPort, 5555u);
@@ -36,15 +38,15 @@ TEST_F(ClientSettingsFile, MissingKeysAreEmptyOrZeroAndTheFrameworkIsInitialised
     EXPECT_EQ(settings.tcpPort, 0u);
     EXPECT_EQ(settings.serverPipeName, "");
     EXPECT_EQ(settings.clientPipeName, "");
-    EXPECT_EQ(ClientSettings::readExecutable(folder_.pathOf("qor.ini"), 100), "");
-    EXPECT_TRUE(ClientSettings::readInitMfc(folder_.pathOf("qor.ini")));
+    EXPECT_EQ(settings.executable, "");
+    EXPECT_TRUE(settings.initMfc);
 }
 
 TEST_F(ClientSettingsFile, AMissingFileReadsAsAnEmptyOne) {
     const std::string path = folder_.pathOf("missing.ini");
     EXPECT_FALSE(ClientSettings::read(path).useTcp);
-    EXPECT_EQ(ClientSettings::readExecutable(path, 100), "");
-    EXPECT_TRUE(ClientSettings::readInitMfc(path));
+    EXPECT_EQ(ClientSettings::read(path).executable, "");
+    EXPECT_TRUE(ClientSettings::read(path).initMfc);
     EXPECT_FALSE(fileExists(path));
 }
 
@@ -59,22 +61,22 @@ TEST_F(ClientSettingsFile, AnyOtherTextSelectsWindowMessages) {
 }
 
 TEST_F(ClientSettingsFile, OnlyInitMfcOneInitialisesTheFramework) {
-    EXPECT_TRUE(ClientSettings::readInitMfc(fileWith("InitMFC=1")));
+    EXPECT_TRUE(settingsOf("InitMFC=1").initMfc);
     for (const char* text : {"0", "2", "-1", "true", "11"})
-        EXPECT_FALSE(ClientSettings::readInitMfc(fileWith(std::string("InitMFC=") + text))) << text;
+        EXPECT_FALSE(settingsOf(std::string("InitMFC=") + text).initMfc) << text;
 }
 
 TEST_F(ClientSettingsFile, KeysOfOtherSectionsAreNotRead) {
     const std::string path =
         folder_.write("other.ini", "[Other]\r\nUseTcp=true\r\nQORexecutable=c:\\q.exe\r\n");
     EXPECT_FALSE(ClientSettings::read(path).useTcp);
-    EXPECT_EQ(ClientSettings::readExecutable(path, 100), "");
+    EXPECT_EQ(ClientSettings::read(path).executable, "");
 }
 
-TEST_F(ClientSettingsFile, AValueIsCutAtTheGivenNumberOfCharacters) {
-    const std::string path = fileWith("QORexecutable=" + std::string(300, 'x') + "\r\n");
-    EXPECT_EQ(ClientSettings::readExecutable(path, 299), std::string(299, 'x'));
-    EXPECT_EQ(ClientSettings::readExecutable(path, 300), std::string(300, 'x'));
+TEST_F(ClientSettingsFile, AnExecutableOf9999CharactersIsReadWhole) {
+    const std::string longest(ClientSettings::maxLaunchChars, 'x');
+    EXPECT_EQ(settingsOf("QORexecutable=" + longest).executable, longest);
+    EXPECT_EQ(settingsOf("QORexecutable=" + longest + "y").executable, longest);
 }
 
 TEST_F(ClientSettingsFile, AValueOf5199CharactersIsReadWhole) {

@@ -78,6 +78,25 @@ TEST_F(Launch, AnExecutableThatCannotBeResolvedFailsWithoutAStart) {
     EXPECT_EQ(client().executablePath(), "");
 }
 
+TEST_F(Launch, ThePublishedPathIsOf5199CharactersAndTheStartedOneOfUpTo9999) {
+    const std::string longest = "c:\\q." + std::string(9999 - 5, 'e');
+    settings("QORexecutable=" + longest + "f\r\n");
+    qorNeverAnswers();
+    client().launch(0);
+    ASSERT_THAT(processes.starts, SizeIs(1));
+    EXPECT_EQ(processes.starts[0].executable, longest);
+    EXPECT_EQ(client().executablePath(), longest.substr(0, 5199));
+}
+
+TEST_F(Launch, ASettingsFileThatChangesAfterTheClientsCreationIsForTheNextOne) {
+    client();
+    settings("QORexecutable=\r\n");
+    qorNeverAnswers();
+    client().launch(0);
+    ASSERT_THAT(processes.starts, SizeIs(1));
+    EXPECT_EQ(processes.starts[0].executable, "c:\\qor\\qor.exe");
+}
+
 TEST_F(Launch, AStartThatFailsFailsAtOnce) {
     qorNeverAnswers();
     processes.onStart = [] { return false; };

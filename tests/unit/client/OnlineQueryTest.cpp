@@ -190,7 +190,7 @@ TEST(OnlineQueryRightAfterBoot, EvenTheFirst400MsOfTheMachineSeeAQuery) {
     FakeQor qor;
     FakeProcesses processes;
     const FakeMessageBox::Choice choice = [](auto&&...) { return 1u; };
-    ClientExternalOperating client(folder.pathOf("no.ini"), qor.transport(), processes.starter(),
+    ClientExternalOperating client(ClientSettings(), qor.transport(), processes.starter(),
                                    std::make_unique<FakeMessageBox>(choice));
     EXPECT_FALSE(client.isEcuOnline());
     EXPECT_THAT(qor.sent(), SizeIs(1));

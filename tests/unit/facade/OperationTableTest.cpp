@@ -1,64 +1,42 @@
-// The rows of the table of operations, told again by hand: QOR's stations, and the lines that they
-// file by, know operations by these numbers and names.
-#include "facade/channel/Kind.h"
+#include <gtest/gtest.h>
 
-#include <gmock/gmock.h>
-
-#include <ostream>
 #include <set>
 #include <string>
 #include <vector>
 
+#include "facade/channel/Kind.h"
+#include "support/MarkdownTable.h"
 #include "TimedOperationTable.h"
 
 namespace {
 
 using channel::Kind;
 using channel::Wait;
-using ::testing::ElementsAreArray;
 
-struct Row {
-    std::uint32_t number;
-    const char* name;
-    Wait wait;
-
-    bool operator==(const Row& other) const {
-        return number == other.number && std::string(name) == other.name && wait == other.wait;
+const char* wordsOf(Wait wait) {
+    switch (wait) {
+        case Wait::none:
+            return "not at all";
+        case Wait::unlimited:
+            return "without limit";
+        case Wait::twice:
+            return "twice the time-out";
+        case Wait::once:
+            return "the time-out";
+        case Wait::threeSeconds:
+            return "3000 ms";
     }
-};
-
-void PrintTo(const Row& row, std::ostream* out) {
-    *out << row.number << " " << row.name << " waits " << static_cast<int>(row.wait);
+    return "";
 }
 
-const Row byHand[] = {
-    {2, "openModel", Wait::none},
-    {3, "connect", Wait::unlimited},
-    {4, "getParamDescription", Wait::threeSeconds},
-    {5, "getParamData", Wait::twice},
-    {6, "setParamData", Wait::twice},
-    {7, "startDtcRead", Wait::none},
-    {8, "stopDtcRead", Wait::none},
-    {9, "clearDtc", Wait::once},
-    {16, "setEcuSegment", Wait::unlimited},
-    {17, "stopParamRead", Wait::none},
-    {18, "getDtcByStatus", Wait::twice},
-    {20, "sendKwpCommand", Wait::twice},
-    {21, "connectCanBus", Wait::none},
-    {22, "getCanBusData", Wait::twice},
-    {23, "getParamDataAtOnce", Wait::twice},
-    {24, "setDynamicData", Wait::twice},
-    {25, "pingQor", Wait::twice},
-    {32, "sendCanBusMsg", Wait::twice},
-    {33, "startDirectCtrl", Wait::twice},
-    {34, "stopDirectCtrl", Wait::twice},
-};
-
-TEST(OperationTable, EveryKindHasItsNumberItsNameAndItsWait) {
-    std::vector<Row> rows;
+/// Stations, and the lines that they file by, know operations by these numbers and names.
+TEST(OperationTable, IsThatOfTheDocument) {
+    std::vector<std::vector<std::string>> built;
     for (const auto& row : channel::operations)
-        rows.push_back({static_cast<std::uint32_t>(row.kind), row.name, row.wait});
-    EXPECT_THAT(rows, ElementsAreArray(byHand));
+        built.push_back({std::to_string(static_cast<std::uint32_t>(row.kind)),
+                         "`" + std::string(row.name) + "`", wordsOf(row.wait)});
+    const auto document = testing_support::linesOfDocument(BINDING_DOCUMENT);
+    EXPECT_EQ(testing_support::tableOf(document, "| kind | operation | the facade waits |"), built);
 }
 
 TEST(OperationTable, EveryOperationThatWaitsForATimeIsTestedAsSuch) {

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <new>
-
 #include "SocketTransportSupport.h"
 
 namespace {
@@ -34,7 +32,7 @@ private:
 class Recognising : public testing::Test {
 protected:
     std::string asked;
-    IExternalCommandFactory::Prototypes prototypes;
+    ICommandReceiver::Prototypes prototypes;
     const CommandPing ping;
 
     void add(char name, bool takes) {
@@ -84,62 +82,6 @@ TEST_F(Recognising, ARecordThatNobodyTakesGivesNothing) {
     EXPECT_EQ(nullptr, recognise(record(8, 5, ""), prototypes, ping).command);
     EXPECT_EQ(nullptr, recognise(record(4, 5, ""), prototypes, ping).command);
     EXPECT_FALSE(recognise(record(4, 5, ""), prototypes, ping).isPing);
-}
-
-class NoReplyer final : public IExternalCommand::ICommandReplyer {
-public:
-    bool reply(std::unique_ptr<IExternalCommand>, unsigned int) override { return true; }
-};
-
-/// Its handlers give what the test says; each notes that it ran.
-class BothWays final : public CommandShutdown, public IClientCommand {
-public:
-    bool onReply(IExternalCommand::ICommandReplyer* replyer,
-                 ClientExternalOperating* client) override {
-        ran += "onReply ";
-        seenReplyer = replyer;
-        seenClient = client;
-        return result;
-    }
-    bool execute(IExternalCommand::ICommandReplyer*) override {
-        ran += "execute ";
-        return result;
-    }
-
-    bool result = true;
-    std::string ran;
-    IExternalCommand::ICommandReplyer* seenReplyer = nullptr;
-    ClientExternalOperating* seenClient = nullptr;
-};
-
-TEST(Dispatch, AClientCommandGoesToItsReplyHandlerWithReplyerAndClient) {
-    BothWays command;
-    NoReplyer replyer;
-    auto* const client = reinterpret_cast<ClientExternalOperating*>(0x1234);
-
-    EXPECT_TRUE(dispatch(command, replyer, client));
-    EXPECT_EQ("onReply ", command.ran);
-    EXPECT_EQ(&replyer, command.seenReplyer);
-    EXPECT_EQ(client, command.seenClient);
-
-    command.result = false;
-    EXPECT_FALSE(dispatch(command, replyer, client));
-}
-
-TEST(Dispatch, AnyOtherCommandIsExecutedAndThatAcceptsByDefault) {
-    CommandShutdown command;
-    NoReplyer replyer;
-
-    EXPECT_TRUE(dispatch(command, replyer, nullptr));
-}
-
-TEST(Dispatch, RunningOutOfMemoryIsNotHandled) {
-    struct Hungry final : CommandShutdown {
-        bool execute(IExternalCommand::ICommandReplyer*) override { throw std::bad_alloc(); }
-    } command;
-    NoReplyer replyer;
-
-    EXPECT_FALSE(dispatch(command, replyer, nullptr));
 }
 
 }  // namespace

@@ -289,20 +289,6 @@ TEST_F(SocketTransportReceiving, AnAbsurdLengthReplacesTheConnectionAndTheNextSe
     EXPECT_TRUE(exchangeWorks(*transport, peer));
 }
 
-TEST_F(SocketTransportReceiving, AHandlerThatRunsOutOfMemoryHasNotHandled) {
-    connect([](IExternalCommand& command, Replyer& replyer) {
-        struct Hungry : CommandShutdown {
-            bool execute(Replyer*) override { throw std::bad_alloc(); }
-        } hungry;
-        EXPECT_EQ(8u, command.getId());
-        return dispatch(hungry, replyer, nullptr);
-    });
-
-    peer.send(request(14));
-
-    EXPECT_EQ(pingAnswer(14, 2), peer.expectRecord().bytes());
-}
-
 TEST_F(SocketTransportReceiving, RunningOutOfMemoryOutsideAHandlerReplacesTheConnection) {
     bool first = true;
     connect([&](IExternalCommand&, Replyer&) -> bool {

@@ -15,7 +15,6 @@
 #include "support/TcpPeer.h"
 #include "support/TcpPeerThread.h"
 #include "transport/ClientSocketCommandFactory.h"
-#include "transport/ReceivedCommand.h"
 
 /// A client command that accepts whatever it receives.
 template <class Base>
@@ -32,8 +31,8 @@ public:
 };
 
 /// The prototypes of the tests: command ids 3, 6, 8, 9 and 10.
-inline IExternalCommandFactory::Prototypes testPrototypes() {
-    IExternalCommandFactory::Prototypes prototypes;
+inline ICommandReceiver::Prototypes testPrototypes() {
+    ICommandReceiver::Prototypes prototypes;
     prototypes.push_back(std::make_unique<AcceptingCommand<CommandGetParamInfo>>());
     prototypes.push_back(std::make_unique<AcceptingCommand<CommandReceiveParamData>>());
     prototypes.push_back(std::make_unique<AcceptingCommand<CommandEcuToolRoutine>>());
@@ -42,8 +41,8 @@ inline IExternalCommandFactory::Prototypes testPrototypes() {
     return prototypes;
 }
 
-/// A transport that writes down what its handler received and then does what the test says.
-class TestTransport final : public ClientSocketCommandFactory {
+/// Writes down what a transport hands over and then does what the test says.
+class TestReceiver : public ICommandReceiver {
 public:
     using Handler = std::function<bool(IExternalCommand&, IExternalCommand::ICommandReplyer&)>;
     struct Seen {
@@ -52,19 +51,14 @@ public:
         bool isReply;
     };
 
-    explicit TestTransport(unsigned port, Handler handler = {},
-                           const std::string& host = "127.0.0.1")
-        : ClientSocketCommandFactory(host, port), handler_(std::move(handler)) {
-        startWorker();
-    }
-    ~TestTransport() override { stopWorker(); }
+    explicit TestReceiver(Handler handler) : handler_(std::move(handler)) {}
 
     const Prototypes& prototypes() const override { return prototypes_; }
 
     bool handleCommand(IExternalCommand& command,
                        IExternalCommand::ICommandReplyer& replyer) override {
         note(static_cast<const ExternalCommand&>(command));
-        return handler_ ? handler_(command, replyer) : dispatch(command, replyer, nullptr);
+        return handler_ == nullptr || handler_(command, replyer);
     }
 
     void onNewQor() override { ++newQors_; }
@@ -90,6 +84,16 @@ private:
     std::condition_variable changed_;
     std::vector<Seen> seen_;
     std::atomic<int> newQors_{0};
+};
+
+/// A transport at work, with its receiver.
+class TestTransport final : public TestReceiver, public ClientSocketCommandFactory {
+public:
+    explicit TestTransport(unsigned port, Handler handler = {},
+                           const std::string& host = "127.0.0.1")
+        : TestReceiver(std::move(handler)), ClientSocketCommandFactory(host, port, *this) {
+        start();
+    }
 };
 
 /// Sends a command without data (a tool routine) on a thread of its own.

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "client/MyExternalCommandFactory.h"
+#include "client/ClientExternalOperating.h"
 #include "client/ProcessStarter.h"
 #include "client/SystemMessageBox.h"
 #include "framework/Application.h"
@@ -39,9 +39,9 @@ protected:
     const std::string caption = uniqueTitle("question");
     peer::WindowThread server{serverTitle};
     ClientExternalOperating client{
-        "no-such-file.ini",
-        [this](ClientExternalOperating& its) {
-            return std::make_unique<MyExternalCommandFactory>(title, serverTitle, its);
+        ClientSettings(),
+        [this](ICommandReceiver& its) {
+            return std::make_unique<ExternalCommandFactory>(title, serverTitle, its);
         },
         std::make_unique<ProcessStarter>(), std::make_unique<SystemMessageBox>()};
     std::promise<int> asked;

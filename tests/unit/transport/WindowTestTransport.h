@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "transport/ExternalCommandFactory.h"
-#include "transport/ReceivedCommand.h"
 
 /// A window title that no other program of the desktop bears.
 inline std::string uniqueTitle(const std::string& what) {
@@ -39,9 +38,9 @@ private:
     unsigned* offers_ = nullptr;  // the test's own
 };
 
-/// A transport that writes down what its handler received and then does what the test says.
-/// It knows the commands 6 (a value), 8 (a tool routine) and 10 (a message box).
-class WindowTestTransport final : public ExternalCommandFactory {
+/// Writes down what a transport hands over and then does what the test says. It knows the commands
+/// 6 (a value), 8 (a tool routine) and 10 (a message box).
+class WindowTestReceiver : public ICommandReceiver {
 public:
     using Replyer = IExternalCommand::ICommandReplyer;
     struct Seen {
@@ -50,9 +49,7 @@ public:
         bool isReply;
     };
 
-    WindowTestTransport(const std::string& title, const std::string& serverTitle,
-                        std::unique_ptr<IWindowPlatform> platform)
-        : ExternalCommandFactory(title, serverTitle, std::move(platform)) {
+    WindowTestReceiver() {
         registry.push_back(std::make_unique<CountingPrototype<CommandReceiveParamData>>(offers));
         registry.push_back(std::make_unique<CountingPrototype<CommandEcuToolRoutine>>());
         registry.push_back(std::make_unique<CountingPrototype<CommandRedirectUI>>());
@@ -68,13 +65,21 @@ public:
 
     void onNewQor() override { ++newQors; }
 
-    bool sendRoutine(unsigned int timeoutMs) {
-        return send(std::make_unique<CommandEcuToolRoutine>(), timeoutMs);
-    }
-
     Prototypes registry;
     unsigned offers = 0;  ///< records offered to the first prototype
     std::vector<Seen> seen;
     int newQors = 0;
     std::function<bool(IExternalCommand&, Replyer&)> handler = [](auto&, auto&) { return true; };
+};
+
+/// A transport with its receiver.
+class WindowTestTransport final : public WindowTestReceiver, public ExternalCommandFactory {
+public:
+    WindowTestTransport(const std::string& title, const std::string& serverTitle,
+                        std::unique_ptr<IWindowPlatform> platform)
+        : ExternalCommandFactory(title, serverTitle, *this, std::move(platform)) {}
+
+    bool sendRoutine(unsigned int timeoutMs) {
+        return send(std::make_unique<CommandEcuToolRoutine>(), timeoutMs);
+    }
 };
