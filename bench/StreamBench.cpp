@@ -5,7 +5,7 @@
 #include <fstream>
 #include <stdexcept>
 
-#include "common/Clock.h"
+#include "common/Deadline.h"
 
 namespace {
 
@@ -37,8 +37,8 @@ void require(bool succeeded, const char* what) {
 /// Tries again and again for a while.
 template <class Condition>
 void await(Condition holds, const char* what) {
-    const common::Moment start = common::now();
-    while (!holds()) require(!common::hasPassed(common::now(), start, readyMs), what);
+    const auto deadline = common::Deadline::after(common::now(), readyMs);
+    while (!holds()) require(!deadline.hasPassed(), what);
 }
 
 }  // namespace

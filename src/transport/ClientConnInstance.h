@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "common/TimeLimits.h"
 #include "transport/ConnectionDataAccepter.h"
 #include "transport/ConnInstance.h"
 
@@ -14,7 +15,7 @@ public:
     ~ClientConnInstance() override;
 
     /// "No time limit" for `ensureConnected`; a single attempt then takes at most 3 s.
-    static constexpr unsigned int noLimit = 0xFFFFFFFFu;
+    static constexpr unsigned int noLimit = common::noLimitMs;
 
     /// Returns true if the connection stands, otherwise tries to make it, again and again, for
     /// about `timeoutMs`. A refused attempt lasts as long as one without an answer.

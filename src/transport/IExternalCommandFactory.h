@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "common/TimeLimits.h"
 #include "protocol/IClientCommand.h"
 #include "protocol/IExternalCommand.h"
 
@@ -14,8 +15,8 @@ class IExternalCommandFactory {
 public:
     /// Special values of a time-out in milliseconds.
     static constexpr unsigned int doNotWait = 0;
-    static constexpr unsigned int noLimit = 0xFFFFFFFFu;
-    static constexpr unsigned int useDefault = 0xFFFFFFFEu;
+    static constexpr unsigned int noLimit = common::noLimitMs;
+    static constexpr unsigned int useDefault = common::transportDefaultMs;
 
     using Prototypes = std::vector<std::unique_ptr<IClientCommand>>;
 
