@@ -86,8 +86,7 @@ private:
 CopyDataFloor::CopyDataFloor()
     : title_("qor-bench " + std::to_string(GetCurrentProcessId())),
       receiver_(std::make_unique<Receiver>(title_)),
-      peer_(std::make_unique<Process>("qor-bench.exe", "--copy-data-peer \"" + title_ + "\"")),
-      peerWindow_(nullptr) {
+      peer_(std::make_unique<Process>("qor-bench.exe", "--copy-data-peer \"" + title_ + "\"")) {
     const auto deadline = common::Deadline::after(common::now(), giveUpMs);
     while (peerWindow_ == nullptr) {
         peerWindow_ = FindWindowA(nullptr, (title_ + " peer").c_str());

@@ -39,6 +39,7 @@ public:
 
     /// As `send`, for a command that leaves only if `permit` (null: always) is still true when its
     /// turn has come; else the send has failed.
+    // NOLINTNEXTLINE(performance-unnecessary-value-param): another transport keeps it
     virtual bool sendIf(Permit permit, std::unique_ptr<IExternalCommand> command,
                         unsigned int timeoutMs) {
         return (permit == nullptr || permit()) && send(std::move(command), timeoutMs);
