@@ -76,10 +76,9 @@ unsigned __stdcall AckFloor::run(void* floor) {
 
 void AckFloor::measureFor(unsigned int ms, Samples& perValue) {
     works_ = true;
-    const common::Moment start = common::now();
+    const auto deadline = common::Deadline::after(common::now(), giveUpMs);
     for (const int before = acknowledged_; acknowledged_ == before; common::sleepMs(1))
-        if (common::hasPassed(common::now(), start, giveUpMs))
-            throw std::runtime_error("the peer of the streams sends nothing");
+        if (deadline.hasPassed()) throw std::runtime_error("the peer of the streams sends nothing");
     for (unsigned int slice = 0; slice < slices; ++slice) {
         const int before = acknowledged_;
         const double startUs = nowUs();

@@ -2,7 +2,7 @@
 
 #include <stdexcept>
 
-#include "common/Clock.h"
+#include "common/Deadline.h"
 #include "common/Pump.h"
 
 namespace {
@@ -86,13 +86,11 @@ private:
 CopyDataFloor::CopyDataFloor()
     : title_("qor-bench " + std::to_string(GetCurrentProcessId())),
       receiver_(std::make_unique<Receiver>(title_)),
-      peer_(std::make_unique<Process>("qor-bench.exe", "--copy-data-peer \"" + title_ + "\"")),
-      peerWindow_(nullptr) {
-    const common::Moment start = common::now();
+      peer_(std::make_unique<Process>("qor-bench.exe", "--copy-data-peer \"" + title_ + "\"")) {
+    const auto deadline = common::Deadline::after(common::now(), giveUpMs);
     while (peerWindow_ == nullptr) {
         peerWindow_ = FindWindowA(nullptr, (title_ + " peer").c_str());
-        if (common::hasPassed(common::now(), start, giveUpMs))
-            throw std::runtime_error("the copy-data peer shows no window");
+        if (deadline.hasPassed()) throw std::runtime_error("the copy-data peer shows no window");
         common::sleepMs(10);
     }
 }
@@ -111,11 +109,10 @@ void CopyDataFloor::sendAndResult() {
 
 void CopyDataFloor::thereAndBack() {
     send(tagMessage);
-    const common::Moment start = common::now();
+    const auto deadline = common::Deadline::after(common::now(), giveUpMs);
     while (!receiver_->takeArrival()) {
         common::pumpCopyData();
-        if (common::hasPassed(common::now(), start, giveUpMs))
-            throw std::runtime_error("the copy-data peer does not answer");
+        if (deadline.hasPassed()) throw std::runtime_error("the copy-data peer does not answer");
     }
 }
 

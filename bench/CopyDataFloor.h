@@ -30,7 +30,7 @@ private:
     const std::string title_;
     std::unique_ptr<Receiver> receiver_;
     std::unique_ptr<Process> peer_;
-    HWND peerWindow_;
+    HWND peerWindow_ = nullptr;
 };
 
 /// The other side: a process with a hidden window of that title, until it is told to quit.

@@ -3,7 +3,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "common/Clock.h"
+#include "common/Deadline.h"
 #include "EchoPeer.h"
 #include "FloorSocket.h"
 
@@ -33,10 +33,10 @@ private:
 
 /// Takes the next item, however long it takes; throws if it does not come at all.
 void await(ThreadSafeQueue<int>& queue) {
-    const common::Moment start = common::now();
+    const auto deadline = common::Deadline::after(common::now(), giveUpMs);
     int item = 0;
     while (!queue.pop(item, 1))
-        if (common::hasPassed(common::now(), start, giveUpMs))
+        if (deadline.hasPassed())
             throw std::runtime_error("no answer from the other side of a floor");
 }
 

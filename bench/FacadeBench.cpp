@@ -5,7 +5,7 @@
 #include <fstream>
 #include <stdexcept>
 
-#include "common/Clock.h"
+#include "common/Deadline.h"
 
 namespace {
 
@@ -70,9 +70,9 @@ FacadeBench::~FacadeBench() {
 }
 
 void FacadeBench::awaitReady() {
-    const common::Moment start = common::now();
+    const auto deadline = common::Deadline::after(common::now(), readyMs);
     while (!facade_->pingQor(timeoutMs))
-        if (common::hasPassed(common::now(), start, readyMs))
+        if (deadline.hasPassed())
             throw std::runtime_error("the simulated QOR does not answer (see qor-bench.log)");
 }
 
@@ -103,11 +103,11 @@ void FacadeBench::readCachedParam() {
 std::unique_ptr<Taker> FacadeBench::startStream() {
     if (periodMs_ != streamPeriodMs) connect(streamPeriodMs);
     require(facade_->startParamRead(&queue_, streamed), "startParamRead");
-    const common::Moment start = common::now();
+    const auto deadline = common::Deadline::after(common::now(), readyMs);
     std::vector<QorControlFacade::ParamValue> batch;
     while (batch.size() < streamed.size()) {
         queue_.pop(batch, popMs);
-        require(!common::hasPassed(common::now(), start, readyMs), "the first batch");
+        require(!deadline.hasPassed(), "the first batch");
     }
     return std::make_unique<Taker>([this] {
         std::vector<QorControlFacade::ParamValue> taken;

@@ -2,7 +2,7 @@
 
 #include <memory>
 
-#include "common/Clock.h"
+#include "common/Deadline.h"
 #include "framework/AsyncSocket.h"
 #include "transport/SocketPump.h"
 
@@ -28,8 +28,8 @@ private:
 template <class MakeSocket>
 auto connectFloor(unsigned int port, MakeSocket makeSocket) -> decltype(makeSocket()) {
     constexpr unsigned int giveUpMs = 5000;
-    const common::Moment start = common::now();
-    while (!common::hasPassed(common::now(), start, giveUpMs)) {
+    const auto deadline = common::Deadline::after(common::now(), giveUpMs);
+    while (!deadline.hasPassed()) {
         auto socket = makeSocket();
         socket->Create();
         socket->Connect("127.0.0.1", port);

@@ -5,7 +5,7 @@
 #include <fstream>
 #include <stdexcept>
 
-#include "common/Clock.h"
+#include "common/Deadline.h"
 
 namespace {
 
@@ -17,7 +17,7 @@ constexpr unsigned int popMs = 20;
 std::string writeSettings(unsigned int port) {
     char folder[MAX_PATH] = "";
     GetTempPathA(sizeof folder, folder);
-    const std::string path =
+    std::string path =
         std::string(folder) + "qor-bench-" + std::to_string(GetCurrentProcessId()) + "-stream.ini";
     std::ofstream(path) << "[CommonSettings]\nUseTcp=true\nServerIp=127.0.0.1\nTcpPort=" << port
                         << "\n";
@@ -26,6 +26,7 @@ std::string writeSettings(unsigned int port) {
 
 std::vector<std::string> streamedNames() {
     std::vector<std::string> names;
+    names.reserve(streampeer::streamed);
     for (int i = 0; i < streampeer::streamed; ++i) names.push_back(streampeer::streamedName(i));
     return names;
 }
@@ -37,8 +38,8 @@ void require(bool succeeded, const char* what) {
 /// Tries again and again for a while.
 template <class Condition>
 void await(Condition holds, const char* what) {
-    const common::Moment start = common::now();
-    while (!holds()) require(!common::hasPassed(common::now(), start, readyMs), what);
+    const auto deadline = common::Deadline::after(common::now(), readyMs);
+    while (!holds()) require(!deadline.hasPassed(), what);
 }
 
 }  // namespace

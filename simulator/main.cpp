@@ -15,7 +15,7 @@
 
 namespace {
 
-constexpr int kBadStart = 2;
+constexpr int badStart = 2;
 
 using namespace simulator;
 
@@ -29,8 +29,8 @@ int runWith(const std::string& settingsPath, Log& log) {
     return Simulator(settings, model, std::move(script), log).run();
 }
 
-// A program without a console, started by another one, has nowhere to show an error: unless the
-// settings name a log, it is left in a file beside the settings.
+/// A program without a console, started by another one, has nowhere to show an error: unless the
+/// settings name a log, it is left in a file beside the settings.
 void reportTo(Log& log, const std::string& settingsPath, const std::string& text) {
     if (!log.hasFile()) {
         try {
@@ -50,7 +50,7 @@ int main() {
     const std::string given = settingsPathIn(arguments);
     if (given.empty()) {
         log.error("usage: qor-simulator -external_operating \"settings file\"");
-        return kBadStart;
+        return badStart;
     }
     const std::string settingsPath = absolutePath(given);
     // Started by a host it shares the host's console. Ctrl-C there is meant for the host, which
@@ -60,6 +60,6 @@ int main() {
         return runWith(settingsPath, log);
     } catch (const std::exception& error) {
         reportTo(log, settingsPath, error.what());
-        return kBadStart;
+        return badStart;
     }
 }

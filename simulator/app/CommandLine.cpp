@@ -6,13 +6,13 @@ namespace simulator {
 
 namespace {
 
-constexpr const char* kSwitch = "-external_operating";
+constexpr const char* operatingSwitch = "-external_operating";
 
 bool isBlank(char character) {
     return character == ' ' || character == '\t';
 }
 
-// One word, quoted or not; moves position behind it.
+/// One word, quoted or not; moves position behind it.
 std::string wordAt(const std::string& line, std::size_t& position) {
     std::string word;
     bool quoted = false;
@@ -40,14 +40,14 @@ std::vector<std::string> argumentsOf(const std::string& commandLine) {
 }
 
 std::string settingsPathIn(const std::vector<std::string>& arguments) {
-    const auto found = std::find(arguments.begin(), arguments.end(), kSwitch);
+    const auto found = std::find(arguments.begin(), arguments.end(), operatingSwitch);
     if (found != arguments.end() && found + 1 != arguments.end()) return *(found + 1);
-    if (arguments.size() == 1 && arguments[0] != kSwitch) return arguments[0];
+    if (arguments.size() == 1 && arguments[0] != operatingSwitch) return arguments[0];
     return {};
 }
 
 bool isExternallyOperated(const std::vector<std::string>& arguments) {
-    return std::find(arguments.begin(), arguments.end(), kSwitch) != arguments.end();
+    return std::find(arguments.begin(), arguments.end(), operatingSwitch) != arguments.end();
 }
 
 }  // namespace simulator

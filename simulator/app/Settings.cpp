@@ -10,8 +10,9 @@ namespace simulator {
 
 namespace {
 
-constexpr const char* kCommon = "CommonSettings";
-constexpr const char* kOwn = "Simulator";
+constexpr const char* commonSection = "CommonSettings";
+constexpr const char* ownSection = "Simulator";
+constexpr std::uint32_t maxMs = 86400000;  // a day
 
 std::string lower(std::string text) {
     std::transform(text.begin(), text.end(), text.begin(), [](char character) {
@@ -51,7 +52,7 @@ std::string resolved(const std::string& path, const std::string& folder) {
 AnswerStyle answerStyleFrom(const std::string& text) {
     if (text.empty() || text == "stamped") return AnswerStyle::Stamped;
     if (text == "separate") return AnswerStyle::Separate;
-    fail(kOwn, "AnswerStyle", "\"" + text + "\" is neither \"stamped\" nor \"separate\"");
+    fail(ownSection, "AnswerStyle", "\"" + text + "\" is neither \"stamped\" nor \"separate\"");
 }
 
 bool isIpByte(const std::string& text) {
@@ -69,7 +70,7 @@ std::string serverIpFrom(const std::string& text) {
         ++count;
     }
     if (count != 4 || text.back() == '.') {
-        fail(kCommon, "ServerIp", "\"" + text + "\" is no address such as 127.0.0.1");
+        fail(commonSection, "ServerIp", "\"" + text + "\" is no address such as 127.0.0.1");
     }
     return text;
 }
@@ -78,33 +79,33 @@ WindowAnswer windowAnswerFrom(const std::string& text) {
     if (text == "inside") return WindowAnswer::Inside;
     if (text.empty() || text == "released") return WindowAnswer::Released;
     if (text == "later") return WindowAnswer::Later;
-    fail(kOwn, "WindowAnswer", "\"" + text + "\" is none of inside, released, later");
+    fail(ownSection, "WindowAnswer", "\"" + text + "\" is none of inside, released, later");
 }
 
-// Windows are looked up by their titles, whatever the case.
+/// Windows are looked up by their titles, whatever the case.
 void readTitles(const SettingsReader& read, Settings& settings) {
     const auto title = [&](const char* key) {
-        std::string text = read(kCommon, key);
-        if (text.empty()) fail(kCommon, key, "is missing, and UseTcp is not \"true\"");
+        std::string text = read(commonSection, key);
+        if (text.empty()) fail(commonSection, key, "is missing, and UseTcp is not \"true\"");
         return text;
     };
     settings.serverTitle = title("ServerPipeName");
     settings.clientTitle = title("ClientPipeName");
     if (lower(settings.serverTitle) == lower(settings.clientTitle)) {
-        fail(kCommon, "ClientPipeName", "must differ from ServerPipeName");
+        fail(commonSection, "ClientPipeName", "must differ from ServerPipeName");
     }
 }
 
 void readTcp(const SettingsReader& read, Settings& settings) {
-    settings.serverIp = serverIpFrom(read(kCommon, "ServerIp"));
+    settings.serverIp = serverIpFrom(read(commonSection, "ServerIp"));
     settings.tcpPort = static_cast<std::uint16_t>(
-        wholeNumber(kCommon, "TcpPort", read(kCommon, "TcpPort"), 65535));
-    if (settings.tcpPort == 0) fail(kCommon, "TcpPort", "must not be 0");
+        wholeNumber(commonSection, "TcpPort", read(commonSection, "TcpPort"), 65535));
+    if (settings.tcpPort == 0) fail(commonSection, "TcpPort", "must not be 0");
 }
 
 void readPaths(const SettingsReader& read, const Places& places, Settings& settings) {
     const auto path = [&](const char* key) {
-        return resolved(read(kOwn, key), places.settingsFolder);
+        return resolved(read(ownSection, key), places.settingsFolder);
     };
     settings.modelPath = path("Model");
     if (settings.modelPath.empty()) settings.modelPath = places.programFolder + "engine.json";
@@ -117,30 +118,30 @@ void readPaths(const SettingsReader& read, const Places& places, Settings& setti
 }  // namespace
 
 std::string logPathFrom(const SettingsReader& read, const Places& places) {
-    return resolved(read(kOwn, "Log"), places.settingsFolder);
+    return resolved(read(ownSection, "Log"), places.settingsFolder);
 }
 
 Settings settingsFrom(const SettingsReader& read, const Places& places) {
     Settings settings;
     readPaths(read, places, settings);
-    if (lower(read(kCommon, "UseTcp")) == "true") {
+    if (lower(read(commonSection, "UseTcp")) == "true") {
         readTcp(read, settings);
     } else {
         settings.transport = Transport::WindowMessages;
         readTitles(read, settings);
     }
-    settings.answerStyle = answerStyleFrom(lower(read(kOwn, "AnswerStyle")));
-    settings.windowAnswer = windowAnswerFrom(lower(read(kOwn, "WindowAnswer")));
+    settings.answerStyle = answerStyleFrom(lower(read(ownSection, "AnswerStyle")));
+    settings.windowAnswer = windowAnswerFrom(lower(read(ownSection, "WindowAnswer")));
     const auto milliseconds = [&](const char* key, std::uint32_t missing) {
-        const std::string text = read(kOwn, key);
-        return text.empty() ? missing : wholeNumber(kOwn, key, text, 86400000);
+        const std::string text = read(ownSection, key);
+        return text.empty() ? missing : wholeNumber(ownSection, key, text, maxMs);
     };
     settings.connectMs = milliseconds("ConnectMs", settings.connectMs);
     settings.exitWithoutClientMs =
         milliseconds("ExitWithoutClientMs", settings.exitWithoutClientMs);
     settings.windowSendMs = milliseconds("WindowSendMs", settings.windowSendMs);
     // 0 means "for ever" to some systems and "not at all" to others.
-    if (settings.windowSendMs == 0) fail(kOwn, "WindowSendMs", "must not be 0");
+    if (settings.windowSendMs == 0) fail(ownSection, "WindowSendMs", "must not be 0");
     return settings;
 }
 

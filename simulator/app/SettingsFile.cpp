@@ -10,10 +10,12 @@ namespace simulator {
 
 namespace {
 
-// Calls a system function that fills a buffer and returns the length, or more than fits.
+constexpr std::size_t maxValueBytes = 32768;
+
+/// Calls a system function that fills a buffer and returns the length, or more than fits.
 template <class Fill>
 std::string filled(Fill fill) {
-    std::vector<char> buffer(32768);
+    std::vector<char> buffer(maxValueBytes);
     const DWORD length = fill(buffer.data(), static_cast<DWORD>(buffer.size()));
     return std::string(buffer.data(), length < buffer.size() ? length : 0);
 }

@@ -11,7 +11,7 @@ namespace simulator {
 
 namespace {
 
-constexpr std::uint64_t kLongestWaitMs = 1000;
+constexpr std::uint64_t longestWaitMs = 1000;
 
 ConversationOptions optionsFrom(const Settings& settings) {
     ConversationOptions options;
@@ -64,8 +64,8 @@ bool Simulator::hasWaitedTooLong() const {
 
 std::uint32_t Simulator::waitMs() const {
     const std::uint64_t now = nowMs();
-    const std::uint64_t next = conversation_.nextMs().value_or(now + kLongestWaitMs);
-    return static_cast<std::uint32_t>(std::min(next > now ? next - now : 0, kLongestWaitMs));
+    const std::uint64_t next = conversation_.nextMs().value_or(now + longestWaitMs);
+    return static_cast<std::uint32_t>(std::min(next > now ? next - now : 0, longestWaitMs));
 }
 
 int Simulator::end() {

@@ -9,14 +9,14 @@
 
 namespace simulator {
 
-// Ties the conversation to a link and to the clock; runs on one thread.
+/// Ties the conversation to a link and to the clock; runs on one thread.
 class Simulator {
 public:
-    // Throws std::runtime_error. Clients find it when it returns.
+    /// Throws std::runtime_error. Clients find it when it returns.
     Simulator(const Settings& settings, const EcuModel& model, Script script, Log& log);
 
-    // Returns the exit code once a client has shut the simulator down, the script ends it or no
-    // client came for too long.
+    /// Returns the exit code once a client has shut the simulator down, the script ends it or no
+    /// client came for too long.
     int run();
 
 private:

@@ -7,10 +7,10 @@
 
 namespace simulator {
 
-// The conversation over TCP.
+/// The conversation over TCP.
 class TcpSession : public Session, private TcpServerEvents {
 public:
-    // Listens when it returns. Throws std::runtime_error.
+    /// Listens when it returns. Throws std::runtime_error.
     TcpSession(const std::string& ip, std::uint16_t port, Conversation& conversation, Log& log);
 
     void serve(std::uint32_t timeoutMs) override;

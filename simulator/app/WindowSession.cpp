@@ -13,12 +13,12 @@ namespace simulator {
 
 namespace {
 
-constexpr std::uint32_t kLookForClientMs = 200;
-// A client that asks on and on without looking at its answers would use up the stack.
-constexpr int kMaxDepth = 8;
+constexpr std::uint32_t lookForClientMs = 200;
+/// A client that asks on and on without looking at its answers would use up the stack.
+constexpr int maxDepth = 8;
 
 std::optional<Record> recordIn(const std::string& bytes, const MessageForm& form) {
-    if (form.tag != kRecordTag) return std::nullopt;
+    if (form.tag != recordTag) return std::nullopt;
     RecordStream stream;
     stream.append(bytes);
     try {
@@ -28,13 +28,13 @@ std::optional<Record> recordIn(const std::string& bytes, const MessageForm& form
     }
 }
 
-// As in a crash: without giving the sender that waits its result.
+/// As in a crash: without giving the sender that waits its result.
 [[noreturn]] void crash(int code) {
     TerminateProcess(GetCurrentProcess(), static_cast<UINT>(code));
     std::abort();
 }
 
-// Counts how deep handlers are nested.
+/// Counts how deep handlers are nested.
 class Level {
 public:
     explicit Level(int& depth) : depth_(depth) { ++depth_; }
@@ -66,7 +66,7 @@ void WindowSession::serve(std::uint32_t timeoutMs) {
     messageCame_ = false;
     lookForClient();
     // Handling messages before this wait could leave an answer waiting for it.
-    waitForEventOrMessage(nullptr, std::min(timeoutMs, kLookForClientMs));
+    waitForEventOrMessage(nullptr, std::min(timeoutMs, lookForClientMs));
     handleMessages();
 }
 
@@ -121,7 +121,7 @@ bool WindowSession::carryOut(const Record& record) {
 }
 
 void WindowSession::answer(WindowAnswer way, bool accepted) {
-    if (way == WindowAnswer::Later || depth_ > kMaxDepth) return;
+    if (way == WindowAnswer::Later || depth_ > maxDepth) return;
     // What waits for the client to be free goes first, and here it is not.
     if (way == WindowAnswer::Inside && !again_.empty()) return;
     if (way == WindowAnswer::Released) WindowLink::releaseSender(accepted);

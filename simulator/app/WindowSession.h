@@ -10,10 +10,10 @@
 
 namespace simulator {
 
-// The conversation over window messages. A client is there as long as its window is.
+/// The conversation over window messages. A client is there as long as its window is.
 class WindowSession : public Session, private WindowLinkEvents {
 public:
-    // Can be found by its title when it returns. Throws std::runtime_error.
+    /// Can be found by its title when it returns. Throws std::runtime_error.
     WindowSession(const Settings& settings, Conversation& conversation, RecordLog& recordLog,
                   Log& log);
 
@@ -40,7 +40,7 @@ private:
     HWND client_ = nullptr;
     bool messageCame_ = false;  // since the last serve() began
     int depth_ = 0;             // of handlers within handlers
-    // Could not be delivered while the client waited for us.
+    /// Could not be delivered while the client waited for us.
     std::deque<Piece> again_;
     WindowLink link_;
 };

@@ -10,7 +10,7 @@ AnswerStyle styleOf(AnswerKind kind, AnswerStyle usual) {
     return usual;
 }
 
-// The same answer, but about something that nobody asked for.
+/// The same answer, but about something that nobody asked for.
 std::string aboutAnother(CommandId id, const std::string& payload) {
     if (id == CommandId::GetParamInfo) {
         ParamInfoPayload info = ParamInfoPayload::read(payload);

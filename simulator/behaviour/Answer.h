@@ -10,8 +10,8 @@
 
 namespace simulator {
 
-// The two ways in which an answer with content may go back: a record stamped with the request's id
-// and the reply flag, or an acknowledgement and then a command of QOR's own.
+/// The two ways in which an answer with content may go back: a record stamped with the request's id
+/// and the reply flag, or an acknowledgement and then a command of QOR's own.
 enum class AnswerStyle { Stamped, Separate };
 
 struct AnswerRecord {
@@ -22,7 +22,7 @@ struct AnswerRecord {
 
 Record acknowledgement(const Record& request, std::uint32_t status);
 
-// The records that answer a request, in order. nextRequestId numbers commands of QOR's own.
+/// The records that answer a request, in order. nextRequestId numbers commands of QOR's own.
 std::vector<AnswerRecord> composeAnswer(const Record& request, const Outcome& outcome,
                                         const Action& action, AnswerStyle style,
                                         const std::function<std::uint32_t()>& nextRequestId);

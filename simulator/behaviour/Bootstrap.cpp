@@ -4,7 +4,7 @@ namespace simulator {
 
 namespace {
 
-constexpr std::int32_t kSuccess = -1;
+constexpr std::int32_t bootstrapSucceeded = -1;
 
 }  // namespace
 
@@ -31,7 +31,7 @@ std::vector<ParamDataPayload> Bootstrap::poll(std::uint64_t nowMs) {
         }
         if (running_->result) {
             reports.push_back({ParamDataPayload::Result, static_cast<double>(*running_->result)});
-            online_ = *running_->result == kSuccess && running_->online;
+            online_ = *running_->result == bootstrapSucceeded && running_->online;
         }
         running_.reset();
     }

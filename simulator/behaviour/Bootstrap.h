@@ -9,8 +9,8 @@
 
 namespace simulator {
 
-// The connection to the ECU: the progress and result reports of a connect, and whether the ECU is
-// online. Runs on, unheard, while no client is there.
+/// The connection to the ECU: the progress and result reports of a connect, and whether the ECU is
+/// online. Runs on, unheard, while no client is there.
 class Bootstrap {
 public:
     void start(const BootstrapPlan& plan, std::uint64_t nowMs);
@@ -19,9 +19,9 @@ public:
 
     bool isOnline() const { return online_; }
 
-    // The reports that have become due, oldest first.
+    /// The reports that have become due, oldest first.
     std::vector<ParamDataPayload> poll(std::uint64_t nowMs);
-    // When the next report is due.
+    /// When the next report is due.
     std::optional<std::uint64_t> nextMs() const;
 
 private:

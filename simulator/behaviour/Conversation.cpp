@@ -12,6 +12,9 @@ namespace simulator {
 
 namespace {
 
+/// Of a flood that are posted at once: an answer has to wait for so many to be sent.
+constexpr std::uint32_t messagesPerSlice = 10;
+
 Delivery withFaults(Record record, const Action& action) {
     Delivery delivery;
     delivery.record = std::move(record);
@@ -23,7 +26,7 @@ Delivery withFaults(Record record, const Action& action) {
     return delivery;
 }
 
-// What the result of a window message says instead of an acknowledgement.
+/// What the result of a window message says instead of an acknowledgement.
 bool isAccepted(const Outcome& outcome, const Action& action) {
     return !outcome.refusal &&
            action.ackStatus.value_or(PingPayload::Handled) != PingPayload::NotHandled;
@@ -171,13 +174,13 @@ std::optional<Piece> Conversation::take(std::uint64_t nowMs) {
 }
 
 void Conversation::logSent(const Piece& piece, std::uint64_t nowMs, const MessageFate& fate) {
-    constexpr auto kOut = RecordLog::Direction::Out;
+    constexpr auto out = RecordLog::Direction::Out;
     if (piece.record) {
-        recordLog_.record(kOut, *piece.record, nowMs, fate);
+        recordLog_.record(out, *piece.record, nowMs, fate);
     } else if (options_.transport == Transport::WindowMessages) {
-        recordLog_.message(kOut, piece.bytes, piece.form, nowMs, fate);
+        recordLog_.message(out, piece.bytes, piece.form, nowMs, fate);
     } else if (!piece.bytes.empty() && !piece.isRest) {
-        recordLog_.raw(kOut, piece.bytes, nowMs);
+        recordLog_.raw(out, piece.bytes, nowMs);
     }
 }
 
@@ -252,10 +255,8 @@ void Conversation::happen(const MessageEffect& message, std::uint64_t nowMs) {
     post(std::move(delivery), nowMs);
 }
 
-// In small slices: an answer has to wait for one of them to be sent.
 void Conversation::happen(const FloodEffect& flood, std::uint64_t nowMs) {
-    constexpr std::uint32_t kSlice = 10;
-    const std::uint32_t slice = std::min(flood.count, kSlice);
+    const std::uint32_t slice = std::min(flood.count, messagesPerSlice);
     for (std::uint32_t i = 0; i < slice; ++i) post(floodMessage(flood, flood.first + i), nowMs);
     if (flood.count == slice) return;
     FloodEffect rest = flood;

@@ -23,35 +23,35 @@ struct ConversationOptions {
     Transport transport = Transport::Tcp;
 };
 
-// What the link has to know about a record that it handed over.
+/// What the link has to know about a record that it handed over.
 struct Reception {
-    // Over window messages this is the message's result and takes the place of an acknowledgement.
+    /// Over window messages this is the message's result and takes the place of an acknowledgement.
     bool accepted = true;
-    std::uint32_t hangMs = 0;  // nothing is to happen for so long, before anything else
-    std::optional<WindowAnswer> windowAnswer;  // if this request has one of its own
+    std::uint32_t hangMs = 0;  ///< nothing is to happen for so long, before anything else
+    std::optional<WindowAnswer> windowAnswer;  ///< if this request has one of its own
 };
 
-// QOR's part of the conversation: takes the client's records one by one and says what goes back and
-// when. Knows nothing of how records travel and reads no clock: every call is told the time.
+/// QOR's part of the conversation: takes the client's records one by one and says what goes back
+/// and when. Knows nothing of how records travel and reads no clock: every call is told the time.
 class Conversation {
 public:
     Conversation(const EcuModel& model, Script script, const ConversationOptions& options,
                  ExportFiles exports, RecordLog& recordLog, Log& log, std::uint64_t nowMs);
 
     void clientConnected(std::uint64_t nowMs);
-    // What was on its way to the client is dropped; the ECU stays as it is.
+    /// What was on its way to the client is dropped; the ECU stays as it is.
     void clientDisconnected();
 
     Reception received(const Record& record, std::uint64_t nowMs);
 
-    // Lets happen what is due. Call it when nextMs() has come, then empty the outbox by take().
+    /// Lets happen what is due. Call it when nextMs() has come, then empty the outbox by take().
     void tick(std::uint64_t nowMs);
     std::optional<Piece> take(std::uint64_t nowMs);
-    // Writes what was sent to the record log.
+    /// Writes what was sent to the record log.
     void logSent(const Piece& piece, std::uint64_t nowMs, const MessageFate& fate = {});
     std::optional<std::uint64_t> nextMs() const;
 
-    // Set once the process is to end.
+    /// Set once the process is to end.
     const std::optional<ExitEffect>& exit() const { return exit_; }
 
 private:

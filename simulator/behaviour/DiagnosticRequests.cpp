@@ -9,9 +9,9 @@ namespace simulator {
 
 namespace {
 
-constexpr std::int32_t kUnknownCanValue = -1;
-constexpr unsigned char kNegativeResponse = 0x7F;
-constexpr unsigned char kServiceNotSupported = 0x11;
+constexpr std::int32_t unknownCanValue = -1;
+constexpr unsigned char negativeResponse = 0x7F;
+constexpr unsigned char serviceNotSupported = 0x11;
 
 const KwpServiceModel* findService(const EcuModel& model, const KwpPayload& request) {
     for (const KwpServiceModel& service : model.kwpServices) {
@@ -37,10 +37,10 @@ std::int32_t canValue(const Ecu& ecu, std::uint32_t canId) {
         const auto index = static_cast<std::uint32_t>(ecu.parameters.indexOf(*source));
         return toInt32(ecu.parameters.firstValue(index) * frame.scale);
     }
-    return kUnknownCanValue;
+    return unknownCanValue;
 }
 
-// Up to four bytes of a frame as a little-endian number.
+/// Up to four bytes of a frame as a little-endian number.
 std::int32_t numberFrom(const std::string& data) {
     std::uint32_t value = 0;
     for (std::size_t i = 0; i < std::min<std::size_t>(data.size(), 4); ++i) {
@@ -76,9 +76,9 @@ Outcome execKwp(Ecu& ecu, std::string_view payload) {
     if (!ecu.bootstrap.isOnline()) {
         request.data.clear();
     } else if (service == nullptr) {
-        request.data = {static_cast<char>(kNegativeResponse),
+        request.data = {static_cast<char>(negativeResponse),
                         static_cast<char>(request.service & 0xFFU),
-                        static_cast<char>(kServiceNotSupported)};
+                        static_cast<char>(serviceNotSupported)};
     } else if (service->delayMs > request.timeoutMs) {
         request.data.clear();
         delayMs = request.timeoutMs;

@@ -13,9 +13,9 @@ struct Handler {
     Outcome (*carryOut)(Ecu& ecu, std::string_view payload);
 };
 
-// KwpConnect is not here: it needs to know more. ReceiveParamData is not, either: only QOR sends
-// it.
-constexpr Handler kHandlers[] = {
+/// KwpConnect is not here: it needs to know more. ReceiveParamData is not, either: only QOR sends
+/// it.
+constexpr Handler handlers[] = {
     {CommandId::Ping, ping},
     {CommandId::StartEdit, startEdit},
     {CommandId::GetParamInfo, getParamInfo},
@@ -42,7 +42,7 @@ Outcome dispatch(Ecu& ecu, const Record& request, const BootstrapPlan& plan,
     if (request.id == CommandId::KwpConnect) {
         return kwpConnect(ecu, request.payload, plan, answerMs);
     }
-    for (const Handler& handler : kHandlers) {
+    for (const Handler& handler : handlers) {
         if (handler.id == request.id) return handler.carryOut(ecu, request.payload);
     }
     return Outcome::refused("not a command that a client sends");

@@ -9,8 +9,8 @@
 
 namespace simulator {
 
-// Carries out a request. plan and answerMs concern a connect only: how it goes, and when its
-// acknowledgement leaves.
+/// Carries out a request. plan and answerMs concern a connect only: how it goes, and when its
+/// acknowledgement leaves.
 Outcome dispatch(Ecu& ecu, const Record& request, const BootstrapPlan& plan,
                  std::uint64_t answerMs);
 

@@ -10,7 +10,7 @@
 
 namespace simulator {
 
-// Everything that changes while the simulated QOR runs. The model must outlive it.
+/// Everything that changes while the simulated QOR runs. The model must outlive it.
 struct Ecu {
     explicit Ecu(const EcuModel& ecuModel)
         : model(ecuModel), parameters(ecuModel.parameters), troubleCodes(ecuModel.troubleCodes) {
@@ -28,8 +28,8 @@ struct Ecu {
     Bootstrap bootstrap;
     Subscription subscription;
     bool canBusOpen = false;
-    std::vector<std::int32_t> sentCanValues;  // in the order of the model's frames
-    std::string openModel;                    // path of the model that is being edited
+    std::vector<std::int32_t> sentCanValues;  ///< in the order of the model's frames
+    std::string openModel;                    ///< path of the model that is being edited
 };
 
 }  // namespace simulator

@@ -8,8 +8,8 @@ namespace simulator {
 
 namespace {
 
-constexpr std::uint32_t kHighestId = 19;
-constexpr std::uint32_t kReplyFlag = 0x10000;
+constexpr std::uint32_t highestId = 19;
+constexpr std::uint32_t replyFlag = 0x10000;
 
 std::string randomBytes(std::mt19937& random, std::size_t count) {
     std::string bytes(count, '\0');
@@ -17,11 +17,11 @@ std::string randomBytes(std::mt19937& random, std::size_t count) {
     return bytes;
 }
 
-// The begin of a record of a known kind whose payload is shorter than announced. A parser that
-// trusts the length reads behind the end.
+/// The begin of a record of a known kind whose payload is shorter than announced. A parser that
+/// trusts the length reads behind the end.
 std::string cutRecord(std::mt19937& random, std::uint32_t maxBytes) {
     const auto header =
-        static_cast<std::uint32_t>(random() % (kHighestId + 1) | (random() & kReplyFlag));
+        static_cast<std::uint32_t>(random() % (highestId + 1) | (random() & replyFlag));
     const std::string payload = randomBytes(random, random() % (maxBytes + 1));
     const std::uint32_t missing = random() % 2 == 0 ? 1U : 1U + (random() >> 1U);
     const auto requestId = static_cast<std::uint32_t>(random());
@@ -29,7 +29,7 @@ std::string cutRecord(std::mt19937& random, std::uint32_t maxBytes) {
     return Writer().u32(header).u32(requestId).u32(length).take() + payload;
 }
 
-// Too short for a record, of any content.
+/// Too short for a record, of any content.
 std::string stump(std::mt19937& random) {
     return randomBytes(random, random() % 12);
 }
@@ -53,7 +53,7 @@ Delivery floodMessage(const FloodEffect& flood, std::uint32_t number) {
             break;
         case 4:
         case 5:
-            message.form.tag = kRecordTag ^ (1U << (random() % 32));
+            message.form.tag = recordTag ^ (1U << (random() % 32));
             message.raw = randomBytes(random, random() % (flood.maxBytes + 1));
             break;
         default:

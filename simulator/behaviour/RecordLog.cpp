@@ -10,12 +10,12 @@ namespace simulator {
 namespace {
 
 std::string hex(const std::string& bytes) {
-    constexpr char kDigits[] = "0123456789abcdef";
+    constexpr char digits[] = "0123456789abcdef";
     std::string text;
     text.reserve(bytes.size() * 2);
     for (const char byte : bytes) {
-        text.push_back(kDigits[static_cast<unsigned char>(byte) >> 4U]);
-        text.push_back(kDigits[static_cast<unsigned char>(byte) & 0x0FU]);
+        text.push_back(digits[static_cast<unsigned char>(byte) >> 4U]);
+        text.push_back(digits[static_cast<unsigned char>(byte) & 0x0FU]);
     }
     return text;
 }

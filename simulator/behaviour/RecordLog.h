@@ -10,26 +10,26 @@
 
 namespace simulator {
 
-// What became of a window message: its result, or why it could not be delivered. TCP has neither.
+/// What became of a window message: its result, or why it could not be delivered. TCP has neither.
 struct MessageFate {
     std::optional<std::uint32_t> result;
     std::string failure;
 };
 
-// One JSON line per record in and out. Each line is flushed, and others may read the file while it
-// is written.
+/// One JSON line per record in and out. Each line is flushed, and others may read the file while it
+/// is written.
 class RecordLog {
 public:
     enum class Direction { In, Out };
 
-    // An empty path logs nothing. Throws ConfigError when the file cannot be made.
+    /// An empty path logs nothing. Throws ConfigError when the file cannot be made.
     explicit RecordLog(const std::string& path);
 
     void record(Direction direction, const Record& record, std::uint64_t tickMs,
                 const MessageFate& fate = {});
-    // Bytes that are no record.
+    /// Bytes that are no record.
     void raw(Direction direction, const std::string& bytes, std::uint64_t tickMs);
-    // A window message that is no record.
+    /// A window message that is no record.
     void message(Direction direction, const std::string& bytes, const MessageForm& form,
                  std::uint64_t tickMs, const MessageFate& fate);
 

@@ -6,7 +6,7 @@ namespace simulator {
 
 namespace {
 
-// For a request that begins with an index and an operation.
+/// For a request that begins with an index and an operation.
 template <class Payload>
 void setParameter(RequestFacts& facts, const Payload& payload, const ParameterStore& parameters) {
     facts.operation = payload.operation;

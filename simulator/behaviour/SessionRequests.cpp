@@ -4,7 +4,7 @@ namespace simulator {
 
 namespace {
 
-constexpr std::int32_t kBootstrapFailed = -2;
+constexpr std::int32_t bootstrapFailed = -2;
 
 bool isConnection(const ConnectPayload& request) {
     const bool modeFits = request.mode == ConnectPayload::Normal ||
@@ -48,7 +48,7 @@ Outcome kwpConnect(Ecu& ecu, std::string_view payload, const BootstrapPlan& plan
     }
     BootstrapPlan actual = plan;
     const bool lacksDll = request.mode == ConnectPayload::Security && request.securityDll.empty();
-    if (lacksDll) actual.result = kBootstrapFailed;
+    if (lacksDll) actual.result = bootstrapFailed;
     ecu.disconnect();
     ecu.subscription.setPeriod(request.refreshPeriodMs);
     ecu.bootstrap.start(actual, answerMs);

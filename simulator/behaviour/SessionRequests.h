@@ -8,11 +8,11 @@
 
 namespace simulator {
 
-// answerMs is the time at which the acknowledgement leaves. A connect starts then: what the client
-// hears of it before the acknowledgement would be lost on it.
+/// answerMs is the time at which the acknowledgement leaves. A connect starts then: what the client
+/// hears of it before the acknowledgement would be lost on it.
 Outcome kwpConnect(Ecu& ecu, std::string_view payload, const BootstrapPlan& plan,
                    std::uint64_t answerMs);
-// Whether the request asks for a connection (and not for a disconnection or the online state).
+/// Whether the request asks for a connection (and not for a disconnection or the online state).
 bool asksForConnection(std::string_view connectPayload);
 
 Outcome ping(Ecu& ecu, std::string_view payload);

@@ -11,7 +11,7 @@ void Subscription::replace(std::vector<std::uint32_t> indices) {
 }
 
 void Subscription::setPeriod(std::uint32_t periodMs) {
-    periodMs_ = std::max(periodMs, kMinPeriodMs);
+    periodMs_ = std::max(periodMs, minPeriodMs);
 }
 
 void Subscription::stall(std::uint32_t index, bool stalled) {

@@ -9,7 +9,7 @@
 
 namespace simulator {
 
-// Effects that wait for their time; those of the same time happen in the order of planning.
+/// Effects that wait for their time; those of the same time happen in the order of planning.
 class Timeline {
 public:
     void plan(const std::vector<TimedEffect>& effects, std::uint64_t sinceMs) {

@@ -11,7 +11,7 @@ namespace simulator {
 
 namespace {
 
-// Strips the library's own "[json.exception.parse_error.101] " from its message.
+/// Strips the library's own "[json.exception.parse_error.101] " from its message.
 std::string parseMessage(const nlohmann::json::exception& error) {
     const std::string message = error.what();
     const std::size_t end = message.find("] ");

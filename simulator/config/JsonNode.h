@@ -8,15 +8,15 @@
 
 namespace simulator {
 
-// A settings, model or script file is wrong; the text says in which file, where in it and why.
+/// A settings, model or script file is wrong; the text says in which file, where in it and why.
 class ConfigError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
 
-// A JSON value together with the words that lead a reader to it ("engine.json: parameter
-// "IdleSpeed": limits"). Every access checks the type and throws ConfigError with those words.
-// Refers to the document, which must outlive it.
+/// A JSON value together with the words that lead a reader to it ("engine.json: parameter
+/// "IdleSpeed": limits"). Every access checks the type and throws ConfigError with those words.
+/// Refers to the document, which must outlive it.
 class JsonNode {
 public:
     JsonNode(const nlohmann::json& value, std::string where);
@@ -24,7 +24,7 @@ public:
     const std::string& where() const { return where_; }
     [[noreturn]] void fail(const std::string& reason) const;
 
-    // The same value under another name, for lists whose elements have names of their own.
+    /// The same value under another name, for lists whose elements have names of their own.
     JsonNode renamed(const std::string& where) const { return {*value_, where}; }
 
     bool isText() const { return value_->is_string(); }
@@ -34,7 +34,7 @@ public:
     std::string text() const;
     double number() const;
     bool boolean() const;
-    // A whole number within the bounds; also a text "0x1F".
+    /// A whole number within the bounds; also a text "0x1F".
     std::int64_t integer(std::int64_t lowest, std::int64_t highest) const;
     std::uint32_t word() const { return static_cast<std::uint32_t>(integer(0, 0xFFFFFFFF)); }
     std::vector<double> numbers() const;
@@ -49,10 +49,10 @@ public:
     bool boolean(const char* key, bool missing) const;
     std::int64_t integer(const char* key, std::int64_t missing, std::int64_t lowest,
                          std::int64_t highest) const;
-    // The elements of a list; none when the key is missing.
+    /// The elements of a list; none when the key is missing.
     std::vector<JsonNode> items(const char* key) const;
 
-    // A key that nothing reads is a spelling mistake: refuse it rather than ignore it.
+    /// A key that nothing reads is a spelling mistake: refuse it rather than ignore it.
     void allowOnly(std::initializer_list<const char*> keys) const;
 
 private:
@@ -62,7 +62,7 @@ private:
     std::string where_;
 };
 
-// Throws ConfigError when the file is missing, unreadable or no JSON.
+/// Throws ConfigError when the file is missing, unreadable or no JSON.
 nlohmann::json readJsonFile(const std::string& path);
 
 }  // namespace simulator

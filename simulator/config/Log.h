@@ -5,11 +5,11 @@
 
 namespace simulator {
 
-// The log for people. Without a path only errors are told, on standard error.
+/// The log for people. Without a path only errors are told, on standard error.
 class Log {
 public:
     Log() = default;
-    // Throws ConfigError when the file cannot be made.
+    /// Throws ConfigError when the file cannot be made.
     explicit Log(const std::string& path);
 
     bool hasFile() const { return file_.is_open(); }

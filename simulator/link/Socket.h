@@ -7,7 +7,7 @@
 
 namespace simulator {
 
-// Owns one socket handle.
+/// Owns one socket handle.
 class Socket {
 public:
     Socket() = default;
@@ -33,7 +33,7 @@ private:
     SOCKET handle_ = INVALID_SOCKET;
 };
 
-// Windows Sockets are usable as long as it lives. Throws std::runtime_error.
+/// Windows Sockets are usable as long as it lives. Throws std::runtime_error.
 class SocketLibrary {
 public:
     SocketLibrary();
@@ -42,7 +42,7 @@ public:
     SocketLibrary& operator=(const SocketLibrary&) = delete;
 };
 
-// "what: <system's text> (code)" for the last socket error.
+/// "what: <system's text> (code)" for the last socket error.
 std::string socketError(const std::string& what);
 
 }  // namespace simulator

@@ -9,7 +9,10 @@ namespace simulator {
 
 namespace {
 
-constexpr DWORD kLingerMs = 500;  // how long finish() waits for the client to close its side
+/// How long finish() waits for the client to close its side.
+constexpr DWORD lingerMs = 500;
+constexpr std::size_t inputBytes = 65536;
+constexpr std::size_t lateInputBytes = 4096;
 
 sockaddr_in addressOf(const std::string& ip, std::uint16_t port) {
     sockaddr_in address{};
@@ -74,7 +77,7 @@ void TcpServer::acceptClients() {
 
 // onBytes() may drop the client, so the handle is looked at anew in every turn.
 void TcpServer::receive() {
-    std::array<char, 65536> buffer;
+    std::array<char, inputBytes> buffer;
     while (client_ && !closing_) {
         const int received = recv(client_.get(), buffer.data(), static_cast<int>(buffer.size()), 0);
         if (received > 0) {
@@ -88,7 +91,7 @@ void TcpServer::receive() {
 
 void TcpServer::send(const std::string& bytes) {
     if (!client_ || closing_) return;
-    if (pending_.size() + bytes.size() > kMaxPendingBytes) {
+    if (pending_.size() + bytes.size() > maxPendingBytes) {
         drop();
         return;
     }
@@ -125,12 +128,12 @@ void TcpServer::finish() {
     WSAEventSelect(client_.get(), event_, 0);
     u_long blocking = 0;
     ioctlsocket(client_.get(), FIONBIO, &blocking);
-    const DWORD timeoutMs = kLingerMs;
+    const DWORD timeoutMs = lingerMs;
     setsockopt(client_.get(), SOL_SOCKET, SO_RCVTIMEO, reinterpret_cast<const char*>(&timeoutMs),
                sizeof timeoutMs);
-    std::array<char, 4096> buffer;
+    std::array<char, lateInputBytes> buffer;
     const ULONGLONG startMs = GetTickCount64();
-    while (GetTickCount64() - startMs < kLingerMs &&
+    while (GetTickCount64() - startMs < lingerMs &&
            recv(client_.get(), buffer.data(), static_cast<int>(buffer.size()), 0) > 0) {
     }
     drop();

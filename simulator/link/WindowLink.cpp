@@ -6,14 +6,14 @@ namespace simulator {
 
 namespace {
 
-constexpr const char* kClassName = "QorSimulatorWindow";
+constexpr const char* className = "QorSimulatorWindow";
 
 void registerClass(WNDPROC handler) {
     WNDCLASSEXA description{};
     description.cbSize = sizeof description;
     description.lpfnWndProc = handler;
     description.hInstance = GetModuleHandleA(nullptr);
-    description.lpszClassName = kClassName;
+    description.lpszClassName = className;
     if (RegisterClassExA(&description) == 0 && GetLastError() != ERROR_CLASS_ALREADY_EXISTS) {
         throw std::runtime_error("window class: error " + std::to_string(GetLastError()));
     }
@@ -36,7 +36,7 @@ WindowLink::WindowLink(const std::string& title, WindowLinkEvents& events) : eve
     registerClass(handle);
     // Message-only windows cannot be found by their titles, so it is an ordinary one that is never
     // shown.
-    window_ = CreateWindowExA(0, kClassName, title.c_str(), WS_POPUP, 0, 0, 0, 0, nullptr, nullptr,
+    window_ = CreateWindowExA(0, className, title.c_str(), WS_POPUP, 0, 0, 0, 0, nullptr, nullptr,
                               GetModuleHandleA(nullptr), nullptr);
     if (window_ == nullptr) {
         throw std::runtime_error("window \"" + title + "\": error " +

@@ -16,9 +16,9 @@ namespace simulator {
 enum class ParameterKind { Scalar, Array, Curve, Map, Text, Live, Actuator };
 
 struct Arrays {
-    std::vector<double> first;   // the values; a map's row by row, one row per y
-    std::vector<double> second;  // x axis
-    std::vector<double> third;   // y axis
+    std::vector<double> first;   ///< the values; a map's row by row, one row per y
+    std::vector<double> second;  ///< x axis
+    std::vector<double> third;   ///< y axis
 };
 
 struct ParameterModel {
@@ -29,8 +29,8 @@ struct ParameterModel {
     ParameterKind kind = ParameterKind::Scalar;
     double lowest = 0.0;
     double highest = 0.0;
-    Arrays arrays;              // what the reference page holds; a text is one double per character
-    std::size_t maxLength = 0;  // texts only
+    Arrays arrays;  ///< what the reference page holds; a text is one double per character
+    std::size_t maxLength = 0;  ///< texts only
     std::vector<LiveTerm> live;
 
     bool threeArrays() const { return kind == ParameterKind::Curve || kind == ParameterKind::Map; }
@@ -38,7 +38,7 @@ struct ParameterModel {
 
 struct KwpServiceModel {
     std::uint32_t service = 0;
-    std::string dataPrefix;  // the request's data must begin with these bytes
+    std::string dataPrefix;  ///< the request's data must begin with these bytes
     std::string response;
     bool failed = false;
     std::uint32_t delayMs = 0;
@@ -47,11 +47,11 @@ struct KwpServiceModel {
 struct CanModel {
     std::uint32_t canId = 0;
     std::int32_t value = 0;
-    std::string source;  // parameter whose first value is sent instead; empty = none
+    std::string source;  ///< parameter whose first value is sent instead; empty = none
     double scale = 1.0;
 };
 
-// What opening a model brings back. No size = QOR sends no such file.
+/// What opening a model brings back. No size = QOR sends no such file.
 struct EditModel {
     std::map<std::string, std::string> info;
     std::optional<std::uint32_t> exportBytes;
@@ -60,7 +60,7 @@ struct EditModel {
 };
 
 struct EcuModel {
-    std::vector<ParameterModel> parameters;  // the index on the wire is the place in this list
+    std::vector<ParameterModel> parameters;  ///< the index on the wire is the place in this list
     std::vector<TroubleCode> troubleCodes;
     std::vector<KwpServiceModel> kwpServices;
     std::vector<CanModel> canFrames;

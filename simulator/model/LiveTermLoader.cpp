@@ -4,6 +4,8 @@ namespace simulator {
 
 namespace {
 
+constexpr std::int64_t maxStepMs = 3600000;  // an hour
+
 double positive(const JsonNode& node, const char* key) {
     const double value = node.at(key).number();
     if (!(value > 0.0)) node.at(key).fail("must be above 0");
@@ -35,7 +37,7 @@ NoiseTerm noiseTerm(const JsonNode& node) {
     NoiseTerm term;
     term.amplitude = node.at("amplitude").number();
     term.seed = node.at("seed").word();
-    term.stepMs = static_cast<std::uint32_t>(node.integer("stepMs", 100, 1, 3600000));
+    term.stepMs = static_cast<std::uint32_t>(node.integer("stepMs", 100, 1, maxStepMs));
     return term;
 }
 

@@ -7,7 +7,7 @@
 
 namespace simulator {
 
-// The terms of a live measurement; the node is their list.
+/// The terms of a live measurement; the node is their list.
 std::vector<LiveTerm> liveTerms(const JsonNode& list);
 
 }  // namespace simulator

@@ -6,9 +6,9 @@ namespace simulator {
 
 namespace {
 
-constexpr double kTwoPi = 6.283185307179586;
+constexpr double twoPi = 6.283185307179586;
 
-// A well mixed word for each (seed, step); neighbouring steps are unrelated.
+/// A well mixed word for each (seed, step); neighbouring steps are unrelated.
 std::uint64_t mix(std::uint64_t value) {
     value += 0x9E3779B97F4A7C15ULL;
     value = (value ^ (value >> 30U)) * 0xBF58476D1CE4E5B9ULL;
@@ -19,7 +19,7 @@ std::uint64_t mix(std::uint64_t value) {
 }  // namespace
 
 double valueAt(const SineTerm& term, double timeS) {
-    return term.mean + term.amplitude * std::sin(kTwoPi * (timeS + term.phaseS) / term.periodS);
+    return term.mean + term.amplitude * std::sin(twoPi * (timeS + term.phaseS) / term.periodS);
 }
 
 double valueAt(const RampTerm& term, double timeS) {

@@ -7,8 +7,8 @@
 
 namespace simulator {
 
-// What a live measurement is made of. Its value is the sum of its terms at the moment of reading,
-// kept within the parameter's limits. Times are in seconds since the simulator started.
+/// What a live measurement is made of. Its value is the sum of its terms at the moment of reading,
+/// kept within the parameter's limits. Times are in seconds since the simulator started.
 struct SineTerm {
     double mean = 0.0;
     double amplitude = 0.0;
@@ -16,7 +16,7 @@ struct SineTerm {
     double phaseS = 0.0;
 };
 
-// Rises (or falls) evenly from `from` to `to`, then starts again; with `once` it stays at `to`.
+/// Rises (or falls) evenly from `from` to `to`, then starts again; with `once` it stays at `to`.
 struct RampTerm {
     double from = 0.0;
     double to = 0.0;
@@ -24,14 +24,14 @@ struct RampTerm {
     bool once = false;
 };
 
-// A new pseudo-random value within +-amplitude every stepMs; the same seed gives the same values.
+/// A new pseudo-random value within +-amplitude every stepMs; the same seed gives the same values.
 struct NoiseTerm {
     double amplitude = 0.0;
     std::uint32_t seed = 0;
     std::uint32_t stepMs = 100;
 };
 
-// Approaches gain x (first value of another parameter) + offset with a first-order lag.
+/// Approaches gain x (first value of another parameter) + offset with a first-order lag.
 struct FollowTerm {
     std::string source;
     double gain = 1.0;
@@ -45,8 +45,8 @@ double valueAt(const SineTerm& term, double timeS);
 double valueAt(const RampTerm& term, double timeS);
 double valueAt(const NoiseTerm& term, double timeS);
 
-// Where a lag that stands at `current` gets to when its target stays the same for elapsedS. Exact,
-// so the number of steps in which time is advanced makes no difference.
+/// Where a lag that stands at `current` gets to when its target stays the same for elapsedS. Exact,
+/// so the number of steps in which time is advanced makes no difference.
 double lagTowards(double current, double target, double elapsedS, double timeConstantS);
 
 }  // namespace simulator

@@ -10,12 +10,16 @@ namespace simulator {
 
 namespace {
 
+constexpr std::int64_t maxTextBytes = 20000000;
+constexpr std::int64_t maxExportBytes = 100000000;
+constexpr std::int64_t maxDelayMs = 600000;
+
 ParameterModel textParameter(const JsonNode& node, ParameterModel parameter) {
     parameter.kind = ParameterKind::Text;
     const std::string text = node.at("text").text();
     const auto length = static_cast<std::int64_t>(text.size());
     parameter.maxLength =
-        static_cast<std::size_t>(node.integer("maxLength", length, length, 20000000));
+        static_cast<std::size_t>(node.integer("maxLength", length, length, maxTextBytes));
     for (const char character : text) {
         parameter.arrays.first.push_back(static_cast<unsigned char>(character));
     }
@@ -120,7 +124,7 @@ bool isReadable(const ParameterModel& parameter) {
     return parameter.kind == ParameterKind::Scalar || parameter.kind == ParameterKind::Actuator;
 }
 
-// A lag follows something that stands still between two writes; a live value does not.
+/// A lag follows something that stands still between two writes; a live value does not.
 void checkFollowed(const JsonNode& root, const std::vector<ParameterModel>& parameters) {
     for (const ParameterModel& parameter : parameters) {
         const JsonNode node = root.renamed(root.where() + ": parameter \"" + parameter.name + "\"");
@@ -155,7 +159,7 @@ KwpServiceModel kwpServiceFrom(const JsonNode& node) {
     if (node.has("data")) service.dataPrefix = node.at("data").hexBytes();
     service.response = node.at("response").hexBytes();
     service.failed = node.boolean("failed", false);
-    service.delayMs = static_cast<std::uint32_t>(node.integer("delayMs", 0, 0, 600000));
+    service.delayMs = static_cast<std::uint32_t>(node.integer("delayMs", 0, 0, maxDelayMs));
     return service;
 }
 
@@ -177,7 +181,7 @@ CanModel canFrameFrom(const JsonNode& node, const std::vector<ParameterModel>& p
 
 std::optional<std::uint32_t> fileSize(const JsonNode& node, const char* key) {
     if (!node.has(key) || node.at(key).isNull()) return std::nullopt;
-    return static_cast<std::uint32_t>(node.at(key).integer(0, 100000000));
+    return static_cast<std::uint32_t>(node.at(key).integer(0, maxExportBytes));
 }
 
 EditModel editFrom(const JsonNode& node) {
@@ -188,7 +192,7 @@ EditModel editFrom(const JsonNode& node) {
     }
     edit.exportBytes = fileSize(node, "exportBytes");
     edit.addExportBytes = fileSize(node, "addExportBytes");
-    edit.delayMs = static_cast<std::uint32_t>(node.integer("delayMs", 0, 0, 600000));
+    edit.delayMs = static_cast<std::uint32_t>(node.integer("delayMs", 0, 0, maxDelayMs));
     return edit;
 }
 

@@ -7,7 +7,7 @@
 
 namespace simulator {
 
-// Throws ConfigError, which names the file, the parameter and the reason.
+/// Throws ConfigError, which names the file, the parameter and the reason.
 EcuModel loadModel(const std::string& path);
 EcuModel modelFromJson(const JsonNode& root);
 

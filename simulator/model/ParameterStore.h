@@ -9,35 +9,35 @@
 
 namespace simulator {
 
-// Why a request was not carried out; nothing when it was.
+/// Why a request was not carried out; nothing when it was.
 using Refusal = std::optional<std::string>;
 
 enum class Page { Working, Reference };
 
-// The ECU's parameters with their present values. Written values stay until the process ends; the
-// reference page keeps what the model file says and cannot be written.
+/// The ECU's parameters with their present values. Written values stay until the process ends; the
+/// reference page keeps what the model file says and cannot be written.
 class ParameterStore {
 public:
     explicit ParameterStore(const std::vector<ParameterModel>& parameters);
 
-    // Tells the time; every reading and writing below happens at that moment.
+    /// Tells the time; every reading and writing below happens at that moment.
     void advanceTo(std::uint64_t timeMs);
 
     const ParameterModel* find(const std::string& name) const;
     const ParameterModel* at(std::uint32_t index) const;
     std::int32_t indexOf(const ParameterModel& parameter) const;
 
-    // The index must be one that at() knows.
+    /// The index must be one that at() knows.
     Arrays read(std::uint32_t index) const;
     double firstValue(std::uint32_t index) const;
 
     Refusal writeValues(std::uint32_t index, const std::vector<double>& values);
     Refusal writeArrays(std::uint32_t index, const Arrays& arrays);
-    // A text parameter takes the characters, any other one the number that the text holds.
+    /// A text parameter takes the characters, any other one the number that the text holds.
     Refusal writeText(std::uint32_t index, const std::string& text);
     Refusal startControl(std::uint32_t index);
     Refusal stopControl(std::uint32_t index);
-    // Direct control ends with the connection: every actuator goes back to its value at rest.
+    /// Direct control ends with the connection: every actuator goes back to its value at rest.
     void releaseActuators();
 
     void select(Page page) { page_ = page; }

@@ -13,7 +13,7 @@ namespace simulator {
 
 // Things that the simulated QOR does of its own accord, at a time that a script or a request sets.
 
-// Sends a ReceiveParamData. The name is looked up when the effect happens; empty = index counts.
+/// Sends a ReceiveParamData. The name is looked up when the effect happens; empty = index counts.
 struct PushEffect {
     std::string name;
     std::int32_t index = -1;
@@ -24,14 +24,14 @@ struct MessageBoxEffect {
     MessageBoxPayload box;
 };
 
-// Sends a StartEdit. With a size, a file is written first and named in `files` (in `addFiles` for
-// stage 5).
+/// Sends a StartEdit. With a size, a file is written first and named in `files` (in `addFiles` for
+/// stage 5).
 struct EditEffect {
     EditPayload edit;
     std::optional<std::uint32_t> exportBytes;
 };
 
-// Sends any record; no request id = a fresh one.
+/// Sends any record; no request id = a fresh one.
 struct RecordEffect {
     CommandId id = CommandId::Ping;
     bool isReply = false;
@@ -39,18 +39,18 @@ struct RecordEffect {
     std::string payload;
 };
 
-// Sends bytes as they are.
+/// Sends bytes as they are.
 struct RawEffect {
     std::string bytes;
 };
 
-// Sends a window message of any form.
+/// Sends a window message of any form.
 struct MessageEffect {
     std::string bytes;
     MessageForm form;
 };
 
-// Sends `count` random window messages that no client accepts; begins with number `first`.
+/// Sends `count` random window messages that no client accepts; begins with number `first`.
 struct FloodEffect {
     std::uint32_t count = 0;
     std::uint32_t seed = 1;
@@ -60,19 +60,19 @@ struct FloodEffect {
 
 struct CloseEffect {};
 
-// The ECU comes online or goes offline, without a word to the client.
+/// The ECU comes online or goes offline, without a word to the client.
 struct OnlineEffect {
     bool online = true;
 };
 
-// Stops or resumes the pushing of one subscribed parameter; an empty name means all of them.
+/// Stops or resumes the pushing of one subscribed parameter; an empty name means all of them.
 struct StallEffect {
     std::string name;
     bool stalled = true;
 };
 
-// The process ends: in order (what is due is sent, the connection is closed), or at once as in a
-// crash.
+/// The process ends: in order (what is due is sent, the connection is closed), or at once as in a
+/// crash.
 struct ExitEffect {
     int code = 0;
     bool inOrder = false;

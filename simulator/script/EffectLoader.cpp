@@ -7,7 +7,11 @@ namespace simulator {
 
 namespace {
 
-constexpr std::int64_t kMaxBytes = 64 * 1024 * 1024;
+constexpr std::int64_t maxMs = 86400000;  // a day
+constexpr std::int64_t maxExportBytes = 100000000;
+constexpr std::int64_t maxFloodMessages = 1000000;
+constexpr std::int64_t maxFloodMessageBytes = 65536;
+constexpr std::int64_t maxMessageBytes = 64 * 1024 * 1024;
 
 Effect pushFrom(const JsonNode& node) {
     node.allowOnly({"name", "index", "value"});
@@ -44,7 +48,7 @@ Effect editFrom(const JsonNode& node) {
     for (const JsonNode& item : node.items("addFiles")) effect.edit.addFiles.push_back(item.text());
     if (node.has("exportBytes")) {
         effect.exportBytes =
-            static_cast<std::uint32_t>(node.at("exportBytes").integer(0, 100000000));
+            static_cast<std::uint32_t>(node.at("exportBytes").integer(0, maxExportBytes));
     }
     return effect;
 }
@@ -59,7 +63,7 @@ Effect recordFrom(const JsonNode& node) {
     return effect;
 }
 
-// A length with bytes fills up with zeros or cuts; without bytes it is only announced.
+/// A length with bytes fills up with zeros or cuts; without bytes it is only announced.
 Effect messageFrom(const JsonNode& node) {
     node.allowOnly({"tag", "hex", "length", "null"});
     MessageEffect effect;
@@ -72,7 +76,8 @@ Effect messageFrom(const JsonNode& node) {
     }
     if (node.has("hex")) effect.bytes = node.at("hex").hexBytes();
     if (node.has("length")) {
-        effect.bytes.resize(static_cast<std::size_t>(node.at("length").integer(0, kMaxBytes)));
+        effect.bytes.resize(
+            static_cast<std::size_t>(node.at("length").integer(0, maxMessageBytes)));
     }
     return effect;
 }
@@ -80,9 +85,10 @@ Effect messageFrom(const JsonNode& node) {
 Effect floodFrom(const JsonNode& node) {
     node.allowOnly({"count", "seed", "maxBytes"});
     FloodEffect effect;
-    effect.count = static_cast<std::uint32_t>(node.at("count").integer(1, 1000000));
+    effect.count = static_cast<std::uint32_t>(node.at("count").integer(1, maxFloodMessages));
     effect.seed = static_cast<std::uint32_t>(node.integer("seed", 1, 0, 0xFFFFFFFF));
-    effect.maxBytes = static_cast<std::uint32_t>(node.integer("maxBytes", 64, 0, 65536));
+    effect.maxBytes =
+        static_cast<std::uint32_t>(node.integer("maxBytes", 64, 0, maxFloodMessageBytes));
     return effect;
 }
 
@@ -91,7 +97,7 @@ Effect closeFrom(const JsonNode& node) {
     return CloseEffect{};
 }
 
-// "*" stands for every subscribed parameter.
+/// "*" stands for every subscribed parameter.
 Effect stallFrom(const JsonNode& node, bool stalled) {
     const std::string name = node.text();
     return StallEffect{name == "*" ? "" : name, stalled};
@@ -103,7 +109,7 @@ struct EffectKind {
     std::optional<Transport> only = {};
 };
 
-constexpr EffectKind kKinds[] = {
+constexpr EffectKind kinds[] = {
     {"push", pushFrom},
     {"messageBox", messageBoxFrom},
     {"edit", editFrom},
@@ -122,7 +128,7 @@ constexpr EffectKind kKinds[] = {
 };
 
 const EffectKind* kindOf(const std::string& key) {
-    for (const EffectKind& known : kKinds) {
+    for (const EffectKind& known : kinds) {
         if (key == known.key) return &known;
     }
     return nullptr;
@@ -138,7 +144,7 @@ void requireTransport(const JsonNode& node, Transport needed, Transport actual) 
 
 TimedEffect timedEffectFrom(const JsonNode& node, Transport transport, const char* more) {
     TimedEffect timed;
-    timed.afterMs = static_cast<std::uint32_t>(node.integer("afterMs", 0, 0, 86400000));
+    timed.afterMs = static_cast<std::uint32_t>(node.integer("afterMs", 0, 0, maxMs));
     int effects = 0;
     for (const auto& [key, value] : node.members()) {
         if (key == "afterMs" || (more != nullptr && key == more)) continue;

@@ -11,12 +11,12 @@
 
 namespace simulator {
 
-// How a connect goes. No result code = silence after the progress.
+/// How a connect goes. No result code = silence after the progress.
 struct BootstrapPlan {
     std::uint32_t durationMs = 600;
     std::uint32_t steps = 10;
     std::optional<std::int32_t> result = -1;
-    bool online = true;  // whether the ECU is online after the result -1
+    bool online = true;  ///< whether the ECU is online after the result -1
 };
 
 enum class AnswerKind {
@@ -24,8 +24,8 @@ enum class AnswerKind {
     Stamped,
     Separate,
     AckOnly,
-    Silent,  // the request is not carried out either
-    Refuse,  // nor here
+    Silent,  ///< the request is not carried out either
+    Refuse,  ///< nor here
     WrongName,
     WrongType,
     FewerVectors
@@ -36,20 +36,20 @@ enum class CloseWhen { Never, Before, Mid, After };
 struct Action {
     AnswerKind answer = AnswerKind::Normal;
     std::uint32_t delayMs = 0;
-    std::uint32_t hangMs = 0;                // QOR does nothing at all for so long
-    std::optional<std::uint32_t> ackStatus;  // instead of 1 in an acknowledgement
+    std::uint32_t hangMs = 0;                ///< QOR does nothing at all for so long
+    std::optional<std::uint32_t> ackStatus;  ///< instead of 1 in an acknowledgement
     std::optional<WindowAnswer> windowAnswer;
     std::optional<std::uint32_t> splitAfterBytes;
     std::uint32_t gapMs = 0;
     bool mergeWithNext = false;
     std::uint32_t duplicates = 0;
     CloseWhen close = CloseWhen::Never;
-    std::string rawBefore;  // bytes sent in front of the answer
+    std::string rawBefore;  ///< bytes sent in front of the answer
     std::optional<BootstrapPlan> bootstrap;
     std::vector<TimedEffect> then;
 };
 
-// What a rule can look at in a request.
+/// What a rule can look at in a request.
 struct RequestFacts {
     CommandId id = CommandId::Ping;
     std::optional<std::uint32_t> operation;
@@ -62,8 +62,8 @@ struct Match {
     std::optional<std::uint32_t> operation;
     std::optional<std::string> name;
     std::optional<std::uint32_t> index;
-    std::optional<std::uint32_t> nth;    // only the nth request that the rest matches, from 1
-    std::optional<std::uint32_t> every;  // only each such request whose number it divides
+    std::optional<std::uint32_t> nth;    ///< only the nth request that the rest matches, from 1
+    std::optional<std::uint32_t> every;  ///< only each such request whose number it divides
 
     bool fits(const RequestFacts& facts) const;
     bool fitsCount(std::uint32_t count) const;
@@ -81,7 +81,7 @@ struct ScheduledEffect {
     TimedEffect timed;
 };
 
-// Behaviours as data. The first rule that fits a request decides; every rule counts its own fits.
+/// Behaviours as data. The first rule that fits a request decides; every rule counts its own fits.
 class Script {
 public:
     Script() = default;

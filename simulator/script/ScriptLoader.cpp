@@ -9,7 +9,9 @@ namespace simulator {
 
 namespace {
 
-constexpr std::int64_t kMaxMs = 86400000;  // a day
+constexpr std::int64_t maxMs = 86400000;  // a day
+constexpr std::int64_t maxBootstrapSteps = 10000;
+constexpr std::int64_t maxDuplicates = 1000;
 
 template <class Choice, std::size_t Size>
 Choice choiceFrom(const JsonNode& node, const std::pair<const char*, Choice> (&choices)[Size]) {
@@ -22,7 +24,7 @@ Choice choiceFrom(const JsonNode& node, const std::pair<const char*, Choice> (&c
     node.fail("\"" + text + "\" is none of " + known);
 }
 
-constexpr std::pair<const char*, AnswerKind> kAnswers[] = {
+constexpr std::pair<const char*, AnswerKind> answers[] = {
     {"normal", AnswerKind::Normal},
     {"stamped", AnswerKind::Stamped},
     {"separate", AnswerKind::Separate},
@@ -33,10 +35,10 @@ constexpr std::pair<const char*, AnswerKind> kAnswers[] = {
     {"wrongType", AnswerKind::WrongType},
     {"fewerVectors", AnswerKind::FewerVectors}};
 
-constexpr std::pair<const char*, CloseWhen> kCloses[] = {
+constexpr std::pair<const char*, CloseWhen> closes[] = {
     {"before", CloseWhen::Before}, {"mid", CloseWhen::Mid}, {"after", CloseWhen::After}};
 
-constexpr std::pair<const char*, Since> kSinces[] = {
+constexpr std::pair<const char*, Since> sinces[] = {
     {"start", Since::Start}, {"client", Since::Client}, {"connect", Since::Connect}};
 
 std::optional<std::uint32_t> optionalWord(const JsonNode& node, const char* key,
@@ -48,8 +50,9 @@ std::optional<std::uint32_t> optionalWord(const JsonNode& node, const char* key,
 BootstrapPlan bootstrapFrom(const JsonNode& node, std::uint32_t connectMs) {
     node.allowOnly({"durationMs", "steps", "result", "online"});
     BootstrapPlan plan;
-    plan.durationMs = static_cast<std::uint32_t>(node.integer("durationMs", connectMs, 0, kMaxMs));
-    plan.steps = static_cast<std::uint32_t>(node.integer("steps", plan.steps, 0, 10000));
+    plan.durationMs = static_cast<std::uint32_t>(node.integer("durationMs", connectMs, 0, maxMs));
+    plan.steps =
+        static_cast<std::uint32_t>(node.integer("steps", plan.steps, 0, maxBootstrapSteps));
     plan.online = node.boolean("online", true);
     if (node.has("result")) {
         plan.result.reset();
@@ -75,7 +78,7 @@ Match matchFrom(const JsonNode& node) {
     return match;
 }
 
-constexpr std::pair<const char*, WindowAnswer> kWindowAnswers[] = {
+constexpr std::pair<const char*, WindowAnswer> windowAnswers[] = {
     {"inside", WindowAnswer::Inside},
     {"released", WindowAnswer::Released},
     {"later", WindowAnswer::Later}};
@@ -96,18 +99,18 @@ Action actionFrom(const JsonNode& node, const ScriptUse& use) {
                     "then"});
     checkTransport(node, use.transport);
     Action action;
-    if (node.has("answer")) action.answer = choiceFrom(node.at("answer"), kAnswers);
-    action.delayMs = static_cast<std::uint32_t>(node.integer("delayMs", 0, 0, kMaxMs));
-    action.hangMs = static_cast<std::uint32_t>(node.integer("hangMs", 0, 0, kMaxMs));
+    if (node.has("answer")) action.answer = choiceFrom(node.at("answer"), answers);
+    action.delayMs = static_cast<std::uint32_t>(node.integer("delayMs", 0, 0, maxMs));
+    action.hangMs = static_cast<std::uint32_t>(node.integer("hangMs", 0, 0, maxMs));
     if (node.has("windowAnswer")) {
-        action.windowAnswer = choiceFrom(node.at("windowAnswer"), kWindowAnswers);
+        action.windowAnswer = choiceFrom(node.at("windowAnswer"), windowAnswers);
     }
     action.ackStatus = optionalWord(node, "ackStatus");
     action.splitAfterBytes = optionalWord(node, "splitAfterBytes", 1);
-    action.gapMs = static_cast<std::uint32_t>(node.integer("gapMs", 0, 0, kMaxMs));
+    action.gapMs = static_cast<std::uint32_t>(node.integer("gapMs", 0, 0, maxMs));
     action.mergeWithNext = node.boolean("mergeWithNext", false);
-    action.duplicates = static_cast<std::uint32_t>(node.integer("duplicates", 0, 0, 1000));
-    if (node.has("close")) action.close = choiceFrom(node.at("close"), kCloses);
+    action.duplicates = static_cast<std::uint32_t>(node.integer("duplicates", 0, 0, maxDuplicates));
+    if (node.has("close")) action.close = choiceFrom(node.at("close"), closes);
     if (node.has("rawHexBefore")) action.rawBefore = node.at("rawHexBefore").hexBytes();
     if (node.has("bootstrap"))
         action.bootstrap = bootstrapFrom(node.at("bootstrap"), use.connectMs);
@@ -124,7 +127,7 @@ Rule ruleFrom(const JsonNode& node, const ScriptUse& use) {
 
 ScheduledEffect scheduledFrom(const JsonNode& node, Transport transport) {
     ScheduledEffect scheduled;
-    scheduled.since = choiceFrom(node.at("since"), kSinces);
+    scheduled.since = choiceFrom(node.at("since"), sinces);
     scheduled.timed = timedEffectFrom(node, transport, "since");
     return scheduled;
 }

@@ -7,14 +7,14 @@
 
 namespace simulator {
 
-// What a script is read for.
+/// What a script is read for.
 struct ScriptUse {
-    std::uint32_t connectMs = 600;  // of a connect that the script says nothing about
+    std::uint32_t connectMs = 600;  ///< of a connect that the script says nothing about
     Transport transport = Transport::Tcp;
 };
 
-// Throws ConfigError, which names the file, the rule and the reason. A fault that the transport
-// cannot suffer is an error: a test that asked for it would prove nothing.
+/// Throws ConfigError, which names the file, the rule and the reason. A fault that the transport
+/// cannot suffer is an error: a test that asked for it would prove nothing.
 Script loadScript(const std::string& path, const ScriptUse& use);
 Script scriptFromJson(const JsonNode& root, const ScriptUse& use);
 

@@ -5,13 +5,13 @@
 
 namespace simulator {
 
-// The tag of a window message that carries a record.
-constexpr std::uint32_t kRecordTag = 3084;
+/// The tag of a window message that carries a record.
+constexpr std::uint32_t recordTag = 3084;
 
-// What a window message has besides its bytes. Other values than these are faults.
+/// What a window message has besides its bytes. Other values than these are faults.
 struct MessageForm {
-    std::uint32_t tag = kRecordTag;
-    // Set: no bytes at all, the data pointer is null, and this length is announced.
+    std::uint32_t tag = recordTag;
+    /// Set: no bytes at all, the data pointer is null, and this length is announced.
     std::optional<std::uint32_t> nullLength;
 };
 

@@ -6,9 +6,9 @@
 #include <string_view>
 #include <vector>
 
-// The payload of every command, one record per command id, fields in wire order. A command has one
-// layout for the request and for the answer. read() never fails: what a payload lacks keeps the
-// value that the field has here.
+/// The payload of every command, one record per command id, fields in wire order. A command has one
+/// layout for the request and for the answer. read() never fails: what a payload lacks keeps the
+/// value that the field has here.
 namespace simulator {
 
 struct PingPayload {
@@ -101,7 +101,7 @@ struct DirectCtrlPayload {
     std::uint32_t index = 0;
     std::uint32_t operation = 0;
     std::vector<double> values;
-    std::string text;  // the parameter's name, or the text to write
+    std::string text;  ///< the parameter's name, or the text to write
 
     static DirectCtrlPayload read(std::string_view payload);
     std::string write() const;
@@ -151,7 +151,7 @@ struct StaticParamPayload {
     enum Operation : std::uint32_t { Read = 1, Write = 2 };
     std::uint32_t index = 0;
     std::uint32_t operation = 0;
-    std::vector<double> first;  // the parameter's values
+    std::vector<double> first;  ///< the parameter's values
     std::vector<double> second;
     std::vector<double> third;
 

@@ -6,9 +6,9 @@ namespace simulator {
 
 namespace {
 
-constexpr std::uint32_t kReplyFlag = 0x10000;
+constexpr std::uint32_t replyFlag = 0x10000;
 
-constexpr const char* kNames[] = {
+constexpr const char* names[] = {
     "Ping",         "StartEdit",        "KwpConnect",  "GetParamInfo",   "Shutdown",
     "SetParamList", "ReceiveParamData", "DirectCtrl",  "EcuToolRoutine", "GetDtc",
     "RedirectUi",   "GetHex",           "StaticParam", nullptr,          "EcuSegment",
@@ -17,13 +17,13 @@ constexpr const char* kNames[] = {
 }  // namespace
 
 std::string Record::bytes() const {
-    const auto header = static_cast<std::uint32_t>(id) | (isReply ? kReplyFlag : 0U);
+    const auto header = static_cast<std::uint32_t>(id) | (isReply ? replyFlag : 0U);
     return Writer().u32(header).u32(requestId).text(payload).take();
 }
 
 std::string commandName(CommandId id) {
     const auto number = static_cast<std::size_t>(id);
-    if (number < std::size(kNames) && kNames[number] != nullptr) return kNames[number];
+    if (number < std::size(names) && names[number] != nullptr) return names[number];
     return "command " + std::to_string(number);
 }
 

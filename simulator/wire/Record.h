@@ -27,7 +27,7 @@ enum class CommandId : std::uint16_t {
     CanBusSend = 19
 };
 
-// One command on the wire: three words (header, request id, payload length), then the payload.
+/// One command on the wire: three words (header, request id, payload length), then the payload.
 struct Record {
     CommandId id = CommandId::Ping;
     bool isReply = false;
@@ -37,7 +37,7 @@ struct Record {
     std::string bytes() const;
 };
 
-// "GetParamInfo" and the like; "command 13" for a number that has no name.
+/// "GetParamInfo" and the like; "command 13" for a number that has no name.
 std::string commandName(CommandId id);
 
 }  // namespace simulator

@@ -6,7 +6,7 @@
 
 namespace simulator {
 
-// Appends wire values to a byte string: little-endian, back to back, no padding.
+/// Appends wire values to a byte string: little-endian, back to back, no padding.
 class Writer {
 public:
     Writer& u32(std::uint32_t value);
@@ -17,7 +17,7 @@ public:
     Writer& doubles(const std::vector<double>& values);
     Writer& words(const std::vector<std::uint32_t>& values);
     Writer& texts(const std::vector<std::string>& values);
-    // Element count of a sequence whose elements the caller writes itself.
+    /// Element count of a sequence whose elements the caller writes itself.
     Writer& count(std::size_t elements);
 
     std::string take() { return std::move(bytes_); }

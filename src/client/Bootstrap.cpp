@@ -1,6 +1,6 @@
 #include "client/Bootstrap.h"
 
-#include "common/Clock.h"
+#include "common/Deadline.h"
 #include "common/Pump.h"
 
 namespace {
@@ -56,13 +56,12 @@ bool Bootstrap::takeResult(std::int32_t& result) {
 }
 
 bool Bootstrap::awaitOnline() {
-    const common::Moment start = common::now();
+    const auto deadline = common::Deadline::after(common::now(), onlineMs);
     while (operating_) {
         common::pumpCopyData();
         if (client_.isEcuOnline()) return true;
         if (monitor_.isCancelled()) return fail("Bootstrap failed - cancelled");
-        if (common::hasPassed(common::now(), start, onlineMs))
-            return fail("Bootstrap failed - timeout");
+        if (deadline.hasPassed()) return fail("Bootstrap failed - timeout");
         reportProgress();
         common::sleepMs(pollMs);
     }

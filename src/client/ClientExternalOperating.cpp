@@ -3,6 +3,7 @@
 #include "client/Bootstrap.h"
 #include "client/ClientCommands.h"
 #include "client/ClientSend.h"
+#include "common/Deadline.h"
 #include "common/Paths.h"
 
 namespace {
@@ -89,12 +90,13 @@ bool ClientExternalOperating::startProcess(const std::string& executable, unsign
     const std::string commandLine = " -external_operating \"" + settings_.path + "\"";
     if (commandLine.size() > ClientSettings::maxLaunchChars) return false;
     if (!processStarter_->start(executable, commandLine)) return false;
-    const common::Moment start = common::now();
+    // No limit is not meant here: such a launch is due at once and pings twice.
+    const auto deadline = common::Deadline::at(common::now() + timeoutMs);
     processStarter_->awaitIdle(timeoutMs);
     do {
         if (ping(launchPingMs)) return true;
         common::sleepMs(launchPauseMs);
-    } while (!common::hasPassed(common::now(), start, timeoutMs));
+    } while (!deadline.hasPassed());
     return ping(launchPingMs);
 }
 

@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "client/ClientExternalOperating.h"
-#include "common/Clock.h"
+#include "common/Deadline.h"
 #include "common/Pump.h"
 
 // The steps that all operations of the client are made of. Only the client's own source files
@@ -53,12 +53,11 @@ bool ClientExternalOperating::send(typename Command::Payload payload, unsigned i
 
 template <class Condition>
 bool ClientExternalOperating::waitUntil(unsigned int timeoutMs, Condition isThere) {
-    const common::Moment start = common::now();
+    const auto deadline = common::Deadline::after(common::now(), timeoutMs);
     while (operating_) {
         common::pumpCopyData();
         if (isThere()) return true;
-        const bool hasPassed = common::hasPassed(common::now(), start, timeoutMs);
-        if (hasPassed && timeoutMs != IExternalCommandFactory::noLimit) return false;
+        if (deadline.hasPassed()) return false;
     }
     return false;
 }

@@ -2,6 +2,8 @@
 
 #include <cstdint>
 
+#include "common/TimeLimits.h"
+
 namespace common {
 
 /// A point in time, in milliseconds, that never wraps. Real ones come from `now`; one that is
@@ -13,11 +15,11 @@ public:
 
     constexpr std::uint64_t ms() const { return ms_; }
 
-    /// The two greatest spans are the numbers -1 and -2 that stand for special time-outs. Where one
-    /// of them is taken as a span, it leads that far into the past: what is due then is due at
-    /// once, as it was when the count had 32 bits and the sum wrapped.
+    /// The two greatest numbers are no spans (see TimeLimits.h). Where one of them is added all the
+    /// same, it leads as far into the past as it lies below 2^32: what is due then is due at once,
+    /// as it was when the count had 32 bits and the sum wrapped.
     friend constexpr Moment operator+(Moment start, std::uint32_t spanMs) {
-        return spanMs >= 0xFFFFFFFEu ? start - (0u - spanMs) : Moment(start.ms_ + spanMs);
+        return spanMs >= transportDefaultMs ? start - (0u - spanMs) : Moment(start.ms_ + spanMs);
     }
     friend constexpr Moment operator-(Moment end, std::uint32_t spanMs) {
         return Moment(end.ms_ - spanMs);

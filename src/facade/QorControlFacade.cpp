@@ -2,7 +2,7 @@
 
 #include <cstddef>
 
-#include "common/Clock.h"
+#include "common/Deadline.h"
 #include "common/LastError.h"
 #include "common/Paths.h"
 #include "common/Pump.h"
@@ -113,8 +113,8 @@ bool QorControlFacade::isConnecting() const {
 
 std::string QorControlFacade::getQorExecutablePath() {
     const auto channel = impl_->channel;
-    const common::Moment start = common::now();
-    while (!common::hasPassed(common::now(), start, executablePathMs)) {
+    const auto deadline = common::Deadline::after(common::now(), executablePathMs);
+    while (!deadline.hasPassed()) {
         const std::string path = channel->executable.get();
         if (!path.empty()) return path;
         common::pumpCopyData();

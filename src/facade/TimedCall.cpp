@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "common/Clock.h"
+#include "common/SlicedWait.h"
 
 AwaitedCall::AwaitedCall(const QorControlFacade::Impl& impl, channel::AnswerTable& answers,
                          const char* name)
@@ -28,19 +28,14 @@ bool AwaitedCall::await(std::uint32_t waitMs) {
 }
 
 bool AwaitedCall::popWithin(std::uint32_t waitMs) {
-    const common::Moment start = common::now();
-    std::uint64_t elapsed = 0;
-    for (;;) {
-        const std::uint32_t remaining = waitMs == common::Event::infinite
-                                            ? waitMs
-                                            : static_cast<std::uint32_t>(waitMs - elapsed);
-        if (queue_->pop(response_, remaining)) return true;
+    common::SlicedWait wait(waitMs);
+    do {
+        if (queue_->pop(response_, wait.sliceMs())) return true;
         if (!queue_->pushed().exists()) return false;  // without an event nothing waits
         // The signal of an answer that was taken without waiting may arrive late and end the
         // wait of the next call; only the time decides.
-        elapsed = common::now() - start;
-        if (waitMs != common::Event::infinite && elapsed >= waitMs) return false;
-    }
+    } while (wait.goesOn());
+    return false;
 }
 
 int AwaitedCall::elapsedMs() const {

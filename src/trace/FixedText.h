@@ -33,7 +33,7 @@ public:
 
 private:
     std::size_t size_ = 0;
-    char chars_[capacity + 1] = "";
+    char chars_[capacity + 1] = {};
 };
 
 }  // namespace tracelog

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "common/Clock.h"
+#include "common/Deadline.h"
 #include "transport/SocketPump.h"
 
 namespace {
@@ -24,7 +24,7 @@ ClientConnInstance::~ClientConnInstance() {
 bool ClientConnInstance::ensureConnected(unsigned int timeoutMs) {
     if (isConnected() && !isEnding()) return true;
     const unsigned int attemptMs = timeoutMs == noLimit ? unlimitedAttemptMs : timeoutMs;
-    const common::Moment start = common::now();
+    const auto deadline = common::Deadline::after(common::now(), timeoutMs);
     for (;;) {
         if (isEnding()) return false;
         if (startAttempt()) {
@@ -33,8 +33,7 @@ bool ClientConnInstance::ensureConnected(unsigned int timeoutMs) {
         } else {
             common::sleepMs(1);
         }
-        if (timeoutMs != noLimit && common::hasPassed(common::now(), start, timeoutMs))
-            return false;
+        if (deadline.hasPassed()) return false;
     }
 }
 
@@ -45,9 +44,8 @@ bool ClientConnInstance::startAttempt() {
 }
 
 void ClientConnInstance::awaitConnected(unsigned int attemptMs) {
-    const common::Moment start = common::now();
-    while (!connected_ && !isEnding() && !common::hasPassed(common::now(), start, attemptMs))
-        pumpSocketNotifications(nullptr);
+    const auto deadline = common::Deadline::at(common::now() + attemptMs);
+    while (!connected_ && !isEnding() && !deadline.hasPassed()) pumpSocketNotifications(nullptr);
 }
 
 void ClientConnInstance::abandon() {

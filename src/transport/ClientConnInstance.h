@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "common/TimeLimits.h"
 #include "transport/ConnectionDataAccepter.h"
 #include "transport/ConnInstance.h"
 
@@ -15,7 +16,7 @@ public:
 
     /// "No time limit" for `ensureConnected`; a single attempt then takes at most 3 s. The worker
     /// always sets a limit, so that commands do not wait for a QOR that is not there.
-    static constexpr unsigned int noLimit = 0xFFFFFFFFu;
+    static constexpr unsigned int noLimit = common::noLimitMs;
 
     /// Returns true if the connection stands, otherwise tries to make it, again and again, for
     /// about `timeoutMs`. A refused attempt lasts as long as one without an answer.

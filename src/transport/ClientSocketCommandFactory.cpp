@@ -4,7 +4,7 @@
 #include <stdexcept>
 #include <utility>
 
-#include "common/Clock.h"
+#include "common/Deadline.h"
 #include "common/LastError.h"
 #include "framework/AsyncSocket.h"
 #include "transport/RecordBound.h"
@@ -119,14 +119,13 @@ ClientSocketCommandFactory::CmdData ClientSocketCommandFactory::makeData(
 }
 
 bool ClientSocketCommandFactory::awaitResult(const CmdData& sent) {
-    const common::Moment start = common::now();
+    const auto deadline = common::Deadline::after(common::now(), sent.timeoutMs);
     for (;;) {
         CmdResult result;
         // A result with another id belongs to an earlier send that no longer waited for it.
         if (sent.results->pop(result, 1) && result.requestId == sent.requestId)
             return result.status == CmdResult::success;
-        const bool hasPassed = common::hasPassed(common::now(), start, sent.timeoutMs);
-        if (stop_ || (hasPassed && sent.timeoutMs != noLimit)) return false;
+        if (deadline.hasPassed() || stop_) return false;
     }
 }
 

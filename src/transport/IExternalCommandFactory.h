@@ -4,6 +4,7 @@
 #include <memory>
 #include <utility>
 
+#include "common/TimeLimits.h"
 #include "protocol/IExternalCommand.h"
 
 /// A transport: carries commands to QOR and hands what QOR sends to the `ICommandReceiver` that it
@@ -12,8 +13,8 @@ class IExternalCommandFactory {
 public:
     /// Special values of a time-out in milliseconds.
     static constexpr unsigned int doNotWait = 0;
-    static constexpr unsigned int noLimit = 0xFFFFFFFFu;
-    static constexpr unsigned int useDefault = 0xFFFFFFFEu;
+    static constexpr unsigned int noLimit = common::noLimitMs;
+    static constexpr unsigned int useDefault = common::transportDefaultMs;
 
     /// Delivers `command`; true if QOR acknowledged or answered it within `timeoutMs`. True does
     /// not say that an answer carried data, nor that its handler accepted it: whoever reads an
@@ -31,6 +32,7 @@ public:
 
     /// As `send`, for a command that leaves only if `permit` (null: always) is still true when its
     /// turn has come; else the send has failed.
+    // NOLINTNEXTLINE(performance-unnecessary-value-param): another transport keeps it
     virtual bool sendIf(Permit permit, std::unique_ptr<IExternalCommand> command,
                         unsigned int timeoutMs) {
         return (permit == nullptr || permit()) && send(std::move(command), timeoutMs);

@@ -4,7 +4,8 @@
 
 void PendingRequests::add(std::uint32_t requestId, unsigned int timeoutMs,
                           CmdResultQueue* results) {
-    requests_[requestId] = Request{common::now() + timeoutMs, results};
+    requests_.insert_or_assign(requestId,
+                               Request{common::Deadline::at(common::now() + timeoutMs), results});
 }
 
 void PendingRequests::complete(std::uint32_t requestId, std::uint32_t status) {
@@ -18,7 +19,7 @@ void PendingRequests::failExpired() {
     if (requests_.empty()) return;
     const common::Moment now = common::now();
     for (auto request = requests_.begin(); request != requests_.end();) {
-        if (request->second.deadline < now) {
+        if (request->second.deadline.hasPassed(now)) {
             request->second.results->push(CmdResult{request->first, CmdResult::failure});
             request = requests_.erase(request);
         } else {

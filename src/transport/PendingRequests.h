@@ -3,14 +3,14 @@
 #include <cstdint>
 #include <map>
 
-#include "common/Moment.h"
+#include "common/Deadline.h"
 #include "transport/CmdResult.h"
 
 /// The requests that have left and whose senders still wait. Used by the worker thread alone.
 class PendingRequests {
 public:
-    /// A time-out of -1 puts the deadline just before the present moment, so the next sweep ends
-    /// the request.
+    /// No limit is not meant here: it puts the deadline just before the present moment, so the
+    /// next sweep ends the request.
     void add(std::uint32_t requestId, unsigned int timeoutMs, CmdResultQueue* results);
 
     /// Ends the request with this id, if there is one.
@@ -23,7 +23,7 @@ public:
 
 private:
     struct Request {
-        common::Moment deadline;
+        common::Deadline deadline;
         CmdResultQueue* results;
     };
 

@@ -29,7 +29,7 @@ public:
         pass(static_cast<std::uint64_t>(ms) * msPerSleptMs);
     }
 
-    std::uint32_t now() const { return start_ + static_cast<std::uint32_t>(passed_.load()); }
+    std::uint32_t now() const { return start_.load() + static_cast<std::uint32_t>(passed_.load()); }
     /// Time does not jump: the library has looked at it several times on a way of weeks.
     void advance(std::uint32_t ms) {
         constexpr std::uint32_t stepMs = 1u << 30;
@@ -43,6 +43,8 @@ public:
     }
     /// Lets weeks pass, up to so many milliseconds before the count begins again at 0.
     void advanceToBeforeWrap(std::uint32_t ms) { advance(0u - ms - now()); }
+    /// Jumps to a count, forth or back: nobody has looked on the way, and nothing becomes due.
+    void show(std::uint32_t tick) { start_ += tick - now(); }
     /// What this clock showed at a moment.
     static std::uint32_t tickOf(common::Moment moment) {
         return static_cast<std::uint32_t>(moment.ms());
@@ -71,7 +73,7 @@ private:
         }
     }
 
-    const std::uint32_t start_;
+    std::atomic<std::uint32_t> start_;
     std::atomic<std::uint64_t> passed_{0};
     std::multimap<std::uint64_t, std::function<void()>> due_;
 };

@@ -38,6 +38,16 @@ public:
         std::ofstream(pathOf(name), std::ios::binary) << bytes;
         return pathOf(name);
     }
+    /// As `write`, with the system's line ends in place of LF.
+    std::string writeText(const std::string& name, const std::string& text) const {
+        std::ofstream(pathOf(name)) << text;
+        return pathOf(name);
+    }
+    /// The text with LF as line end; empty if there is no such file.
+    std::string readText(const std::string& name) const {
+        std::ifstream file(pathOf(name));
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
 
 private:
     std::string path_;

@@ -20,16 +20,15 @@ struct Line {
     json result;  ///< what it brings; null: nothing
 };
 
-/// Every operation once, in an order in which they make sense.
-std::vector<Line> everyOperation() {
-    const auto values = [](const char* name, const std::vector<double>& first) {
-        return json{{"name", name}, {"values", first}};
-    };
-    const auto arrays = [](const char* name, const std::vector<double>& first,
-                           const std::vector<double>& second) {
-        return json{
-            {"name", name}, {"values", first}, {"second", second}, {"third", json::array()}};
-    };
+json values(const char* name, const std::vector<double>& first) {
+    return {{"name", name}, {"values", first}};
+}
+
+json arrays(const char* name, const std::vector<double>& first, const std::vector<double>& second) {
+    return {{"name", name}, {"values", first}, {"second", second}, {"third", json::array()}};
+}
+
+std::vector<Line> beginning() {
     return {
         {"connect --can-baud 500000", nullptr},
         {"ping", nullptr},
@@ -46,6 +45,11 @@ std::vector<Line> everyOperation() {
            {"text4", "km/h"},
            {"value", 0},
            {"threeArrays", false}}}},
+    };
+}
+
+std::vector<Line> parameters() {
+    return {
         {"set MaxVehicleSpeed 180", nullptr},
         {"segment rom", nullptr},
         {"sleep 150", nullptr},  // until the cache has forgotten what was written
@@ -65,6 +69,11 @@ std::vector<Line> everyOperation() {
          json::array({values("CylinderCount", {6}), values("CoolingFan", {2})})},
         {"stop-control CoolingFan", nullptr},
         {"get-at-once CoolingFan", json::array({values("CoolingFan", {0})})},
+    };
+}
+
+std::vector<Line> diagnosticsAndModel() {
+    return {
         {"clear-dtc", nullptr},
         {"read-dtc", json::array()},
         {"connect-can", nullptr},
@@ -76,6 +85,14 @@ std::vector<Line> everyOperation() {
            {{{"path", "c:\\qor_exp.sde"}, {"bytes", 150000}},
             {{"path", "c:\\qor_exp_add.sde"}, {"bytes", 4096}}}}}},
     };
+}
+
+/// Every operation once, in an order in which they make sense.
+std::vector<Line> everyOperation() {
+    std::vector<Line> lines;
+    for (const auto& part : {beginning(), parameters(), diagnosticsAndModel()})
+        lines.insert(lines.end(), part.begin(), part.end());
+    return lines;
 }
 
 class QorctlBatch : public testing::TestWithParam<Transport> {

@@ -10,8 +10,16 @@ import sys
 from pathlib import Path
 from typing import Iterator, List, NamedTuple, Optional
 
+from functions import functions_in, Unbalanced
+
 CPP_SUFFIXES = {".h", ".cpp"}
 MAX_CPP_COLUMNS = 110
+MAX_FUNCTION_LINES = 40  # one screen, from the first word to the closing brace
+# Longer ones, each with its reason. One that has become shorter must go from here.
+LONG_FUNCTIONS = {
+    ("tests/unit/agent/AgentHandlersTest.cpp", "rows"): "a table, a row per operation",
+}
+FUNCTION_FOLDERS = {"src", "simulator", "tools", "bench", "tests"}
 SKIPPED_FOLDERS = {".git", "build", "out", "__pycache__"}
 
 # Which folders of src/ a folder may include, apart from itself: one way only.
@@ -134,6 +142,27 @@ def check_simulator_includes(source: Source) -> Iterator[Finding]:
             yield Finding(source.path, number, f'"{included}" is no file of the simulator')
 
 
+def check_function_length(source: Source) -> Iterator[Finding]:
+    if source.path.parts[0] not in FUNCTION_FOLDERS or not source.is_cpp():
+        return
+    unused = {name for path, name in LONG_FUNCTIONS if path == source.path.as_posix()}
+    try:
+        for function in functions_in(source.text):
+            if function.lines <= MAX_FUNCTION_LINES:
+                continue
+            if function.name in unused:
+                unused.remove(function.name)
+            else:
+                yield Finding(source.path, function.line,
+                              f"{function.name} has {function.lines} lines, at most "
+                              f"{MAX_FUNCTION_LINES}")
+    except Unbalanced as error:
+        yield Finding(source.path, error.line, "the braces do not match, or cannot be followed")
+        return
+    for name in sorted(unused):
+        yield Finding(source.path, 1, f"{name} needs no place in LONG_FUNCTIONS any more")
+
+
 def check_format(root: Path, paths: List[Path]) -> Iterator[Finding]:
     """What "./run format" would change. Skipped where clang-format is not installed."""
     tool = shutil.which("clang-format")
@@ -152,7 +181,8 @@ def check_format(root: Path, paths: List[Path]) -> Iterator[Finding]:
         yield Finding(Path(".clang-format"), 1, result.stderr.strip() or "clang-format failed")
 
 
-FILE_CHECKS = [check_layout, check_banned_words, check_library_includes, check_simulator_includes]
+FILE_CHECKS = [check_layout, check_banned_words, check_library_includes, check_simulator_includes,
+               check_function_length]
 
 
 def list_files(root: Path) -> List[Path]:

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "common/TimeLimits.h"
 #include "facade/channel/Operations.h"
 
 /// What is made of the table of operations.
@@ -23,17 +24,17 @@ enum class Wait {
     threeSeconds,  ///< whatever the caller says
 };
 
-/// Milliseconds for a caller's time-out. Doubling wraps around; 0xFFFFFFFF stays "no limit".
+/// Milliseconds for a caller's time-out. Doubling wraps around; "no limit" stays that.
 constexpr std::uint32_t waitMs(Wait wait, std::uint32_t timeoutMs) {
     switch (wait) {
         case Wait::twice:
-            return timeoutMs == 0xFFFFFFFFu ? timeoutMs : timeoutMs * 2u;
+            return timeoutMs == common::noLimitMs ? timeoutMs : timeoutMs * 2u;
         case Wait::once:
             return timeoutMs;
         case Wait::threeSeconds:
             return 3000;
         case Wait::unlimited:
-            return 0xFFFFFFFFu;
+            return common::noLimitMs;
         case Wait::none:
             break;
     }

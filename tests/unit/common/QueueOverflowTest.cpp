@@ -1,20 +1,27 @@
 // A full queue never stops its producer: it sleeps once for 1 ms and overwrites.
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <memory>
 #include <vector>
 
 #include "common/ThreadSafeQueue.h"
-#include "FakeClock.h"
+#include "support/FakeClock.h"
 #include "TestThread.h"
 
-using testing_support::FakeClock;
 using testing_support::TestThread;
 
 namespace {
 
 class QueueOverflow : public testing::Test {
 protected:
+    QueueOverflow() {
+        clock_.onSleep = [this](unsigned int ms) {
+            sleepsMs_.push_back(ms);
+            if (whileAsleep_) whileAsleep_();
+        };
+    }
+
     void push(int count) {
         for (int i = 0; i < count; ++i) queue_.push(++last_);
     }
@@ -25,6 +32,8 @@ protected:
         return items;
     }
 
+    std::vector<unsigned int> sleepsMs_;
+    std::function<void()> whileAsleep_;
     FakeClock clock_;
     ThreadSafeQueue<int> queue_{10};
 
@@ -53,9 +62,9 @@ TEST_F(QueueOverflow, AFullQueueAloneHasNotOverflowed) {
 
 TEST_F(QueueOverflow, A12thPushLandsBehindThe11thWithoutAnyGrace) {
     push(11);
-    EXPECT_EQ(clock_.sleepsMs, std::vector<unsigned int>{1});
+    EXPECT_EQ(sleepsMs_, std::vector<unsigned int>{1});
     push(1);
-    EXPECT_EQ(clock_.sleepsMs, std::vector<unsigned int>{1});
+    EXPECT_EQ(sleepsMs_, std::vector<unsigned int>{1});
     EXPECT_EQ(all(), (Items{11, 12}));
 }
 
@@ -90,33 +99,33 @@ TEST_F(QueueOverflow, WithOneSlotTheNewestItemAlwaysWins) {
     ASSERT_TRUE(slot.pop(item, 0));
     EXPECT_EQ(item, 5);
     EXPECT_FALSE(slot.pop(item, 0));
-    EXPECT_EQ(clock_.sleepsMs, (std::vector<unsigned int>{1, 1, 1, 1}));
+    EXPECT_EQ(sleepsMs_, (std::vector<unsigned int>{1, 1, 1, 1}));
 }
 
 TEST_F(QueueOverflow, TheGraceIsGivenOnceWithTheLockFree) {
     int rescued = 0;
     std::unique_ptr<TestThread> consumer;
-    clock_.whileAsleep = [&] {
+    whileAsleep_ = [&] {
         consumer = std::make_unique<TestThread>([&] { queue_.pop(rescued, 0); });
         EXPECT_TRUE(consumer->endsWithin(5000)) << "the producer sleeps in the lock";
     };
     push(11);
     consumer.reset();
-    EXPECT_EQ(clock_.sleepsMs, std::vector<unsigned int>{1});
+    EXPECT_EQ(sleepsMs_, std::vector<unsigned int>{1});
     EXPECT_EQ(rescued, 1);
     EXPECT_FALSE(queue_.overflowed());
     EXPECT_EQ(all(), (Items{2, 3, 4, 5, 6, 7, 8, 9, 10, 11}));
 }
 
 TEST_F(QueueOverflow, AnotherProducerDuringTheGraceDoesNotEarnAnother) {
-    clock_.whileAsleep = [&] {
-        clock_.whileAsleep = nullptr;
+    whileAsleep_ = [&] {
+        whileAsleep_ = nullptr;
         int item = 0;
         queue_.pop(item, 0);
         queue_.push(100);
     };
     push(11);
-    EXPECT_EQ(clock_.sleepsMs, std::vector<unsigned int>{1});
+    EXPECT_EQ(sleepsMs_, std::vector<unsigned int>{1});
     EXPECT_TRUE(queue_.overflowed());
     EXPECT_EQ(all(), Items{11});
 }

@@ -8,7 +8,7 @@
 namespace simulator::test {
 namespace {
 
-constexpr FloodEffect kFlood{10000, 7, 64, 0};
+constexpr FloodEffect flood{10000, 7, 64, 0};
 
 bool holdsRecord(const std::string& bytes) {
     RecordStream stream;
@@ -21,8 +21,8 @@ bool holdsRecord(const std::string& bytes) {
 }
 
 TEST(Flood, NoMessageIsOneThatAClientWouldAccept) {
-    for (std::uint32_t number = 0; number < kFlood.count; ++number) {
-        const Delivery message = floodMessage(kFlood, number);
+    for (std::uint32_t number = 0; number < flood.count; ++number) {
+        const Delivery message = floodMessage(flood, number);
         if (message.form.tag != 3084 || message.form.nullLength) continue;
         EXPECT_FALSE(holdsRecord(message.raw)) << number;
     }
@@ -33,8 +33,8 @@ TEST(Flood, EveryWayToBeRefusedOccurs) {
     int otherTags = 0;
     int stumps = 0;
     std::set<std::uint32_t> cutIds;
-    for (std::uint32_t number = 0; number < kFlood.count; ++number) {
-        const Delivery message = floodMessage(kFlood, number);
+    for (std::uint32_t number = 0; number < flood.count; ++number) {
+        const Delivery message = floodMessage(flood, number);
         if (message.form.nullLength) {
             ++nulls;
         } else if (message.form.tag != 3084) {
@@ -52,12 +52,12 @@ TEST(Flood, EveryWayToBeRefusedOccurs) {
 }
 
 TEST(Flood, TheSameSeedGivesTheSameMessages) {
-    FloodEffect other = kFlood;
+    FloodEffect other = flood;
     other.seed = 8;
     int differences = 0;
     for (std::uint32_t number = 0; number < 100; ++number) {
-        const std::string raw = floodMessage(kFlood, number).raw;
-        EXPECT_EQ(raw, floodMessage(kFlood, number).raw);
+        const std::string raw = floodMessage(flood, number).raw;
+        EXPECT_EQ(raw, floodMessage(flood, number).raw);
         if (raw != floodMessage(other, number).raw) ++differences;
     }
     EXPECT_GT(differences, 50);

@@ -19,7 +19,7 @@ std::string rewrite(std::string_view payload) {
     return Payload::read(payload).write();
 }
 
-const Golden kGolden[] = {
+const Golden goldenPayloads[] = {
     {"Ping", "02 00 00 00", rewrite<PingPayload>},
     {"StartEdit",
      "07 00 00 00 02 00 00 00 01 00 00 00 6D 03 00 00 00"
@@ -72,14 +72,14 @@ const Golden kGolden[] = {
 };
 
 TEST(Payloads, EveryCommandWritesTheBytesThatItReads) {
-    for (const Golden& golden : kGolden) {
+    for (const Golden& golden : goldenPayloads) {
         const std::string bytes = bytesOf(golden.hex);
         EXPECT_EQ(golden.rewrite(bytes), bytes) << golden.command;
     }
 }
 
 TEST(Payloads, EveryCutOfEveryPayloadIsReadWithoutHarm) {
-    for (const Golden& golden : kGolden) {
+    for (const Golden& golden : goldenPayloads) {
         const std::string bytes = bytesOf(golden.hex);
         for (std::size_t size = 0; size < bytes.size(); ++size) {
             const std::string cut = bytes.substr(0, size);
@@ -95,7 +95,7 @@ TEST(Payloads, RandomPayloadsNeverGrowWithoutBound) {
         for (char& byte : bytes) {
             byte = static_cast<char>(random() % 8 == 0 ? random() % 256 : random() % 3);
         }
-        for (const Golden& golden : kGolden) {
+        for (const Golden& golden : goldenPayloads) {
             EXPECT_LT(golden.rewrite(bytes).size(), 5000U) << golden.command;
         }
     }
@@ -119,7 +119,7 @@ TEST(Payloads, FieldsThatAreMissingKeepTheirDefaults) {
 }
 
 TEST(Payloads, TheConnectRecordHasItsModeAfterThePeriod) {
-    const ConnectPayload connect = ConnectPayload::read(bytesOf(kGolden[2].hex));
+    const ConnectPayload connect = ConnectPayload::read(bytesOf(goldenPayloads[2].hex));
     EXPECT_EQ(connect.refreshPeriodMs, 100U);
     EXPECT_EQ(connect.mode, ConnectPayload::Security);
     EXPECT_EQ(connect.canRequestId, 0x7E0U);

@@ -8,11 +8,11 @@ namespace simulator::test {
 namespace {
 
 // GetParamInfo, reply flag, request id 0x11223344, payload "ab".
-const std::string kRecord = bytesOf("03 00 01 00 44 33 22 11 02 00 00 00 61 62");
+const std::string recordBytes = bytesOf("03 00 01 00 44 33 22 11 02 00 00 00 61 62");
 
 TEST(RecordStream, ReadsHeaderRequestIdAndPayload) {
     RecordStream stream;
-    stream.append(kRecord);
+    stream.append(recordBytes);
     const auto record = stream.next();
     ASSERT_TRUE(record);
     EXPECT_EQ(record->id, CommandId::GetParamInfo);
@@ -24,22 +24,22 @@ TEST(RecordStream, ReadsHeaderRequestIdAndPayload) {
 
 TEST(RecordStream, WritesTheSameBytesThatItReads) {
     const Record record{CommandId::GetParamInfo, true, 0x11223344, "ab"};
-    EXPECT_EQ(record.bytes(), kRecord);
+    EXPECT_EQ(record.bytes(), recordBytes);
 }
 
 TEST(RecordStream, ARecordThatArrivesByteByByteIsReadWithItsLastByte) {
     RecordStream stream;
-    for (std::size_t i = 0; i + 1 < kRecord.size(); ++i) {
-        stream.append(kRecord.substr(i, 1));
+    for (std::size_t i = 0; i + 1 < recordBytes.size(); ++i) {
+        stream.append(recordBytes.substr(i, 1));
         ASSERT_FALSE(stream.next()) << "after byte " << i;
     }
-    stream.append(kRecord.substr(kRecord.size() - 1));
+    stream.append(recordBytes.substr(recordBytes.size() - 1));
     EXPECT_TRUE(stream.next());
 }
 
 TEST(RecordStream, RecordsThatArriveTogetherAreReadOneByOneAndTheRestWaits) {
     RecordStream stream;
-    stream.append(kRecord + kRecord + kRecord.substr(0, 13));
+    stream.append(recordBytes + recordBytes + recordBytes.substr(0, 13));
     EXPECT_TRUE(stream.next());
     EXPECT_TRUE(stream.next());
     EXPECT_FALSE(stream.next());

@@ -10,7 +10,7 @@
 namespace simulator::test {
 namespace {
 
-constexpr DWORD kPatienceMs = 5000;
+constexpr DWORD patienceMs = 5000;
 
 sockaddr_in loopback(std::uint16_t port) {
     sockaddr_in address{};
@@ -52,7 +52,7 @@ protected:
         const sockaddr_in address = loopback(port_);
         EXPECT_EQ(
             connect(client.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
-        const DWORD timeoutMs = kPatienceMs;
+        const DWORD timeoutMs = patienceMs;
         setsockopt(client.get(), SOL_SOCKET, SO_RCVTIMEO, reinterpret_cast<const char*>(&timeoutMs),
                    sizeof timeoutMs);
         return client;
@@ -62,7 +62,7 @@ protected:
     bool serveUntil(const std::function<bool()>& condition) {
         const DWORD startMs = GetTickCount();
         while (!condition()) {
-            if (GetTickCount() - startMs > kPatienceMs) return false;
+            if (GetTickCount() - startMs > patienceMs) return false;
             WaitForSingleObject(server_.readyEvent(), 100);
             server_.serve();
         }
@@ -148,7 +148,7 @@ TEST_F(TcpServerTest, MoreThanTheSocketTakesAtOnceFollowsLater) {
     server_.send(big);
     std::size_t got = 0;
     const DWORD startMs = GetTickCount();
-    while (got < big.size() && GetTickCount() - startMs < 4 * kPatienceMs) {
+    while (got < big.size() && GetTickCount() - startMs < 4 * patienceMs) {
         got += get(client).size();
         server_.serve();
     }
@@ -175,7 +175,7 @@ TEST(TcpServerRestart, ThePortIsFreeAsSoonAsTheServerHasGone) {
         const sockaddr_in address = loopback(port);
         ASSERT_EQ(
             connect(client.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
-        WaitForSingleObject(server.readyEvent(), kPatienceMs);
+        WaitForSingleObject(server.readyEvent(), patienceMs);
         server.serve();
         EXPECT_EQ(events.connected, 1);
         server.closeClient();

@@ -72,7 +72,7 @@ inline const char* smallModel() {
 // A conversation without a link: the test is the client and the clock.
 class ConversationHarness {
 public:
-    static constexpr std::uint64_t kStartMs = 1000000;
+    static constexpr std::uint64_t startMs = 1000000;
 
     explicit ConversationHarness(const std::string& script = "{}",
                                  AnswerStyle style = AnswerStyle::Stamped,
@@ -137,7 +137,7 @@ private:
     EcuModel model_;
     RecordLog recordLog_{""};
     Log log_;
-    std::uint64_t nowMs_ = kStartMs;
+    std::uint64_t nowMs_ = startMs;
     Conversation conversation_;
 };
 

@@ -77,16 +77,16 @@ public:
     }
 
 private:
-    static constexpr const char* kClass = "WindowClientOfATest";
+    static constexpr const char* className = "WindowClientOfATest";
 
     void run(const std::string& title, std::promise<HWND>& made) {
         WNDCLASSA description{};
         description.lpfnWndProc = handle;
-        description.lpszClassName = kClass;
+        description.lpszClassName = className;
         description.hInstance = GetModuleHandleA(nullptr);
         RegisterClassA(&description);  // fails when it is there already
-        const HWND window = CreateWindowExA(0, kClass, title.c_str(), WS_POPUP, 0, 0, 0, 0, nullptr,
-                                            nullptr, GetModuleHandleA(nullptr), nullptr);
+        const HWND window = CreateWindowExA(0, className, title.c_str(), WS_POPUP, 0, 0, 0, 0,
+                                            nullptr, nullptr, GetModuleHandleA(nullptr), nullptr);
         SetWindowLongPtrA(window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
         made.set_value(window);
         MSG message;

@@ -14,7 +14,7 @@ namespace {
 
 using testing::SizeIs;
 
-constexpr std::uint32_t kPatienceMs = 5000;
+constexpr std::uint32_t patienceMs = 5000;
 
 class Recorder : public WindowLinkEvents {
 public:
@@ -40,7 +40,7 @@ protected:
     auto served(Future future) {
         const DWORD startMs = GetTickCount();
         while (future.wait_for(std::chrono::seconds(0)) != std::future_status::ready &&
-               GetTickCount() - startMs < 2 * kPatienceMs) {
+               GetTickCount() - startMs < 2 * patienceMs) {
             waitForEventOrMessage(nullptr, 20);
             handleMessages();
         }
@@ -49,12 +49,12 @@ protected:
 
     std::future<int> clientSends(DWORD tag, const std::string& bytes, UINT flags = SMTO_NORMAL) {
         return client_.doing([this, tag, bytes, flags] {
-            return WindowClient::send(server(), tag, bytes, flags, kPatienceMs);
+            return WindowClient::send(server(), tag, bytes, flags, patienceMs);
         });
     }
 
     WindowLink::Sent send(const std::string& bytes, const MessageForm& form = {}) const {
-        return WindowLink::send(client_.window(), bytes, form, kPatienceMs);
+        return WindowLink::send(client_.window(), bytes, form, patienceMs);
     }
 
     HWND server() const { return WindowLink::find(title_); }
@@ -94,7 +94,7 @@ TEST_F(WindowLinkTest, ANullPointerTravelsWithTheLengthThatIsAnnounced) {
     EXPECT_EQ(client_.received()[0].length, 100U);
 
     served(client_.doing([this] {
-        return WindowClient::sendData(server(), {3084, 77, nullptr}, SMTO_NORMAL, kPatienceMs);
+        return WindowClient::sendData(server(), {3084, 77, nullptr}, SMTO_NORMAL, patienceMs);
     }));
     EXPECT_EQ(events_.form.nullLength, 77U);
 }
@@ -121,17 +121,17 @@ TEST_F(WindowLinkTest, AWindowThatHasGoneIsToldAtOnce) {
         gone = other.window();
     }
     const DWORD startMs = GetTickCount();
-    const WindowLink::Sent sent = WindowLink::send(gone, "x", {}, kPatienceMs);
+    const WindowLink::Sent sent = WindowLink::send(gone, "x", {}, patienceMs);
     EXPECT_FALSE(sent.delivered);
     EXPECT_FALSE(sent.timedOut);
     EXPECT_THAT(sent.failure, testing::StartsWith("error "));
-    EXPECT_LT(GetTickCount() - startMs, kPatienceMs / 2);
+    EXPECT_LT(GetTickCount() - startMs, patienceMs / 2);
 }
 
 TEST_F(WindowLinkTest, AMessageThatComesWhileWeSendIsHandledMeanwhile) {
     client_.onMessage([this] {
         return static_cast<LRESULT>(
-            WindowClient::send(server(), 3084, "nested", SMTO_BLOCK, kPatienceMs));
+            WindowClient::send(server(), 3084, "nested", SMTO_BLOCK, patienceMs));
     });
     const WindowLink::Sent sent = send("x");
     EXPECT_TRUE(sent.delivered);

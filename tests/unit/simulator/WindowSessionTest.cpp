@@ -15,7 +15,7 @@ namespace {
 using testing::IsEmpty;
 using testing::SizeIs;
 
-constexpr UINT kPatienceMs = 5000;
+constexpr UINT patienceMs = 5000;
 
 Record recordOf(const WindowClient::Message& message) {
     RecordStream stream;
@@ -56,14 +56,14 @@ public:
     bool turnUntil(const std::function<bool()>& condition) {
         const DWORD startMs = GetTickCount();
         while (!condition()) {
-            if (GetTickCount() - startMs > kPatienceMs) return false;
+            if (GetTickCount() - startMs > patienceMs) return false;
             turn();
         }
         return true;
     }
 
     std::future<int> clientSends(const std::string& bytes, DWORD tag = 3084,
-                                 UINT flags = SMTO_BLOCK, UINT timeoutMs = kPatienceMs) {
+                                 UINT flags = SMTO_BLOCK, UINT timeoutMs = patienceMs) {
         return client_->doing([this, bytes, tag, flags, timeoutMs] {
             return WindowClient::send(server(), tag, bytes, flags, timeoutMs);
         });
@@ -73,7 +73,7 @@ public:
     std::size_t answersWhenTheRequestReturns() {
         const std::size_t before = client_->received().size();
         auto count = client_->doing([this] {
-            WindowClient::send(server(), 3084, question(), SMTO_NORMAL, kPatienceMs);
+            WindowClient::send(server(), 3084, question(), SMTO_NORMAL, patienceMs);
             return client_->received().size();
         });
         turnUntil([&] { return isThere(count); });
@@ -264,7 +264,7 @@ TEST(WindowSession, AnAnswerForAClientThatHasGoneMeanwhileIsLostWithoutHarm) {
     // The client goes while a request is being handled; another one sends it, so that it can.
     WindowClient stranger(uniqueTitle("Stranger"));
     auto result = stranger.doing([server = station.server()] {
-        return WindowClient::send(server, 3084, question(), SMTO_BLOCK, kPatienceMs);
+        return WindowClient::send(server, 3084, question(), SMTO_BLOCK, patienceMs);
     });
     std::thread leaver([&] {
         while (station.logged().empty()) Sleep(5);

@@ -1,12 +1,11 @@
 // What stands before the message of a line.
 #include <regex>
 
+#include "support/FakeClock.h"
 #include "TraceFixture.h"
-#include "unit/common/FakeClock.h"
 #include "unit/common/TestThread.h"
 
 using testing_support::ContextScope;
-using testing_support::FakeClock;
 using testing_support::TestThread;
 
 namespace {
@@ -62,9 +61,9 @@ TEST_F(Columns, TheDateColumnIsTheLocalTimeWithABlankPaddedYear) {
 TEST_F(Columns, TheTickColumnHasEightDigits) {
     loadSettings("tc\n");
     FakeClock clock;
-    clock.now = 0x1AB;
+    clock.show(0x1AB);
     say("x");
-    clock.now = 0xFEDCBA98;
+    clock.show(0xFEDCBA98);
     say("y");
     EXPECT_EQ(output(), "ts tc \n1\t000001AB\tx\n1\tFEDCBA98\ty\n");
 }

@@ -10,7 +10,7 @@ namespace {
 
 class WithoutFile : public testing_support::TraceFixture {
 protected:
-    WithoutFile() { context.openTraceFile(folder.file("no such folder\\x"), "w"); }
+    WithoutFile() { context.openTraceFile(folder.pathOf("no such folder\\x"), "w"); }
 };
 
 using Pieces = std::vector<std::string>;
@@ -59,7 +59,7 @@ TEST_F(WithoutFile, AnUnwantedLineSendsNothing) {
 }
 
 TEST_F(WithoutFile, NothingGoesToTheDebuggerOnceAFileIsOpen) {
-    context.openTraceFile(folder.file("out.log"), "w");
+    context.openTraceFile(folder.pathOf("out.log"), "w");
     DebuggerOutput debugger;
     say("x");
     EXPECT_EQ(debugger.pieces(), Pieces());

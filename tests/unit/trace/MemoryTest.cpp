@@ -41,7 +41,7 @@ protected:
         context.secondsNow = [] { return now; };
     }
 
-    const std::string other = folder.file("a file with a rather long name.log");
+    const std::string other = folder.pathOf("a file with a rather long name.log");
 };
 
 struct Column {
@@ -83,7 +83,7 @@ TEST_F(WithoutMemory, ADeepIndentationIsWritten) {
         e(context, "e\n"), f(context, "f\n");
     context.openTraceFile(other, "w");
     EXPECT_TRUE(needsNoMemory([&] { write("", 2, 0, "x\n"); }));
-    EXPECT_EQ(folder.read("a file with a rather long name.log"),
+    EXPECT_EQ(folder.readText("a file with a rather long name.log"),
               "2\t" + std::string(18, ' ') + "x\n");
 }
 
@@ -117,7 +117,8 @@ TEST_F(WithoutMemory, ALongModuleNameIsFoundOnTheLists) {
 
 TEST_F(WithoutMemory, ARefreshTakesUpTheNewSettings) {
     loadSettings("tfr=10\n");
-    folder.write("trace.cfg", "tfr=10 # and a long line\ninclude=aModuleWithALongName\nnid\nhpc\n");
+    folder.writeText("trace.cfg",
+                     "tfr=10 # and a long line\ninclude=aModuleWithALongName\nnid\nhpc\n");
     now += 10;
     EXPECT_TRUE(needsNoMemory([&] {
         write("aModuleWithALongName", 2, 0, "x\n");
@@ -128,16 +129,17 @@ TEST_F(WithoutMemory, ARefreshTakesUpTheNewSettings) {
 
 TEST_F(WithoutMemory, ARefreshOpensAnotherTraceFile) {
     loadSettings("tfr=10\n");
-    folder.write("trace.cfg", "tfr=10\ntf=" + other + ", w\ntc\ndt\ntid\nhpc\n");
+    folder.writeText("trace.cfg", "tfr=10\ntf=" + other + ", w\ntc\ndt\ntid\nhpc\n");
     now += 10;
     EXPECT_TRUE(needsNoMemory([&] { write("", 2, 0, "x\n"); }));
-    EXPECT_EQ(folder.read("a file with a rather long name.log").substr(0, 18),
+    EXPECT_EQ(folder.readText("a file with a rather long name.log").substr(0, 18),
               "ts tid dt tc hpc \n");
     EXPECT_EQ(output(), "ts \n");
 }
 
 TEST_F(WithoutMemory, SettingsAreLoaded) {
-    const std::string settings = folder.write("trace.cfg", "ts=1 # errors only, nothing else\n");
+    const std::string settings =
+        folder.writeText("trace.cfg", "ts=1 # errors only, nothing else\n");
     EXPECT_TRUE(needsNoMemory([&] { context.loadSettings(settings.c_str()); }));
     write("", 2, 0, "x\n");
     write("", 1, 0, "y\n");
@@ -145,24 +147,24 @@ TEST_F(WithoutMemory, SettingsAreLoaded) {
 }
 
 TEST_F(WithoutMemory, ATraceFileIsOpened) {
-    const std::string path = folder.file("a file with a rather long name.log");
+    const std::string path = folder.pathOf("a file with a rather long name.log");
     EXPECT_TRUE(needsNoMemory([&] { context.openTraceFile(path.c_str(), "w"); }));
     say("x");
-    EXPECT_EQ(folder.read("a file with a rather long name.log"), "1\tx\n");
+    EXPECT_EQ(folder.readText("a file with a rather long name.log"), "1\tx\n");
 }
 
 TEST_F(WithoutMemory, ABareNameMeansTheExecutableFolder) {
     const std::string name = "a name of this process " + std::to_string(GetCurrentProcessId());
     EXPECT_TRUE(needsNoMemory([&] { context.openTraceFile(name.c_str(), "w"); }));
     say("x");
-    context.openTraceFile(folder.file("out.log"), "a");
+    context.openTraceFile(folder.pathOf("out.log"), "a");
     char program[MAX_PATH] = "";
     GetModuleFileNameA(nullptr, program, sizeof program);
     EXPECT_TRUE(std::filesystem::remove(std::filesystem::path(program).replace_filename(name)));
 }
 
 TEST_F(WithoutMemory, LinesGoToTheDebuggerWhenTheFileCannotBeOpened) {
-    const std::string path = folder.file("no such folder\\x.log");
+    const std::string path = folder.pathOf("no such folder\\x.log");
     const DebuggerOutput debugger;
     const auto outcome = needsNoMemory([&] {
         context.openTraceFile(path.c_str(), "w");
@@ -175,7 +177,7 @@ TEST_F(WithoutMemory, LinesGoToTheDebuggerWhenTheFileCannotBeOpened) {
 }
 
 TEST_F(WithoutMemory, TheProcessTraceOpensReadsAndWrites) {
-    const std::string settings = folder.write("trace.cfg", "tl=255 # as it is without any\n");
+    const std::string settings = folder.writeText("trace.cfg", "tl=255 # as it is without any\n");
     EXPECT_TRUE(needsNoMemory([&] {
         tracelog::openTraceFile(other.c_str(), "w");
         tracelog::loadSettings(settings.c_str());
@@ -183,9 +185,9 @@ TEST_F(WithoutMemory, TheProcessTraceOpensReadsAndWrites) {
         tracelog::trace(tracelog::libraryModule, tracelog::error, 0, "%s", "x\n");
     }));
     // Neither exists: this closes both files, so that the folder can go.
-    tracelog::loadSettings(folder.file("no such folder\\x").c_str());
-    tracelog::openTraceFile(folder.file("no such folder\\x").c_str(), "w");
-    EXPECT_EQ(folder.read("a file with a rather long name.log"),
+    tracelog::loadSettings(folder.pathOf("no such folder\\x").c_str());
+    tracelog::openTraceFile(folder.pathOf("no such folder\\x").c_str(), "w");
+    EXPECT_EQ(folder.readText("a file with a rather long name.log"),
               "ts \n1\t{ a scope with a rather long title\n3\t   x\n"
               "1\t} a scope with a rather long title\n");
 }
@@ -199,6 +201,6 @@ TEST_F(WithoutMemory, AFreshFileTakesLinesWhenTheProcessHasNothingLeftAtAll) {
     }
     const std::string columns = std::string("2\t[0-9A-F]+\t") + dateText + "[0-9A-F]{8}\tline ";
     const std::regex lines(columns + "0\n" + columns + "1\n" + columns + "2\n");
-    const std::string written = folder.read("a file with a rather long name.log");
+    const std::string written = folder.readText("a file with a rather long name.log");
     EXPECT_TRUE(std::regex_match(written, lines)) << written;
 }

@@ -27,10 +27,10 @@ TEST_F(Message, Of2047CharactersIsWrittenWhole) {
 
 TEST_F(Message, LongerThan2047CharactersIsWrittenCutFollowedByTwoLineFeeds) {
     for (const std::size_t length : {2048u, 2049u, 100000u}) {
-        context.openTraceFile(folder.file(std::to_string(length)), "w");
+        context.openTraceFile(folder.pathOf(std::to_string(length)), "w");
         const std::string text = ofLength(length);
         write("", 4, 0, "%s", text.c_str());
-        EXPECT_EQ(folder.read(std::to_string(length)), "1\t" + text.substr(0, 2047) + "\n\n");
+        EXPECT_EQ(folder.readText(std::to_string(length)), "1\t" + text.substr(0, 2047) + "\n\n");
     }
 }
 

@@ -18,53 +18,53 @@ std::string executableFolder() {
 
 TEST_F(OutputFile, OpeningTheSamePathAgainKeepsTheFile) {
     say("a");
-    context.openTraceFile(folder.file("out.log"), "w");
+    context.openTraceFile(folder.pathOf("out.log"), "w");
     say("b");
     EXPECT_EQ(output(), "1\ta\n1\tb\n");
 }
 
 TEST_F(OutputFile, ModeWTruncatesAndModeAAppends) {
     say("a");
-    context.openTraceFile(folder.file("other.log"), "w");
-    context.openTraceFile(folder.file("out.log"), "a");
+    context.openTraceFile(folder.pathOf("other.log"), "w");
+    context.openTraceFile(folder.pathOf("out.log"), "a");
     say("b");
     EXPECT_EQ(output(), "1\ta\n1\tb\n");
-    context.openTraceFile(folder.file("other.log"), "w");
-    context.openTraceFile(folder.file("out.log"), "w");
+    context.openTraceFile(folder.pathOf("other.log"), "w");
+    context.openTraceFile(folder.pathOf("out.log"), "w");
     EXPECT_EQ(output(), "");
 }
 
 TEST_F(OutputFile, AnotherPathClosesTheFileBefore) {
     say("a");
-    context.openTraceFile(folder.file("other.log"), "w");
+    context.openTraceFile(folder.pathOf("other.log"), "w");
     say("b");
     EXPECT_EQ(output(), "1\ta\n");
-    EXPECT_EQ(folder.read("other.log"), "1\tb\n");
-    EXPECT_TRUE(std::filesystem::remove(folder.file("out.log")));
+    EXPECT_EQ(folder.readText("other.log"), "1\tb\n");
+    EXPECT_TRUE(std::filesystem::remove(folder.pathOf("out.log")));
 }
 
 TEST_F(OutputFile, AFileThatCannotBeOpenedIsLeftOutForTheDebugger) {
     DebuggerOutput debugger;
-    context.openTraceFile(folder.file("no such folder\\x.log"), "w");
+    context.openTraceFile(folder.pathOf("no such folder\\x.log"), "w");
     say("x");
     EXPECT_EQ(debugger.text(), "1\tx\n");
     EXPECT_EQ(output(), "") << "the old file is closed all the same";
 }
 
 TEST_F(OutputFile, APathThatFailedIsTriedAgain) {
-    const std::string path = folder.file("sub") + "\\x.log";
+    const std::string path = folder.pathOf("sub") + "\\x.log";
     context.openTraceFile(path, "w");
-    std::filesystem::create_directory(folder.file("sub"));
+    std::filesystem::create_directory(folder.pathOf("sub"));
     context.openTraceFile(path, "w");
     say("x");
-    EXPECT_EQ(folder.read("sub\\x.log"), "1\tx\n");
-    context.openTraceFile(folder.file("out.log"), "a");
+    EXPECT_EQ(folder.readText("sub\\x.log"), "1\tx\n");
+    context.openTraceFile(folder.pathOf("out.log"), "a");
 }
 
 TEST_F(OutputFile, OthersReadTheFileWhileItIsOpenAndSeeEveryLineAtOnce) {
     say("x");
     const HANDLE file =
-        CreateFileA(folder.file("out.log").c_str(), GENERIC_READ,
+        CreateFileA(folder.pathOf("out.log").c_str(), GENERIC_READ,
                     FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0, nullptr);
     ASSERT_NE(file, INVALID_HANDLE_VALUE);
     char text[20] = "";
@@ -78,7 +78,7 @@ TEST_F(OutputFile, ABareNameMeansTheExecutableFolder) {
     const std::string name = "q" + std::to_string(GetCurrentProcessId()) + ".log";
     context.openTraceFile(name, "w");
     say("x");
-    context.openTraceFile(folder.file("out.log"), "w");
+    context.openTraceFile(folder.pathOf("out.log"), "w");
     EXPECT_TRUE(std::filesystem::remove(executableFolder() + name));
 }
 
@@ -87,23 +87,23 @@ TEST_F(OutputFile, ABareSettingsNameMeansTheExecutableFolder) {
     std::ofstream(executableFolder() + name) << "tc\n";
     context.loadSettings(name);
     EXPECT_EQ(output(), "ts tc \n");
-    context.loadSettings(folder.file("none.cfg"));  // closes the file
+    context.loadSettings(folder.pathOf("none.cfg"));  // closes the file
     EXPECT_TRUE(std::filesystem::remove(executableFolder() + name));
 }
 
 TEST_F(OutputFile, AFileOpenedAfterTheSettingsWereReadGetsNoSettingsLine) {
     loadSettings("tl=255\n");
-    context.openTraceFile(folder.file("host.log"), "w");
+    context.openTraceFile(folder.pathOf("host.log"), "w");
     testing_support::ContextScope outermost(context, "*\n");
     { testing_support::ContextScope scope(context, "QorControlFacade::QorControlFacade()\n"); }
-    EXPECT_EQ(folder.read("host.log").find("1\t{ QorControlFacade::QorControlFacade()\n"), 0u);
+    EXPECT_EQ(folder.readText("host.log").find("1\t{ QorControlFacade::QorControlFacade()\n"), 0u);
 }
 
 TEST_F(OutputFile, AFileNamedInTheSettingsGetsTheSettingsLineAtOnce) {
-    loadSettings("tf=" + folder.file("named.log") + "\n");
-    EXPECT_EQ(folder.read("named.log"), "ts \n");
+    loadSettings("tf=" + folder.pathOf("named.log") + "\n");
+    EXPECT_EQ(folder.readText("named.log"), "ts \n");
     say("x");
-    EXPECT_EQ(folder.read("named.log"), "ts \n1\tx\n");
+    EXPECT_EQ(folder.readText("named.log"), "ts \n1\tx\n");
     EXPECT_EQ(output(), "");
 }
 
@@ -111,18 +111,18 @@ TEST_F(OutputFile, TheSettingsLineIsWrittenOncePerFile) {
     loadSettings("tid\n");
     loadSettings("tc\n");
     EXPECT_EQ(output(), "ts tid \n");
-    context.openTraceFile(folder.file("other.log"), "w");
+    context.openTraceFile(folder.pathOf("other.log"), "w");
     loadSettings("tc\n");
-    EXPECT_EQ(folder.read("other.log"), "ts tid tc \n");
+    EXPECT_EQ(folder.readText("other.log"), "ts tid tc \n");
 }
 
 TEST_F(OutputFile, TheSettingsLineNamesSwitchesThatStandBehindTheFileToo) {
-    loadSettings("tf=" + folder.file("named.log") + "\nhpc\n");
-    EXPECT_EQ(folder.read("named.log"), "ts hpc \n");
+    loadSettings("tf=" + folder.pathOf("named.log") + "\nhpc\n");
+    EXPECT_EQ(folder.readText("named.log"), "ts hpc \n");
 }
 
 TEST_F(OutputFile, ASettingsFileThatIsNotThereChangesNothing) {
-    context.loadSettings(folder.file("none.cfg"));
+    context.loadSettings(folder.pathOf("none.cfg"));
     say("x");
     EXPECT_EQ(output(), "1\tx\n");
 }

@@ -5,15 +5,15 @@ namespace {
 
 class ProcessTrace : public testing::Test {
 protected:
-    ProcessTrace() { tracelog::openTraceFile(folder_.file("out.log").c_str(), "w"); }
+    ProcessTrace() { tracelog::openTraceFile(folder_.pathOf("out.log").c_str(), "w"); }
     // The path does not exist: this closes the file, so that the folder can go.
     ~ProcessTrace() override {
-        tracelog::openTraceFile(folder_.file("no such folder\\x").c_str(), "w");
+        tracelog::openTraceFile(folder_.pathOf("no such folder\\x").c_str(), "w");
     }
 
-    std::string output() const { return folder_.read("out.log"); }
+    std::string output() const { return folder_.readText("out.log"); }
 
-    testing_support::TempFolder folder_;
+    testing_support::PlainFolder folder_;
 };
 
 }  // namespace
@@ -34,13 +34,13 @@ TEST_F(ProcessTrace, KeepsItsFileOpenBetweenScopes) {
 
 TEST_F(ProcessTrace, ASecondOpeningOfTheSamePathGoesOnInTheFile) {
     tracelog::trace("", tracelog::error, 0, "first run\n");
-    tracelog::openTraceFile(folder_.file("out.log").c_str(), "w");
+    tracelog::openTraceFile(folder_.pathOf("out.log").c_str(), "w");
     tracelog::trace("", tracelog::error, 0, "second run\n");
     EXPECT_EQ(output(), "3\tfirst run\n3\tsecond run\n");
 }
 
 TEST_F(ProcessTrace, ReadsSettingsThatDoNotExistWithoutAWord) {
-    tracelog::loadSettings(folder_.file("none.cfg").c_str());
+    tracelog::loadSettings(folder_.pathOf("none.cfg").c_str());
     tracelog::trace("", tracelog::information, 0, "x\n");
     EXPECT_EQ(output(), "1\tx\n");
 }

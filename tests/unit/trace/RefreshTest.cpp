@@ -14,7 +14,7 @@ protected:
         context.secondsNow = []() -> std::int64_t { return now; };
     }
 
-    void rewriteSettings(const std::string& lines) { folder.write("trace.cfg", lines); }
+    void rewriteSettings(const std::string& lines) { folder.writeText("trace.cfg", lines); }
 };
 
 }  // namespace
@@ -62,11 +62,11 @@ TEST_F(Refresh, NeverUndoesASwitch) {
     rewriteSettings("tfr=10\n");
     now += 10;
     say("x");
-    context.openTraceFile(folder.file("next.log"), "w");
+    context.openTraceFile(folder.pathOf("next.log"), "w");
     now += 10;
     say("y");
     EXPECT_EQ(output(), "ts tc \n");
-    EXPECT_EQ(folder.read("next.log"), "ts tc \n");
+    EXPECT_EQ(folder.readText("next.log"), "ts tc \n");
 }
 
 TEST_F(Refresh, LetsTheListsGrowByTheSameTokensUpToTheirCap) {
@@ -84,11 +84,11 @@ TEST_F(Refresh, LetsTheListsGrowByTheSameTokensUpToTheirCap) {
 
 TEST_F(Refresh, GivesAFileThatWasOpenedInBetweenItsSettingsLine) {
     loadSettings("tfr=10\n");
-    context.openTraceFile(folder.file("host.log"), "w");
+    context.openTraceFile(folder.pathOf("host.log"), "w");
     say("first");
     now += 10;
     say("second");
-    EXPECT_EQ(folder.read("host.log"), "1\tfirst\nts \n1\tsecond\n");
+    EXPECT_EQ(folder.readText("host.log"), "1\tfirst\nts \n1\tsecond\n");
 }
 
 TEST_F(Refresh, ReadsTheWholeFileAgainFromItsBeginning) {
@@ -102,6 +102,6 @@ TEST_F(Refresh, ReadsTheWholeFileAgainFromItsBeginning) {
 
 TEST_F(Refresh, LoadingOtherSettingsLetsTheOldFileGo) {
     loadSettings("tfr=10\n");
-    context.loadSettings(folder.write("second.cfg", "tl=255\n"));
-    EXPECT_TRUE(std::filesystem::remove(folder.file("trace.cfg")));
+    context.loadSettings(folder.writeText("second.cfg", "tl=255\n"));
+    EXPECT_TRUE(std::filesystem::remove(folder.pathOf("trace.cfg")));
 }

@@ -70,14 +70,14 @@ TEST_F(ScopeLines, TheEndOfTheOutermostScopeClosesTheFiles) {
     loadSettings("tfr=1\n");
     { ContextScope outermost(context, "*\n"); }
     std::error_code error;
-    EXPECT_TRUE(std::filesystem::remove(folder.file("out.log"), error)) << error.message();
-    EXPECT_TRUE(std::filesystem::remove(folder.file("trace.cfg"), error)) << error.message();
+    EXPECT_TRUE(std::filesystem::remove(folder.pathOf("out.log"), error)) << error.message();
+    EXPECT_TRUE(std::filesystem::remove(folder.pathOf("trace.cfg"), error)) << error.message();
 }
 
 TEST_F(ScopeLines, ATraceThatWasClosedCanBeUsedAgain) {
     { ContextScope outermost(context, "*\n"); }
     say("to the debugger");
-    context.openTraceFile(folder.file("out.log"), "a");
+    context.openTraceFile(folder.pathOf("out.log"), "a");
     ContextScope outermost(context, "*\n");
     say("x");
     EXPECT_EQ(output(), "1\tx\n");

@@ -75,7 +75,7 @@ TEST_F(TraceThreads, SettingsMayBeReadWhileOthersWrite) {
         TestThread writer([this] { writeLines(0, 500); });
         TestThread reader([this] {
             for (int i = 0; i < 100; ++i)
-                context.loadSettings(folder.write("trace.cfg", "tl=255\n"));
+                context.loadSettings(folder.writeText("trace.cfg", "tl=255\n"));
         });
     }
     const std::string all = output();

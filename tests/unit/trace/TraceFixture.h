@@ -3,21 +3,35 @@
 #include <gtest/gtest.h>
 
 #include <cstdarg>
+#include <stdexcept>
 #include <string>
 
-#include "TempFolder.h"
+#include "support/TempFolder.h"
 #include "trace/Trace.h"
 #include "trace/TraceContext.h"
 
 namespace testing_support {
 
+/// A folder whose path holds none of the words that a line of trace settings would take for a
+/// switch.
+class PlainFolder : public TempFolder {
+public:
+    PlainFolder() {
+        for (const char* word :
+             {"notrace", "tid", "tc", "hpc", "dt", "nid", "tl", "ts", "tfr", "include", "exclude"})
+            if (path().find(word) != std::string::npos)
+                throw std::runtime_error("set TMP to a folder without '" + std::string(word) +
+                                         "' in its path, not " + path());
+    }
+};
+
 /// A trace of its own that writes to "out.log" in a folder of its own.
 class TraceFixture : public testing::Test {
 protected:
-    TraceFixture() { context.openTraceFile(folder.file("out.log"), "w"); }
+    TraceFixture() { context.openTraceFile(folder.pathOf("out.log"), "w"); }
 
     void loadSettings(const std::string& lines) {
-        context.loadSettings(folder.write("trace.cfg", lines));
+        context.loadSettings(folder.writeText("trace.cfg", lines));
     }
 
     void write(const char* module, unsigned int category, int verbosity, const char* format, ...)
@@ -33,9 +47,9 @@ protected:
         write(tracelog::libraryModule, tracelog::information, 0, "%s\n", text);
     }
 
-    std::string output() const { return folder.read("out.log"); }
+    std::string output() const { return folder.readText("out.log"); }
 
-    TempFolder folder;
+    PlainFolder folder;
     tracelog::TraceContext context;
 };
 

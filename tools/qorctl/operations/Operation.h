@@ -15,6 +15,7 @@ class App;
 namespace qorctl {
 
 /// What an operation gave: how it ended, and what it brought, for people and for programs.
+// NOLINTNEXTLINE(bugprone-exception-escape): what it makes of the checks inside of a json's move
 struct Reply {
     Outcome outcome;
     std::vector<std::string> lines;  ///< for standard output
