@@ -1,12 +1,26 @@
-# qor_add_test(NAME name SOURCES file... [LIBS library...] [TIMEOUT seconds] [LABELS label...])
-#
-# One GoogleTest program that is one CTest test. It is built by the target qor_tests, not by "all".
-# Cross-built, it runs under Wine, and it fails, too, when it or a process of it crashes, when it
-# ends without GoogleTest's summary, and when it leaves a process behind.
+# Targets of the tests. All that tests need is built by qor_tests, not by "all"; what the test X needs
+# is built by for-X, so that ./run can build for a few tests only.
 add_custom_target(qor_tests)
 
+# qor_test_needs(test target...): each test has one such line, if only to say that it needs nothing.
+function(qor_test_needs test)
+    if(NOT TARGET for-${test})
+        add_custom_target(for-${test})
+        add_dependencies(qor_tests for-${test})
+    endif()
+    if(ARGN)
+        add_dependencies(for-${test} ${ARGN})
+    endif()
+endfunction()
+
+# qor_add_test(NAME name SOURCES file... [LIBS library...] [TIMEOUT seconds] [COST seconds]
+#     [LABELS label...])
+#
+# One GoogleTest program that is one CTest test. Cross-built, it runs under Wine, and it fails, too,
+# when it or a process of it crashes, when it ends without GoogleTest's summary, and when it leaves a
+# process behind. COST is about what it takes: those that take long are begun first.
 function(qor_add_test)
-    cmake_parse_arguments(PARSE_ARGV 0 arg "" "NAME;TIMEOUT" "SOURCES;LIBS;LABELS")
+    cmake_parse_arguments(PARSE_ARGV 0 arg "" "NAME;TIMEOUT;COST" "SOURCES;LIBS;LABELS")
     if(NOT arg_NAME OR NOT arg_SOURCES OR arg_UNPARSED_ARGUMENTS)
         message(FATAL_ERROR "qor_add_test: NAME and SOURCES are needed; "
             "not understood: '${arg_UNPARSED_ARGUMENTS}'")
@@ -20,7 +34,7 @@ function(qor_add_test)
 
     add_executable(${arg_NAME} EXCLUDE_FROM_ALL ${arg_SOURCES})
     target_link_libraries(${arg_NAME} PRIVATE qor::options ${arg_LIBS} gmock_main)
-    add_dependencies(qor_tests ${arg_NAME})
+    qor_test_needs(${arg_NAME} ${arg_NAME})
 
     if(CMAKE_CROSSCOMPILING)
         set_target_properties(${arg_NAME} PROPERTIES
@@ -28,4 +42,7 @@ function(qor_add_test)
     endif()
     add_test(NAME ${arg_NAME} COMMAND ${arg_NAME})
     set_tests_properties(${arg_NAME} PROPERTIES TIMEOUT ${arg_TIMEOUT} LABELS "${arg_LABELS}")
+    if(arg_COST)
+        set_tests_properties(${arg_NAME} PROPERTIES COST ${arg_COST})
+    endif()
 endfunction()
