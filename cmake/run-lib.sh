@@ -8,13 +8,20 @@ out=$root/out
 stageNames=()
 stageStarts=()
 child=""
+beside=""
+slowTests=""
 runTemp=""
 winePrefix=""
 unset WINEPREFIX # never somebody else's
 
-# Every process started from here inherits this mark, however deep; see processes.sh.
+# Every process started from here inherits this mark, however deep; see processes.sh. What runs
+# beside the tests has one of its own: it is none of those that a test left behind.
 QOR_RUN_ID=$$-$(date +%s%N)
 export QOR_RUN_ID
+besideId=$QOR_RUN_ID-beside
+
+# Nearly all tests spend their time waiting, so there are more of them at once than cores.
+testJobs=$(($(nproc) * 3))
 
 fail() {
     echo "run: $*" >&2
@@ -46,6 +53,41 @@ interruptible() {
     child=$!
     wait "$child" || status=$?
     child=""
+    return "$status"
+}
+
+# noteTestTimes PRESET: from what CTest has written.
+noteTestTimes() {
+    slowTests+=$(sed -nE 's/^.*<testcase name="([^"]*)".* time="([0-9.]+)".*$/\2 \1/p' \
+        "$build/logs/tests-$1.xml" | awk -v preset="$1" '{ printf "%8.1f s  %s: %s\n", $1, preset, $2 }')
+    slowTests+=$'\n'
+}
+
+printSlowest() {
+    [ -n "$slowTests" ] || return 0
+    echo "== the ten slowest test programs"
+    sort -rn <<<"$slowTests" | sed '/^$/d; 10q'
+}
+
+# beginBeside COMMAND...: runs it on what the machine has left over, its output into a file.
+beginBeside() {
+    (
+        export QOR_RUN_ID=$besideId
+        chrt --idle -p 0 "$BASHPID" 2>/dev/null || renice -n 19 -p "$BASHPID" >/dev/null
+        "$@"
+    ) >"$build/logs/beside.log" 2>&1 </dev/null &
+    beside=$!
+}
+
+# awaitBeside: nothing goes before it any more; shows its output only when it has failed.
+awaitBeside() {
+    local pid rest status=0
+    while read -r pid rest; do
+        { chrt --other -p 0 "$pid" && renice -n 0 -p "$pid"; } >/dev/null 2>&1 || true
+    done < <(echo "$beside" && markedProcesses QOR_RUN_ID "$besideId")
+    wait "$beside" || status=$?
+    beside=""
+    [ "$status" = 0 ] || tail -n 40 "$build/logs/beside.log" >&2
     return "$status"
 }
 
@@ -102,17 +144,20 @@ stopChild() {
 # Always the last act: ends the running child, then the Wine server of our prefix, then whatever
 # else of ours is left (a native test that ignores signals, a half-made prefix).
 cleanUp() {
-    local pid rest
+    local mark pid rest
     trap '' INT TERM HUP
     stopChild
+    [ -z "$beside" ] || { kill -KILL "$beside" && wait "$beside"; } 2>/dev/null || true
     if [ -n "$winePrefix" ]; then
         stopWine "$winePrefix"
         stopWine "$winePrefix.new"
         rm -rf "$winePrefix.new"
     fi
-    while read -r pid rest; do
-        kill -KILL "$pid" 2>/dev/null || true
-    done < <(markedProcesses QOR_RUN_ID "$QOR_RUN_ID")
+    for mark in "$besideId" "$QOR_RUN_ID"; do
+        while read -r pid rest; do
+            kill -KILL "$pid" 2>/dev/null || true
+        done < <(markedProcesses QOR_RUN_ID "$mark")
+    done
     [ -z "$runTemp" ] || rm -rf "$runTemp"
     [ -z "$winePrefix" ] || rm -rf "$winePrefix"/drive_c/users/*/Temp/* || true
 }

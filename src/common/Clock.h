@@ -18,9 +18,4 @@ std::uint32_t tickCount();
 /// works its agent does so all the time.
 Moment now();
 
-/// Whether `now` lies beyond `start` + `spanMs`; waits have a `Deadline` for that.
-constexpr bool hasPassed(Moment now, Moment start, std::uint32_t spanMs) {
-    return now > start + spanMs;
-}
-
 }  // namespace common

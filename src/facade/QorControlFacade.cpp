@@ -55,8 +55,7 @@ void awaitEnd(const common::Thread& thread) {
 }  // namespace
 
 QorControlFacade::QorControlFacade(const std::string& settingsPath, const EolLog* eolLog,
-                                   unsigned int readPeriodMs, const std::string& hostPath)
-    : impl_(nullptr) {
+                                   unsigned int readPeriodMs, const std::string& hostPath) {
     auto impl = std::make_unique<Impl>(settingsPath, eolLog, readPeriodMs);
     openTraceBeside(hostPath);
     const tracelog::Scope scope(libraryModule, "QorControlFacade::QorControlFacade()\n");

@@ -334,5 +334,5 @@ private:
     bool protectedMessagePump() const;
     static unsigned int __stdcall agentThread(void* share);
 
-    Impl* impl_;
+    Impl* impl_ = nullptr;
 };

@@ -96,6 +96,16 @@ TEST_P(Model, TheEcuStaysOfflineUntilItIsConnectedAnew) {
     EXPECT_TRUE(station->isEcuOnline());
 }
 
+TEST_P(Model, IsOpenedAllTheSameWhenTheShutdownIsNotTakenWhichIsTraced) {
+    station.script = R"({"rules":[{"match":{"id":4,"operation":2},"action":)" +
+                     silence(GetParam(), 6000) + "}]}";
+    ASSERT_TRUE(startExporting(-1, -1));
+    ASSERT_TRUE(station->openModel({1, "engine.sdm", 0, "", 0, "", 0, {}}));
+    EXPECT_TRUE(eventually(9000, [&] { return station.traceHolds("3\tFailed to shutdown QOR"); }));
+    ASSERT_TRUE(station->pingQor(15000));
+    EXPECT_THAT(station.requests(), Contains(HasSubstr("StartEdit stage=7 mode=1 'engine.sdm'")));
+}
+
 TEST_P(Model, ModelTypesTravelAsModes) {
     ASSERT_TRUE(startExporting(-1, -1));
     const std::pair<unsigned, const char*> modes[] = {

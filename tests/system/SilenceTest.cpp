@@ -7,8 +7,6 @@
 #include "Station.h"
 #include "Waiting.h"
 
-using testing::Contains;
-using testing::HasSubstr;
 using testing::IsEmpty;
 
 namespace {
@@ -62,14 +60,6 @@ TEST_P(Silence, AConnectThatIsNotTakenFailsAfterTenSecondsWithoutAReport) {
     EXPECT_GE(elapsedMs, 9950u);
     EXPECT_LE(elapsedMs, 13000u);
     EXPECT_THAT(station.monitor.reports, IsEmpty());
-}
-
-TEST_P(Silence, AShutdownThatIsNotTakenIsTracedAndTheModelIsOpenedAllTheSame) {
-    ASSERT_TRUE(startSilentOn(R"({"id":4,"operation":2})", 6000));
-    ASSERT_TRUE(station->openModel({1, "engine.sdm", 0, "", 0, "", 0, {}}));
-    EXPECT_TRUE(eventually(9000, [&] { return station.traceHolds("3\tFailed to shutdown QOR"); }));
-    ASSERT_TRUE(station->pingQor(15000));
-    EXPECT_THAT(station.requests(), Contains(HasSubstr("StartEdit stage=7 mode=1 'engine.sdm'")));
 }
 
 }  // namespace
