@@ -31,8 +31,12 @@ public:
 
     /// Posts a request that nobody waits for. Always true, the result of such an operation.
     template <channel::Kind kind, class... Args>
-    bool post(Args&&... payload) const {
-        using Data = typename channel::Operation<kind>::Data;
+    bool postUnanswered(Args&&... payload) const {
+        using Operation = channel::Operation<kind>;
+        static_assert(
+            Operation::wait == channel::Wait::none || Operation::wait == channel::Wait::unlimited,
+            "who has a time-out wants an answer");
+        using Data = typename Operation::Data;
         push({kind, std::make_shared<Data>(std::forward<Args>(payload)...), nullptr, nullptr});
         return true;
     }
@@ -49,5 +53,5 @@ private:
 template <channel::Kind kind, class... Args>
 bool postOnly(const QorControlFacade::Impl& impl, Args&&... payload) {
     const Call call(impl);
-    return call.isOperating() && call.post<kind>(std::forward<Args>(payload)...);
+    return call.isOperating() && call.postUnanswered<kind>(std::forward<Args>(payload)...);
 }

@@ -28,7 +28,7 @@ bool control(TimedCall<kind> call, const ControlWords& words, const std::string&
               words.succeeded, name.c_str(), call.elapsedMs());
         return true;
     }
-    if (call.wasPosted()) {
+    if (call.hasFailed()) {
         paramlines::traceFailure(call, name);
         paramlines::logFailure(call, words.failed, name);
     }
@@ -62,7 +62,7 @@ bool QorControlFacade::setDynamicData(const std::string& name, const std::string
         paramlines::traceValue(call, "set", name, value);
         return true;
     }
-    if (call.wasPosted()) {
+    if (call.hasFailed()) {
         paramlines::traceFailure(call, name);
         paramlines::logFailure(call, "FAILED SET-DYN-param(%s), t: %d ms", name);
     }
@@ -87,11 +87,10 @@ bool QorControlFacade::getParamDataAtOnce(const std::vector<std::string>& names,
               ofGroup(names, values).c_str(), call.elapsedMs());
         return true;
     }
-    if (!call.wasPosted()) return false;
+    if (!call.hasFailed()) return false;
     const std::string all = joined(names);
-    trace(libraryModule, tracelog::warning, 0,
-          "QorControlFacade::getParamDataAtOnce() failed on %s , t: %d ms\n", all.c_str(),
-          call.elapsedMs());
+    trace(libraryModule, tracelog::warning, 0, "QorControlFacade::%s() failed on %s , t: %d ms\n",
+          call.name(), all.c_str(), call.elapsedMs());
     if (call.eolLog() != nullptr)
         call.eolLog()->error("FAILED GET_AT_ONCE-p(%s), t: %d ms", all.c_str(), call.elapsedMs());
     return false;

@@ -35,7 +35,7 @@ void logKwpRequest(const Call& call, const QorControlFacade::KwpCommand& kwp) {
         call.eolLog()->info("KWP-send(0x%02X): [%s]", kwp.service, hex.c_str());
 }
 
-void logKwpAnswer(const AwaitedCall& call, const QorControlFacade::KwpCommand& kwp) {
+void logKwpAnswer(const TimedCallBase& call, const QorControlFacade::KwpCommand& kwp) {
     const std::string hex = hexOf(kwp.data);
     const char* const verdict = kwp.failed != 0 ? "Failed" : "OK";
     trace(libraryModule, tracelog::information, 0, "Answer on KWP = 0x%02X [%s], %s , t: %d ms\n",
@@ -44,21 +44,21 @@ void logKwpAnswer(const AwaitedCall& call, const QorControlFacade::KwpCommand& k
         call.eolLog()->info("KWP-answer(0x%02X): [%s], %s", kwp.service, hex.c_str(), verdict);
 }
 
-void logKwpFailure(const AwaitedCall& call, const QorControlFacade::KwpCommand& kwp) {
+void logKwpFailure(const TimedCallBase& call, const QorControlFacade::KwpCommand& kwp) {
     trace(libraryModule, tracelog::warning, 0, "Failed on KWP = 0x%02X , t: %d ms\n", kwp.service,
           call.elapsedMs());
     if (call.eolLog() != nullptr)
         call.eolLog()->error("FAILED KWP-send(0x%02X), t: %d ms", kwp.service, call.elapsedMs());
 }
 
-void logCanFailure(const AwaitedCall& call, const char* direction, const char* format) {
+void logCanFailure(const TimedCallBase& call, const char* direction, const char* format) {
     trace(libraryModule, tracelog::warning, 0, "Failed on CanBus-%s, t: %d ms\n", direction,
           call.elapsedMs());
     if (call.eolLog() != nullptr) call.eolLog()->error(format, call.elapsedMs());
 }
 
 /// "QorControlFacade::<operation>() failed, ..." in the trace.
-void traceFailure(const AwaitedCall& call) {
+void traceFailure(const TimedCallBase& call) {
     trace(libraryModule, tracelog::warning, 0, "QorControlFacade::%s() failed, t: %d ms\n",
           call.name(), call.elapsedMs());
 }
@@ -72,7 +72,7 @@ bool QorControlFacade::clearDtc(unsigned int timeoutMs) const {
               call.elapsedMs());
         return true;
     }
-    if (call.wasPosted()) traceFailure(call);
+    if (call.hasFailed()) traceFailure(call);
     return false;
 }
 
@@ -85,7 +85,7 @@ bool QorControlFacade::getDtcByStatus(std::vector<DtcDescription>& dtcs,
               static_cast<int>(dtcs.size()), call.elapsedMs());
         return true;
     }
-    if (call.wasPosted()) traceFailure(call);
+    if (call.hasFailed()) traceFailure(call);
     return false;
 }
 
@@ -93,7 +93,7 @@ bool QorControlFacade::sendKwpCommand(KwpCommand& kwp, unsigned int timeoutMs) c
     TimedCall<Kind::sendKwpCommand> call(*impl_, timeoutMs);
     if (!call.post(timeoutMs, kwp)) return false;
     logKwpRequest(call, kwp);  // the request is on its way before its lines are written
-    auto* const answer = call.awaitResults();
+    auto* const answer = call.await();
     if (answer == nullptr) {
         logKwpFailure(call, kwp);
         return false;
@@ -112,7 +112,7 @@ bool QorControlFacade::getCanBusData(CanBusData& data, unsigned int timeoutMs) c
               ofFrames(data).c_str(), call.elapsedMs());
         return true;
     }
-    if (call.wasPosted()) logCanFailure(call, "get", "FAILED CanBus-get, t: %d ms");
+    if (call.hasFailed()) logCanFailure(call, "get", "FAILED CanBus-get, t: %d ms");
     return false;
 }
 
@@ -120,6 +120,6 @@ bool QorControlFacade::sendCanBusMsg(unsigned int first, unsigned int second,
                                      const std::string& message, unsigned int timeoutMs) const {
     TimedCall<Kind::sendCanBusMsg> call(*impl_, timeoutMs);
     if (call.run(first, second, message, timeoutMs)) return true;
-    if (call.wasPosted()) logCanFailure(call, "send", "FAILED CanBus-send, t: %d ms");
+    if (call.hasFailed()) logCanFailure(call, "send", "FAILED CanBus-send, t: %d ms");
     return false;
 }

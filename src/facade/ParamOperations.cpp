@@ -25,11 +25,10 @@ char asCharacter(double value) {
 bool QorControlFacade::getParamDescription(const std::string& name,
                                            wex::ParamDescription& desc) const {
     TimedCall<Kind::getParamDescription> call(*impl_);
-    wex::ParamDescription asked = desc;
-    asked.name = name;
-    if (!call.post(name, std::move(asked))) return false;
+    if (!call.isOperating()) return false;
     desc.name = name;
-    if (const auto* const answer = call.awaitResults()) {
+    call.send(name, desc);
+    if (const auto* const answer = call.await()) {
         desc = answer->description;
         return true;
     }
@@ -41,24 +40,23 @@ bool QorControlFacade::getParamData(const std::string& name, std::vector<double>
                                     std::vector<double>& second, std::vector<double>& third,
                                     unsigned int timeoutMs) const {
     TimedCall<Kind::getParamData> call(*impl_, timeoutMs);
-    auto& channel = call.channel();
-    if (!channel.agent.mayBeOperating()) return false;
-    if (channel.values.find(name, values, second, third)) return true;
+    auto& shared = call.channel();
+    if (!shared.agent.mayBeOperating()) return false;
+    if (shared.values.find(name, values, second, third)) return true;
     if (auto* const answer = call.ask(name, timeoutMs)) {
         values = answer->values;
         second = answer->second;
         third = answer->third;
         const std::string shown = text::ofValues(answer->values);
-        channel.values.store(name, {std::move(answer->values), std::move(answer->second),
-                                    std::move(answer->third), answer->stamp});
+        shared.values.store(name, {std::move(answer->values), std::move(answer->second),
+                                   std::move(answer->third), answer->stamp});
         paramlines::traceValue(call, "get", name, shown);
         return true;
     }
-    if (!call.wasPosted()) return false;
+    if (!call.hasFailed()) return false;
     paramlines::traceFailure(call, name);
-    trace(libraryModule, tracelog::information, 0,
-          "QorControlFacade::getParamData() isEcuOnline=%s\n",
-          channel.contact.isEcuOnline() ? "true" : "false");
+    trace(libraryModule, tracelog::information, 0, "QorControlFacade::%s() isEcuOnline=%s\n",
+          call.name(), shared.contact.isEcuOnline() ? "true" : "false");
     paramlines::logFailure(call, "FAILED GET-param(%s), t: %d ms", name);
     return false;
 }
@@ -89,7 +87,7 @@ bool QorControlFacade::setParamData(const std::string& name, const std::vector<d
         call.channel().values.store(name, {values, second, third, call.request().stamp});
         return true;
     }
-    if (call.wasPosted()) {
+    if (call.hasFailed()) {
         paramlines::traceFailure(call, name);
         paramlines::logFailure(call, "FAILED SET-param(%s), t: %d ms", name);
     }

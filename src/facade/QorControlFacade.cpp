@@ -7,6 +7,7 @@
 #include "common/Paths.h"
 #include "common/Pump.h"
 #include "facade/Call.h"
+#include "facade/FacadeImpl.h"
 #include "trace/Trace.h"
 
 using tracelog::libraryModule;
@@ -34,8 +35,8 @@ void openTraceBeside(const std::string& hostPath) {
 }
 
 /// False once there is nothing more to wait for.
-bool isStillActive(const common::Thread& thread) {
-    const common::ThreadState state = thread.state();
+bool isStillActive(const channel::AgentLife& agent) {
+    const common::ThreadState state = agent.state();
     if (state == common::ThreadState::unreadable)
         trace(libraryModule, tracelog::error, 0,
               "Can't obtain QOR Remote agent thread exit code, %s\n",
@@ -43,9 +44,9 @@ bool isStillActive(const common::Thread& thread) {
     return state == common::ThreadState::running;
 }
 
-void awaitEnd(const common::Thread& thread) {
+void awaitEnd(const channel::AgentLife& agent) {
     common::sleepMs(shutdownPollMs);
-    for (int poll = 0; poll < shutdownPolls && isStillActive(thread); ++poll) {
+    for (int poll = 0; poll < shutdownPolls && isStillActive(agent); ++poll) {
         trace(libraryModule, tracelog::warning, 0,
               "QOR Remote agent thread is still active, wait next 50 ms.\n");
         common::sleepMs(shutdownPollMs);
@@ -80,16 +81,15 @@ QorControlFacade::~QorControlFacade() {
 }
 
 void QorControlFacade::shutdown() {
-    const auto channel = impl_->channel;
-    channel::AgentLife& agent = channel->agent;
+    const auto shared = impl_->channel;
+    channel::AgentLife& agent = shared->agent;
     const channel::AgentLife::Turn turn(agent);
-    common::Thread& thread = agent.thread();
     // One that has failed and only clears up counts as ended; it looks after itself.
-    if (!thread.hasHandle() || agent.hasFailed()) return;
-    if (thread.state() != common::ThreadState::running) return;
+    if (!agent.hasHandle() || agent.hasFailed()) return;
+    if (agent.state() != common::ThreadState::running) return;
     agent.askToEnd();
-    awaitEnd(thread);
-    if (!thread.close())
+    awaitEnd(agent);
+    if (!agent.letGo())
         trace(libraryModule, tracelog::error, 0, "Can't close QOR Remote agent thread, %s\n",
               common::lastErrorText().c_str());
 }
@@ -111,14 +111,14 @@ bool QorControlFacade::isConnecting() const {
 }
 
 std::string QorControlFacade::getQorExecutablePath() {
-    const auto channel = impl_->channel;
+    const auto shared = impl_->channel;
     const auto deadline = common::Deadline::after(common::now(), executablePathMs);
     while (!deadline.hasPassed()) {
-        const std::string path = channel->executable.get();
+        const std::string path = shared->executable.get();
         if (!path.empty()) return path;
         common::pumpCopyData();
     }
-    return channel->executable.get();
+    return shared->executable.get();
 }
 
 const std::string& QorControlFacade::getEdcRamSegmentName() {

@@ -1,6 +1,4 @@
 #include <atomic>
-#include <memory>
-#include <utility>
 
 #include "facade/QorControlFacade.h"
 #include "facade/TimedCall.h"
@@ -16,15 +14,13 @@ namespace {
 /// Sets the connecting flag to the end of the block.
 class Connecting {
 public:
-    explicit Connecting(std::shared_ptr<std::atomic<bool>> flag) : flag_(std::move(flag)) {
-        *flag_ = true;
-    }
-    ~Connecting() { *flag_ = false; }
+    explicit Connecting(std::atomic<bool>& flag) : flag_(flag) { flag_ = true; }
+    ~Connecting() { flag_ = false; }
     Connecting(const Connecting&) = delete;
     Connecting& operator=(const Connecting&) = delete;
 
 private:
-    const std::shared_ptr<std::atomic<bool>> flag_;
+    std::atomic<bool>& flag_;
 };
 
 void logConnect(const Call& call, const QorControlFacade::EcuConnect& settings,
@@ -47,10 +43,9 @@ bool QorControlFacade::connect(const EcuConnect& settings, EcuConnect::ConnType 
     UntimedCall call(*impl_);
     if (!call.isOperating()) return false;
     logConnect(call, settings, type);
-    if (monitor == nullptr) return call.Call::post<Kind::connect>(settings, type);
-    const auto flag = impl_->connecting;
+    if (monitor == nullptr) return call.postUnanswered<Kind::connect>(settings, type);
     call.post<Kind::connect>(monitor, settings, type);
-    const Connecting connecting(flag);
+    const Connecting connecting(call.connecting());
     return call.await();
 }
 
@@ -74,7 +69,7 @@ bool QorControlFacade::openModel(const ModelDescription& model) const {
     if (call.eolLog() != nullptr)
         call.eolLog()->info("OPEN-model(%s): ['%s' '%s']", model.model.c_str(), model.hex.c_str(),
                             model.csv.c_str());
-    return call.post<Kind::openModel>(model);
+    return call.postUnanswered<Kind::openModel>(model);
 }
 
 bool QorControlFacade::connectCanBus(const CanBusConnect& settings,
@@ -85,7 +80,7 @@ bool QorControlFacade::connectCanBus(const CanBusConnect& settings,
 bool QorControlFacade::pingQor(unsigned int timeoutMs) const {
     TimedCall<Kind::pingQor> call(*impl_, timeoutMs);
     if (call.run(timeoutMs)) return true;
-    if (call.wasPosted())
+    if (call.hasFailed())
         trace(libraryModule, tracelog::warning, 0, "QorControlFacade::pingQor(), t: %d ms\n",
               call.elapsedMs());
     return false;

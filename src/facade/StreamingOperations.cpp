@@ -23,7 +23,7 @@ bool QorControlFacade::stopParamRead(ThreadSafeQueue<std::vector<ParamValue>>* q
     auto stopped = call.channel().streams.remove(queue);
     if (!stopped || !stopped->prepared) return true;
     return call.isOperating() &&
-           call.post<Kind::stopParamRead>(std::move(stopped->names), stopped->epoch);
+           call.postUnanswered<Kind::stopParamRead>(std::move(stopped->names), stopped->epoch);
 }
 
 bool QorControlFacade::startDtcRead(ThreadSafeQueue<std::vector<DtcDescription>>* queue,

@@ -4,11 +4,11 @@
 
 #include "common/SlicedWait.h"
 
-AwaitedCall::AwaitedCall(const QorControlFacade::Impl& impl, channel::AnswerTable& answers,
-                         const char* name)
+TimedCallBase::TimedCallBase(const QorControlFacade::Impl& impl, channel::AnswerTable& answers,
+                             const char* name)
     : Call(impl), answers_(answers), name_(name), start_(common::now()) {}
 
-AwaitedCall::~AwaitedCall() {
+TimedCallBase::~TimedCallBase() {
     if (queue_ == nullptr) return;
     if (answered_)
         answers_.giveBack(std::move(queue_));
@@ -16,18 +16,18 @@ AwaitedCall::~AwaitedCall() {
         queue_->giveUp();
 }
 
-void AwaitedCall::post(channel::Kind kind, std::shared_ptr<channel::CmdData> request) {
+void TimedCallBase::post(channel::Kind kind, std::shared_ptr<channel::CmdData> request) {
     queue_ = answers_.take();
     push({kind, std::move(request), queue_, nullptr});
 }
 
-bool AwaitedCall::await(std::uint32_t waitMs) {
+bool TimedCallBase::await(std::uint32_t waitMs) {
     waits_ = waitMs != 0;
     answered_ = popWithin(waitMs);
     return answered_ && response_.result == channel::CmdResponse::success;
 }
 
-bool AwaitedCall::popWithin(std::uint32_t waitMs) {
+bool TimedCallBase::popWithin(std::uint32_t waitMs) {
     common::SlicedWait wait(waitMs);
     do {
         if (queue_->pop(response_, wait.sliceMs())) return true;
@@ -38,6 +38,6 @@ bool AwaitedCall::popWithin(std::uint32_t waitMs) {
     return false;
 }
 
-int AwaitedCall::elapsedMs() const {
+int TimedCallBase::elapsedMs() const {
     return static_cast<int>(static_cast<std::uint32_t>(common::now() - start_));
 }

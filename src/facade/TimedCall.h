@@ -8,22 +8,20 @@
 #include "facade/Call.h"
 #include "facade/channel/AnswerTable.h"
 
-/// The course of every operation that waits for its answer within a time: note the time, see that
-/// there is an agent, find the calling thread's answer queue, post the request, wait for the
-/// answer, and give up one that does not come: then the answer goes astray, and what the agent has
-/// not begun for this caller it does not begin any more. An operation adds only its payload, its
-/// results and its lines, which tell nothing of a call that found no agent.
+/// The course of every operation that waits for its answer within a time: note the time (which
+/// costs nothing, while the next step asks the system), see that there is an agent, find the
+/// calling thread's answer queue, post the request, wait for the answer, and give up one that does
+/// not come: then the answer goes astray, and what the agent has not begun for this caller it does
+/// not begin any more. An operation adds only its payload, its results and its lines, which tell
+/// nothing of a call that found no agent.
 ///
 /// This is what does not depend on the operation; see TimedCall.
-class AwaitedCall : public Call {
+class TimedCallBase : public Call {
 public:
     /// Gives up an answer that has not come.
-    ~AwaitedCall();
-    AwaitedCall(const AwaitedCall&) = delete;
-    AwaitedCall& operator=(const AwaitedCall&) = delete;
-
-    /// Whether there was an agent to ask.
-    bool wasPosted() const { return queue_ != nullptr; }
+    ~TimedCallBase();
+    TimedCallBase(const TimedCallBase&) = delete;
+    TimedCallBase& operator=(const TimedCallBase&) = delete;
 
     /// Milliseconds since the start, as the lines print them.
     int elapsedMs() const;
@@ -32,9 +30,11 @@ public:
     const char* name() const { return name_; }
 
 protected:
+    bool wasPosted() const { return queue_ != nullptr; }
+
     /// Starts the clock of the call.
-    AwaitedCall(const QorControlFacade::Impl& impl, channel::AnswerTable& answers,
-                const char* name);
+    TimedCallBase(const QorControlFacade::Impl& impl, channel::AnswerTable& answers,
+                  const char* name);
 
     void post(channel::Kind kind, std::shared_ptr<channel::CmdData> request);
 
@@ -61,54 +61,68 @@ private:
 ///
 ///     TimedCall<channel::Kind::pingQor> call(*impl_, timeoutMs);
 ///     if (call.run(timeoutMs)) return true;  // what `run` takes makes the payload
-///     if (call.wasPosted()) trace(...);
+///     if (call.hasFailed()) trace(...);
 ///     return false;
 template <channel::Kind kind>
-class TimedCall : public AwaitedCall {
+class TimedCall : public TimedCallBase {
     using Operation = channel::Operation<kind>;
     using Data = typename Operation::Data;
+    using Wait = channel::Wait;
+    static constexpr bool isAsLongAsTheCallerSays =
+        Operation::wait == Wait::twice || Operation::wait == Wait::once;
 
 public:
-    TimedCall(const QorControlFacade::Impl& impl, unsigned int timeoutMs = 0)
-        : AwaitedCall(impl, answers(), Operation::name),
+    TimedCall(const QorControlFacade::Impl& impl, unsigned int timeoutMs)
+        : TimedCallBase(impl, answers(), Operation::name),
           waitMs_(channel::waitMs(Operation::wait, timeoutMs)) {
-        static_assert(
-            Operation::wait != channel::Wait::none && Operation::wait != channel::Wait::unlimited,
-            "see the table");
+        static_assert(isAsLongAsTheCallerSays, "see the table");
+    }
+    explicit TimedCall(const QorControlFacade::Impl& impl)
+        : TimedCallBase(impl, answers(), Operation::name),
+          waitMs_(channel::waitMs(Operation::wait, 0)) {
+        static_assert(Operation::wait == Wait::threeSeconds, "see the table");
     }
 
     /// Posts the request; false if there is no agent.
     template <class... Args>
     bool post(Args&&... payload) {
         if (!isOperating()) return false;
-        request_ = std::make_shared<Data>(std::forward<Args>(payload)...);
-        AwaitedCall::post(kind, request_);
+        send(std::forward<Args>(payload)...);
         return true;
     }
+    /// The same, for who has just seen that there is one.
+    template <class... Args>
+    void send(Args&&... payload) {
+        request_ = std::make_shared<Data>(std::forward<Args>(payload)...);
+        TimedCallBase::post(kind, request_);
+    }
 
-    /// Waits for what was posted; true if it succeeded.
-    bool await() { return AwaitedCall::await(waitMs_); }
+    /// Waits for what was posted and gives the results, which are the caller's then: what is taken
+    /// out of them does not live on in the answer queue's slot. They are in the request's own
+    /// payload where the answer has none. Null after a failure, and an answer of another type is
+    /// one.
+    Data* await() {
+        if (TimedCallBase::await(waitMs_))
+            results_ = answerData() == nullptr ? request_.get() : dynamic_cast<Data*>(answerData());
+        return results_;
+    }
 
-    /// The same, and gives the results, which are the caller's then: what is taken out of them does
-    /// not live on in the answer queue's slot. They are in the request's own payload where the
-    /// answer has none. Null after a failure.
-    Data* awaitResults() {
-        if (!await()) return nullptr;
-        return answerData() != nullptr ? dynamic_cast<Data*>(answerData()) : request_.get();
+    /// Posts and waits.
+    template <class... Args>
+    Data* ask(Args&&... payload) {
+        return post(std::forward<Args>(payload)...) ? await() : nullptr;
+    }
+    template <class... Args>
+    bool run(Args&&... payload) {
+        return ask(std::forward<Args>(payload)...) != nullptr;
     }
 
     /// What was posted.
     const Data& request() const { return *request_; }
 
-    /// Posts and waits.
-    template <class... Args>
-    bool run(Args&&... payload) {
-        return post(std::forward<Args>(payload)...) && await();
-    }
-    template <class... Args>
-    Data* ask(Args&&... payload) {
-        return post(std::forward<Args>(payload)...) ? awaitResults() : nullptr;
-    }
+    /// The agent was asked, and it did not work: that is to be told. A call that found no agent
+    /// fails without a line.
+    bool hasFailed() const { return wasPosted() && results_ == nullptr; }
 
 private:
     /// One per operation, for the whole process.
@@ -119,4 +133,5 @@ private:
 
     const std::uint32_t waitMs_;
     std::shared_ptr<Data> request_;
+    Data* results_ = nullptr;
 };

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <atomic>
+#include <memory>
 #include <utility>
 
 #include "facade/Call.h"
@@ -7,13 +9,16 @@
 /// A call that waits without a time limit and keeps the calling thread's windows alive meanwhile.
 class UntimedCall : public Call {
 public:
-    using Call::Call;
+    explicit UntimedCall(const QorControlFacade::Impl& impl)
+        : Call(impl), connecting_(impl.connecting) {}
 
     /// Posts the request with the host's monitor, which the agent may call until it has answered.
     template <channel::Kind kind, class... Args>
     void post(IProgressMonitor* monitor, Args&&... payload) {
-        static_assert(channel::Operation<kind>::wait == channel::Wait::unlimited, "see the table");
-        using Data = typename channel::Operation<kind>::Data;
+        using Operation = channel::Operation<kind>;
+        static_assert(Operation::wait == channel::Wait::unlimited, "see the table");
+        using Data = typename Operation::Data;
+        answers_ = std::make_shared<channel::AnswerQueue>(1);
         push({kind, std::make_shared<Data>(std::forward<Args>(payload)...), answers_, monitor});
     }
 
@@ -25,9 +30,12 @@ public:
         return response.result == channel::CmdResponse::success;
     }
 
+    /// The facade's, see there.
+    std::atomic<bool>& connecting() const { return *connecting_; }
+
 private:
     static constexpr unsigned int pollMs = 1;
 
-    const std::shared_ptr<channel::AnswerQueue> answers_ =
-        std::make_shared<channel::AnswerQueue>(1);
+    const std::shared_ptr<std::atomic<bool>> connecting_;
+    std::shared_ptr<channel::AnswerQueue> answers_;
 };

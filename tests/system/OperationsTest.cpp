@@ -9,7 +9,7 @@
 #include <string>
 #include <tuple>
 
-#include "facade/channel/Kind.h"
+#include "facade/channel/OperationTable.h"
 #include "Models.h"
 #include "OperationTable.h"
 #include "Station.h"

@@ -6,15 +6,12 @@
 
 namespace channel {
 
-/// The agent's thread, and what its two sides tell each other about its end. The thread's handle
-/// belongs to the facade, the end of its work to the agent; anybody may ask.
+/// The agent's thread, and what its two sides tell each other about its end. Anybody may ask; all
+/// of it is atomic.
 class AgentLife {
 public:
-    /// See common::Thread. Once, by the facade.
-    bool start(common::Thread::Entry entry, void* share) { return thread_.start(entry, share); }
-
-    /// Whether the agent still works: it has not noted its end, and the system says so too (a
-    /// thread can end without returning).
+    /// Whether the agent still works: it has not failed, and the system says that its thread runs
+    /// (which can end without returning).
     bool isOperating() const;
 
     /// The same without asking the system, which costs more than a look into the value cache.
@@ -28,9 +25,13 @@ public:
     void noteFailure() { failed_ = true; }
     bool hasFailed() const { return failed_; }
 
-    /// For whoever awaits its end. The turn lets one caller in at a time, for as long as it lives.
+    /// The facade's part, see common::Thread: it starts the thread, and one turn at a time awaits
+    /// its end and lets it go.
     class Turn;
-    common::Thread& thread() { return thread_; }
+    bool start(common::Thread::Entry entry, void* share) { return thread_.start(entry, share); }
+    bool hasHandle() const { return thread_.hasHandle(); }
+    common::ThreadState state() const { return thread_.state(); }
+    bool letGo() { return thread_.close(); }
 
 private:
     common::Thread thread_;
@@ -39,7 +40,7 @@ private:
     std::atomic<bool> isBeingEnded_{false};
 };
 
-/// Others wait for their turn by sleeping: a lock must not be held so long.
+/// For as long as it lives. Others wait for theirs by sleeping: a lock must not be held so long.
 class AgentLife::Turn {
 public:
     explicit Turn(AgentLife& agent);

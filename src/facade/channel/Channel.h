@@ -17,8 +17,8 @@ namespace channel {
 /// running operation hold a share of it: an agent that was let go, or an operation that outlives
 /// the facade, touches nothing that is gone.
 ///
-/// Each member looks after itself: it locks itself for a few copies, never across a wait or a
-/// call into another folder, and no thread holds two of these locks at once.
+/// Each member looks after itself: it is atomic, or locks itself for a few copies, never across a
+/// wait or a call into another folder, and no thread holds two of these locks at once.
 struct Channel {
     static constexpr unsigned int commandSlots = 10;
 

@@ -1,11 +1,12 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "common/Clock.h"
-#include "facade/channel/StreamRegistry.h"
+#include "facade/channel/HostQueues.h"
 #include "facade/QorControlFacade.h"
 
 /// The operations that the facade has the agent carry out: their payloads, and behind these the
@@ -19,9 +20,6 @@ using DtcDescription = QorControlFacade::DtcDescription;
 using EcuConnect = QorControlFacade::EcuConnect;
 using KwpCommand = QorControlFacade::KwpCommand;
 using ModelDescription = QorControlFacade::ModelDescription;
-
-/// A host's queue of trouble codes; the host owns it.
-using DtcQueue = ThreadSafeQueue<std::vector<DtcDescription>>;
 
 /// A request's payload, or that of its answer. Its concrete type goes with the kind and is checked
 /// where it is taken.
@@ -175,7 +173,7 @@ struct CmdRepeatRead : CmdData {
 ///   are answered as failures.
 /// - name: of the operation in `QorControlFacade`, and in the lines that it writes
 /// - payload: what its requests carry, of those above
-/// - wait: how long the facade waits for the answer, see `Wait` in Kind.h
+/// - wait: how long the facade waits for the answer, see `Wait` in OperationTable.h
 /// - handler: of `QorProtocolAgent`; it is declared from here
 #define QOR_OPERATIONS(ROW)                                                      \
     ROW(2, openModel, CmdDataModel, none, openModel)                             \

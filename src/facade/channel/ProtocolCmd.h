@@ -6,7 +6,7 @@
 #include "common/HostInterfaces.h"
 #include "common/Interest.h"
 #include "common/ThreadSafeQueue.h"
-#include "facade/channel/Kind.h"
+#include "facade/channel/OperationTable.h"
 
 namespace channel {
 

@@ -15,6 +15,7 @@ public:
     /// As if there never had been any.
     void forget() { lastQorContactTick_ = common::Moment(); }
 
+    /// For tests.
     common::Moment last() const { return lastQorContactTick_; }
 
     bool isEcuOnline() const { return isWithin(onlineMs); }

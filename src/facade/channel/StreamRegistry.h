@@ -7,12 +7,9 @@
 #include <vector>
 
 #include "common/Guarded.h"
-#include "facade/QorControlFacade.h"
+#include "facade/channel/HostQueues.h"
 
 namespace channel {
-
-/// A host's queue of streamed values; the host owns it.
-using ParamQueue = ThreadSafeQueue<std::vector<QorControlFacade::ParamValue>>;
 
 /// What one host queue is to be filled with.
 struct RepeatRead {

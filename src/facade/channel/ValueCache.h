@@ -26,7 +26,7 @@ public:
 
     /// The refresh period of the ECU that is being connected.
     void setReadPeriod(std::uint32_t periodMs);
-    std::uint32_t readPeriodMs();
+    std::uint32_t readPeriodMs();  ///< for tests
 
     /// Copies the arrays out; false (and nothing changed) if there are none or they are half a
     /// refresh period old. A period of 0 or 1 thus never answers.
@@ -34,7 +34,7 @@ public:
               std::vector<double>& third);
     void store(const std::string& name, CachedValue value);
 
-    /// All of them, of whatever age.
+    /// All of them, of whatever age; for tests.
     std::map<std::string, CachedValue> all();
 
     /// From now on nothing is served that was stored before: it was another QOR's, or another

@@ -88,11 +88,11 @@ TEST_F(Lifecycle, AShutdownOfADeadAgentReturnsAtOnceAndLeavesEverything) {
     agent.script().endsByItself = true;
     start();
     const auto channel = agent.channel();
-    while (channel->agent.thread().state() == common::ThreadState::running) Sleep(1);
+    while (channel->agent.state() == common::ThreadState::running) Sleep(1);
     sleeps = 0;
     facade->shutdown();
     EXPECT_EQ(sleeps, 0);
-    EXPECT_TRUE(channel->agent.thread().hasHandle());
+    EXPECT_TRUE(channel->agent.hasHandle());
     EXPECT_TRUE(channel->agent.mayGoOn());
 }
 

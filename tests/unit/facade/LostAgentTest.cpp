@@ -16,7 +16,7 @@ protected:
     /// Until the system says that the thread has ended, whatever the thread itself has noted.
     void awaitEnd() {
         const auto channel = agent.channel();
-        while (channel->agent.thread().state() == common::ThreadState::running) Sleep(1);
+        while (channel->agent.state() == common::ThreadState::running) Sleep(1);
     }
     /// The agent answers one read and then ends in the middle of the next request.
     void endAfterOneRead() {

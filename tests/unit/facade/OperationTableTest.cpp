@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "facade/channel/Kind.h"
+#include "facade/channel/OperationTable.h"
 #include "support/MarkdownTable.h"
 #include "TimedOperationTable.h"
 

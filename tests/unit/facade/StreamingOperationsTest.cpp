@@ -28,7 +28,7 @@ protected:
     void endAgent() {
         const auto channel = agent.channel();
         channel->agent.askToEnd();
-        while (channel->agent.thread().state() == common::ThreadState::running) Sleep(1);
+        while (channel->agent.state() == common::ThreadState::running) Sleep(1);
     }
     /// All requests so far, once a ping behind them has been taken.
     std::vector<Cmd> requestsBeforeAPing() {

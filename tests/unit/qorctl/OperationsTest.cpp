@@ -5,7 +5,7 @@
 #include <set>
 #include <string>
 
-#include "facade/channel/Kind.h"
+#include "facade/channel/OperationTable.h"
 
 namespace {
 

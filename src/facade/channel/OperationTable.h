@@ -15,6 +15,8 @@ enum class Kind : std::uint32_t {
 #undef QOR_KIND
 };
 
+constexpr std::uint32_t descriptionWaitMs = 3000;
+
 /// How long the facade waits for an answer.
 enum class Wait {
     none,          ///< not at all: no answer is wanted
@@ -32,7 +34,7 @@ constexpr std::uint32_t waitMs(Wait wait, std::uint32_t timeoutMs) {
         case Wait::once:
             return timeoutMs;
         case Wait::threeSeconds:
-            return 3000;
+            return descriptionWaitMs;
         case Wait::unlimited:
             return common::noLimitMs;
         case Wait::none:

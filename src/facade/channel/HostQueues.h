@@ -1,0 +1,14 @@
+#pragma once
+
+#include <vector>
+
+#include "common/ThreadSafeQueue.h"
+#include "facade/QorControlFacade.h"
+
+/// The queues that streams fill; the host owns them.
+namespace channel {
+
+using ParamQueue = ThreadSafeQueue<std::vector<QorControlFacade::ParamValue>>;
+using DtcQueue = ThreadSafeQueue<std::vector<QorControlFacade::DtcDescription>>;
+
+}  // namespace channel
