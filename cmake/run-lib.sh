@@ -20,8 +20,10 @@ QOR_RUN_ID=$$-$(date +%s%N)
 export QOR_RUN_ID
 besideId=$QOR_RUN_ID-beside
 
-# Nearly all tests spend their time waiting, so there are more of them at once than cores.
-testJobs=$(($(nproc) * 3))
+# Nearly all tests spend their time waiting, so there are more of them at once than cores. (Many
+# more would disturb those that measure time.)
+testJobs=$(($(nproc) * 2))
+[ "$testJobs" -le 8 ] || testJobs=8
 
 fail() {
     echo "run: $*" >&2
@@ -56,8 +58,9 @@ interruptible() {
     return "$status"
 }
 
-# noteTestTimes PRESET: from what CTest has written.
+# noteTestTimes PRESET: from what CTest has written, if it came so far.
 noteTestTimes() {
+    [ -f "$build/logs/tests-$1.xml" ] || return 0
     slowTests+=$(sed -nE 's/^.*<testcase name="([^"]*)".* time="([0-9.]+)".*$/\2 \1/p' \
         "$build/logs/tests-$1.xml" | awk -v preset="$1" '{ printf "%8.1f s  %s: %s\n", $1, preset, $2 }')
     slowTests+=$'\n'
@@ -66,7 +69,7 @@ noteTestTimes() {
 printSlowest() {
     [ -n "$slowTests" ] || return 0
     echo "== the ten slowest test programs"
-    sort -rn <<<"$slowTests" | sed '/^$/d; 10q'
+    sort -rn <<<"$slowTests" | awk 'NF && ++shown <= 10' # to its end: "sort" must not meet a closed pipe
 }
 
 # beginBeside COMMAND...: runs it on what the machine has left over, its output into a file.
@@ -79,12 +82,18 @@ beginBeside() {
     beside=$!
 }
 
-# awaitBeside: nothing goes before it any more; shows its output only when it has failed.
+# Its number may be a stranger's once it has ended.
+besideRuns() {
+    [ -n "$beside" ] && jobs -pr | grep -qx "$beside"
+}
+
+# awaitBeside: nothing goes before it any more, if that is permitted; shows its output only when it
+# has failed.
 awaitBeside() {
     local pid rest status=0
     while read -r pid rest; do
-        { chrt --other -p 0 "$pid" && renice -n 0 -p "$pid"; } >/dev/null 2>&1 || true
-    done < <(echo "$beside" && markedProcesses QOR_RUN_ID "$besideId")
+        { chrt --other -p 0 "$pid"; renice -n 0 -p "$pid"; } >/dev/null 2>&1 || true
+    done < <({ ! besideRuns || echo "$beside"; } && markedProcesses QOR_RUN_ID "$besideId")
     wait "$beside" || status=$?
     beside=""
     [ "$status" = 0 ] || tail -n 40 "$build/logs/beside.log" >&2
@@ -147,13 +156,14 @@ cleanUp() {
     local mark pid rest
     trap '' INT TERM HUP
     stopChild
-    [ -z "$beside" ] || { kill -KILL "$beside" && wait "$beside"; } 2>/dev/null || true
+    ! besideRuns || { kill -KILL "$beside" && wait "$beside"; } 2>/dev/null || true
     if [ -n "$winePrefix" ]; then
         stopWine "$winePrefix"
         stopWine "$winePrefix.new"
         rm -rf "$winePrefix.new"
     fi
-    for mark in "$besideId" "$QOR_RUN_ID"; do
+    # Builds go on starting processes while they are being ended.
+    for mark in "$besideId" "$besideId" "$besideId" "$QOR_RUN_ID"; do
         while read -r pid rest; do
             kill -KILL "$pid" 2>/dev/null || true
         done < <(markedProcesses QOR_RUN_ID "$mark")

@@ -56,8 +56,10 @@ class Git:
         return self.commit("rev-parse", "--verify", "-q", "HEAD~1")
 
     def changed_since(self, base):
-        names = self.lines("diff", "--name-only", "--diff-filter=d", base) or []
-        return names + (self.lines("ls-files", "--others", "--exclude-standard") or [])
+        """Names of files; None if git cannot tell."""
+        names = self.lines("diff", "--name-only", "--diff-filter=d", base)
+        others = self.lines("ls-files", "--others", "--exclude-standard")
+        return None if names is None or others is None else names + others
 
 
 def digest(root, name):
@@ -128,7 +130,11 @@ def main():
         print("clang-tidy: no earlier commit to compare with; \"./run tidy\" looks at everything")
         return 0
     known = state.get("clean", {})
-    changed = [n for n in git.changed_since(base) if n.startswith(FOLDERS)]
+    names = git.changed_since(base)
+    if names is None:
+        print("clang-tidy: git cannot tell what has changed since " + base)
+        return 1
+    changed = [n for n in names if n.startswith(FOLDERS)]
     digests = {name: digest(root, name) for name in changed}
     news = [name for name in changed if known.get(name) != digests[name]]
     shown = Sources(root, build).that_show(news)

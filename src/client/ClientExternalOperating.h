@@ -21,10 +21,10 @@
 /// for the answers. It is what its transport hands everything to that QOR sends; the handlers of
 /// those commands store it here through the `on...` operations.
 ///
-/// All operations but those belong to the thread that made the client (the agent thread); they
-/// return true on success and throw nothing but std::bad_alloc. Only `connectEcu` reports, to its
-/// monitor. While they wait they dispatch that
-/// thread's copy-data messages. Time-outs are milliseconds, with the transport's special values.
+/// All operations but those of the receiving side belong to the thread that made the client (the
+/// agent thread); they return true on success and throw nothing but std::bad_alloc. Only
+/// `connectEcu` reports, to its monitor. While they wait they dispatch that thread's copy-data
+/// messages. Time-outs are milliseconds, with the transport's special values.
 class ClientExternalOperating : public ICommandReceiver {
 public:
     /// Hears of each change of a connect's progress, on the agent thread.
@@ -139,7 +139,8 @@ public:
     const Prototypes& prototypes() const override { return prototypes_; }
     bool handleCommand(IExternalCommand& command,
                        IExternalCommand::ICommandReplyer& replyer) override;
-    /// Also said when QOR has opened another model: it knows other parameters then.
+    /// Also said when QOR has opened another model, then on the agent thread: it knows other
+    /// parameters from then on.
     void onNewQor() override;
     void onParamValue(std::int32_t id, double value);
     void onParamInfo(const protocol::ParamInfo& record);

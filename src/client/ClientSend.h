@@ -16,7 +16,7 @@ constexpr unsigned int resolveMs = 400;
 
 /// A time-out with some extra time for QOR; "no limit" stays what it is.
 constexpr unsigned int withExtra(unsigned int timeoutMs, unsigned int extraMs) {
-    return timeoutMs == IExternalCommandFactory::noLimit ? timeoutMs : timeoutMs + extraMs;
+    return timeoutMs == common::noLimitMs ? timeoutMs : timeoutMs + extraMs;
 }
 
 }  // namespace clientsend

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <algorithm>
 #include <cstdint>
 
 #include "common/Deadline.h"
@@ -19,13 +18,12 @@ namespace common {
 /// There is one slice at least, and the clock is read once at the start and once behind each.
 class SlicedWait {
 public:
-    /// Waits `spanMs`, with `noLimitMs` for ever; any other number is a span like any other. No
-    /// slice is longer than `longestSliceMs`.
-    explicit SlicedWait(std::uint32_t spanMs, std::uint32_t longestSliceMs = noLimitMs)
-        : deadline_(endOf(now(), spanMs)), longestSliceMs_(longestSliceMs), remainingMs_(spanMs) {}
+    /// Waits `spanMs`, with `noLimitMs` for ever; any other number is a span like any other.
+    explicit SlicedWait(std::uint32_t spanMs)
+        : deadline_(endOf(now(), spanMs)), remainingMs_(spanMs) {}
 
     /// How long the present slice may take; `noLimitMs`: as long as it wants.
-    std::uint32_t sliceMs() const { return std::min(remainingMs_, longestSliceMs_); }
+    std::uint32_t sliceMs() const { return remainingMs_; }
 
     /// Looks at the clock. Not strict: false once the whole span has passed.
     bool goesOn() {
@@ -41,7 +39,6 @@ private:
     }
 
     const Deadline deadline_;
-    const std::uint32_t longestSliceMs_;
     std::uint32_t remainingMs_;
 };
 

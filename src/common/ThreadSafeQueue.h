@@ -47,8 +47,8 @@ public:
         event_.signal();
     }
 
-    /// Takes the oldest item; on an empty ring waits once, at most `timeoutMs`
-    /// (`Event::infinite`: no limit). A signal left over from an item that was taken without
+    /// Takes the oldest item; on an empty ring waits once, at most `timeoutMs` (0xFFFFFFFF,
+    /// `common::Event::infinite`: no limit). A signal left over from an item that was taken without
     /// waiting ends the wait early, so false does not always mean that the whole time has passed.
     bool pop(T& item, unsigned int timeoutMs) {
         lock_.enter();

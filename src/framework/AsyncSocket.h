@@ -43,7 +43,6 @@ public:
     SOCKET m_hSocket = INVALID_SOCKET;
 
 protected:
-    // Two of them never matter: QOR sends nothing out of band, and nothing here listens.
     virtual void OnReceive(int) {}
     virtual void OnSend(int) {}
     // QOR sends no urgent data and the library never listens: the framework's slots all the same.

@@ -23,7 +23,7 @@ ClientConnInstance::~ClientConnInstance() {
 
 bool ClientConnInstance::ensureConnected(unsigned int timeoutMs) {
     if (isConnected() && !isEnding()) return true;
-    const unsigned int attemptMs = timeoutMs == noLimit ? unlimitedAttemptMs : timeoutMs;
+    const unsigned int attemptMs = timeoutMs == common::noLimitMs ? unlimitedAttemptMs : timeoutMs;
     const auto deadline = common::Deadline::after(common::now(), timeoutMs);
     for (;;) {
         if (isEnding()) return false;

@@ -14,12 +14,10 @@ public:
                        ConnectionDataAccepter& accepter);
     ~ClientConnInstance() override;
 
-    /// "No time limit" for `ensureConnected`; a single attempt then takes at most 3 s. The worker
-    /// always sets a limit, so that commands do not wait for a QOR that is not there.
-    static constexpr unsigned int noLimit = common::noLimitMs;
-
     /// Returns true if the connection stands, otherwise tries to make it, again and again, for
-    /// about `timeoutMs`. A refused attempt lasts as long as one without an answer.
+    /// about `timeoutMs`. A refused attempt lasts as long as one without an answer. Without a limit
+    /// (the worker always sets one, so that commands do not wait for a QOR that is not there) a
+    /// single attempt takes at most 3 s.
     bool ensureConnected(unsigned int timeoutMs);
 
     bool isConnected() const { return isOpen() && connected_; }

@@ -48,7 +48,7 @@ public:
 
     /// From any thread. On the worker's own thread (in a handler) the bytes go straight to the
     /// connection, nothing waits and the result is true; without a connection they are dropped.
-    /// Elsewhere: with `doNotWait` true as soon as the command is queued; with `noLimit` the
+    /// Elsewhere: with `doNotWait` true as soon as the command is queued; without a limit the
     /// worker gives the request up at its next pass unless the answer is already there.
     bool send(std::unique_ptr<IExternalCommand> command, unsigned int timeoutMs) override;
 
@@ -65,7 +65,8 @@ public:
     void onData(ConnInstance& connection, const std::string& bytes) override;
     /// Nothing to do: the worker sees by itself that a connection is gone, and makes the next.
     void onClosed(ConnInstance& connection) override;
-    /// Never: `stop` lets an attempt end by itself, which takes a second at most.
+    /// Never: `stop` lets an attempt end by itself, which takes two seconds at most, unless a name
+    /// is looked up.
     bool isStopping() const override;
 
 private:

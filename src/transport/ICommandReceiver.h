@@ -33,9 +33,10 @@ public:
     virtual bool handleCommand(IExternalCommand& command,
                                IExternalCommand::ICommandReplyer& replyer) = 0;
 
-    /// QOR is another one from now on, for all that the transport knows: the connection is a new
-    /// one, or its window is another one or that of another process. Said before anything that it
-    /// sends is handled, and before any permit is asked for a command that leaves for it.
+    /// QOR is another one from now on, for all that the transport knows: the connection is one
+    /// after the first, or its window is another one or that of another process. Said before
+    /// anything that it sends is handled, and before any permit is asked for a command that leaves
+    /// for it.
     virtual void onNewQor() = 0;
 
 protected:

@@ -11,9 +11,8 @@
 /// was given. The client owns exactly one.
 class IExternalCommandFactory {
 public:
-    /// Special values of a time-out in milliseconds.
+    /// Special values of a time-out in milliseconds; `common::noLimitMs` is one besides.
     static constexpr unsigned int doNotWait = 0;
-    static constexpr unsigned int noLimit = common::noLimitMs;
     static constexpr unsigned int useDefault = common::transportDefaultMs;
 
     /// Delivers `command`; true if QOR acknowledged or answered it within `timeoutMs`. True does
@@ -23,8 +22,8 @@ public:
 
     virtual ~IExternalCommandFactory() = default;
 
-    /// What `useDefault` stands for, per command id. The client has a time-out of its own for every
-    /// operation and never asks for it.
+    /// What `useDefault` stands for, per command id. Asked for when a host passes that number; the
+    /// client's own time-outs never are it.
     virtual unsigned int defaultTimeout(unsigned int commandType) const = 0;
 
     /// Asked on the thread that sends a command, immediately before its bytes leave.

@@ -9,6 +9,7 @@
 
 #include "Crowd.h"
 #include "facade/QorControlFacade.h"
+#include "support/FakeMonitor.h"
 #include "UnreliableAgent.h"
 
 namespace {
@@ -184,6 +185,39 @@ TEST(FacadeLifeRace, WaitingOperationsOutliveTheFacade) {
     crowd.add(threads, [&](int) { EXPECT_FALSE(facade->pingQor(500)); });
     agent.awaitRequests(threads);
     facade.reset();
+    crowd.join();
+}
+
+/// A host's log that keeps whoever writes a line waiting until the test lets it go on.
+class SlowLog final : public EolLog {
+public:
+    void reserved1(const char*, ...) const override {}
+    void info(const char*, ...) const override { wait(); }
+    void error(const char*, ...) const override { wait(); }
+
+    mutable std::atomic<bool> written{false};
+    std::atomic<bool> mayGoOn{false};
+
+private:
+    void wait() const {
+        written = true;
+        while (!mayGoOn) common::sleepMs(1);
+    }
+};
+
+TEST(FacadeLifeRace, AConnectOutlivesTheFacadeFromItsFirstLineOn) {
+    UnreliableAgent agent;
+    SlowLog log;
+    auto facade = std::make_unique<QorControlFacade>("settings", &log, 20, "");
+    QorControlFacade* const host = facade.get();
+    Crowd crowd;
+    crowd.add(1, [&](int) {
+        FakeMonitor monitor;
+        EXPECT_FALSE(host->connect({}, QorControlFacade::EcuConnect::Default, &monitor));
+    });
+    while (!log.written) common::sleepMs(1);
+    facade.reset();
+    log.mayGoOn = true;
     crowd.join();
 }
 

@@ -1,6 +1,8 @@
 // Every request kind in one table: what it makes the client send, with how much time for QOR, and
 // what its answer carries.
 
+#include <set>
+
 #include "AgentFixture.h"
 
 namespace {
@@ -170,6 +172,14 @@ private:
 };
 
 INSTANTIATE_TEST_SUITE_P(Of, AgentHandlers, ::testing::ValuesIn(rows()), rowName);
+
+TEST(AgentHandlerTable, HasARowForEveryOperationButTheStreams) {
+    std::set<Kind> streams{Kind::startDtcRead, Kind::stopDtcRead, Kind::stopParamRead};
+    std::set<Kind> tested;
+    for (const HandlerRow& row : rows()) tested.insert(row.kind);
+    for (const auto& row : channel::operations)
+        EXPECT_EQ(tested.count(row.kind), streams.count(row.kind) == 0 ? 1u : 0u) << row.name;
+}
 
 TEST_P(AgentHandlers, ASuccessHasSentItsCommandsAndAnswersOnceWithItsResults) {
     answersAll();

@@ -76,19 +76,6 @@ TEST(SlicedWait, MeasuresAcrossTheWrapOfTheTicks) {
     EXPECT_FALSE(wait.goesOn());
 }
 
-TEST(SlicedWait, NoSliceIsLongerThanTheLongest) {
-    FakeClock clock;
-    SlicedWait wait(25, 10);
-    EXPECT_EQ(wait.sliceMs(), 10u);
-    clock.advance(10);
-    EXPECT_TRUE(wait.goesOn());
-    EXPECT_EQ(wait.sliceMs(), 10u);
-    clock.advance(10);
-    EXPECT_TRUE(wait.goesOn());
-    EXPECT_EQ(wait.sliceMs(), 5u);
-    EXPECT_EQ(SlicedWait(common::noLimitMs, 10).sliceMs(), 10u);
-}
-
 TEST(SlicedWait, ReadsTheClockOnceAtTheStartAndOnceBehindEachSlice) {
     FakeClock clock;
     const std::uint32_t before = clock.now();

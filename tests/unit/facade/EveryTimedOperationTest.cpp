@@ -79,7 +79,6 @@ TEST_P(TimedOperations, WithoutALogASuccessIsASuccess) {
 }
 
 TEST_P(TimedOperations, ResultsOfAnotherTypeAreAFailure) {
-    if (!GetParam().results) return;
     struct ForeignData : channel::CmdData {};
     agent.script().onRequest = [this](Channel&, const Cmd& command) {
         clock.advance(37);
@@ -88,6 +87,16 @@ TEST_P(TimedOperations, ResultsOfAnotherTypeAreAFailure) {
     start();
     EXPECT_FALSE(call());
     EXPECT_THAT(trace(), ElementsAreArray(GetParam().failureTrace));
+}
+
+TEST_P(TimedOperations, AfterAShutdownItFailsAtOnceWithoutALine) {
+    start();
+    facade->shutdown();
+    const auto lines = trace().size();
+    EXPECT_FALSE(call(noLimit));
+    EXPECT_EQ(trace().size(), lines);
+    EXPECT_THAT(log.lines(), IsEmpty());
+    EXPECT_THAT(agent.requests(), IsEmpty());
 }
 
 TEST_P(TimedOperations, AnAnswerWithoutResultsMeansTheRequestsOwn) {

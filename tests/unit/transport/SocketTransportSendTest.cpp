@@ -146,7 +146,7 @@ TEST_F(SocketTransport, TheDefaultTimeOutIsTwoSecondsForEveryCommand) {
 TEST_F(SocketTransport, ASendWithoutLimitFailsWithinSomePassesWhenTheAnswerIsNotThere) {
     const Stopwatch watch;
 
-    startSend(IExternalCommandFactory::noLimit);
+    startSend(common::noLimitMs);
 
     EXPECT_FALSE(result.get());
     EXPECT_LT(watch.ms(), 1000u);
