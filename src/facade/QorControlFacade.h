@@ -330,6 +330,7 @@ public:
     class Impl;
 
 private:
+    // Exported with the class, but called by nobody: an operation asks through a share of its own.
     bool isOperating() const;
     bool protectedMessagePump() const;
     static unsigned int __stdcall agentThread(void* share);
