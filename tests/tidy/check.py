@@ -8,7 +8,7 @@ import shutil
 import subprocess
 import sys
 from pathlib import Path
-from typing import Iterator, List, NamedTuple, Optional
+from typing import Callable, Iterator, List, NamedTuple, Optional
 
 from functions import functions_in, Unbalanced
 
@@ -222,9 +222,10 @@ def check_tree(root: Path) -> Iterator[Finding]:
     yield from check_format(root, cpp_files)
 
 
-def main() -> int:
+def report(check: Callable[[Path], Iterator[Finding]]) -> int:
+    """Prints what a check finds in the tree of the command line, by default this one; the exit code."""
     root = Path(sys.argv[1] if len(sys.argv) > 1 else Path(__file__).parents[2]).resolve()
-    findings = list(check_tree(root))
+    findings = list(check(root))
     for finding in findings:
         print(f"{finding.path}:{finding.line}: {finding.text}")
     print(f"{len(findings)} findings")
@@ -232,4 +233,4 @@ def main() -> int:
 
 
 if __name__ == "__main__":
-    sys.exit(main())
+    sys.exit(report(check_tree))

@@ -10,7 +10,7 @@ from pathlib import Path
 from typing import Dict, Iterator, List, Optional, Tuple
 
 sys.dont_write_bytecode = True
-from check import Finding, list_files, read_text  # noqa: E402
+from check import Finding, list_files, read_text, report  # noqa: E402
 
 BINDING = Path("docs/binding.md")
 GENERATED = {"build", "out"}  # folders that no checkout has
@@ -169,14 +169,5 @@ def check_documents(root: Path) -> Iterator[Finding]:
         yield from check_texts(root, text, paths)
 
 
-def main() -> int:
-    root = Path(sys.argv[1] if len(sys.argv) > 1 else Path(__file__).parents[2]).resolve()
-    findings = list(check_documents(root))
-    for finding in findings:
-        print(f"{finding.path}:{finding.line}: {finding.text}")
-    print(f"{len(findings)} findings")
-    return 1 if findings else 0
-
-
 if __name__ == "__main__":
-    sys.exit(main())
+    sys.exit(report(check_documents))
