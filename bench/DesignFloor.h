@@ -3,8 +3,8 @@
 #include <atomic>
 
 #include "common/Thread.h"
-#include "common/ThreadSafeQueue.h"
 #include "Process.h"
+#include "qorcontrol/ThreadSafeQueue.h"
 
 /// The floor of the transport's design: the same 32 bytes over the asynchronous socket with its
 /// message pump, handed to that socket's thread and back by two queues. No protocol, no ids.

@@ -12,8 +12,8 @@
 #include "client/IMessageBox.h"
 #include "client/IProcessStarter.h"
 #include "common/Guarded.h"
-#include "common/HostInterfaces.h"
 #include "common/Interest.h"
+#include "qorcontrol/HostInterfaces.h"
 #include "transport/ICommandReceiver.h"
 #include "transport/IExternalCommandFactory.h"
 

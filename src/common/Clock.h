@@ -3,7 +3,7 @@
 #include <cstdint>
 
 #include "common/Moment.h"
-#include "common/Sleep.h"
+#include "qorcontrol/Sleep.h"
 
 /// Time as the library sees it. The system counts milliseconds in 32 bits, which begin again at 0
 /// every 49.7 days; all stamps and deadlines are moments, which go on. Everything that reads the

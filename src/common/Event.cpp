@@ -1,4 +1,4 @@
-#include "common/Event.h"
+#include "qorcontrol/Event.h"
 
 #include <windows.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "common/Lock.h"
+#include "qorcontrol/Lock.h"
 
 namespace common {
 

@@ -3,8 +3,8 @@
 #include <map>
 #include <utility>
 
-#include "common/Lock.h"
 #include "common/Thread.h"
+#include "qorcontrol/Lock.h"
 
 namespace common {
 

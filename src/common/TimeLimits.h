@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "common/Event.h"
+#include "qorcontrol/Event.h"
 
 /// The two time-outs in milliseconds that are no spans. Everything that takes such numbers names
 /// them by these; `Event` has the first from the system.

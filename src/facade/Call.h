@@ -5,7 +5,7 @@
 
 #include "common/Pump.h"
 #include "facade/channel/ProtocolCmd.h"
-#include "facade/FacadeImpl.h"
+#include "facade/FacadeState.h"
 
 /// One call of an operation, with a share of all that it needs: whatever becomes of the facade
 /// meanwhile, it touches nothing that is gone.
@@ -13,8 +13,7 @@ class Call {
 public:
     using Channel = channel::Channel;
 
-    explicit Call(const QorControlFacade::Impl& impl)
-        : channel_(impl.channel), eolLog_(impl.eolLog) {}
+    explicit Call(const FacadeState& state) : channel_(state.channel), eolLog_(state.eolLog) {}
 
     Channel& channel() const { return *channel_; }
     const EolLog* eolLog() const { return eolLog_; }
@@ -51,7 +50,7 @@ private:
 
 /// The whole of an operation that only posts.
 template <channel::Kind kind, class... Args>
-bool postOnly(const QorControlFacade::Impl& impl, Args&&... payload) {
-    const Call call(impl);
+bool postOnly(const FacadeState& state, Args&&... payload) {
+    const Call call(state);
     return call.isOperating() && call.postUnanswered<kind>(std::forward<Args>(payload)...);
 }

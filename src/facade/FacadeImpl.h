@@ -1,25 +1,14 @@
 #pragma once
 
-#include <atomic>
-#include <memory>
-#include <string>
-#include <utility>
-
-#include "common/HostInterfaces.h"
-#include "facade/channel/Channel.h"
+#include "facade/FacadeState.h"
 #include "facade/QorControlFacade.h"
 
-/// What a facade keeps. Operations take what they need of it at their beginning (see Call), for it
-/// is gone with the facade while they may still run.
-class QorControlFacade::Impl {
+class QorControlFacade::Impl final : public FacadeState {
 public:
-    Impl(std::string settingsPath, const EolLog* log, unsigned int readPeriodMs)
-        : eolLog(log),
-          channel(std::make_shared<channel::Channel>(std::move(settingsPath), readPeriodMs)) {}
+    using FacadeState::FacadeState;
+};
 
-    const EolLog* const eolLog;  ///< the host's; may be null
-    const std::shared_ptr<channel::Channel> channel;
-    /// True while a `connect` waits, which holds a share of it.
-    const std::shared_ptr<std::atomic<bool>> connecting =
-        std::make_shared<std::atomic<bool>>(false);
+/// The way in for those of the library's own functions that are no members.
+struct FacadeAccess {
+    static const FacadeState& stateOf(const QorControlFacade& facade) { return *facade.impl_; }
 };

@@ -1,5 +1,6 @@
 #include <utility>
 
+#include "facade/FacadeImpl.h"
 #include "facade/ParamLines.h"
 #include "facade/QorControlFacade.h"
 #include "facade/Text.h"

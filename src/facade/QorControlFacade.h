@@ -5,10 +5,10 @@
 #include <utility>
 #include <vector>
 
-#include "common/Export.h"
-#include "common/HostInterfaces.h"
-#include "common/ThreadSafeQueue.h"
-#include "facade/ParamDescription.h"
+#include "qorcontrol/Export.h"
+#include "qorcontrol/HostInterfaces.h"
+#include "qorcontrol/ParamDescription.h"
+#include "qorcontrol/ThreadSafeQueue.h"
 
 /// Remote control of QOR, an ECU calibration and diagnostic application, from a test-station
 /// program: launch it, connect an ECU, read and write parameters, switch memory pages, drive
@@ -326,10 +326,10 @@ public:
 
     /// @}
 
-    /// The library's own state; of no use to a host.
-    class Impl;
-
 private:
+    class Impl;
+    friend struct FacadeAccess;
+
     // Exported with the class, but called by nobody: an operation asks through a share of its own.
     bool isOperating() const;
     bool protectedMessagePump() const;

@@ -1,5 +1,6 @@
 #include <atomic>
 
+#include "facade/FacadeImpl.h"
 #include "facade/QorControlFacade.h"
 #include "facade/TimedCall.h"
 #include "facade/UntimedCall.h"

@@ -1,4 +1,5 @@
 #include "facade/Call.h"
+#include "facade/FacadeImpl.h"
 #include "facade/QorControlFacade.h"
 #include "trace/Trace.h"
 

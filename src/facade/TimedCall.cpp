@@ -4,9 +4,9 @@
 
 #include "common/SlicedWait.h"
 
-TimedCallBase::TimedCallBase(const QorControlFacade::Impl& impl, channel::AnswerTable& answers,
+TimedCallBase::TimedCallBase(const FacadeState& state, channel::AnswerTable& answers,
                              const char* name)
-    : Call(impl), answers_(answers), name_(name), start_(common::now()) {}
+    : Call(state), answers_(answers), name_(name), start_(common::now()) {}
 
 TimedCallBase::~TimedCallBase() {
     if (queue_ == nullptr) return;

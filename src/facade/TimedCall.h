@@ -33,8 +33,7 @@ protected:
     bool wasPosted() const { return queue_ != nullptr; }
 
     /// Starts the clock of the call.
-    TimedCallBase(const QorControlFacade::Impl& impl, channel::AnswerTable& answers,
-                  const char* name);
+    TimedCallBase(const FacadeState& state, channel::AnswerTable& answers, const char* name);
 
     void post(channel::Kind kind, std::shared_ptr<channel::CmdData> request);
 
@@ -72,13 +71,13 @@ class TimedCall : public TimedCallBase {
         Operation::wait == Wait::twice || Operation::wait == Wait::once;
 
 public:
-    TimedCall(const QorControlFacade::Impl& impl, unsigned int timeoutMs)
-        : TimedCallBase(impl, answers(), Operation::name),
+    TimedCall(const FacadeState& state, unsigned int timeoutMs)
+        : TimedCallBase(state, answers(), Operation::name),
           waitMs_(channel::waitMs(Operation::wait, timeoutMs)) {
         static_assert(isAsLongAsTheCallerSays, "see the table");
     }
-    explicit TimedCall(const QorControlFacade::Impl& impl)
-        : TimedCallBase(impl, answers(), Operation::name),
+    explicit TimedCall(const FacadeState& state)
+        : TimedCallBase(state, answers(), Operation::name),
           waitMs_(channel::waitMs(Operation::wait, 0)) {
         static_assert(Operation::wait == Wait::threeSeconds, "see the table");
     }

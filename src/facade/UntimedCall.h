@@ -9,8 +9,7 @@
 /// A call that waits without a time limit and keeps the calling thread's windows alive meanwhile.
 class UntimedCall : public Call {
 public:
-    explicit UntimedCall(const QorControlFacade::Impl& impl)
-        : Call(impl), connecting_(impl.connecting) {}
+    explicit UntimedCall(const FacadeState& state) : Call(state), connecting_(state.connecting) {}
 
     /// Posts the request with the host's monitor, which the agent may call until it has answered.
     template <channel::Kind kind, class... Args>

@@ -7,7 +7,7 @@
 #include <memory>
 #include <string_view>
 
-#include "common/Lock.h"
+#include "qorcontrol/Lock.h"
 #include "trace/FixedText.h"
 #include "trace/Trace.h"
 #include "trace/TraceSettings.h"

@@ -5,8 +5,8 @@
 #include <string>
 
 #include "common/Thread.h"
-#include "common/ThreadSafeQueue.h"
 #include "protocol/Commands.h"
+#include "qorcontrol/ThreadSafeQueue.h"
 #include "transport/CmdResult.h"
 #include "transport/ConnectionDataAccepter.h"
 #include "transport/Departure.h"

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "common/ThreadSafeQueue.h"
+#include "qorcontrol/ThreadSafeQueue.h"
 
 /// How a request that went out over the socket has ended.
 struct CmdResult {

@@ -2,9 +2,9 @@
 
 #include <string>
 
-#include "common/Lock.h"
 #include "framework/AsyncSocket.h"
 #include "protocol/RecordStream.h"
+#include "qorcontrol/Lock.h"
 #include "transport/UnsentOutput.h"
 
 class ConnInstance;

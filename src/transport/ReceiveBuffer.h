@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <string>
 
-#include "common/Lock.h"
 #include "protocol/RecordStream.h"
+#include "qorcontrol/Lock.h"
 
 /// The bytes of a stream that have arrived and are not parsed yet.
 class ReceiveBuffer {

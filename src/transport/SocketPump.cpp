@@ -1,7 +1,7 @@
 #include "transport/SocketPump.h"
 
-#include "common/Event.h"
 #include "framework/AsyncSocket.h"
+#include "qorcontrol/Event.h"
 
 namespace {
 

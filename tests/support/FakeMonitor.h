@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "common/HostInterfaces.h"
+#include "qorcontrol/HostInterfaces.h"
 
 /// A host's progress window: cancelled when the test says so, keeps the failure reports.
 class FakeMonitor final : public IProgressMonitor {

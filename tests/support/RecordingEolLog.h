@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "common/HostInterfaces.h"
+#include "qorcontrol/HostInterfaces.h"
 
 /// A host's log that formats each line as a real one would and keeps it with the operation's name
 /// in front: "info: ..." or "error: ...".

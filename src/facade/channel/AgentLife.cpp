@@ -1,6 +1,6 @@
 #include "facade/channel/AgentLife.h"
 
-#include "common/Sleep.h"
+#include "qorcontrol/Sleep.h"
 
 namespace channel {
 

@@ -3,13 +3,13 @@
 #include <string>
 #include <utility>
 
-#include "common/ThreadSafeQueue.h"
 #include "facade/channel/AgentLife.h"
 #include "facade/channel/ExecutablePath.h"
 #include "facade/channel/ProtocolCmd.h"
 #include "facade/channel/QorContact.h"
 #include "facade/channel/StreamRegistry.h"
 #include "facade/channel/ValueCache.h"
+#include "qorcontrol/ThreadSafeQueue.h"
 
 namespace channel {
 

@@ -2,8 +2,8 @@
 
 #include <vector>
 
-#include "common/ThreadSafeQueue.h"
 #include "facade/QorControlFacade.h"
+#include "qorcontrol/ThreadSafeQueue.h"
 
 /// The queues that streams fill; the host owns them.
 namespace channel {

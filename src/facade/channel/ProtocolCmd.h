@@ -3,10 +3,10 @@
 #include <cstdint>
 #include <memory>
 
-#include "common/HostInterfaces.h"
 #include "common/Interest.h"
-#include "common/ThreadSafeQueue.h"
 #include "facade/channel/OperationTable.h"
+#include "qorcontrol/HostInterfaces.h"
+#include "qorcontrol/ThreadSafeQueue.h"
 
 namespace channel {
 

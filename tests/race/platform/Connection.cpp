@@ -2,8 +2,8 @@
 // a socket do, on the worker's own thread and only while it pumps.
 #include <windows.h>
 
-#include "common/Event.h"
 #include "Link.h"
+#include "qorcontrol/Event.h"
 #include "transport/ConnInstance.h"
 #include "transport/SocketPump.h"
 

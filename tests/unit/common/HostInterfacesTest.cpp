@@ -1,6 +1,6 @@
 // Hosts bring declarations of their own for the two interfaces and for the queue, compiled long
 // before this library: what they call is a place in a table, what they read is a place in memory.
-#include "common/HostInterfaces.h"
+#include "qorcontrol/HostInterfaces.h"
 
 #include <gtest/gtest.h>
 
@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "common/ThreadSafeQueue.h"
+#include "qorcontrol/ThreadSafeQueue.h"
 
 // With a name: of a class that only this file knows the compiler drops what it sees nobody call.
 namespace old_host {

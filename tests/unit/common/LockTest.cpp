@@ -1,4 +1,4 @@
-#include "common/Lock.h"
+#include "qorcontrol/Lock.h"
 
 #include <gtest/gtest.h>
 #include <windows.h>

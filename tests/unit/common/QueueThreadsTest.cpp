@@ -5,7 +5,7 @@
 #include <memory>
 #include <vector>
 
-#include "common/ThreadSafeQueue.h"
+#include "qorcontrol/ThreadSafeQueue.h"
 #include "TestThread.h"
 
 using testing_support::TestThread;

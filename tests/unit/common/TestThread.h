@@ -3,8 +3,8 @@
 #include <functional>
 #include <utility>
 
-#include "common/Event.h"
 #include "common/Thread.h"
+#include "qorcontrol/Event.h"
 
 namespace testing_support {
 

@@ -1,5 +1,5 @@
 // The queue in the hands of one thread, as long as it does not overflow.
-#include "common/ThreadSafeQueue.h"
+#include "qorcontrol/ThreadSafeQueue.h"
 
 #include <gtest/gtest.h>
 #include <windows.h>

@@ -5,7 +5,7 @@
 
 #include <functional>
 
-#include "common/Event.h"
+#include "qorcontrol/Event.h"
 
 using common::Thread;
 using common::ThreadState;

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
-#include "common/Event.h"
+#include "qorcontrol/Event.h"
 #include "ThreadProbe.h"
 
 namespace {

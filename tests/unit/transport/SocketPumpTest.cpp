@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
-#include "common/Event.h"
 #include "framework/AsyncSocket.h"
+#include "qorcontrol/Event.h"
 #include "SocketTransportSupport.h"
 
 namespace {

@@ -4,9 +4,9 @@
 #include <utility>
 #include <vector>
 
-#include "common/Event.h"
-#include "common/Lock.h"
-#include "common/Sleep.h"
+#include "qorcontrol/Event.h"
+#include "qorcontrol/Lock.h"
+#include "qorcontrol/Sleep.h"
 
 /// A bounded ring of copies of T with a wake-up event, for any number of threads.
 ///

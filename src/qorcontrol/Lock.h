@@ -1,6 +1,6 @@
 #pragma once
 
-#include "common/Export.h"
+#include "qorcontrol/Export.h"
 
 namespace common {
 

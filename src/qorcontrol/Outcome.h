@@ -1,0 +1,26 @@
+#pragma once
+
+#include <string>
+
+#include "qorcontrol/Cause.h"
+#include "qorcontrol/Export.h"
+
+namespace qorcontrol {
+
+/// How an operation of `QorControlFacade` ended, beyond its true or false.
+struct Outcome {
+    Cause cause = Cause::none;
+    /// The answer may belong to an earlier request: one for the same thing had timed out after QOR
+    /// had taken it, and its data has not been seen since. QOR's answers do not tell whose they
+    /// are. Also set of operations that were successful.
+    bool mayBelongToEarlier = false;
+    unsigned int elapsedMs = 0;
+    std::string sentence;  ///< one sentence on what happened; empty if the operation worked
+    std::string check;     ///< what to check; empty if the operation worked
+};
+
+/// Of the calling thread's last operation, on whatever object; an operation that fails because its
+/// object was shut down counts, too. Overwritten by the thread's next one.
+QOR_API Outcome lastOutcome();
+
+}  // namespace qorcontrol
