@@ -44,6 +44,7 @@ unsigned __stdcall ConnectRun::run(void* luggage) {
 Outcome ConnectRun::perform(Session& session) {
     try {
         const bool succeeded = session.facade().connect(settings_, type_, this);
+        if (isBegun_) passOnFigure();  // the last one
         if (!succeeded && !session.channel().agent.isOperating())
             process().monitors.add(session.channelShare(), shared_from_this());
         return outcomeOf(succeeded);
@@ -77,6 +78,7 @@ unsigned int ConnectRun::elapsedMs() {
 }
 
 bool ConnectRun::isCancelled() {
+    isBegun_ = true;
     passOnFigure();
     return cancelled_;
 }
