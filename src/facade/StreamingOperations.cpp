@@ -9,7 +9,7 @@ using tracelog::trace;
 
 bool QorControlFacade::startParamRead(ThreadSafeQueue<std::vector<ParamValue>>* queue,
                                       const std::vector<std::string>& names) const {
-    const Call call(*impl_);
+    Call call(*impl_);
     std::string listed;
     for (const std::string& name : names) listed += name + "\n";
     trace(libraryModule, tracelog::information, 0, "QorControlFacade::paramStartRead(%s)\n",
@@ -19,7 +19,7 @@ bool QorControlFacade::startParamRead(ThreadSafeQueue<std::vector<ParamValue>>* 
 }
 
 bool QorControlFacade::stopParamRead(ThreadSafeQueue<std::vector<ParamValue>>* queue) const {
-    const Call call(*impl_);
+    Call call(*impl_);
     trace(libraryModule, tracelog::information, 0, "%s", "QorControlFacade::paramStopAllRead()\n");
     auto stopped = call.channel().streams.remove(queue);
     if (!stopped || !stopped->prepared) return true;
