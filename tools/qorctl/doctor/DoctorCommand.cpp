@@ -31,10 +31,10 @@ struct DoctorOptions {
 };
 
 const char* const footer =
-    "Nothing is changed: what could be written is found out without leaving a file, a QOR that\n"
-    "runs is only pinged, and not even that while it talks to a host. With --start a QOR that\n"
-    "does not run is started as the settings say and ended again. A QOR on another machine is\n"
-    "asked by a connection to its port.\n"
+    "Nothing is changed: what could be written is found out without leaving a file, and a QOR\n"
+    "that runs is only asked for a sign of life and its state, not even that while it talks to a\n"
+    "host. With --start a QOR that does not run is started as the settings say and ended again.\n"
+    "A QOR on another machine is asked by a connection to its port.\n"
     "--host looks in place of another host: paths in the settings go by its folder, its DLLs and\n"
     "its trace lie beside it. --trace only says where the trace would go.\n"
     "\n"

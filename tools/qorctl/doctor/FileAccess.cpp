@@ -17,6 +17,14 @@ DWORD tryOpening(const std::string& path, DWORD access, DWORD how, DWORD flags) 
     return 0;
 }
 
+/// Makes a file that goes by itself. Not that file: a host that makes it in this very moment would
+/// lose it.
+DWORD tryMakingBeside(const std::string& path) {
+    return tryOpening(fmt::format("{}.doctor-{}", path, GetCurrentProcessId()),
+                      GENERIC_WRITE | DELETE, CREATE_NEW,
+                      FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE);
+}
+
 }  // namespace
 
 WriteAccess WriteAccess::to(const std::string& path) {
@@ -27,11 +35,8 @@ WriteAccess WriteAccess::to(const std::string& path) {
         access.reason = "it is a folder";
         return access;
     }
-    // Neither cuts off what is there: the old file is opened as it is, a new one goes by itself.
-    const DWORD error = access.fileExists
-                            ? tryOpening(path, GENERIC_WRITE, OPEN_EXISTING, 0)
-                            : tryOpening(path, GENERIC_WRITE | DELETE, CREATE_NEW,
-                                         FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE);
+    const DWORD error = access.fileExists ? tryOpening(path, GENERIC_WRITE, OPEN_EXISTING, 0)
+                                          : tryMakingBeside(path);
     access.isPossible = error == 0;
     if (!access.isPossible) access.reason = systemText(error);
     return access;
