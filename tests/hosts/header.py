@@ -12,7 +12,6 @@ HEADER = ROOT / "src/cinterface/QorControl.h"
 
 BASES = ["unsigned int", "unsigned char", "int", "char", "double", "void"]
 SIZES = {"unsigned int": 4, "int": 4, "double": 8, "char": 1, "unsigned char": 1}
-POINTER_SIZE = 4
 # What the preprocessor sees besides constants: which compiler it is, and the linkage.
 FRAME = re.compile(r"""^\#(ifndef|ifdef|if|else|endif|include)\b.*$
                      | ^\#define\ (QOR_CONTROL_H|QOR_CALL|QOR_IMPORT)\b.*$
@@ -126,15 +125,11 @@ def read() -> Table:
     return parse(HEADER.read_text(encoding="utf-8"))
 
 
-def size_of(kind: Type) -> int:
-    return POINTER_SIZE if kind.pointers or kind.base not in SIZES else SIZES[kind.base]
-
-
-def layout(fields: List[Member]) -> Dict[str, int]:
-    """Where each field lies on 32-bit Windows, and under "" the size of it all."""
+def layout(fields: List[Member], pointer_size: int = 4) -> Dict[str, int]:
+    """Where each field lies, by default on 32-bit Windows, and under "" the size of it all."""
     offsets, end, widest = {}, 0, 1
     for field in fields:
-        size = size_of(field.type)
+        size = pointer_size if field.type.pointers else SIZES[field.type.base]
         widest = max(widest, size)
         offsets[field.name] = end = -(-end // size) * size
         end += size
