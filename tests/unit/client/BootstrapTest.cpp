@@ -19,11 +19,15 @@ constexpr std::int32_t result = -12;
 class Bootstrap : public ClientTest {
 protected:
     struct CountingCallback final : ClientExternalOperating::ConnectCallback {
-        void onProgress() override {
+        void onProgress(std::int32_t figure, std::uint32_t steps) override {
             ++calls;
+            figures.push_back(figure);
+            lastSteps = steps;
             if (then) then();
         }
         int calls = 0;
+        std::vector<std::int32_t> figures;
+        std::uint32_t lastSteps = 0;
         std::function<void()> then;
     };
 

@@ -1,0 +1,7 @@
+#pragma once
+
+namespace cinterface {
+
+class Stream {};
+
+}  // namespace cinterface
