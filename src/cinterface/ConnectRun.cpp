@@ -17,8 +17,13 @@ struct ConnectRun::Luggage {
 };
 
 ConnectRun::ConnectRun(QorControlFacade::EcuConnect settings,
-                       QorControlFacade::EcuConnect::ConnType type)
-    : settings_(std::move(settings)), type_(type), start_(common::now()) {}
+                       QorControlFacade::EcuConnect::ConnType type, channel::Channel& channel,
+                       std::shared_ptr<ProgressFunction> progress)
+    : settings_(std::move(settings)),
+      type_(type),
+      channel_(channel),
+      progress_(std::move(progress)),
+      start_(common::now()) {}
 
 void ConnectRun::start(std::shared_ptr<Session> session) {
     auto luggage = std::make_unique<Luggage>(Luggage{shared_from_this(), std::move(session)});
@@ -69,6 +74,26 @@ std::string ConnectRun::reason() {
 unsigned int ConnectRun::elapsedMs() {
     const common::Moment end = isRunning() ? common::now() : course_.lock()->end;
     return static_cast<unsigned int>(end - start_);
+}
+
+bool ConnectRun::isCancelled() {
+    passOnFigure();
+    return cancelled_;
+}
+
+void ConnectRun::passOnFigure() {
+    const auto seen = channel_.progress.seen();
+    {
+        const auto course = course_.lock();
+        if (course->seen.steps == seen.steps) return;
+        course->seen = seen;
+    }
+    if (!progress_->isSet()) return;
+    try {
+        (*progress_)(seen.figure);
+    } catch (const std::bad_alloc&) {
+        // The agent is told nothing of it: the host finds the figure when it asks.
+    }
 }
 
 void ConnectRun::reportError(const std::string& message, unsigned int) {

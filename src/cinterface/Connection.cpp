@@ -159,8 +159,8 @@ int QOR_CALL QorConnectPoll(QorHandle handle, QorConnectProgress* progress) {
         const Outcome outcome = connect->outcome();
         to.cause = static_cast<int>(outcome.cause);
         to.running = outcome.cause == Cause::notReady ? 1 : 0;
-        to.progress = -1;
-        to.steps = 0;
+        to.progress = connect->seen().figure;
+        to.steps = connect->seen().steps;
         to.elapsedMs = connect->elapsedMs();
         return {};
     });

@@ -20,23 +20,29 @@ public:
         if (elements == nullptr && capacity != 0) refuseNull(what);
     }
 
-    /// Neither the elements nor their number are wanted.
-    bool isUnwanted() const { return elements_ == nullptr && needed_ == nullptr; }
+    /// The host wants their number, to come again with a buffer for them.
+    bool isForSizeAlone() const { return isQuestion() && needed_ != nullptr; }
 
-    /// Only their number is, if that.
-    bool isQuestion() const { return elements_ == nullptr; }
-
-    bool fits(std::size_t count) const { return isQuestion() || count <= capacity_; }
+    /// Tells the host how many there are; whether they fit.
+    bool announce(std::size_t count) const {
+        if (needed_ != nullptr) *needed_ = static_cast<unsigned int>(count);
+        return isQuestion() || count <= capacity_;
+    }
+    Outcome tooLarge(std::size_t count) const {
+        return failure(Cause::resultTooLarge,
+                       "The result has " + std::to_string(count) +
+                           " elements, the buffer room for " + std::to_string(capacity_) + ".",
+                       "Ask for the result with a larger buffer; QOR is not asked again.");
+    }
+    /// What fits.
+    void copy(const T* from, std::size_t count) const {
+        if (!isQuestion()) std::copy_n(from, count, elements_);
+    }
 
     /// All of them or, if they do not fit, none; their number in any case.
     Outcome put(const T* from, std::size_t count) const {
-        if (needed_ != nullptr) *needed_ = static_cast<unsigned int>(count);
-        if (!fits(count))
-            return failure(Cause::resultTooLarge,
-                           "The result has " + std::to_string(count) +
-                               " elements, the buffer room for " + std::to_string(capacity_) + ".",
-                           "Ask for the result with a larger buffer; QOR is not asked again.");
-        if (!isQuestion()) std::copy_n(from, count, elements_);
+        if (!announce(count)) return tooLarge(count);
+        copy(from, count);
         return {};
     }
 
@@ -46,6 +52,8 @@ public:
     }
 
 private:
+    bool isQuestion() const { return elements_ == nullptr; }
+
     T* const elements_;
     const unsigned int capacity_;
     unsigned int* const needed_;

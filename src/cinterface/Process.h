@@ -1,5 +1,6 @@
 #pragma once
 
+#include "cinterface/BoxPolicy.h"
 #include "cinterface/HandleTable.h"
 #include "cinterface/OutlivingMonitors.h"
 #include "cinterface/ThreadState.h"
@@ -16,6 +17,7 @@ struct Process {
     HandleTable<Stream, NumberKind::stream> streams;
     common::ThreadOwned<ThreadState> threads;
     OutlivingMonitors monitors;
+    common::Guarded<BoxPolicy> boxPolicy;  ///< of the handles to come
 };
 
 /// Made at the first use. It stays when the process ends: other threads have been stopped by then

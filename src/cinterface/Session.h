@@ -3,13 +3,17 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
+#include "cinterface/BoxPolicy.h"
+#include "cinterface/CodeBox.h"
 #include "cinterface/ConnectRun.h"
 #include "cinterface/HostFunction.h"
 #include "cinterface/HostLog.h"
 #include "cinterface/Result.h"
 #include "common/Guarded.h"
 #include "facade/channel/Channel.h"
+#include "facade/FacadeImpl.h"
 #include "facade/QorControlFacade.h"
 
 namespace cinterface {
@@ -22,10 +26,12 @@ public:
             const std::string& hostPath);
 
     QorControlFacade& facade() { return facade_; }
+    const FacadeState& state() const { return FacadeAccess::stateOf(facade_); }
     channel::Channel& channel() const { return *channel_; }
     const std::shared_ptr<channel::Channel>& channelShare() const { return channel_; }
     HostLog& log() { return log_; }
-    HostFunction<QorProgressFunction>& progress() { return progress_; }
+    ProgressFunction& progress() { return *progress_; }
+    void setBoxPolicy(const BoxPolicy& policy);
 
     /// Ends everything, and waits for that. Only once, by who has taken it out of the table.
     void close();
@@ -41,16 +47,32 @@ public:
     /// The last one that was begun; null if there was none.
     std::shared_ptr<ConnectRun> lastConnect() { return *connect_.lock(); }
 
+    /// Begins a stream; its number. Throws a Refusal if that cannot be.
+    std::uint32_t startStream(const std::vector<std::string>& names, unsigned int slots);
+
+    qorcontrol::Outcome startCodes(unsigned int timeoutMs, unsigned int periodMs);
+    void stopCodes();
+    /// Null if none are being read.
+    std::shared_ptr<CodeBox> codes() { return *codes_.lock(); }
+
 private:
+    bool noteStream(std::uint32_t number);
+    void endStreams();
     bool placeConnect(std::shared_ptr<ConnectRun> run);
 
     const std::uint64_t serial_;  // of no other session
     HostLog log_;                 // outlives the facade, which tells it
-    HostFunction<QorProgressFunction> progress_;
+    const std::shared_ptr<ProgressFunction> progress_ = std::make_shared<ProgressFunction>();
     QorControlFacade facade_;
     const std::shared_ptr<channel::Channel> channel_;
     ResultPlaces results_;
     common::Guarded<std::shared_ptr<ConnectRun>> connect_;
+    struct Streams {
+        std::vector<std::uint32_t> numbers;  // also of such as have ended
+        bool closed = false;
+    };
+    common::Guarded<Streams> streams_;
+    common::Guarded<std::shared_ptr<CodeBox>> codes_;
 };
 
 }  // namespace cinterface

@@ -227,7 +227,8 @@ TEST_F(Bootstrap, EachChangeOfTheProgressIsToldOnce) {
     reportsAfter(50, progress, 100);
     reportsAfter(60, result, -2);
     expectFailure("QOR reported");
-    EXPECT_EQ(callback.calls, 3);
+    EXPECT_THAT(callback.figures, ElementsAre(0, 7, 100));
+    EXPECT_EQ(callback.lastSteps, 5u);
 }
 
 TEST_F(Bootstrap, WithoutProgressNothingIsTold) {
@@ -254,6 +255,7 @@ TEST_F(Bootstrap, ProgressThatAnEarlierConnectLeftIsToldAtOnce) {
     reportsAfter(60, result, -2);
     connect();
     EXPECT_EQ(callback.calls, 1);
+    EXPECT_EQ(callback.lastSteps, 0u);  // none of this connect
     EXPECT_EQ(toldAt, start);
 }
 
