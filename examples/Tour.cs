@@ -49,8 +49,8 @@ static class Tour
             Qor.QorConnectWait(qor, 20);  // QOR_NOT_READY while it runs
             cause = Qor.QorConnectPoll(qor, ref state);
             if (cause != Qor.QOR_OK) return Worked("connect", cause);
-            if (state.progress != shown) Console.WriteLine("progress: " + state.progress);
-            shown = state.progress;
+            if (state.progress >= 0 && state.progress != shown)  // -1: none
+                Console.WriteLine("progress: " + (shown = state.progress));
             if (state.elapsedMs > 60000) Qor.QorConnectCancel(qor);
         } while (state.running != 0);
         return Worked("connect", Qor.QorConnectWait(qor, 0));

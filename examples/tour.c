@@ -34,8 +34,8 @@ static int connectEcu(QorHandle qor) {
     do {
         QorConnectWait(qor, 20); /* QOR_NOT_READY while it runs */
         if (QorConnectPoll(qor, &state) != QOR_OK) return worked("connect", QorLastCause());
-        if (state.progress != shown) printf("progress: %d\n", state.progress);
-        shown = state.progress;
+        if (state.progress >= 0 && state.progress != shown) /* -1: none */
+            printf("progress: %d\n", shown = state.progress);
         if (state.elapsedMs > 60000) QorConnectCancel(qor);
     } while (state.running);
     return worked("connect", QorConnectWait(qor, 0));

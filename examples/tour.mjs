@@ -98,8 +98,8 @@ function connectEcu(qor) {
         lib.QorConnectWait(qor, 20); // QOR_NOT_READY while it runs
         cause = lib.QorConnectPoll(qor, state);
         if (cause !== QOR_OK) return worked('connect', cause);
-        if (state.progress !== shown) console.log(`progress: ${state.progress}`);
-        shown = state.progress;
+        if (state.progress >= 0 && state.progress !== shown) // -1: none
+            console.log(`progress: ${shown = state.progress}`);
         if (state.elapsedMs > 60000) lib.QorConnectCancel(qor);
     } while (state.running);
     return worked('connect', lib.QorConnectWait(qor, 0));

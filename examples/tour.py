@@ -40,9 +40,9 @@ def connect_ecu(lib, qor):
         except QorError:
             pass  # QOR_NOT_READY while it runs; how it ended is asked for below
         lib.QorConnectPoll(qor, byref(state))
-        if state.progress != shown:
-            print(f"progress: {state.progress}")
-        shown = state.progress
+        if state.progress not in (shown, -1):  # -1: none
+            shown = state.progress
+            print(f"progress: {shown}")
         if state.elapsedMs > 60000:
             lib.QorConnectCancel(qor)
     lib.QorConnectWait(qor, 0)

@@ -96,9 +96,9 @@ int QorConnectWait(QorHandle handle, unsigned int timeoutMs) {
 int QorConnectPoll(QorHandle handle, QorConnectProgress* progress) {
     if (handle != HANDLE) return ended(QOR_BAD_HANDLE);
     if (progress->size != sizeof *progress) return ended(QOR_BAD_ARGUMENT);
-    progress->running = polls < 4;
+    progress->running = polls < 5;
     progress->cause = progress->running ? QOR_NOT_READY : QOR_OK;
-    progress->progress = polls == 0 ? -1 : 25 * polls;
+    progress->progress = polls == 0 || polls == 5 ? -1 : 25 * polls;
     progress->steps = (unsigned int)polls;
     progress->elapsedMs = 20;
     ++polls;

@@ -100,10 +100,9 @@ class Tours(unittest.TestCase):
     def test_each_sees_qors_own_figures_while_it_connects(self):
         figures = [100 * step // STEPS for step in range(1, STEPS + 1)]
         for host, _, seen, _ in self.each(self.good):
-            if host not in ON_THE_CLASS:  # a busy machine may skip some
+            if host not in ON_THE_CLASS:  # a busy machine may skip some; the last comes with the end
                 self.assertEqual([figure for figure in figures if figure in seen.progress], seen.progress)
                 self.assertGreater(len(seen.progress), 1)
-                self.assertEqual(figures[-1], seen.progress[-1])
 
     def test_each_sees_values_of_each_name_flow_in_order_and_none_is_lost(self):
         for _, _, seen, _ in self.each(self.good):
