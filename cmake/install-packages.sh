@@ -12,7 +12,7 @@ buildPackages=(g++-mingw-w64-i686-posix wine wine32:i386 wine64 cmake ninja-buil
 # An npm that came some other way is as good, and Debian's would not install beside its node.
 command -v npm >/dev/null || buildPackages+=(npm)
 testPackages=("${buildPackages[@]}" googletest g++ g++-multilib clang libclang-rt-14-dev
-    clang-format clang-tidy git chromium)
+    clang-format clang-tidy git chromium lld llvm mono-mcs mono-runtime)
 benchPackages=("${buildPackages[@]}")
 
 packages=()

@@ -31,7 +31,7 @@ void ConnectRun::start(std::shared_ptr<Session> session) {
         static_cast<void>(luggage.release());
         return;
     }
-    end(systemFailure("The system gives no thread for the connect."));
+    end(systemFailure("there is no thread for the connect"));
     throw Refusal{outcome()};
 }
 
@@ -64,7 +64,7 @@ void ConnectRun::end(Outcome outcome) {
 }
 
 Outcome ConnectRun::outcome() {
-    if (isRunning()) return failure(Cause::notReady, "The connect still runs.", "Ask again later.");
+    if (isRunning()) return failure(Cause::notReady, "the connect still runs");
     return course_.lock()->outcome;
 }
 
