@@ -153,8 +153,7 @@ TEST_P(Doctor, AHealthyStationWouldWorkAndIsLeftAsItWas) {
           "executable.program", "qor.place"})
         EXPECT_EQ("ok", statusOf(findings, id)) << id;
     EXPECT_THAT(finding(findings, "qor.place").at("what"), HasSubstr("so a host starts QOR"));
-    EXPECT_THAT(qor::running(), IsEmpty());
-    EXPECT_EQ(before, filesOfStation());
+    EXPECT_EQ(before, filesOfStation()) << "QOR was started";
 }
 
 TEST_P(Doctor, AQorThatRunsIsAskedAndGoesOn) {
@@ -297,7 +296,21 @@ TEST_P(Doctor, AForeignProgramInQorsPlaceIsFound) {
         EXPECT_THAT(what, HasSubstr("process " + us));
     }
     EXPECT_THAT(what, HasSubstr("does not answer as QOR does"));
-    EXPECT_THAT(qor::running(), IsEmpty());
+    EXPECT_FALSE(fileExists(station.settings.log)) << "QOR was started";
+}
+
+TEST_P(Doctor, AQorThatDoesNotAnswerIsFound) {
+    station.script = R"({"rules":[{"match":{"id":0},"action":)" + silence(GetParam(), 400) + "}]}";
+    station.writeSettings();
+    station.startQorByHand();
+
+    const json findings = diagnoseAsItIs({"--timeout", "100"});
+
+    EXPECT_EQ(wouldNotWork, exitCode);
+    EXPECT_EQ("problem", statusOf(findings, "qor.place")) << findings;
+    EXPECT_EQ("problem", statusOf(findings, "qor.answer"));
+    EXPECT_THAT(qor::running(), SizeIs(1));
+    qor::killAll();
 }
 
 TEST_P(Doctor, ATraceThatCannotBeWrittenIsFound) {
