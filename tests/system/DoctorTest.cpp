@@ -348,6 +348,20 @@ TEST_P(Doctor, AnotherHostIsLookedAtInItsPlace) {
     EXPECT_EQ(wouldWork, exitCode);
 }
 
+TEST_P(Doctor, AnotherTransportIsLookedAtWithoutAChangeOfTheFile) {
+    station.writeSettings();
+    const auto before = filesOfStation();
+    const std::string text = bytesOfFile(station.settingsPath);
+
+    const json findings = diagnoseAsItIs({"--transport", isTcp() ? "window" : "tcp"});
+
+    EXPECT_EQ(wouldWork, exitCode);
+    EXPECT_THAT(finding(findings, "settings.UseTcp").at("what"),
+                HasSubstr(isTcp() ? ": window messages" : ": TCP"));
+    EXPECT_EQ(before, filesOfStation());
+    EXPECT_EQ(text, bytesOfFile(station.settingsPath));
+}
+
 TEST_P(Doctor, TheTextHasALineForEachFindingAndTheProblemsLast) {
     station.settings.executable = station.folder.pathOf("none.exe");
     const json findings = diagnose();
