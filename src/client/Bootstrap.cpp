@@ -24,7 +24,9 @@ Bootstrap::Bootstrap(ClientExternalOperating& client, common::Guarded<ClientStat
 
 bool Bootstrap::follow() {
     state_.lock()->bootstrapResults.clear();
-    return awaitResult() && awaitOnline();
+    const bool succeeded = awaitResult() && awaitOnline();
+    reportFigure();  // the last one often comes right before the result
+    return succeeded;
 }
 
 bool Bootstrap::awaitResult() {
@@ -34,6 +36,7 @@ bool Bootstrap::awaitResult() {
         if (phase != Phase::goesOn) return phase == Phase::succeeded;
         if (monitor_.isCancelled()) return fail("Bootstrap failed - cancelled");
         reportProgress();
+        reportFigure();
         common::sleepMs(pollMs);
     }
     return fail("Bootstrap failed - some problem");
@@ -64,6 +67,7 @@ bool Bootstrap::awaitOnline() {
         if (monitor_.isCancelled()) return fail("Bootstrap failed - cancelled");
         if (deadline.hasPassed()) return fail("Bootstrap failed - timeout");
         reportProgress();
+        reportFigure();
         common::sleepMs(pollMs);
     }
     return fail("Bootstrap failed - some problem");
@@ -71,16 +75,23 @@ bool Bootstrap::awaitOnline() {
 
 void Bootstrap::reportProgress() {
     // Progress is not reset by a connect: what the previous one left counts as a first change.
-    std::int32_t progress = 0;
+    const std::int32_t progress = state_.lock()->bootstrapProgress;
+    if (progress == seenProgress_) return;
+    callback_.onProgress();
+    seenProgress_ = progress;
+}
+
+void Bootstrap::reportFigure() {
+    std::int32_t figure = 0;
     std::uint32_t steps = 0;
     {
         const auto state = state_.lock();
-        progress = state->bootstrapProgress;
+        figure = state->bootstrapFigure;
         steps = state->bootstrapSteps - stepsBefore_;
     }
-    if (progress == seenProgress_) return;
-    callback_.onProgress(progress, steps);
-    seenProgress_ = progress;
+    if (steps == seenSteps_) return;
+    seenSteps_ = steps;
+    callback_.onFigure(figure, steps);
 }
 
 bool Bootstrap::fail(const char* message) {

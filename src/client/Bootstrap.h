@@ -27,6 +27,7 @@ private:
     Phase lookForResult();
     bool takeResult(std::int32_t& result);
     void reportProgress();
+    void reportFigure();
     bool fail(const char* message);
 
     ClientExternalOperating& client_;
@@ -36,4 +37,5 @@ private:
     ClientExternalOperating::ConnectCallback& callback_;
     const std::uint32_t stepsBefore_;  // figures that had come when the connect began
     std::int32_t seenProgress_ = -1;
+    std::uint32_t seenSteps_ = 0;
 };

@@ -27,12 +27,14 @@
 /// messages. Time-outs are milliseconds, with the transport's special values.
 class ClientExternalOperating : public ICommandReceiver {
 public:
-    /// Hears of each change of a connect's progress, on the agent thread.
+    /// Hears of a connect's progress, on the agent thread.
     class ConnectCallback {
     public:
-        /// With QOR's last figure, and how many have come in this connect: 0 if the figure is one
-        /// that an earlier connect has left.
-        virtual void onProgress(std::int32_t figure, std::uint32_t steps) = 0;
+        /// It has changed; also what an earlier connect has left is a first change.
+        virtual void onProgress() = 0;
+        /// QOR has told a figure, its `steps`th of this connect; not of each if they come quickly,
+        /// but always of the last one.
+        virtual void onFigure(std::int32_t figure, std::uint32_t steps) = 0;
 
     protected:
         ~ConnectCallback() = default;

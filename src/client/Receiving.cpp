@@ -59,7 +59,7 @@ void ClientExternalOperating::onParamValue(std::int32_t id, double value) {
             if (value == 1.0) state->ecuOnline = true;
             return;
         case idProgress:
-            state->bootstrapProgress = asInteger(value);
+            state->bootstrapFigure = state->bootstrapProgress = asInteger(value);
             ++state->bootstrapSteps;
             return;
         case idResult:
