@@ -5,15 +5,15 @@
 #include "cinterface/Shell.h"
 #include "cinterface/Text.h"
 
+using channel::MessageBoxDesk;
 using cinterface::call;
 using cinterface::callOn;
 using cinterface::Cause;
-using cinterface::OutText;
 using cinterface::Outcome;
+using cinterface::OutText;
 using cinterface::refuse;
 using cinterface::refuseArgument;
 using cinterface::Session;
-using channel::MessageBoxDesk;
 
 namespace {
 

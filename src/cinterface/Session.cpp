@@ -98,31 +98,34 @@ std::uint32_t Session::startStream(const std::vector<std::string>& names, unsign
     return number;
 }
 
-/// False once the handle is being closed. Numbers of streams that have ended are dropped on the
-/// way, so that there are never more than twice as many as streams.
+/// False once the handle is being closed.
 bool Session::noteStream(std::uint32_t number) {
     const auto streams = streams_.lock();
     if (streams->closed) return false;
-    streams->numbers.push_back(number);
+    streams->numbers.insert(number);
     return true;
 }
 
+void Session::endStream(const channel::ValueSink& sink, std::uint32_t number) {
+    streams_.lock()->numbers.erase(number);
+    sinkstreams::stopParamRead(state(), &sink);
+}
+
 void Session::endStreams() {
-    std::vector<std::uint32_t> numbers;
+    std::set<std::uint32_t> numbers;
     {
         const auto streams = streams_.lock();
         streams->closed = true;
         streams->numbers.swap(numbers);
     }
     for (const std::uint32_t number : numbers)
-        if (const auto stream = process().streams.remove(number)) stream->end();
+        if (const auto stream = process().streams.remove(number)) stream->end(number);
     stopCodes();
 }
 
 Outcome Session::startCodes(unsigned int timeoutMs, unsigned int periodMs) {
     auto box = std::make_shared<CodeBox>();
-    const Outcome outcome =
-        outcomeOf(sinkstreams::startDtcRead(state(), box, timeoutMs, periodMs));
+    const Outcome outcome = outcomeOf(sinkstreams::startDtcRead(state(), box, timeoutMs, periodMs));
     if (outcome.cause != Cause::none) return outcome;
     codes_.lock()->swap(box);
     if (box != nullptr) box->close();

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -49,6 +50,8 @@ public:
 
     /// Begins a stream; its number. Throws a Refusal if that cannot be.
     std::uint32_t startStream(const std::vector<std::string>& names, unsigned int slots);
+    /// Takes it away from the agent; see Stream.
+    void endStream(const channel::ValueSink& sink, std::uint32_t number);
 
     qorcontrol::Outcome startCodes(unsigned int timeoutMs, unsigned int periodMs);
     void stopCodes();
@@ -68,7 +71,7 @@ private:
     ResultPlaces results_;
     common::Guarded<std::shared_ptr<ConnectRun>> connect_;
     struct Streams {
-        std::vector<std::uint32_t> numbers;  // also of such as have ended
+        std::set<std::uint32_t> numbers;
         bool closed = false;
     };
     common::Guarded<Streams> streams_;

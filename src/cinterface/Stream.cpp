@@ -1,13 +1,11 @@
 #include "cinterface/Stream.h"
 
 #include "cinterface/Session.h"
-#include "facade/SinkStreams.h"
 
 namespace cinterface {
 
-void Stream::end() {
-    if (const auto session = session_.lock())
-        sinkstreams::stopParamRead(session->state(), ring_.get());
+void Stream::end(std::uint32_t number) {
+    if (const auto session = session_.lock()) session->endStream(*ring_, number);
     ring_->close();
 }
 

@@ -17,9 +17,9 @@ public:
 
     ValueRing& ring() const { return *ring_; }
 
-    /// Takes the ring away from the agent and sends away who waits. By who has taken the stream
-    /// out of the table.
-    void end();
+    /// Takes the ring away from the agent and sends away who waits. By who has taken the stream of
+    /// that number out of the table.
+    void end(std::uint32_t number);
 
 private:
     const std::weak_ptr<Session> session_;

@@ -80,9 +80,10 @@ int QOR_CALL QorReadParamStream(QorStream stream, QorSample* samples, unsigned i
 
 int QOR_CALL QorStopParamRead(QorStream stream) {
     return call([&]() -> Outcome {
-        const auto found = process().streams.remove(numberOf(stream));
+        const std::uint32_t number = numberOf(stream);
+        const auto found = process().streams.remove(number);
         if (found == nullptr) refuseStream();
-        found->end();
+        found->end(number);
         return {};
     });
 }
