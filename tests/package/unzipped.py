@@ -1,0 +1,58 @@
+"""The package as a station builder has it: unzipped, in a folder of its own."""
+import os
+import re
+import subprocess
+import sys
+import tempfile
+import zipfile
+from pathlib import Path
+
+SOURCE = Path(__file__).resolve().parents[2]
+OURS = ["QorControlC.dll", "QorControlFacade.dll", "qor-simulator.exe", "qorctl.exe"]
+RUN_TIMES = ["libgcc_s_dw2-1.dll", "libstdc++-6.dll", "libwinpthread-1.dll"]
+TOOLS = "i686-w64-mingw32-"
+_folders = []
+
+
+def tool(name, *arguments):
+    command = [TOOLS + name, *map(str, arguments)]
+    return subprocess.run(command, stdout=subprocess.PIPE, check=True, text=True,
+                          env={**os.environ, "LC_ALL": "C"}).stdout
+
+
+def unzip(path, inner="package"):
+    """Into a temporary folder that lives as long as the test."""
+    folder = tempfile.TemporaryDirectory(prefix="qor-package-")
+    _folders.append(folder)
+    target = Path(folder.name).resolve() / inner
+    with zipfile.ZipFile(path) as archive:
+        archive.extractall(target)
+    return target
+
+
+def package_path():
+    """The package is the first argument of each of these tests, which unittest must not see."""
+    return Path(sys.argv.pop(1))
+
+
+def version():
+    return re.search(r'QOR_VERSION_TEXT "(.*)"',
+                     (SOURCE / "src/qorcontrol/Version.h").read_text())[1]
+
+
+def imports(program):
+    """{DLL in lower case: functions} of a DLL or program."""
+    found, names = {}, None
+    for line in tool("objdump", "-p", program).splitlines():
+        if "DLL Name: " in line:
+            names = found.setdefault(line.split(": ")[1].lower(), set())
+        elif names is not None and (entry := re.fullmatch(r"\t[0-9a-f]+\t +\d+  (\S+)", line)):
+            names.add(entry[1])
+        elif line.startswith("The Export Tables") or "[Ordinal/Name Pointer]" in line:
+            break
+    return found
+
+
+def exports(program):
+    table = tool("objdump", "-p", program).partition("[Ordinal/Name Pointer] Table")[2]
+    return set(re.findall(r"^\t\[ *\d+\] (\S+)$", table.partition("\n\n")[0], re.MULTILINE))
