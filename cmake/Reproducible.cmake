@@ -5,15 +5,23 @@ if(NOT WIN32)
     return()
 endif()
 
-# qor_hide_folder(FOLDER NAME): for what is compiled in the present folder and below. Of two maps that
-# fit, the later one counts.
-function(qor_hide_folder folder name)
+# For what is compiled in the present folder and below. Of two maps that fit, the later one counts.
+function(_qor_call_folder folder name)
     add_compile_options("$<$<COMPILE_LANGUAGE:C,CXX>:-ffile-prefix-map=${folder}=${name}>")
 endfunction()
 
-qor_hide_folder(/usr/ toolchain/)
-qor_hide_folder(${CMAKE_SOURCE_DIR} /qor-control)
-qor_hide_folder(${CMAKE_BINARY_DIR} /qor-control/build)
+# qor_call_checkout(name): a compiler cache may have made relative paths of what CMake says.
+function(qor_call_checkout name)
+    file(RELATIVE_PATH toSource ${CMAKE_BINARY_DIR} ${CMAKE_SOURCE_DIR})
+    string(REGEX REPLACE "/$" "" toSource ${toSource})
+    _qor_call_folder(${toSource} ${name})
+    _qor_call_folder(${CMAKE_SOURCE_DIR} ${name})
+endfunction()
+
+_qor_call_folder(/usr/ toolchain/)
+qor_call_checkout(/qor-control)
+_qor_call_folder(${CMAKE_BINARY_DIR} /qor-control/build)
+_qor_call_folder(deps/ /qor-control/build/deps/)
 add_link_options(-Wl,--no-insert-timestamp)
 foreach(_language C CXX)
     string(REPLACE " qc " " qcD " CMAKE_${_language}_ARCHIVE_CREATE

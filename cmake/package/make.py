@@ -8,7 +8,7 @@ The work folder is made anew and then holds what is packed. The same input gives
 """
 import argparse
 import hashlib
-import re
+import os
 import shutil
 import subprocess
 import sys
@@ -22,6 +22,7 @@ from licences import write_licences  # noqa: E402
 
 MAX_BYTES = 5_000_000  # of the zip without symbols
 OURS = ["QorControlFacade.dll", "QorControlC.dll", "qorctl.exe", "qor-simulator.exe"]
+RUN_TIMES = ["libstdc++-6.dll", "libgcc_s_dw2-1.dll", "libwinpthread-1.dll"]
 
 
 class Failure(Exception):
@@ -61,15 +62,21 @@ class Package:
         """bin/, lib/, include/ and cmake/ are the install tree."""
         call("cmake", "--install", self.build, "--prefix", self.files)
 
+    def binutils(self, name, *arguments):
+        """What it writes carries the package's time instead of the present one."""
+        call(self.tools + name, *arguments, env={**os.environ, "SOURCE_DATE_EPOCH": str(self.date)})
+
     def split_symbols(self):
         """A debugger finds the symbols by the name that stays behind, and checks the file's sum."""
         for name in OURS:
             program = self.files / "bin" / name
             symbols = self.symbols / "symbols" / f"{name}.debug"
             symbols.parent.mkdir(exist_ok=True)
-            call(f"{self.tools}objcopy", "--only-keep-debug", program, symbols)
-            call(f"{self.tools}strip", program)
-            call(f"{self.tools}objcopy", f"--add-gnu-debuglink={symbols}", program)
+            self.binutils("objcopy", "--only-keep-debug", program, symbols)
+            self.binutils("strip", program)
+            self.binutils("objcopy", f"--add-gnu-debuglink={symbols}", program)
+        for name in RUN_TIMES:
+            self.binutils("strip", self.files / "bin" / name)
 
     def make_microsoft_library(self):
         """The names of the C interface are undecorated, so that its list of exports says it all."""

@@ -56,3 +56,17 @@ def imports(program):
 def exports(program):
     table = tool("objdump", "-p", program).partition("[Ordinal/Name Pointer] Table")[2]
     return set(re.findall(r"^\t\[ *\d+\] (\S+)$", table.partition("\n\n")[0], re.MULTILINE))
+
+
+def listed_exports(definition):
+    text = (SOURCE / definition).read_text().partition("EXPORTS")[2]
+    return {line.split()[0] for line in text.splitlines() if line.strip() and ";" not in line}
+
+
+def export_address(program, function):
+    """Where the file would like it to be loaded."""
+    told = tool("objdump", "-p", program)
+    base = int(re.search(r"^ImageBase\t+([0-9a-f]+)", told, re.MULTILINE)[1], 16)
+    ordinal = int(re.search(rf"\[ *(\d+)\] {re.escape(function)}$", told, re.MULTILINE)[1])
+    addresses = re.findall(r"\[ *(\d+)\] \+base\[ *\d+\] ([0-9a-f]+) Export RVA", told)
+    return base + {int(number): int(rva, 16) for number, rva in addresses}[ordinal]
