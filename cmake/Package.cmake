@@ -32,7 +32,7 @@ add_custom_command(
     COMMAND ${QOR_MAKE_PACKAGE} --work ${QOR_PACKAGE_FOLDER}/work --out ${QOR_PACKAGE_FOLDER}
     DEPENDS ${_date} ${_packed} ${CMAKE_BINARY_DIR}/QorControlConfigVersion.cmake
         README.md CHANGELOG.md simulator/README.md simulator/qor-settings.ini
-        simulator/models/engine.json src/cinterface/QorControl.h src/cinterface/QorControlC.def
+        simulator/simulator.ini simulator/models/engine.json src/cinterface/QorControl.h src/cinterface/QorControlC.def
         src/facade/QorControlFacade.h
         QorControlFacade QorControlC qorctl qor-simulator
     COMMENT "Packing ${QOR_PACKAGE}"

@@ -5,10 +5,11 @@ import shutil
 import subprocess
 from pathlib import Path
 
-# Where each page of the package comes from; what stands first is first in the index. The documents
-# that are not named here follow, in the order of their names.
-FIRST_PAGES = ["examples/README.md", "docs/packaging.md"]
-OTHER_PAGES = ["simulator/README.md", "README.md", "CHANGELOG.md"]
+# The index: what a station builder reads comes first, with all documents that are not named here.
+FIRST_PAGES = ["examples/README.md"]
+LAST_PAGES = ["docs/packaging.md", "simulator/README.md", "CHANGELOG.md"]
+INSIDE = ["README.md", "docs/architecture.md", "docs/binding.md", "docs/protocol.md",
+          "docs/states.md", "docs/benchmarks.md"]
 NAMES = {"examples/README.md": "examples", "simulator/README.md": "simulator",
          "README.md": "overview", "CHANGELOG.md": "changes"}
 STYLE = Path(__file__).with_name("page.css")
@@ -38,9 +39,10 @@ def page_name(document):
 
 def documents(source):
     """Paths relative to the source folder, in the order of the index."""
+    named = FIRST_PAGES + LAST_PAGES + INSIDE
     guides = sorted(path.relative_to(source).as_posix() for path in (source / "docs").glob("*.md"))
-    rest = [name for name in guides if name not in FIRST_PAGES]
-    return [name for name in FIRST_PAGES + rest + OTHER_PAGES if (source / name).is_file()]
+    rest = [name for name in guides if name not in named]
+    return [name for name in FIRST_PAGES + rest + LAST_PAGES + INSIDE if (source / name).is_file()]
 
 
 def anchor(heading, taken):
@@ -120,9 +122,15 @@ def first(pattern, body, document):
 
 
 def index(entries):
-    rows = "".join(f'<dt><a href="{page}">{title}</a></dt>\n<dd>{text}</dd>\n'
-                   for page, title, text in entries)
-    return f"<h1>QorControl</h1>\n<dl>\n{rows}</dl>\n"
+    """entries: (document, page, title, first sentence)."""
+    def rows(inside):
+        return "".join(f'<dt><a href="{page}">{title}</a></dt>\n<dd>{sentence}</dd>\n'
+                       for document, page, title, sentence in entries
+                       if (document in INSIDE) == inside)
+
+    return (f"<h1>QorControl</h1>\n<h2>For stations</h2>\n<dl>\n{rows(False)}</dl>\n"
+            "<h2>The library from inside</h2>\n<p>These pages speak of the sources and of building "
+            f"them.</p>\n<dl>\n{rows(True)}</dl>\n")
 
 
 def write_pages(source, package):
@@ -137,7 +145,7 @@ def write_pages(source, package):
         body = links.rewrite(document, with_anchors(body_of(source / document)))
         title = first(r"<h1[^>]*>(.*?)</h1>", body, document)
         sentence = re.sub(r"<[^>]+>", "", first(r"<p>(.*?)(?<=[.:])(?:\s|</p>)", body, document))
-        entries.append((page, title, sentence.rstrip(":")))
+        entries.append((document, page, title, sentence.rstrip(":")))
         write(folder / page, re.sub(r"<[^>]+>", "", title), body)
     write(folder / "index.html", "QorControl", index(entries))
 

@@ -13,9 +13,8 @@ from pathlib import Path
 
 sys.dont_write_bytecode = True
 import unzipped  # noqa: E402
-from unzipped import OURS, RUN_TIMES, SOURCE, tool  # noqa: E402
+from unzipped import NOTES, OURS, RUN_TIMES, SOURCE, tool  # noqa: E402
 
-NOTES = "docs/packaging.md"
 # What every Windows has had since long before 7.
 OF_WINDOWS = {"advapi32.dll", "iphlpapi.dll", "kernel32.dll", "msvcrt.dll", "user32.dll",
               "version.dll", "ws2_32.dll"}
@@ -48,7 +47,7 @@ def young_functions(imports):
 def table(first_column):
     """The rows of the notes' table that begins with this column."""
     rows, inside = [], False
-    for line in (SOURCE / NOTES).read_text(encoding="utf-8").splitlines():
+    for line in NOTES.read_text(encoding="utf-8").splitlines():
         if line.startswith(f"| {first_column} |"):
             inside = True
         elif not line.startswith("|"):
@@ -88,7 +87,7 @@ class Binaries(unittest.TestCase):
             told[name[0]] = (set(of_windows), set(map(str.lower, packed)) if packed != "-" else set())
         found = {name: (set(needed) - ours, set(needed) & ours)
                  for name, needed in self.imports.items()}
-        self.assertEqual(found, told, f"the table of {NOTES} is another")
+        self.assertEqual(found, told, "the table of the packaging notes is another")
 
     def test_what_is_not_in_the_package_every_windows_has(self):
         ours = {name.lower() for name in OURS + RUN_TIMES}
@@ -101,7 +100,7 @@ class Binaries(unittest.TestCase):
     def test_functions_younger_than_xp_are_those_of_the_notes(self):
         found = young_functions(self.imports)
         told = {(function[0], dll[0]): since for function, dll, since in table("function")}
-        self.assertEqual(found, set(told), f"the table of {NOTES} is another")
+        self.assertEqual(found, set(told), "the table of the packaging notes is another")
         self.assertLessEqual(set(told.values()), {"Vista", "7"})
         windows = {function for function, dll in found if dll != "msvcrt.dll"}
         self.assertEqual(windows, declared(windows, SEVEN))
@@ -171,8 +170,11 @@ class Binaries(unittest.TestCase):
                 ("QorControlFacade.dll", "_ZN16QorControlFacade8shutdownEv", "src/facade/"),
                 ("QorControlC.dll", "QorVersion", "src/cinterface/")):
             address = unzipped.export_address(self.folder / "bin" / dll, function)
-            line = tool("addr2line", "-e", self.symbols / f"{dll}.debug", hex(address))
-            self.assertRegex(line, rf"^/qor-control/{file}\w+\.cpp:\d+")
+            *command, symbols, _ = unzipped.command_of_the_notes(unzipped.TOOLS + "addr2line")
+            command += [Path(symbols).with_name(f"{dll}.debug"), hex(address)]
+            told = subprocess.run(command, cwd=self.symbols.parent, stdout=subprocess.PIPE,
+                                  check=True, text=True).stdout
+            self.assertRegex(told, rf"\n/qor-control/{file}\w+\.cpp:\d+")
 
 
 if __name__ == "__main__":

@@ -19,7 +19,8 @@ from unzipped import OURS, RUN_TIMES, SOURCE  # noqa: E402
 MAX_BYTES = 5_000_000
 FILES = {
     "": {"MANIFEST", "README.txt"},
-    "bin": {*OURS, *RUN_TIMES, "engine.json", "qor-settings.ini"},
+    "bin": {*OURS, *RUN_TIMES, "engine.json", "qor-settings.ini",
+            "simulator.ini"},
     "lib": {"QorControlC.lib", "libQorControlC.dll.a", "libQorControlFacade.dll.a"},
     "include": {"QorControl.h", "QorControlFacade.h"},
     "include/qorcontrol": {path.name for path in (SOURCE / "src/qorcontrol").glob("*.h")},
@@ -27,7 +28,7 @@ FILES = {
     "licences": {"CLI11.txt", "GPL-3.txt", "README.txt", "fmt.txt", "gcc-runtime.txt", "mbedtls.txt",
                  "mingw-w64.txt", "nlohmann-json.txt", "uPlot.txt"},
 }
-LANGUAGES = {".c": "C", ".cpp": "C++", ".cs": "C#", ".py": "Python", ".js": "Node.js"}
+LANGUAGES = {".c", ".cpp", ".cs", ".py", ".mjs"}
 # What each text must say to be the licence of its part.
 LICENCES = {
     "CLI11.txt": "University of Cincinnati", "GPL-3.txt": "Version 3, 29 June 2007",
@@ -72,9 +73,8 @@ class Contents(unittest.TestCase):
                          {path.name for path in self.folder.iterdir() if path.is_dir()})
 
     def test_there_is_an_example_in_each_language(self):
-        found = [LANGUAGES[Path(name).suffix] for name in self.names("examples")
-                 if Path(name).suffix in LANGUAGES]
-        self.assertEqual(sorted(LANGUAGES.values()), sorted(found))
+        found = {Path(name).suffix for name in self.names("examples")}
+        self.assertLessEqual(LANGUAGES, found)
 
     def test_it_is_small(self):
         self.assertLess(self.package.stat().st_size, MAX_BYTES)
@@ -88,9 +88,10 @@ class Contents(unittest.TestCase):
         self.assertEqual([], [name for name in names if not re.fullmatch(r"[\w./+-]+", name, re.ASCII)])
 
     def test_the_manifest_has_the_sum_of_every_file(self):
-        checked = subprocess.run(["sha256sum", "--check", "--strict", "MANIFEST"], cwd=self.folder,
-                                 stdout=subprocess.PIPE, text=True, check=False)
-        self.assertEqual(0, checked.returncode, checked.stdout)
+        command = unzipped.command_of_the_notes("sha256sum")
+        checked = subprocess.run([*command, "--strict"], cwd=self.folder, stdout=subprocess.PIPE,
+                                 stderr=subprocess.STDOUT, text=True, check=False)
+        self.assertEqual((0, ""), (checked.returncode, checked.stdout))
         listed = {line.split("  ", 1)[1] for line in
                   (self.folder / "MANIFEST").read_text().splitlines()}
         there = {path.relative_to(self.folder).as_posix()

@@ -8,6 +8,7 @@ import zipfile
 from pathlib import Path
 
 SOURCE = Path(__file__).resolve().parents[2]
+NOTES = SOURCE / "docs/packaging.md"
 OURS = ["QorControlC.dll", "QorControlFacade.dll", "qor-simulator.exe", "qorctl.exe"]
 RUN_TIMES = ["libgcc_s_dw2-1.dll", "libstdc++-6.dll", "libwinpthread-1.dll"]
 TOOLS = "i686-w64-mingw32-"
@@ -33,6 +34,12 @@ def unzip(path, inner="package"):
 def package_path():
     """The package is the first argument of each of these tests, which unittest must not see."""
     return Path(sys.argv.pop(1))
+
+
+def command_of_the_notes(program):
+    """The words of the one command line there that begins with it."""
+    text = NOTES.read_text(encoding="utf-8")
+    return re.search(rf"^    ({re.escape(program)} .*)$", text, re.MULTILINE)[1].split()
 
 
 def version():
