@@ -145,7 +145,7 @@ def write_pages(source, package):
         body = links.rewrite(document, with_anchors(body_of(source / document)))
         title = first(r"<h1[^>]*>(.*?)</h1>", body, document)
         sentence = re.sub(r"<[^>]+>", "", first(r"<p>(.*?)(?<=[.:])(?:\s|</p>)", body, document))
-        entries.append((document, page, title, sentence.rstrip(":")))
+        entries.append((document, page, title, sentence.rstrip(":.") + "."))
         write(folder / page, re.sub(r"<[^>]+>", "", title), body)
     write(folder / "index.html", "QorControl", index(entries))
 

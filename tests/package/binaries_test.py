@@ -19,7 +19,7 @@ from unzipped import NOTES, OURS, RUN_TIMES, SOURCE, tool  # noqa: E402
 OF_WINDOWS = {"advapi32.dll", "iphlpapi.dll", "kernel32.dll", "msvcrt.dll", "user32.dll",
               "version.dll", "ws2_32.dll"}
 HEADERS = ["winsock2.h", "ws2tcpip.h", "windows.h", "iphlpapi.h"]
-XP, SEVEN = "0x0502", "0x0601"
+XP, SEVEN = "0x0501", "0x0601"
 UNSTRIPPED = re.compile(r"\.(z?debug_|stab)")
 
 
