@@ -14,12 +14,13 @@ constexpr unsigned int pollMs = 1;
 
 Bootstrap::Bootstrap(ClientExternalOperating& client, common::Guarded<ClientState>& state,
                      const std::atomic<bool>& operating, IProgressMonitor& monitor,
-                     ClientExternalOperating::ConnectCallback& callback)
+                     ClientExternalOperating::ConnectCallback& callback, std::uint32_t stepsBefore)
     : client_(client),
       state_(state),
       operating_(operating),
       monitor_(monitor),
-      callback_(callback) {}
+      callback_(callback),
+      stepsBefore_(stepsBefore) {}
 
 bool Bootstrap::follow() {
     state_.lock()->bootstrapResults.clear();
@@ -70,9 +71,15 @@ bool Bootstrap::awaitOnline() {
 
 void Bootstrap::reportProgress() {
     // Progress is not reset by a connect: what the previous one left counts as a first change.
-    const std::int32_t progress = state_.lock()->bootstrapProgress;
+    std::int32_t progress = 0;
+    std::uint32_t steps = 0;
+    {
+        const auto state = state_.lock();
+        progress = state->bootstrapProgress;
+        steps = state->bootstrapSteps - stepsBefore_;
+    }
     if (progress == seenProgress_) return;
-    callback_.onProgress();
+    callback_.onProgress(progress, steps);
     seenProgress_ = progress;
 }
 

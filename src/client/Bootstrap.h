@@ -13,7 +13,7 @@ class Bootstrap {
 public:
     Bootstrap(ClientExternalOperating& client, common::Guarded<ClientState>& state,
               const std::atomic<bool>& operating, IProgressMonitor& monitor,
-              ClientExternalOperating::ConnectCallback& callback);
+              ClientExternalOperating::ConnectCallback& callback, std::uint32_t stepsBefore);
 
     /// True once the ECU is online. On failure the monitor has been told why. The first phase,
     /// until QOR reports the result, has no time limit; the monitor can cancel both.
@@ -34,5 +34,6 @@ private:
     const std::atomic<bool>& operating_;
     IProgressMonitor& monitor_;
     ClientExternalOperating::ConnectCallback& callback_;
+    const std::uint32_t stepsBefore_;  // figures that had come when the connect began
     std::int32_t seenProgress_ = -1;
 };

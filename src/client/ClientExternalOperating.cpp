@@ -106,14 +106,16 @@ bool ClientExternalOperating::ping(unsigned int timeoutMs) {
 
 bool ClientExternalOperating::connectEcu(const protocol::KwpConnect& record,
                                          IProgressMonitor* monitor, ConnectCallback& callback) {
+    std::uint32_t stepsBefore = 0;
     {
         const auto state = state_.lock();
         state->connectRecord = record;
         state->connecting = true;
+        stepsBefore = state->bootstrapSteps;
     }
     if (!send<CommandKwpConnect>(record, connectMs)) return false;
     if (monitor == nullptr) return true;
-    return Bootstrap(*this, state_, operating_, *monitor, callback).follow();
+    return Bootstrap(*this, state_, operating_, *monitor, callback, stepsBefore).follow();
 }
 
 bool ClientExternalOperating::disconnectEcu() {

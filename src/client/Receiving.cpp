@@ -32,6 +32,12 @@ void arrive(Arrival<T>& arrival, T content) {
     arrival.arrived = true;
 }
 
+void keepValue(ParamTables& params, std::int32_t id, double value) {
+    const common::Moment tick = common::now();
+    params.storeSample(id, {{value}, {}, {}, tick});
+    params.noteArrival(id, value, tick);
+}
+
 }  // namespace
 
 bool ClientExternalOperating::handleCommand(IExternalCommand& command,
@@ -54,6 +60,7 @@ void ClientExternalOperating::onParamValue(std::int32_t id, double value) {
             return;
         case idProgress:
             state->bootstrapProgress = asInteger(value);
+            ++state->bootstrapSteps;
             return;
         case idResult:
             state->bootstrapProgress = -1;
@@ -61,7 +68,7 @@ void ClientExternalOperating::onParamValue(std::int32_t id, double value) {
                 state->bootstrapResults.push_back(asInteger(value));
             return;
         default:
-            state->params.storeSample(id, {{value}, {}, {}, common::now()});
+            keepValue(state->params, id, value);
     }
 }
 

@@ -19,11 +19,15 @@ constexpr std::int32_t result = -12;
 class Bootstrap : public ClientTest {
 protected:
     struct CountingCallback final : ClientExternalOperating::ConnectCallback {
-        void onProgress() override {
+        void onProgress(std::int32_t figure, std::uint32_t steps) override {
             ++calls;
+            figures.push_back(figure);
+            lastSteps = steps;
             if (then) then();
         }
         int calls = 0;
+        std::vector<std::int32_t> figures;
+        std::uint32_t lastSteps = 0;
         std::function<void()> then;
     };
 
@@ -223,7 +227,8 @@ TEST_F(Bootstrap, EachChangeOfTheProgressIsToldOnce) {
     reportsAfter(50, progress, 100);
     reportsAfter(60, result, -2);
     expectFailure("QOR reported");
-    EXPECT_EQ(callback.calls, 3);
+    EXPECT_THAT(callback.figures, ElementsAre(0, 7, 100));
+    EXPECT_EQ(callback.lastSteps, 5u);
 }
 
 TEST_F(Bootstrap, WithoutProgressNothingIsTold) {
@@ -250,6 +255,7 @@ TEST_F(Bootstrap, ProgressThatAnEarlierConnectLeftIsToldAtOnce) {
     reportsAfter(60, result, -2);
     connect();
     EXPECT_EQ(callback.calls, 1);
+    EXPECT_EQ(callback.lastSteps, 0u);  // none of this connect
     EXPECT_EQ(toldAt, start);
 }
 

@@ -19,7 +19,7 @@ protected:
     protocol::KwpConnect lastQuery() { return qor.last<CommandKwpConnect>(); }
 
     struct NoCallback final : ClientExternalOperating::ConnectCallback {
-        void onProgress() override {}
+        void onProgress(std::int32_t, std::uint32_t) override {}
     } callback;
 };
 
