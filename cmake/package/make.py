@@ -84,7 +84,6 @@ class Package:
         call("llvm-dlltool", "-m", "i386", "-d", exports, "-l", self.files / "lib" / "QorControlC.lib")
 
     def copy_examples(self):
-        if not (self.source / "examples").is_dir(): return
         shutil.copytree(self.source / "examples", self.files / "examples",
                         ignore=shutil.ignore_patterns("CMakeLists.txt", "__pycache__"))
 

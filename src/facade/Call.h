@@ -3,27 +3,36 @@
 #include <memory>
 #include <utility>
 
+#include "common/Moment.h"
 #include "common/Pump.h"
+#include "common/Verdict.h"
 #include "facade/channel/ProtocolCmd.h"
 #include "facade/FacadeState.h"
 
 /// One call of an operation, with a share of all that it needs: whatever becomes of the facade
-/// meanwhile, it touches nothing that is gone.
+/// meanwhile, it touches nothing that is gone. At its end it notes how it ended, as the calling
+/// thread's last outcome: that it worked, unless somebody has said that it failed.
 class Call {
 public:
     using Channel = channel::Channel;
 
-    explicit Call(const FacadeState& state) : channel_(state.channel), eolLog_(state.eolLog) {}
+    /// Starts the clock of the call.
+    explicit Call(const FacadeState& state);
+    ~Call();
+    Call(const Call&) = delete;
+    Call& operator=(const Call&) = delete;
 
     Channel& channel() const { return *channel_; }
     const EolLog* eolLog() const { return eolLog_; }
 
     /// Without an agent an operation fails at once, and silently.
-    bool isOperating() const { return channel_->agent.isOperating(); }
+    bool isOperating() { return channel_->agent.isOperating() || failForLackOfAgent(); }
+    /// The same without asking the system, see AgentLife.
+    bool mayBeOperating() { return channel_->agent.mayBeOperating() || failForLackOfAgent(); }
 
     /// Takes at most one message of any kind from the calling thread's queue and dispatches it;
     /// then whether the agent still works.
-    bool pumpMessage() const {
+    bool pumpMessage() {
         common::pumpOneMessage();
         return isOperating();
     }
@@ -40,17 +49,32 @@ public:
         return true;
     }
 
+    /// Milliseconds since the start.
+    unsigned int elapsedMs() const;
+
 protected:
     void push(const channel::ProtocolCmd& request) const { channel_->commandQueue.push(request); }
+
+    /// How it has ended, as far as is known by now; the last word counts.
+    void note(const common::Verdict& verdict) { verdict_ = verdict; }
+    /// By the agent's answer; true if that is a success.
+    bool noteAnswer(const channel::CmdResponse& response);
+
+    /// Always false.
+    bool failForLackOfAgent();
 
 private:
     const std::shared_ptr<Channel> channel_;
     const EolLog* const eolLog_;
+    const common::Moment start_;
+    const int exceptionsBefore_;
+    common::Verdict verdict_;
+    std::shared_ptr<const std::string> reason_;  // why there is no agent
 };
 
 /// The whole of an operation that only posts.
 template <channel::Kind kind, class... Args>
 bool postOnly(const FacadeState& state, Args&&... payload) {
-    const Call call(state);
+    Call call(state);
     return call.isOperating() && call.postUnanswered<kind>(std::forward<Args>(payload)...);
 }

@@ -1,9 +1,11 @@
 #include <atomic>
 
+#include "facade/AwaitedCall.h"
 #include "facade/FacadeImpl.h"
 #include "facade/QorControlFacade.h"
 #include "facade/TimedCall.h"
 #include "facade/UntimedCall.h"
+#include "qorcontrol/Waiting.h"
 #include "trace/Trace.h"
 
 using channel::Kind;
@@ -37,6 +39,14 @@ void logConnect(const Call& call, const QorControlFacade::EcuConnect& settings,
                         static_cast<int>(settings.addressByte2), settings.securityDll.c_str());
 }
 
+void logModel(const Call& call, const QorControlFacade::ModelDescription& model) {
+    trace(libraryModule, tracelog::information, 0, "Opening model = '%s', hex = '%s', csv = '%s'\n",
+          model.model.c_str(), model.hex.c_str(), model.csv.c_str());
+    if (call.eolLog() != nullptr)
+        call.eolLog()->info("OPEN-model(%s): ['%s' '%s']", model.model.c_str(), model.hex.c_str(),
+                            model.csv.c_str());
+}
+
 }  // namespace
 
 bool QorControlFacade::connect(const EcuConnect& settings, EcuConnect::ConnType type,
@@ -63,19 +73,30 @@ bool QorControlFacade::setEcuSegment(const std::string& segment, bool flag,
 }
 
 bool QorControlFacade::openModel(const ModelDescription& model) const {
-    const Call call(*impl_);
+    Call call(*impl_);
     if (!call.isOperating()) return false;
-    trace(libraryModule, tracelog::information, 0, "Opening model = '%s', hex = '%s', csv = '%s'\n",
-          model.model.c_str(), model.hex.c_str(), model.csv.c_str());
-    if (call.eolLog() != nullptr)
-        call.eolLog()->info("OPEN-model(%s): ['%s' '%s']", model.model.c_str(), model.hex.c_str(),
-                            model.csv.c_str());
+    logModel(call, model);
     return call.postUnanswered<Kind::openModel>(model);
+}
+
+bool qorcontrol::openModelAndWait(const QorControlFacade& facade,
+                                  const QorControlFacade::ModelDescription& model) {
+    AwaitedCall call(FacadeAccess::stateOf(facade));
+    if (!call.isOperating()) return false;
+    logModel(call, model);
+    return call.run<Kind::openModel>(model);
 }
 
 bool QorControlFacade::connectCanBus(const CanBusConnect& settings,
                                      EcuConnect::ConnType type) const {
     return postOnly<Kind::connectCanBus>(*impl_, settings, type);
+}
+
+bool qorcontrol::connectCanBusAndWait(const QorControlFacade& facade,
+                                      const QorControlFacade::CanBusConnect& settings,
+                                      QorControlFacade::EcuConnect::ConnType type) {
+    AwaitedCall call(FacadeAccess::stateOf(facade));
+    return call.isOperating() && call.run<Kind::connectCanBus>(settings, type);
 }
 
 bool QorControlFacade::pingQor(unsigned int timeoutMs) const {

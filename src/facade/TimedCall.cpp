@@ -4,9 +4,11 @@
 
 #include "common/SlicedWait.h"
 
+using qorcontrol::Cause;
+
 TimedCallBase::TimedCallBase(const FacadeState& state, channel::AnswerTable& answers,
                              const char* name)
-    : Call(state), answers_(answers), name_(name), start_(common::now()) {}
+    : Call(state), answers_(answers), name_(name) {}
 
 TimedCallBase::~TimedCallBase() {
     if (queue_ == nullptr) return;
@@ -24,7 +26,9 @@ void TimedCallBase::post(channel::Kind kind, std::shared_ptr<channel::CmdData> r
 bool TimedCallBase::await(std::uint32_t waitMs) {
     waits_ = waitMs != 0;
     answered_ = popWithin(waitMs);
-    return answered_ && response_.result == channel::CmdResponse::success;
+    if (answered_) return noteAnswer(response_);
+    if (mayBeOperating()) note({Cause::agentBusy, "", false});
+    return false;
 }
 
 bool TimedCallBase::popWithin(std::uint32_t waitMs) {
@@ -36,8 +40,4 @@ bool TimedCallBase::popWithin(std::uint32_t waitMs) {
         // wait of the next call; only the time decides.
     } while (wait.goesOn());
     return false;
-}
-
-int TimedCallBase::elapsedMs() const {
-    return static_cast<int>(static_cast<std::uint32_t>(common::now() - start_));
 }

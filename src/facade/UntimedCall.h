@@ -26,7 +26,7 @@ public:
         channel::CmdResponse response;
         while (!answers_->pop(response, pollMs))
             if (!pumpMessage()) return false;
-        return response.result == channel::CmdResponse::success;
+        return noteAnswer(response);
     }
 
     /// The facade's, see there.

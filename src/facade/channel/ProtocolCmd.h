@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "common/Interest.h"
+#include "common/Verdict.h"
 #include "facade/channel/OperationTable.h"
 #include "qorcontrol/HostInterfaces.h"
 #include "qorcontrol/ThreadSafeQueue.h"
@@ -19,6 +20,7 @@ struct CmdResponse {
     /// Of the request's type; null where the request's own payload carries the results, or where
     /// there are none.
     std::shared_ptr<CmdData> data;
+    common::Verdict verdict = {};  ///< why, of a failure
 };
 
 /// Where a caller waits for the answer to its request. The agent shares it: a caller that gives up
