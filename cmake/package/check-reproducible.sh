@@ -5,6 +5,7 @@
 set -eu
 root=$(cd -- "$(dirname -- "$0")/../.." && pwd -P)
 cache=${QOR_CACHE_DIR:-${XDG_CACHE_HOME:-$HOME/.cache}/qor-control-facade}
+commit=$(git -c safe.directory="$root" -C "$root" rev-parse HEAD)
 temp=$(mktemp -d)
 trap 'rm -rf "$temp"' EXIT
 trap 'exit 130' INT
@@ -14,7 +15,8 @@ trap 'exit 143' TERM
 build() {
     local name=$1
     shift
-    git clone -q --no-local "$root" "$temp/$name"
+    git clone -q --no-local --no-checkout "$root" "$temp/$name"
+    git -C "$temp/$name" checkout -q --detach "$commit"
     env CCACHE_DISABLE=1 "$@" "$temp/$name/run" package >"$temp/$name.log" 2>&1 || {
         tail -n 25 "$temp/$name.log" >&2
         exit 1
