@@ -1,12 +1,13 @@
 # Two builds of one commit are the same bytes, wherever they are made: no time, and no folder of this
 # machine, gets into an object, a DLL or a program. In debug information and in texts of assertions the
 # checkout is called /qor-control (gdb: set substitute-path /qor-control FOLDER).
-if(NOT WIN32)
-    return()
-endif()
 
-# For what is compiled in the present folder and below. Of two maps that fit, the later one counts.
-function(_qor_call_folder folder name)
+# qor_call_folder(folder name): for what is compiled for Windows in the present folder and below. Of two
+# maps that fit, the later one counts.
+function(qor_call_folder folder name)
+    if(NOT WIN32)
+        return()
+    endif()
     add_compile_options("$<$<COMPILE_LANGUAGE:C,CXX>:-ffile-prefix-map=${folder}=${name}>")
 endfunction()
 
@@ -14,14 +15,17 @@ endfunction()
 function(qor_call_checkout name)
     file(RELATIVE_PATH toSource ${CMAKE_BINARY_DIR} ${CMAKE_SOURCE_DIR})
     string(REGEX REPLACE "/$" "" toSource ${toSource})
-    _qor_call_folder(${toSource} ${name})
-    _qor_call_folder(${CMAKE_SOURCE_DIR} ${name})
+    qor_call_folder(${toSource} ${name})
+    qor_call_folder(${CMAKE_SOURCE_DIR} ${name})
 endfunction()
 
-_qor_call_folder(/usr/ toolchain/)
+if(NOT WIN32)
+    return()
+endif()
+qor_call_folder(/usr/ toolchain/)
 qor_call_checkout(/qor-control)
-_qor_call_folder(${CMAKE_BINARY_DIR} /qor-control/build)
-_qor_call_folder(deps/ /qor-control/build/deps/)
+qor_call_folder(${CMAKE_BINARY_DIR} /qor-control/build)
+qor_call_folder(deps/ /qor-control/build/deps/)
 add_link_options(-Wl,--no-insert-timestamp)
 foreach(_language C CXX)
     string(REPLACE " qc " " qcD " CMAKE_${_language}_ARCHIVE_CREATE
