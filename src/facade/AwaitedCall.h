@@ -19,7 +19,7 @@ public:
         static_assert(Operation::wait == channel::Wait::none, "the others wait by themselves");
         using Data = typename Operation::Data;
         const auto answers = std::make_shared<channel::AnswerQueue>(1);
-        push({kind, std::make_shared<Data>(std::forward<Args>(payload)...), answers, nullptr});
+        push({kind, std::make_shared<Data>(std::forward<Args>(payload)...), answers, nullptr, 0});
         return await(*answers);
     }
 
