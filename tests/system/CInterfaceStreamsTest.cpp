@@ -42,7 +42,8 @@ protected:
         while (QorReadParamStream(stream, samples, 16, &count, 0) == QOR_OK) {
             for (unsigned i = 0; i < count; ++i) {
                 ++seen.got[samples[i].name];
-                seen.isInOrder = seen.isInOrder && samples[i].missed >= seen.missed[samples[i].name];
+                seen.isInOrder =
+                    seen.isInOrder && samples[i].missed >= seen.missed[samples[i].name];
                 seen.missed[samples[i].name] = samples[i].missed;
                 seen.lastMs = samples[i].timeMs;
             }
