@@ -2,6 +2,7 @@
 import re
 import subprocess
 import unittest
+from pathlib import Path
 
 import header
 from header import Member, NotUnderstood, Type
@@ -41,8 +42,9 @@ def check_of(table, pointer_size):
     return "\n".join(lines) + "\n"
 
 
-def complaint(compiler, source):
-    command = [*compiler, "-std=c89", "-Wall", "-Wextra", "-Werror", "-fsyntax-only", *INCLUDES, "-x", "c", "-"]
+def complaint(compiler, source, language="c"):
+    command = [*compiler, "-std=c89" if language == "c" else "-std=c++11", "-Wall", "-Wextra", "-Werror",
+               "-fsyntax-only", *INCLUDES, "-x", language, "-"]
     return subprocess.run(command, input=source, stderr=subprocess.PIPE, text=True, check=False).stderr
 
 
@@ -67,6 +69,13 @@ class TheHeaderAsATable(unittest.TestCase):
             self.assertEqual(1, self.text.count(old), old)
             faulty = header.parse(self.text.replace(old, new))
             self.assertNotEqual("", complaint(MINGW, check_of(faulty, 4)), old)
+
+    def test_the_first_program_in_c_is_one_in_cpp_too(self):
+        first = (header.ROOT / "tools/example/first/first.c").read_text(encoding="utf-8")
+        replaced = ["-nostdinc", "-isystem", str(Path(__file__).with_name("msvc"))]
+        for compiler in (["i686-w64-mingw32-g++-posix"], MICROSOFT + replaced):
+            self.assertEqual("", complaint(compiler, first, "c++"))
+            self.assertNotEqual("", complaint(compiler, first.replace("NULL, QOR", "0.5, QOR"), "c++"))
 
     def test_it_has_as_many_functions_as_the_header_imports(self):
         declared = re.findall(r"^QOR_IMPORT ", self.text, re.MULTILINE)

@@ -16,7 +16,7 @@ THROUGH_FILES = """@echo off
 {command} >{out} 2>{errors} <nul
 set code=%errorlevel%
 type {errors} 1>&2
-echo tour ended
+echo host ended
 exit %code%
 """
 
@@ -26,26 +26,30 @@ class Ended:
         self.exit_code, self.output, self.errors = exit_code, output, errors
 
 
+def plain(output):
+    return output.decode().replace("\r\n", "\n")
+
+
 def run(command):
     ended = subprocess.run(command, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
                            timeout=PATIENCE_S, check=False)
-    return Ended(ended.returncode, ended.stdout.decode(), ended.stderr.decode(errors="replace"))
+    return Ended(ended.returncode, plain(ended.stdout), plain(ended.stderr))
 
 
 def run_windows(program, *arguments, closing="^close: ok"):
     return run([str(WINE_TEST), "--closing", closing, str(program), *arguments])
 
 
-def run_node(node_folder, folder, *arguments):
-    """The folder is for the output."""
-    out, errors, script = folder / "tour.out", folder / "tour.err", folder / "tour.bat"
-    words = [node_folder / "node.exe", node_folder / "tour.mjs"]
+def run_node(script, folder, *arguments):
+    """The script lies beside node.exe; the folder is for the output."""
+    out, errors, batch = folder / "host.out", folder / "host.err", folder / "host.bat"
+    words = [script.with_name("node.exe"), script]
     command = " ".join(f'"{windows_path(word)}"' for word in words)
     command += "".join(f' "{word}"' for word in arguments)
     text = THROUGH_FILES.format(command=command, out=windows_path(out), errors=windows_path(errors))
-    script.write_text(text.replace("\n", "\r\n"))
-    ended = run_windows("cmd", "/c", windows_path(script), closing="^tour ended")
-    output = out.read_bytes().decode() if out.exists() else ""
+    batch.write_text(text.replace("\n", "\r\n"))
+    ended = run_windows("cmd", "/c", windows_path(batch), closing="^host ended")
+    output = plain(out.read_bytes()) if out.exists() else ""
     return Ended(ended.exit_code, output, ended.errors)
 
 

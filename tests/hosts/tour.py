@@ -63,7 +63,7 @@ def whole(codes) -> List[str]:
 
 def parse(text: str) -> Tour:
     tour = Tour([], [], [], [])
-    for line in text.replace("\r", "").splitlines():
+    for line in text.splitlines():
         if match := PROGRESS.fullmatch(line):
             tour.progress.append(int(match[1]))
         elif match := VALUE.fullmatch(line):

@@ -39,7 +39,7 @@ def in_cpp(station):
 
 
 def in_node(station):
-    return run_node(node_folder, station.folder, windows_path(station.settings),
+    return run_node(node_folder / "tour.mjs", station.folder, windows_path(station.settings),
                     windows_path(program_folder / "QorControlC.dll"))
 
 

@@ -153,8 +153,7 @@ TEST_P(Doctor, AHealthyStationWouldWorkAndIsLeftAsItWas) {
           "executable.program", "qor.place"})
         EXPECT_EQ("ok", statusOf(findings, id)) << id;
     EXPECT_THAT(finding(findings, "qor.place").at("what"), HasSubstr("so a host starts QOR"));
-    EXPECT_THAT(qor::running(), IsEmpty());
-    EXPECT_EQ(before, filesOfStation());
+    EXPECT_EQ(before, filesOfStation()) << "QOR was started";
 }
 
 TEST_P(Doctor, AQorThatRunsIsAskedAndGoesOn) {
@@ -297,7 +296,21 @@ TEST_P(Doctor, AForeignProgramInQorsPlaceIsFound) {
         EXPECT_THAT(what, HasSubstr("process " + us));
     }
     EXPECT_THAT(what, HasSubstr("does not answer as QOR does"));
-    EXPECT_THAT(qor::running(), IsEmpty());
+    EXPECT_FALSE(fileExists(station.settings.log)) << "QOR was started";
+}
+
+TEST_P(Doctor, AQorThatDoesNotAnswerIsFound) {
+    station.script = R"({"rules":[{"match":{"id":0},"action":)" + silence(GetParam(), 400) + "}]}";
+    station.writeSettings();
+    station.startQorByHand();
+
+    const json findings = diagnoseAsItIs({"--timeout", "100"});
+
+    EXPECT_EQ(wouldNotWork, exitCode);
+    EXPECT_EQ("problem", statusOf(findings, "qor.place")) << findings;
+    EXPECT_EQ("problem", statusOf(findings, "qor.answer"));
+    EXPECT_THAT(qor::running(), SizeIs(1));
+    qor::killAll();
 }
 
 TEST_P(Doctor, ATraceThatCannotBeWrittenIsFound) {
@@ -333,6 +346,20 @@ TEST_P(Doctor, AnotherHostIsLookedAtInItsPlace) {
     station.folder.write("other.exe", programFor("\x4C\x01"));
     diagnose({"--host", station.folder.pathOf("other.exe")});
     EXPECT_EQ(wouldWork, exitCode);
+}
+
+TEST_P(Doctor, AnotherTransportIsLookedAtWithoutAChangeOfTheFile) {
+    station.writeSettings();
+    const auto before = filesOfStation();
+    const std::string text = bytesOfFile(station.settingsPath);
+
+    const json findings = diagnoseAsItIs({"--transport", isTcp() ? "window" : "tcp"});
+
+    EXPECT_EQ(wouldWork, exitCode);
+    EXPECT_THAT(finding(findings, "settings.UseTcp").at("what"),
+                HasSubstr(isTcp() ? ": window messages" : ": TCP"));
+    EXPECT_EQ(before, filesOfStation());
+    EXPECT_EQ(text, bytesOfFile(station.settingsPath));
 }
 
 TEST_P(Doctor, TheTextHasALineForEachFindingAndTheProblemsLast) {

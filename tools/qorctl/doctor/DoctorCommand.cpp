@@ -36,7 +36,8 @@ const char* const footer =
     "host. With --start a QOR that does not run is started as the settings say and ended again.\n"
     "A QOR on another machine is asked by a connection to its port.\n"
     "--host looks in place of another host: paths in the settings go by its folder, its DLLs and\n"
-    "its trace lie beside it. --trace only says where the trace would go.\n"
+    "its trace lie beside it. --trace says where else the trace would go (with --start: goes).\n"
+    "With --transport a copy of the settings stands beside them until the end.\n"
     "\n"
     "Exit codes: 0 a host would work, 3 it would not: at least one finding is a problem. (1 and 2\n"
     "as for all commands.)\n"
@@ -108,10 +109,13 @@ int runDoctor(const DoctorOptions& options) {
 Action declareDoctor(CLI::App& command) {
     const auto options = std::make_shared<DoctorOptions>();
     options->session.declare(command);
-    command.add_option("--host", options->host, "Look in place of this host's executable")
-        ->type_name("HOST.exe")
-        ->check(paths::whyNotAbsolute);
-    command.add_flag("--start", options->start, "Start QOR, ask it and end it, unless it runs");
+    CLI::Option* const host =
+        command.add_option("--host", options->host, "Look in place of this host's executable")
+            ->type_name("HOST.exe")
+            ->check(paths::whyNotAbsolute);
+    // The library in this program takes paths from this program's folder.
+    command.add_flag("--start", options->start, "Start QOR, ask it and end it, unless it runs")
+        ->excludes(host);
     command.add_flag("--json", options->json, "Print the findings as one JSON object");
     command.footer(footer);
     return [options] { return runDoctor(*options); };

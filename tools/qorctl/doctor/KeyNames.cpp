@@ -26,12 +26,12 @@ Finding checkFile(const SettingsFacts& facts) {
         default:
             break;
     }
-    if (facts.hasUtf8Mark)
-        return Finding::problem(fileId,
-                                facts.path +
-                                    " begins with a UTF-8 mark, which hides its first "
-                                    "section from Windows",
-                                "save it without the mark (ANSI, or UTF-8 without BOM)");
+    if (facts.isSectionHidden)
+        return Finding::problem(
+            fileId,
+            fmt::format("{} begins with a UTF-8 mark, which hides section {} from Windows",
+                        facts.path, settingsSection),
+            "save it without the mark (ANSI, or UTF-8 without BOM)");
     return Finding::ok(fileId, facts.path);
 }
 

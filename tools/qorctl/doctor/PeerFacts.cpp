@@ -4,20 +4,14 @@
 
 #include <windows.h>
 
-// Needs winsock2.h before it.
-#include <ws2tcpip.h>
-
 #include <fmt/format.h>
 
-#include <memory>
-
-#include "doctor/FileAccess.h"
+#include "doctor/TcpAddress.h"
 #include "doctor/TcpConnections.h"
 
 namespace qorctl::doctor {
 namespace {
 
-constexpr long connectLimitS = 2;
 constexpr unsigned maxPort = 65535;
 
 struct SocketLibrary {
@@ -27,54 +21,6 @@ struct SocketLibrary {
     SocketLibrary(const SocketLibrary&) = delete;
     SocketLibrary& operator=(const SocketLibrary&) = delete;
 };
-
-class Socket {
-public:
-    explicit Socket(int type) : socket_(socket(AF_INET, type, 0)) {}
-    ~Socket() { closesocket(socket_); }
-    Socket(const Socket&) = delete;
-    Socket& operator=(const Socket&) = delete;
-
-    SOCKET get() const { return socket_; }
-
-private:
-    SOCKET const socket_;
-};
-
-/// As the library looks it up; false with the reason.
-bool lookUp(const std::string& host, unsigned port, sockaddr_in& address, std::string& reason) {
-    addrinfo hints = {};
-    hints.ai_family = AF_INET;
-    hints.ai_socktype = SOCK_STREAM;
-    addrinfo* list = nullptr;
-    const int error = getaddrinfo(host.c_str(), std::to_string(port).c_str(), &hints, &list);
-    if (error != 0) {
-        reason = systemText(static_cast<unsigned long>(error));
-        return false;
-    }
-    const std::unique_ptr<addrinfo, decltype(&freeaddrinfo)> owner(list, &freeaddrinfo);
-    address = *reinterpret_cast<const sockaddr_in*>(list->ai_addr);
-    return true;
-}
-
-/// An address can be taken on the machine that has it, and on no other.
-bool isOfThisMachine(sockaddr_in address) {
-    address.sin_port = 0;
-    const Socket probe(SOCK_DGRAM);
-    return bind(probe.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
-}
-
-/// Whether a connection is taken; closed at once.
-bool canConnect(const sockaddr_in& address) {
-    const Socket probe(SOCK_STREAM);
-    u_long on = 1;
-    ioctlsocket(probe.get(), static_cast<long>(FIONBIO), &on);
-    connect(probe.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address);
-    fd_set writable = {};
-    writable.fd_array[writable.fd_count++] = probe.get();
-    timeval limit = {connectLimitS, 0};
-    return select(0, nullptr, &writable, nullptr, &limit) == 1;
-}
 
 void findSockets(PeerFacts& facts, std::uint32_t address, unsigned port) {
     Holders accepted;
@@ -99,14 +45,14 @@ PeerFacts gatherPort(const std::string& host, unsigned port) {
     facts.isUsable = port >= 1 && port <= maxPort;
     if (!facts.isUsable) return facts;
     const SocketLibrary sockets;
-    sockaddr_in address = {};
-    facts.isFound = lookUp(host, port, address, facts.reason);
-    if (!facts.isFound) return facts;
-    facts.isRemote = !isOfThisMachine(address);
+    const auto address = TcpAddress::lookUp(host, port, facts.reason);
+    facts.isFound = address.has_value();
+    if (!address) return facts;
+    facts.isRemote = !address->isOfThisMachine();
     if (facts.isRemote)
-        facts.accepts = canConnect(address);
+        facts.accepts = address->takesConnection();
     else
-        findSockets(facts, ntohl(address.sin_addr.s_addr), port);
+        findSockets(facts, address->host(), port);
     return facts;
 }
 

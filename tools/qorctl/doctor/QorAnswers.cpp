@@ -5,7 +5,6 @@
 #include <fmt/format.h>
 
 #include <chrono>
-#include <memory>
 #include <stdexcept>
 
 #include "doctor/SettingsKeys.h"
@@ -27,7 +26,8 @@ double msSince(Clock::time_point start) {
     return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
 }
 
-/// A copy of the settings that names no executable, so that the library starts nothing.
+/// A copy of the settings that names no executable: with it the library starts no QOR, and at its
+/// end leaves the one that runs, and that one's ECU, as they are.
 class SettingsWithoutStart {
 public:
     explicit SettingsWithoutStart(const std::string& path) {
@@ -74,16 +74,13 @@ QorAnswers QorAnswers::ofRunning(const std::string& settingsPath, unsigned timeo
     QorAnswers answers;
     answers.isAsked = true;
     const Clock::time_point start = Clock::now();
-    auto facade = std::make_unique<QorControlFacade>(settings.path(), nullptr, refreshMs, "");
-    if (makesContact(*facade, timeoutMs)) {
+    const QorControlFacade qor(settings.path(), nullptr, refreshMs, "");
+    if (makesContact(qor, timeoutMs)) {
         answers.firstMs = msSince(start);
-        askSeveralTimes(*facade, timeoutMs, answers);
+        askSeveralTimes(qor, timeoutMs, answers);
     } else {
         answers.pings = 1;
     }
-    // Its end would disconnect the ECU and tell QOR to end, whoever started that. It goes with the
-    // process, which ends soon.
-    static_cast<void>(facade.release());
     return answers;
 }
 

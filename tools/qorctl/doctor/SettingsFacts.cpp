@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include <algorithm>
 #include <fstream>
 
 #include "doctor/Spelling.h"
@@ -69,7 +70,13 @@ std::vector<SettingsFacts::Section> sectionsOf(const std::string& path) {
     for (const std::string& name : namesIn(filled<std::string>([&](char* buffer) {
              return GetPrivateProfileSectionNamesA(buffer, maxChars, path.c_str());
          })))
-        sections.push_back({name, keysOf(path, name)});
+        sections.push_back({name, {}});
+    // Of sections with one name only the first is ever read.
+    for (auto section = sections.begin(); section != sections.end(); ++section)
+        if (std::none_of(sections.begin(), section, [&](const SettingsFacts::Section& earlier) {
+                return isSameName(earlier.name, section->name);
+            }))
+            section->keys = keysOf(path, section->name);
     return sections;
 }
 
@@ -90,10 +97,14 @@ SettingsFacts::File fileAt(const std::string& path) {
                                          : SettingsFacts::File::closed;
 }
 
-bool beginsWithUtf8Mark(const std::string& path) {
-    char bytes[3] = {};
-    std::ifstream(path, std::ios::binary).read(bytes, sizeof bytes);
-    return std::string(bytes, sizeof bytes) == "\xEF\xBB\xBF";
+/// The section is not seen where the mark stands right before it; another first line is the mark's
+/// only victim.
+bool hidesSection(const std::string& path) {
+    const std::string hidden = "\xEF\xBB\xBF[" + std::string(settingsSection) + "]";
+    std::string head(hidden.size(), '\0');
+    std::ifstream(path, std::ios::binary)
+        .read(head.data(), static_cast<std::streamsize>(head.size()));
+    return isSameName(head, hidden);
 }
 
 }  // namespace
@@ -108,7 +119,7 @@ SettingsFacts SettingsFacts::read(const std::string& path) {
     facts.path = path;
     facts.file = fileAt(path);
     if (facts.file == File::readable) {
-        facts.hasUtf8Mark = beginsWithUtf8Mark(path);
+        facts.isSectionHidden = hidesSection(path);
         facts.sections = sectionsOf(path);
     }
     for (const SettingsKey& key : settingsKeys()) {

@@ -25,7 +25,9 @@ struct SettingsFacts {
 
     std::string path;
     File file = File::missing;
-    bool hasUtf8Mark = false;  ///< the three bytes that some editors put in front
+    /// Whether the three bytes that some editors put in front of UTF-8 hide the section from
+    /// Windows.
+    bool isSectionHidden = false;
     std::vector<Section> sections;
     std::map<std::string, Value> values;  ///< one for each known key
 

@@ -59,6 +59,7 @@ TEST_F(DoctorAgreement, OddValuesAreReadTheSame) {
     expectSame("QORexecutable=" + std::string(12000, 'q') +
                "\r\nServerPipeName=" + std::string(12000, 's') + "\r\n");
     expectSame("TcpPort=1\r\nTcpPort=2\r\nTCPPORT=3\r\n");
+    expectSame("[Other]\r\nTcpPort=1\r\n[COMMONSETTINGS]\r\nTcpPort=2\r\n");
 }
 
 TEST_F(DoctorAgreement, EachKeyOfTheTableIsReadByTheLibraryInAnyCase) {

@@ -48,6 +48,8 @@ TEST_F(KeyNames, AUtf8MarkHidesTheFirstSection) {
     const Findings findings = check("\xEF\xBB\xBF[CommonSettings]\nUseTcp=true\n");
     EXPECT_EQ(Status::problem, found(findings, "settings.file").status);
     EXPECT_THAT(found(findings, "settings.file").what, HasSubstr("UTF-8 mark"));
+    const auto other = check("\xEF\xBB\xBF; a comment\n[CommonSettings]\nUseTcp=true\n");
+    EXPECT_EQ(Status::ok, found(other, "settings.file").status);
 }
 
 TEST_F(KeyNames, AMisspeltKeyIsAProblemWhereItIsWanted) {
@@ -83,6 +85,14 @@ TEST_F(KeyNames, AMissingOrMisspeltSectionIsOneProblem) {
 
     EXPECT_EQ(Status::problem, found(check("[Other]\nX=1\n"), "settings.section").status);
     EXPECT_EQ(Status::problem, found(check(""), "settings.section").status);
+}
+
+TEST_F(KeyNames, OfTwoSectionsWithOneNameTheFirstIsRead) {
+    const auto findings = checkTcp("TcpPrt=5000\n[Other]\nX=1\n[commonsettings]\nTcpPort=5\n");
+    EXPECT_THAT(idsOf(findings),
+                ElementsAre("settings.file", "settings.section", "settings.misspelt.TcpPrt"));
+    EXPECT_EQ(Status::warning, findings[1].status);
+    EXPECT_EQ(Status::problem, findings[2].status) << "the other TcpPort is not read";
 }
 
 TEST_F(KeyNames, AKeyThatStandsTwiceIsAWarning) {

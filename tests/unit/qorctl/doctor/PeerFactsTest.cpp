@@ -7,6 +7,7 @@
 
 #include <gmock/gmock.h>
 
+#include "doctor/TcpAddress.h"
 #include "support/TempFolder.h"
 
 using namespace qorctl::doctor;
@@ -33,9 +34,10 @@ protected:
         return open_.back();
     }
     /// Listens on a port of the system's choice.
-    unsigned listenAt() {
+    unsigned listenAt(unsigned long address = INADDR_LOOPBACK) {
+        address_ = {};
         address_.sin_family = AF_INET;
-        address_.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        address_.sin_addr.s_addr = htonl(address);
         const SOCKET server = make();
         bind(server, reinterpret_cast<const sockaddr*>(&address_), sizeof address_);
         int size = sizeof address_;
@@ -83,6 +85,32 @@ TEST_F(Sockets, AListenerIsSeenAndWhoTalksToIt) {
     EXPECT_THAT(busy.servers, SizeIs(1));
     ASSERT_THAT(busy.clients, SizeIs(1));
     expectUsOrNobody(busy.clients[0]);
+}
+
+TEST_F(Sockets, AListenerOnAllAddressesIsSeenOneOnAnotherIsNot) {
+    EXPECT_TRUE(gather(listenAt(INADDR_ANY)).isSomebodyThere());
+    closeAll();
+    constexpr unsigned long otherLoopback = INADDR_LOOPBACK + 1;
+    EXPECT_FALSE(gather(listenAt(otherLoopback)).isSomebodyThere());
+}
+
+TEST_F(Sockets, AConnectionTellsWhetherSomebodyListens) {
+    std::string reason;
+    const auto address = TcpAddress::lookUp("127.0.0.1", listenAt(), reason);
+    ASSERT_TRUE(address.has_value()) << reason;
+    EXPECT_TRUE(address->isOfThisMachine());
+    EXPECT_TRUE(address->takesConnection());
+    closeAll();
+    EXPECT_FALSE(address->takesConnection());
+}
+
+// That address belongs to nobody: it is reserved for examples.
+TEST_F(Sockets, OfAnotherMachineNothingIsInTheTable) {
+    const PeerFacts facts = gather(5000, "198.51.100.7");
+    EXPECT_TRUE(facts.isFound);
+    EXPECT_TRUE(facts.isRemote);  // some networks take a connection to it all the same
+    EXPECT_THAT(facts.servers, IsEmpty());
+    EXPECT_THAT(facts.clients, IsEmpty());
 }
 
 TEST_F(Sockets, WhereNobodyListensNobodyIsSeen) {
