@@ -24,15 +24,17 @@
  *
  * Sizes. A function that hands out an array or a text takes a buffer, its capacity in elements,
  * and a pointer to an unsigned int that always gets the needed number of elements (texts: bytes
- * with the final zero). A capacity of 0 with a null buffer just asks for the size. Any of these
- * pointers may be null if the caller does not want to know. QOR_RESULT_TOO_LARGE says that the
- * buffer is too small: nothing was copied and nothing is lost, the whole result can be had
- * with QorResult... without asking QOR again.
+ * with the final zero). A null buffer, whose capacity must be 0, just asks for the size, which is
+ * QOR_OK. Any of these pointers may be null if the caller does not want to know.
+ * QOR_RESULT_TOO_LARGE says that the buffer is too small: nothing was copied and nothing is lost,
+ * the whole result can be had with QorResult... without asking QOR again; what the call tells
+ * besides (lengths, verdicts, times) is told all the same.
  *
  * Texts are UTF-8 and end with a zero. QOR and its files know the system's ANSI code page: a text
  * with a character that it does not have is a QOR_BAD_ARGUMENT, never sent in another form, and
  * so is one that is no valid UTF-8. Bytes of KWP, CAN messages and texts of ECUs are passed as
- * they are.
+ * they are. Names and paths have at most 65,535 bytes; what is longer, and arrays that no record
+ * of 128 MiB can hold, are a QOR_REQUEST_TOO_LARGE.
  *
  * Time-outs are in milliseconds and mean what they mean in QorControlFacade.h: QOR gets
  * `timeoutMs`, and the call waits twice as long for the library's agent, which carries out one
@@ -46,8 +48,11 @@
  * handle. They are numbers, not addresses: a closed or foreign one is a QOR_BAD_HANDLE. No
  * pointer that was passed is used after the call has returned; but for callbacks, until they are
  * replaced or the handle is closed. Strings that a function returns live as long as the library.
+ * Close all handles before you free the library, and not from a DllMain: an open one that controls
+ * QOR keeps it loaded.
  *
- * Structures begin with their size in bytes, which the host sets, so that they can grow.
+ * Structures begin with their size in bytes, which the host sets, so that they can grow; any other
+ * size is a QOR_BAD_ARGUMENT.
  */
 
 #include "qorcontrol/Version.h"
@@ -116,7 +121,8 @@ QOR_IMPORT unsigned int QOR_CALL QorVersion(void);
 /** QOR_VERSION_TEXT of the library. */
 QOR_IMPORT const char* QOR_CALL QorVersionText(void);
 
-/** What the calling thread's last call returned. None of these four counts as a call. */
+/** What the calling thread's last call returned that tells a cause. Asking for what is known of the
+ *  last call (these five) is no such call itself. */
 QOR_IMPORT int QOR_CALL QorLastCause(void);
 /** One sentence on what happened; empty after QOR_OK. */
 QOR_IMPORT int QOR_CALL QorLastSentence(char* text, unsigned int capacity, unsigned int* needed);
@@ -161,7 +167,8 @@ QOR_IMPORT int QOR_CALL QorClose(QorHandle handle);
 QOR_IMPORT int QOR_CALL QorIsEcuOnline(QorHandle handle, int* online);
 /** Whether a connect of this handle runs. */
 QOR_IMPORT int QOR_CALL QorIsConnecting(QorHandle handle, int* connecting);
-/** The path of QOR's executable; QOR_NOT_READY until the settings have been read. */
+/** The path of QOR's executable; QOR_NOT_READY until the settings have been read, and for good if
+ *  they name none. */
 QOR_IMPORT int QOR_CALL QorGetQorExecutablePath(QorHandle handle, char* path, unsigned int capacity,
                                                 unsigned int* needed);
 /** The segment names for QorSetEcuSegment: the working page in RAM ... */
@@ -223,8 +230,9 @@ QOR_IMPORT int QOR_CALL QorConnectPoll(QorHandle handle, QorConnectProgress* pro
 /** Waits for the end of the present connect, or gives that of the last one again: its cause.
  *  QOR_NOT_READY: it still runs. */
 QOR_IMPORT int QOR_CALL QorConnectWait(QorHandle handle, unsigned int timeoutMs);
-/** Asks the present connect to end; it then ends with QOR_CANCELLED soon, unless it was quicker.
- *  Without one nothing happens. */
+/** Asks the present connect to end; it then ends with QOR_CANCELLED soon (while QOR has not taken
+ *  its request, for which it has 10 s, behind that), unless it was quicker. Without one nothing
+ *  happens. */
 QOR_IMPORT int QOR_CALL QorConnectCancel(QorHandle handle);
 /** The reason in the words of the monitor ("Bootstrap failed - ..."), empty if there is none. */
 QOR_IMPORT int QOR_CALL QorConnectReason(QorHandle handle, char* text, unsigned int capacity,
@@ -270,7 +278,7 @@ QOR_IMPORT int QOR_CALL QorConnectCanBus(QorHandle handle, const QorCanBusConnec
 /** @{ */
 
 /** Describes a parameter; 3000 ms at most. Row 0 of QorResultText then has its texts: 0 the name
- *  that was asked for, 1 the name as QOR tells it, 2 to 4 QOR's texts.
+ *  that was asked for, 1 the name as QOR tells it, 2 to 4 QOR's first, second and third text.
  *  @param threeArrays  gets 1 for a parameter of three arrays, 0 for one of a single array. */
 QOR_IMPORT int QOR_CALL QorGetParamDescription(QorHandle handle, const char* name,
                                                int* threeArrays);
@@ -359,7 +367,7 @@ QOR_IMPORT int QOR_CALL QorResultValues(QorHandle handle, unsigned int index, do
 /** The bytes of a KWP answer or of a read as string. */
 QOR_IMPORT int QOR_CALL QorResultBytes(QorHandle handle, unsigned char* bytes,
                                        unsigned int capacity, unsigned int* needed);
-/** A text of a description or of a trouble code. */
+/** A text of a description or of a trouble code; QOR_BAD_ANSWER if it is none of the code page. */
 QOR_IMPORT int QOR_CALL QorResultText(QorHandle handle, unsigned int row, unsigned int column,
                                       char* text, unsigned int capacity, unsigned int* needed);
 /** The trouble codes. */
@@ -382,7 +390,8 @@ typedef struct QorSample {
     double timeMs; /**< when it arrived; see QorNowMs */
 } QorSample;
 
-/** Milliseconds on the clock of QorSample; with the time that has passed since a value arrived. */
+/** Milliseconds on the clock of QorSample, for the time that has passed since a value arrived. The
+ *  system's clock moves in steps of 10 to 16 ms. */
 QOR_IMPORT double QOR_CALL QorNowMs(void);
 
 /** Begins to collect the values of these parameters as QOR sends them. It works at any time; the
@@ -392,8 +401,9 @@ QOR_IMPORT double QOR_CALL QorNowMs(void);
 QOR_IMPORT int QOR_CALL QorStartParamRead(QorHandle handle, const char* const* names,
                                           unsigned int nameCount, unsigned int slots,
                                           QorStream* stream);
-/** Takes out the oldest values, at most `capacity`; `count` gets how many. Waits at most
- *  `timeoutMs` for the first one; QOR_NOT_READY if there was none. */
+/** Takes out the oldest values, at most `capacity`, which must not be 0; `count` gets how many.
+ *  Waits at most `timeoutMs` for the first one; QOR_NOT_READY if there was none, QOR_BAD_HANDLE if
+ *  the stream was ended meanwhile. */
 QOR_IMPORT int QOR_CALL QorReadParamStream(QorStream stream, QorSample* samples,
                                            unsigned int capacity, unsigned int* count,
                                            unsigned int timeoutMs);
@@ -405,7 +415,8 @@ QOR_IMPORT int QOR_CALL QorStopParamRead(QorStream stream);
 QOR_IMPORT int QOR_CALL QorStartDtcRead(QorHandle handle, unsigned int timeoutMs,
                                         unsigned int periodMs);
 /** The newest list that has not been read yet; QOR_NOT_READY if none comes within `timeoutMs`,
- *  QOR_NO_DATA when four reads in a row have failed. The list becomes the thread's last result.
+ *  QOR_NO_DATA when four reads in a row have failed, QOR_WRONG_ORDER if none are being read (any
+ *  more). The list becomes the thread's last result.
  *  @param timeMs  gets when it came, see QorNowMs.
  *  @param missed  gets how many lists the reader has never got. */
 QOR_IMPORT int QOR_CALL QorReadDtcStream(QorHandle handle, unsigned int timeoutMs, QorDtc* dtcs,
@@ -461,9 +472,10 @@ QOR_IMPORT int QOR_CALL QorAnswerMessageBox(QorHandle handle, unsigned int id, u
 
 /** @} */
 /** @name Callbacks, for who wants them
- *  Called on threads of the library or of the host's own calls; they must return soon and must not
- *  close the handle. Null ends it; when the call that replaces one has returned, the old one is
- *  not called any more, unless it is called from within it. */
+ *  Called on threads of the library or of the host's own calls; they must return soon and cannot
+ *  close a handle: QOR_WRONG_ORDER. Null ends it; when the call that replaces one has returned, the
+ *  old one is not called any more, unless that call was made within a callback. It waits for one
+ *  that runs, so do not hold what the callback waits for. */
 /** @{ */
 
 /** A line of the log: a request, an answer or a failure, without a line end. */
