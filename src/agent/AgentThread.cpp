@@ -1,3 +1,4 @@
+#include <new>
 #include <stdexcept>
 
 #include "agent/QorProtocolAgent.h"
@@ -5,6 +6,21 @@
 
 using tracelog::libraryModule;
 using tracelog::trace;
+
+namespace {
+
+/// Of the exception that is being handled and is no std::runtime_error.
+const char* textOfPresent() {
+    try {
+        throw;
+    } catch (const std::bad_alloc&) {
+        return "it ran out of memory";
+    } catch (...) {
+        return "an exception that it did not expect";
+    }
+}
+
+}  // namespace
 
 // The agent thread from its start to its end. Nothing that is thrown leaves it. A failure is told
 // before anything is cleared up, which may take a second: from then on every operation fails at
@@ -16,6 +32,9 @@ unsigned int __stdcall QorControlFacade::agentThread(void* share) {
     const Share channel = *own;
     std::unique_ptr<QorProtocolAgent> agent;
     bool isWorking = false;
+    const auto noteEnd = [&](const char* reason) {
+        channel->agent.noteEnd(qorcontrol::Cause::agentEnded, reason);
+    };
     try {
         agent = std::make_unique<QorProtocolAgent>(channel);
         agent->start();
@@ -26,9 +45,11 @@ unsigned int __stdcall QorControlFacade::agentThread(void* share) {
     } catch (const std::runtime_error& error) {
         trace(libraryModule, tracelog::error, 0,
               "Exception when starting QOR Remote agent thread, %s.\n", error.what());
+        noteEnd(error.what());
     } catch (...) {
         trace(libraryModule, tracelog::error, 0, "%s",
               "Exception when starting QOR Remote agent thread.\n");
+        noteEnd(textOfPresent());
     }
     channel->agent.noteFailure();
     if (isWorking) static_cast<void>(agent.release());

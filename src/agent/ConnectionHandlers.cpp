@@ -8,9 +8,9 @@ bool QorProtocolAgent::performConnect(const Request<channel::CmdDataConnect>& re
     class MyCallback final : public ClientExternalOperating::ConnectCallback {
     public:
         explicit MyCallback(channel::Channel& shared) : shared_(shared) {}
-        void onProgress(std::int32_t figure, std::uint32_t steps) override {
-            shared_.contact.note(common::now() + 15000);
-            if (steps != 0) shared_.progress.note(figure, steps);
+        void onProgress() override { shared_.contact.note(common::now() + 15000); }
+        void onFigure(std::int32_t figure, std::uint32_t steps) override {
+            shared_.progress.note(figure, steps);
         }
 
     private:

@@ -12,9 +12,7 @@ std::string ansiOf(const std::string& utf8, const char* what) {
     auto ansi = text::ansiOf(utf8);
     if (!ansi)
         refuseArgument(std::string(what) +
-                           " is no UTF-8, or the ANSI code page lacks one of its "
-                           "characters.",
-                       "Pass UTF-8 with characters that the ANSI code page of this PC has.");
+                       " is no UTF-8, or the ANSI code page lacks one of its characters");
     return std::move(*ansi);
 }
 
@@ -48,18 +46,15 @@ std::string bytesOf(const unsigned char* bytes, unsigned int count, const char* 
 }
 
 void refuseNull(const char* what) {
-    refuseArgument(std::string(what) + " is null.", "Pass what the function needs.");
+    refuseArgument(std::string(what) + " is null");
 }
 
 void refuseLength(const char* what) {
-    refuse(Cause::requestTooLarge, std::string(what) + " is too long.",
-           "Pass the right number of elements, and texts that end with a zero.");
+    refuse(Cause::requestTooLarge, std::string(what) + " is too long");
 }
 
 void refuseStructure(const char* what, unsigned int size) {
-    refuseArgument(std::string(what) + ".size is not " + std::to_string(size) + ".",
-                   "Set the structure's size before the call, and build the host with the header "
-                   "of this library.");
+    refuseArgument(std::string(what) + ".size is not " + std::to_string(size));
 }
 
 }  // namespace cinterface

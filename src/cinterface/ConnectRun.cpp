@@ -31,7 +31,7 @@ void ConnectRun::start(std::shared_ptr<Session> session) {
         static_cast<void>(luggage.release());
         return;
     }
-    end(systemFailure("The system gives no thread for the connect."));
+    end(systemFailure("there is no thread for the connect"));
     throw Refusal{outcome()};
 }
 
@@ -44,6 +44,7 @@ unsigned __stdcall ConnectRun::run(void* luggage) {
 Outcome ConnectRun::perform(Session& session) {
     try {
         const bool succeeded = session.facade().connect(settings_, type_, this);
+        if (isBegun_) passOnFigure();  // the last one
         if (!succeeded && !session.channel().agent.isOperating())
             process().monitors.add(session.channelShare(), shared_from_this());
         return outcomeOf(succeeded);
@@ -63,7 +64,7 @@ void ConnectRun::end(Outcome outcome) {
 }
 
 Outcome ConnectRun::outcome() {
-    if (isRunning()) return failure(Cause::notReady, "The connect still runs.", "Ask again later.");
+    if (isRunning()) return failure(Cause::notReady, "the connect still runs");
     return course_.lock()->outcome;
 }
 
@@ -77,6 +78,7 @@ unsigned int ConnectRun::elapsedMs() {
 }
 
 bool ConnectRun::isCancelled() {
+    isBegun_ = true;
     passOnFigure();
     return cancelled_;
 }

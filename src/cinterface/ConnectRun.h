@@ -79,6 +79,7 @@ private:
     const common::Moment start_;
     common::Thread thread_;
     std::atomic<bool> cancelled_{false};
+    std::atomic<bool> isBegun_{false};  // by the agent: the figures are this connect's
     std::atomic<bool> running_{true};
     common::Gate ended_;
     common::Guarded<Course> course_;

@@ -7,15 +7,20 @@
 #include "cinterface/OutBuffer.h"
 #include "cinterface/Shell.h"
 #include "cinterface/Text.h"
+#include "facade/Quietly.h"
+#include "qorcontrol/Waiting.h"
 
 using cinterface::call;
 using cinterface::callOn;
 using cinterface::Cause;
 using cinterface::checked;
 using cinterface::ConnectRun;
+using cinterface::failure;
 using cinterface::optionalTextOf;
 using cinterface::Outcome;
 using cinterface::outcomeOf;
+using cinterface::refuse;
+using cinterface::refuseArgument;
 using cinterface::Session;
 using EcuConnect = QorControlFacade::EcuConnect;
 
@@ -44,8 +49,7 @@ QorEcuConnect usualSettings() {
 }
 
 unsigned char byteOf(unsigned int value, const char* what) {
-    if (value > 255)
-        cinterface::refuseArgument(std::string(what) + " is larger than 255.", "Pass one byte.");
+    if (value > 255) refuseArgument(std::string(what) + " is larger than 255");
     return static_cast<unsigned char>(value);
 }
 
@@ -58,8 +62,7 @@ EcuConnect::ConnType typeOf(int type) {
         case QOR_CONNECT_ALTERNATIVE:
             return EcuConnect::Alternative;
         default:
-            cinterface::refuseArgument("type is none of the connection types.",
-                                       "Pass one of QOR_CONNECT_....");
+            refuseArgument("type is none of QOR_CONNECT_...");
     }
 }
 
@@ -95,8 +98,7 @@ std::map<std::string, std::string> extraOf(const QorModelDescription& model) {
         const auto [entry, isNew] =
             extra.emplace(cinterface::textOf(model.extraKeys[i], "one of extraKeys"),
                           optionalTextOf(model.extraValues[i], "one of extraValues"));
-        if (!isNew)
-            cinterface::refuseArgument("extraKeys names an entry twice.", "Pass each key once.");
+        if (!isNew) refuseArgument("extraKeys has a key twice");
     }
     return extra;
 }
@@ -117,9 +119,7 @@ QorControlFacade::ModelDescription modelOf(const QorModelDescription& from) {
 /// The handle's last one; throws a Refusal if there was none.
 std::shared_ptr<ConnectRun> connectOf(Session& session) {
     auto connect = session.lastConnect();
-    if (connect == nullptr)
-        cinterface::refuse(Cause::wrongOrder, "There was no connect yet.",
-                           "Begin one with QorConnectStart.");
+    if (connect == nullptr) refuse(Cause::wrongOrder, "there was no connect yet");
     return connect;
 }
 
@@ -139,9 +139,7 @@ int QOR_CALL QorConnect(QorHandle handle, const QorEcuConnect* settings, int typ
         if (connect->awaitEnd(timeoutMs)) return connect->outcome();
         connect->cancel();
         if (connect->awaitEnd(cancelMs)) return connect->outcome();
-        return cinterface::failure(Cause::cancelled,
-                                   "The connect took too long, was cancelled, and ends later.",
-                                   "Whether QOR takes requests.");
+        return failure(Cause::cancelled, "its time is over; it has not noticed yet");
     });
 }
 
@@ -199,13 +197,14 @@ int QOR_CALL QorPingQor(QorHandle handle, unsigned int timeoutMs) {
 int QOR_CALL QorSetEcuSegment(QorHandle handle, const char* segment, int flag) {
     return callOn(handle, [&](Session& session) {
         const std::string name = cinterface::textOf(segment, "segment");
-        return outcomeOf(session.facade().setEcuSegment(name, flag != 0, nullptr));
+        return outcomeOf(quietly::setEcuSegment(session.state(), name, flag != 0));
     });
 }
 
 int QOR_CALL QorOpenModel(QorHandle handle, const QorModelDescription* model) {
     return callOn(handle, [&](Session& session) {
-        return outcomeOf(session.facade().openModel(modelOf(checked(model, "model"))));
+        return outcomeOf(
+            qorcontrol::openModelAndWait(session.facade(), modelOf(checked(model, "model"))));
     });
 }
 
@@ -214,6 +213,6 @@ int QOR_CALL QorConnectCanBus(QorHandle handle, const QorCanBusConnect* settings
         const QorCanBusConnect& from = checked(settings, "settings");
         const QorControlFacade::CanBusConnect bus = {from.busParam, from.firstFlag != 0,
                                                      from.secondFlag != 0};
-        return outcomeOf(session.facade().connectCanBus(bus, typeOf(type)));
+        return outcomeOf(qorcontrol::connectCanBusAndWait(session.facade(), bus, typeOf(type)));
     });
 }

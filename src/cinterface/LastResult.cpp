@@ -20,8 +20,7 @@ const Kind& lastOf(Session& session, std::optional<Kind> Result::*kind,
                    std::shared_ptr<const Result>& holder) {
     holder = session.lastResult();
     if (holder == nullptr || !((*holder).*kind))
-        cinterface::refuse(Cause::wrongOrder, "This thread's last result has none of these.",
-                           "Call it on the thread that asked, behind the call that gave it.");
+        cinterface::refuse(Cause::wrongOrder, "this thread has no such result on this handle");
     return *((*holder).*kind);
 }
 
@@ -29,9 +28,8 @@ template <class Items>
 const typename Items::value_type& elementOf(const Items& items, unsigned int index,
                                             const char* what) {
     if (index >= items.size())
-        cinterface::refuseArgument(
-            std::string(what) + " is too large: there are " + std::to_string(items.size()) + ".",
-            "Count from 0.");
+        cinterface::refuseArgument(std::string(what) + " is too large, there are " +
+                                   std::to_string(items.size()));
     return items[index];
 }
 
@@ -62,10 +60,7 @@ int QOR_CALL QorResultText(QorHandle handle, unsigned int row, unsigned int colu
         std::shared_ptr<const Result> result;
         const auto& columns = elementOf(lastOf(session, &Result::texts, result), row, "row");
         const auto utf8 = cinterface::text::utf8Of(elementOf(columns, column, "column"));
-        if (!utf8)
-            cinterface::refuse(Cause::badAnswer,
-                               "QOR's text has bytes that the ANSI code page does not have.",
-                               "That QOR runs with the code page of this PC.");
+        if (!utf8) cinterface::refuse(Cause::badAnswer, "the text is none of the ANSI code page");
         return out.put(*utf8);
     });
 }

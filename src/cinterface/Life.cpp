@@ -20,7 +20,7 @@ int QOR_CALL QorOpen(const char* settingsPath, unsigned int readPeriodMs, const 
         mustNotBeNull(handle, "handle");
         auto session = std::make_shared<Session>(settings, readPeriodMs, host);
         const std::uint32_t number = cinterface::process().sessions.add(std::move(session));
-        if (number == 0) return cinterface::systemFailure("There is no room for another handle.");
+        if (number == 0) return cinterface::systemFailure("there is no room for another handle");
         *handle = reinterpret_cast<QorHandle>(std::uintptr_t{number});
         return {};
     });
@@ -29,8 +29,7 @@ int QOR_CALL QorOpen(const char* settingsPath, unsigned int readPeriodMs, const 
 int QOR_CALL QorClose(QorHandle handle) {
     return call([&]() -> Outcome {
         if (cinterface::isInHostFunction())
-            cinterface::refuse(Cause::wrongOrder, "A callback must not close a handle.",
-                               "Close it when the callback has returned.");
+            cinterface::refuse(Cause::wrongOrder, "a callback must not close a handle");
         const auto session = cinterface::process().sessions.remove(cinterface::numberOf(handle));
         if (session == nullptr) cinterface::refuseHandle();
         session->close();
@@ -63,8 +62,7 @@ int QOR_CALL QorGetQorExecutablePath(QorHandle handle, char* path, unsigned int 
         const std::string known = session.channel().executable.get();
         if (known.empty())
             return cinterface::failure(Cause::notReady,
-                                       "QOR's settings file has not been read yet, or names none.",
-                                       "Ask again later; QORexecutable in the settings file.");
+                                       "the settings have not been read, or name no executable");
         return out.put(cinterface::text::shownUtf8Of(known));
     });
 }

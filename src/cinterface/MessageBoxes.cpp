@@ -21,8 +21,7 @@ namespace {
 constexpr unsigned int lastChoice = 11;
 
 void checkChoice(unsigned int choice) {
-    if (choice == 0 || choice > lastChoice)
-        refuseArgument("choice is the number of no button.", "Pass one of QOR_CHOICE_....");
+    if (choice == 0 || choice > lastChoice) refuseArgument("choice is the number of no button");
 }
 
 cinterface::BoxPolicy policyOf(int policy, unsigned int choice, unsigned int askMs) {
@@ -36,7 +35,7 @@ cinterface::BoxPolicy policyOf(int policy, unsigned int choice, unsigned int ask
             checkChoice(choice);
             return {MessageBoxDesk::Policy::ask, choice, askMs};
         default:
-            refuseArgument("policy is none of the policies.", "Pass one of QOR_BOX_....");
+            refuseArgument("policy is none of QOR_BOX_...");
     }
 }
 
@@ -65,8 +64,7 @@ int QOR_CALL QorNextMessageBox(QorHandle handle, QorMessageBox* box, char* text,
         MessageBoxDesk& desk = session.channel().messageBoxes;
         const auto next = desk.next();
         if (!next)
-            return cinterface::failure(Cause::notReady, "QOR has wanted no other message box.",
-                                       "Ask again later.");
+            return cinterface::failure(Cause::notReady, "QOR has wanted no other message box");
         const std::string words = cinterface::text::shownUtf8Of(next->text);
         const std::string title = cinterface::text::shownUtf8Of(next->caption);
         // Neither is copied before both fit.
@@ -90,9 +88,7 @@ int QOR_CALL QorAnswerMessageBox(QorHandle handle, unsigned int id, unsigned int
     return callOn(handle, [&](Session& session) -> Outcome {
         checkChoice(choice);
         if (!session.channel().messageBoxes.answer(id, choice))
-            refuse(Cause::wrongOrder, "No box of that number waits for the host.",
-                   "The time of QorSetMessageBoxPolicy; the box may have been answered in its "
-                   "default way.");
+            refuse(Cause::wrongOrder, "no box of that number waits for the host");
         return {};
     });
 }

@@ -29,10 +29,9 @@ public:
         return isQuestion() || count <= capacity_;
     }
     Outcome tooLarge(std::size_t count) const {
-        return failure(Cause::resultTooLarge,
-                       "The result has " + std::to_string(count) +
-                           " elements, the buffer room for " + std::to_string(capacity_) + ".",
-                       "Ask for the result with a larger buffer; QOR is not asked again.");
+        return failure(Cause::resultTooLarge, "it has " + std::to_string(count) +
+                                                  " elements, the buffer has room for " +
+                                                  std::to_string(capacity_));
     }
     /// What fits.
     void copy(const T* from, std::size_t count) const {

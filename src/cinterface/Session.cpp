@@ -68,9 +68,7 @@ std::shared_ptr<const Result> Session::keep(Result result) {
 std::shared_ptr<ConnectRun> Session::startConnect(QorControlFacade::EcuConnect settings,
                                                   QorControlFacade::EcuConnect::ConnType type) {
     const auto run = std::make_shared<ConnectRun>(std::move(settings), type, *channel_, progress_);
-    if (!placeConnect(run))
-        refuse(Cause::wrongOrder, "A connect of this handle runs already.",
-               "Await it with QorConnectWait, or end it with QorConnectCancel.");
+    if (!placeConnect(run)) refuse(Cause::wrongOrder, "a connect of this handle runs already");
     run->start(shared_from_this());
     return run;
 }
@@ -82,14 +80,17 @@ bool Session::placeConnect(std::shared_ptr<ConnectRun> run) {
     return true;
 }
 
+std::string Session::agentsEnd() const {
+    const auto end = channel_->agent.end();
+    return end == nullptr ? std::string() : end->reason;
+}
+
 std::uint32_t Session::startStream(const std::vector<std::string>& names, unsigned int slots) {
-    if (!channel_->agent.isOperating())
-        refuse(Cause::agentEnded, "The library's agent has ended: no value will ever come.",
-               "The cause of other calls, and the trace.");
+    if (!channel_->agent.isOperating()) refuse(Cause::agentEnded, agentsEnd());
     const auto ring = std::make_shared<ValueRing>(slots, names.size());
     const auto stream = std::make_shared<Stream>(weak_from_this(), ring);
     const std::uint32_t number = process().streams.add(stream);
-    if (number == 0) throw Refusal{systemFailure("There is no room for another stream.")};
+    if (number == 0) throw Refusal{systemFailure("there is no room for another stream")};
     if (!noteStream(number)) {
         process().streams.remove(number);
         refuseHandle();

@@ -59,6 +59,7 @@ public:
     std::shared_ptr<CodeBox> codes() { return *codes_.lock(); }
 
 private:
+    std::string agentsEnd() const;
     bool noteStream(std::uint32_t number);
     void endStreams();
     bool placeConnect(std::shared_ptr<ConnectRun> run);

@@ -9,7 +9,7 @@ Outcome outcomeOf(bool succeeded) {
         outcome.sentence.clear();
         outcome.check.clear();
     } else if (outcome.cause == Cause::none) {
-        outcome = systemFailure("The operation failed without a cause.");
+        outcome = systemFailure("the operation failed without a cause");
     }
     return outcome;
 }
@@ -27,12 +27,11 @@ int noteCall(Outcome&& outcome, common::Moment start) noexcept {
 }
 
 Outcome outOfMemory() {
-    return failure(Cause::outOfMemory, "There is too little memory.",
-                   "How much memory the process uses: it has 2 GiB at most.");
+    return failure(Cause::outOfMemory, "");
 }
 
 Outcome systemFailure(const char* what) {
-    return failure(Cause::systemFailure, what, "The trace, and the handles that the process has.");
+    return failure(Cause::systemFailure, what);
 }
 
 std::shared_ptr<Session> sessionOf(QorHandle handle) {
@@ -42,8 +41,7 @@ std::shared_ptr<Session> sessionOf(QorHandle handle) {
 }
 
 void refuseHandle() {
-    refuse(Cause::badHandle, "The handle is closed, or never was one.",
-           "Use what QorOpen gave, until QorClose.");
+    refuse(Cause::badHandle, "");
 }
 
 Outcome with(Outcome outcome, Outcome more) {

@@ -33,13 +33,11 @@ std::uint32_t numberOf(QorStream stream) {
 }
 
 [[noreturn]] void refuseStream() {
-    refuse(Cause::badHandle, "The stream has ended, or never was one.",
-           "Use what QorStartParamRead gave, until QorStopParamRead or QorClose.");
+    refuse(Cause::badHandle, "it is no stream, or one that has ended");
 }
 
 Outcome nothingYet() {
-    return failure(Cause::notReady, "Nothing has come in this time.",
-                   "That the ECU is online, that QOR knows the names; then ask again.");
+    return failure(Cause::notReady, "QOR has sent none in this time");
 }
 
 }  // namespace
@@ -52,9 +50,8 @@ int QOR_CALL QorStartParamRead(QorHandle handle, const char* const* names, unsig
                                unsigned int slots, QorStream* stream) {
     return callOn(handle, [&](Session& session) -> Outcome {
         const auto all = cinterface::namesOf(names, nameCount);
-        if (all.empty()) refuseArgument("nameCount is 0.", "Pass one name or more.");
-        if (slots == 0 || slots > maxSlots)
-            refuseArgument("slots is not within 1 to 1,000,000.", "Pass how many may wait.");
+        if (all.empty()) refuseArgument("nameCount is 0");
+        if (slots == 0 || slots > maxSlots) refuseArgument("slots is not within 1 to 1,000,000");
         mustNotBeNull(stream, "stream");
         const std::uint32_t number = session.startStream(all, slots);
         *stream = reinterpret_cast<QorStream>(std::uintptr_t{number});
@@ -69,7 +66,7 @@ int QOR_CALL QorReadParamStream(QorStream stream, QorSample* samples, unsigned i
         if (found == nullptr) refuseStream();
         mustNotBeNull(samples, "samples");
         mustNotBeNull(count, "count");
-        if (capacity == 0) refuseArgument("capacity is 0.", "Pass room for one value or more.");
+        if (capacity == 0) refuseArgument("capacity is 0");
         const auto got = found->ring().read(samples, capacity, timeoutMs);
         if (!got) refuseStream();
         if (*got == 0) return nothingYet();
@@ -103,12 +100,10 @@ int QOR_CALL QorReadDtcStream(QorHandle handle, unsigned int timeoutMs, QorDtc* 
         read.found = CodeBox::Found::closed;
         if (box != nullptr) read = box->read(timeoutMs);
         if (read.found == CodeBox::Found::closed)
-            refuse(Cause::wrongOrder, "No trouble codes are being read.",
-                   "Begin with QorStartDtcRead.");
+            refuse(Cause::wrongOrder, "no trouble codes are being read");
         if (read.found == CodeBox::Found::nothing) return nothingYet();
         if (read.found == CodeBox::Found::silence)
-            return failure(Cause::noData, "Four reads of the trouble codes in a row have failed.",
-                           "That QOR runs and has an ECU online, and the time-out of the reads.");
+            return failure(Cause::noData, "four reads in a row have failed");
         if (timeMs != nullptr) *timeMs = static_cast<double>(read.arrival.ms());
         if (missed != nullptr) *missed = read.missed;
         return out.put(*session.keep(cinterface::resultOf(std::move(read.codes)))->dtcs);

@@ -3,6 +3,8 @@
 #include "common/Deadline.h"
 #include "common/Pump.h"
 
+using qorcontrol::Cause;
+
 namespace {
 
 constexpr std::int32_t resultSuccess = -1;
@@ -24,7 +26,9 @@ Bootstrap::Bootstrap(ClientExternalOperating& client, common::Guarded<ClientStat
 
 bool Bootstrap::follow() {
     state_.lock()->bootstrapResults.clear();
-    return awaitResult() && awaitOnline();
+    const bool succeeded = awaitResult() && awaitOnline();
+    reportFigure();  // the last one often comes right before the result
+    return succeeded;
 }
 
 bool Bootstrap::awaitResult() {
@@ -32,19 +36,22 @@ bool Bootstrap::awaitResult() {
         common::pumpCopyData();
         const Phase phase = lookForResult();
         if (phase != Phase::goesOn) return phase == Phase::succeeded;
-        if (monitor_.isCancelled()) return fail("Bootstrap failed - cancelled");
+        if (monitor_.isCancelled()) return fail(Cause::cancelled, "Bootstrap failed - cancelled");
         reportProgress();
+        reportFigure();
         common::sleepMs(pollMs);
     }
-    return fail("Bootstrap failed - some problem");
+    return fail(Cause::agentEnded, "Bootstrap failed - some problem");
 }
 
 Bootstrap::Phase Bootstrap::lookForResult() {
     std::int32_t result = 0;
     if (!takeResult(result)) return Phase::goesOn;
     if (result == resultSuccess) return Phase::succeeded;
-    fail(result == resultReported ? "Bootstrap failed - QOR reported"
-                                  : "Bootstrap failed - unknown code");
+    if (result == resultReported)
+        fail(Cause::connectReported, "Bootstrap failed - QOR reported");
+    else
+        fail(Cause::badAnswer, "Bootstrap failed - unknown code");
     return Phase::failed;
 }
 
@@ -61,29 +68,39 @@ bool Bootstrap::awaitOnline() {
     while (operating_) {
         common::pumpCopyData();
         if (client_.isEcuOnline()) return true;
-        if (monitor_.isCancelled()) return fail("Bootstrap failed - cancelled");
-        if (deadline.hasPassed()) return fail("Bootstrap failed - timeout");
+        if (monitor_.isCancelled()) return fail(Cause::cancelled, "Bootstrap failed - cancelled");
+        if (deadline.hasPassed()) return fail(Cause::ecuOffline, "Bootstrap failed - timeout");
         reportProgress();
+        reportFigure();
         common::sleepMs(pollMs);
     }
-    return fail("Bootstrap failed - some problem");
+    return fail(Cause::agentEnded, "Bootstrap failed - some problem");
 }
 
 void Bootstrap::reportProgress() {
     // Progress is not reset by a connect: what the previous one left counts as a first change.
-    std::int32_t progress = 0;
-    std::uint32_t steps = 0;
-    {
-        const auto state = state_.lock();
-        progress = state->bootstrapProgress;
-        steps = state->bootstrapSteps - stepsBefore_;
-    }
+    const std::int32_t progress = state_.lock()->bootstrapProgress;
     if (progress == seenProgress_) return;
-    callback_.onProgress(progress, steps);
+    callback_.onProgress();
     seenProgress_ = progress;
 }
 
-bool Bootstrap::fail(const char* message) {
+void Bootstrap::reportFigure() {
+    std::int32_t figure = 0;
+    std::uint32_t steps = 0;
+    {
+        const auto state = state_.lock();
+        figure = state->bootstrapFigure;
+        steps = state->bootstrapSteps - stepsBefore_;
+    }
+    if (steps == seenSteps_) return;
+    seenSteps_ = steps;
+    callback_.onFigure(figure, steps);
+}
+
+bool Bootstrap::fail(Cause cause, const char* message) {
+    cause_ = cause;
+    reason_ = message;
     monitor_.reportError(message, 0);
     return false;
 }

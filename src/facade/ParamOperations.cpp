@@ -42,7 +42,7 @@ bool QorControlFacade::getParamData(const std::string& name, std::vector<double>
                                     unsigned int timeoutMs) const {
     TimedCall<Kind::getParamData> call(*impl_, timeoutMs);
     auto& shared = call.channel();
-    if (!shared.agent.mayBeOperating()) return false;
+    if (!call.mayBeOperating()) return false;
     if (shared.values.find(name, values, second, third)) return true;
     if (auto* const answer = call.ask(name, timeoutMs)) {
         values = answer->values;

@@ -32,6 +32,14 @@ void openTraceBeside(const std::string& hostPath) {
     tracelog::openTraceFile((base + ".log").c_str(), "w");
 }
 
+void tellThatNoThreadStarted(channel::AgentLife& agent) {
+    const std::string reason = common::lastErrorText();
+    trace(libraryModule, tracelog::error, 0, "Failed to start QOR Remote agent thread, %s.\n",
+          reason.c_str());
+    agent.noteEnd(qorcontrol::Cause::systemFailure,
+                  ("the agent's thread could not be started, " + reason).c_str());
+}
+
 /// False once there is nothing more to wait for.
 bool isStillActive(const channel::AgentLife& agent) {
     const common::ThreadState state = agent.state();
@@ -63,8 +71,7 @@ QorControlFacade::QorControlFacade(const std::string& settingsPath, const EolLog
     if (impl->channel->agent.start(agentThread, share.get()))
         static_cast<void>(share.release());
     else
-        trace(libraryModule, tracelog::error, 0, "Failed to start QOR Remote agent thread, %s.\n",
-              common::lastErrorText().c_str());
+        tellThatNoThreadStarted(impl->channel->agent);
     impl_ = impl.release();
 }
 
@@ -85,6 +92,7 @@ void QorControlFacade::shutdown() {
     // One that has failed and only clears up counts as ended; it looks after itself.
     if (!agent.hasHandle() || agent.hasFailed()) return;
     if (agent.state() != common::ThreadState::running) return;
+    agent.noteEnd(qorcontrol::Cause::agentEnded, "the host has shut it down");
     agent.askToEnd();
     awaitEnd(agent);
     if (!agent.letGo())
@@ -93,11 +101,14 @@ void QorControlFacade::shutdown() {
 }
 
 bool QorControlFacade::isOperating() const {
-    return Call(*impl_).isOperating();
+    const auto shared = impl_->channel;
+    return shared->agent.isOperating();
 }
 
 bool QorControlFacade::protectedMessagePump() const {
-    return Call(*impl_).pumpMessage();
+    const auto shared = impl_->channel;
+    common::pumpOneMessage();
+    return shared->agent.isOperating();
 }
 
 bool QorControlFacade::isEcuOnline() const {

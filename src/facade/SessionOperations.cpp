@@ -1,9 +1,12 @@
 #include <atomic>
 
+#include "facade/AwaitedCall.h"
 #include "facade/FacadeImpl.h"
 #include "facade/QorControlFacade.h"
+#include "facade/Quietly.h"
 #include "facade/TimedCall.h"
 #include "facade/UntimedCall.h"
+#include "qorcontrol/Waiting.h"
 #include "trace/Trace.h"
 
 using channel::Kind;
@@ -37,6 +40,21 @@ void logConnect(const Call& call, const QorControlFacade::EcuConnect& settings,
                         static_cast<int>(settings.addressByte2), settings.securityDll.c_str());
 }
 
+void logModel(const Call& call, const QorControlFacade::ModelDescription& model) {
+    trace(libraryModule, tracelog::information, 0, "Opening model = '%s', hex = '%s', csv = '%s'\n",
+          model.model.c_str(), model.hex.c_str(), model.csv.c_str());
+    if (call.eolLog() != nullptr)
+        call.eolLog()->info("OPEN-model(%s): ['%s' '%s']", model.model.c_str(), model.hex.c_str(),
+                            model.csv.c_str());
+}
+
+void logSegment(const Call& call, const std::string& segment, bool flag) {
+    trace(libraryModule, tracelog::information, 0, "Setting segment = '%s' [%d]\n", segment.c_str(),
+          flag);
+    if (call.eolLog() != nullptr)
+        call.eolLog()->info("SET-segment(%s): [%d]", segment.c_str(), flag);
+}
+
 }  // namespace
 
 bool QorControlFacade::connect(const EcuConnect& settings, EcuConnect::ConnType type,
@@ -54,28 +72,43 @@ bool QorControlFacade::setEcuSegment(const std::string& segment, bool flag,
                                      IProgressMonitor* monitor) const {
     UntimedCall call(*impl_);
     if (!call.isOperating()) return false;
-    trace(libraryModule, tracelog::information, 0, "Setting segment = '%s' [%d]\n", segment.c_str(),
-          flag);
-    if (call.eolLog() != nullptr)
-        call.eolLog()->info("SET-segment(%s): [%d]", segment.c_str(), flag);
+    logSegment(call, segment, flag);
     call.post<Kind::setEcuSegment>(monitor, segment, flag);
     return call.await();
 }
 
-bool QorControlFacade::openModel(const ModelDescription& model) const {
-    const Call call(*impl_);
+bool quietly::setEcuSegment(const FacadeState& state, const std::string& segment, bool flag) {
+    AwaitedCall call(state);
     if (!call.isOperating()) return false;
-    trace(libraryModule, tracelog::information, 0, "Opening model = '%s', hex = '%s', csv = '%s'\n",
-          model.model.c_str(), model.hex.c_str(), model.csv.c_str());
-    if (call.eolLog() != nullptr)
-        call.eolLog()->info("OPEN-model(%s): ['%s' '%s']", model.model.c_str(), model.hex.c_str(),
-                            model.csv.c_str());
+    logSegment(call, segment, flag);
+    return call.run<Kind::setEcuSegment>(segment, flag);
+}
+
+bool QorControlFacade::openModel(const ModelDescription& model) const {
+    Call call(*impl_);
+    if (!call.isOperating()) return false;
+    logModel(call, model);
     return call.postUnanswered<Kind::openModel>(model);
+}
+
+bool qorcontrol::openModelAndWait(const QorControlFacade& facade,
+                                  const QorControlFacade::ModelDescription& model) {
+    AwaitedCall call(FacadeAccess::stateOf(facade));
+    if (!call.isOperating()) return false;
+    logModel(call, model);
+    return call.run<Kind::openModel>(model);
 }
 
 bool QorControlFacade::connectCanBus(const CanBusConnect& settings,
                                      EcuConnect::ConnType type) const {
     return postOnly<Kind::connectCanBus>(*impl_, settings, type);
+}
+
+bool qorcontrol::connectCanBusAndWait(const QorControlFacade& facade,
+                                      const QorControlFacade::CanBusConnect& settings,
+                                      QorControlFacade::EcuConnect::ConnType type) {
+    AwaitedCall call(FacadeAccess::stateOf(facade));
+    return call.isOperating() && call.run<Kind::connectCanBus>(settings, type);
 }
 
 bool QorControlFacade::pingQor(unsigned int timeoutMs) const {

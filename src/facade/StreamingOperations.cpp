@@ -18,7 +18,8 @@ void traceStart(const std::vector<std::string>& names) {
 }
 
 /// Of whatever was registered at that address.
-bool stop(const Call& call, const void* target) {
+bool stop(const FacadeState& state, const void* target) {
+    Call call(state);
     trace(libraryModule, tracelog::information, 0, "%s", "QorControlFacade::paramStopAllRead()\n");
     auto stopped = call.channel().streams.remove(target);
     if (!stopped || !stopped->prepared) return true;
@@ -30,14 +31,14 @@ bool stop(const Call& call, const void* target) {
 
 bool QorControlFacade::startParamRead(ThreadSafeQueue<std::vector<ParamValue>>* queue,
                                       const std::vector<std::string>& names) const {
-    const Call call(*impl_);
+    Call call(*impl_);
     traceStart(names);
     if (queue != nullptr) call.channel().streams.add(queue, names);
     return true;
 }
 
 bool QorControlFacade::stopParamRead(ThreadSafeQueue<std::vector<ParamValue>>* queue) const {
-    return stop(Call(*impl_), queue);
+    return stop(*impl_, queue);
 }
 
 bool QorControlFacade::startDtcRead(ThreadSafeQueue<std::vector<DtcDescription>>* queue,
@@ -53,13 +54,13 @@ namespace sinkstreams {
 
 void startParamRead(const FacadeState& state, std::shared_ptr<channel::ValueSink> sink,
                     const std::vector<std::string>& names) {
-    const Call call(state);
+    Call call(state);
     traceStart(names);
     call.channel().streams.add(std::move(sink), names);
 }
 
 bool stopParamRead(const FacadeState& state, const channel::ValueSink* sink) {
-    return stop(Call(state), sink);
+    return stop(state, sink);
 }
 
 bool startDtcRead(const FacadeState& state, std::shared_ptr<channel::DtcSink> sink,

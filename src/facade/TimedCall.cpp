@@ -6,7 +6,7 @@
 
 TimedCallBase::TimedCallBase(const FacadeState& state, channel::AnswerTable& answers,
                              const char* name)
-    : Call(state), answers_(answers), name_(name), start_(common::now()) {}
+    : Call(state), answers_(answers), name_(name) {}
 
 TimedCallBase::~TimedCallBase() {
     if (queue_ == nullptr) return;
@@ -18,13 +18,14 @@ TimedCallBase::~TimedCallBase() {
 
 void TimedCallBase::post(channel::Kind kind, std::shared_ptr<channel::CmdData> request) {
     queue_ = answers_.take();
-    push({kind, std::move(request), queue_, nullptr});
+    push({kind, std::move(request), queue_, nullptr, 0});
 }
 
 bool TimedCallBase::await(std::uint32_t waitMs) {
     waits_ = waitMs != 0;
     answered_ = popWithin(waitMs);
-    return answered_ && response_.result == channel::CmdResponse::success;
+    if (answered_) return noteAnswer(response_);
+    return failWithoutAnswer(*queue_);
 }
 
 bool TimedCallBase::popWithin(std::uint32_t waitMs) {
@@ -36,8 +37,4 @@ bool TimedCallBase::popWithin(std::uint32_t waitMs) {
         // wait of the next call; only the time decides.
     } while (wait.goesOn());
     return false;
-}
-
-int TimedCallBase::elapsedMs() const {
-    return static_cast<int>(static_cast<std::uint32_t>(common::now() - start_));
 }

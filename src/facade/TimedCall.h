@@ -4,7 +4,6 @@
 #include <memory>
 #include <utility>
 
-#include "common/Moment.h"
 #include "facade/Call.h"
 #include "facade/channel/AnswerTable.h"
 
@@ -23,8 +22,8 @@ public:
     TimedCallBase(const TimedCallBase&) = delete;
     TimedCallBase& operator=(const TimedCallBase&) = delete;
 
-    /// Milliseconds since the start, as the lines print them.
-    int elapsedMs() const;
+    /// As the lines print them.
+    int elapsedMs() const { return static_cast<int>(Call::elapsedMs()); }
 
     /// The operation's, as the lines print it.
     const char* name() const { return name_; }
@@ -32,7 +31,6 @@ public:
 protected:
     bool wasPosted() const { return queue_ != nullptr; }
 
-    /// Starts the clock of the call.
     TimedCallBase(const FacadeState& state, channel::AnswerTable& answers, const char* name);
 
     void post(channel::Kind kind, std::shared_ptr<channel::CmdData> request);
@@ -49,7 +47,6 @@ private:
 
     channel::AnswerTable& answers_;
     const char* const name_;
-    const common::Moment start_;
     std::shared_ptr<channel::AnswerQueue> queue_;
     bool waits_ = true;
     bool answered_ = false;
@@ -101,8 +98,7 @@ public:
     /// payload where the answer has none. Null after a failure, and an answer of another type is
     /// one.
     Data* await() {
-        if (TimedCallBase::await(waitMs_))
-            results_ = answerData() == nullptr ? request_.get() : dynamic_cast<Data*>(answerData());
+        if (TimedCallBase::await(waitMs_)) takeResults();
         return results_;
     }
 
@@ -124,6 +120,11 @@ public:
     bool hasFailed() const { return wasPosted() && results_ == nullptr; }
 
 private:
+    void takeResults() {
+        results_ = answerData() == nullptr ? request_.get() : dynamic_cast<Data*>(answerData());
+        if (results_ == nullptr) note({qorcontrol::Cause::badAnswer, "", false});
+    }
+
     /// One per operation, for the whole process.
     static channel::AnswerTable& answers() {
         static channel::AnswerTable table;

@@ -20,7 +20,12 @@ struct Outcome {
 };
 
 /// Of the calling thread's last operation, on whatever object; an operation that fails because its
-/// object was shut down counts, too. Overwritten by the thread's next one.
+/// object was shut down counts, too. Overwritten by the thread's next one; before its first one it
+/// tells nothing of use. Construction, `shutdown` and the questions that the facade answers without
+/// a request to QOR are no operations. One that an exception ends tells `outOfMemory`.
+///
+/// Throws nothing. Where there is no memory for the texts they are empty, and the cause is
+/// `outOfMemory`.
 QOR_API Outcome lastOutcome();
 
 }  // namespace qorcontrol

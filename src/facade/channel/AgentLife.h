@@ -1,13 +1,23 @@
 #pragma once
 
 #include <atomic>
+#include <memory>
+#include <string>
 
+#include "common/Guarded.h"
 #include "common/Thread.h"
+#include "qorcontrol/Cause.h"
 
 namespace channel {
 
+/// Why there is no agent any more.
+struct AgentEnd {
+    qorcontrol::Cause cause = qorcontrol::Cause::agentEnded;
+    std::string reason;  ///< for the operator; it may have several lines
+};
+
 /// The agent's thread, and what its two sides tell each other about its end. Anybody may ask; all
-/// of it is atomic.
+/// of it is atomic, but for the reason, which locks itself.
 class AgentLife {
 public:
     /// Whether the agent still works: it has not failed, and the system says that its thread runs
@@ -25,6 +35,12 @@ public:
     void noteFailure() { failed_ = true; }
     bool hasFailed() const { return failed_; }
 
+    /// Why it ends, told before anybody can see that it does. The first reason stays: what comes
+    /// behind it is its consequence. Without memory there is none.
+    void noteEnd(qorcontrol::Cause cause, const char* reason) noexcept;
+    /// Null if nobody has told one.
+    std::shared_ptr<const AgentEnd> end() { return *end_.lock(); }
+
     /// The facade's part, see common::Thread: it starts the thread, and one turn at a time awaits
     /// its end and lets it go.
     class Turn;
@@ -38,6 +54,7 @@ private:
     std::atomic<bool> mayGoOn_{true};
     std::atomic<bool> failed_{false};
     std::atomic<bool> isBeingEnded_{false};
+    common::Guarded<std::shared_ptr<const AgentEnd>> end_;
 };
 
 /// For as long as it lives. Others wait for theirs by sleeping: a lock must not be held so long.

@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "common/Interest.h"
+#include "common/Verdict.h"
 #include "facade/channel/OperationTable.h"
 #include "qorcontrol/HostInterfaces.h"
 #include "qorcontrol/ThreadSafeQueue.h"
@@ -19,6 +20,7 @@ struct CmdResponse {
     /// Of the request's type; null where the request's own payload carries the results, or where
     /// there are none.
     std::shared_ptr<CmdData> data;
+    common::Verdict verdict = {};  ///< why, of a failure
 };
 
 /// Where a caller waits for the answer to its request. The agent shares it: a caller that gives up
@@ -34,6 +36,7 @@ struct ProtocolCmd {
     std::shared_ptr<CmdData> data;
     std::shared_ptr<AnswerQueue> replyQueue;  ///< null: no answer is wanted
     IProgressMonitor* monitor = nullptr;      ///< the host's; not owned
+    std::uint32_t number = 0;                 ///< see Backlog
 };
 
 }  // namespace channel

@@ -19,11 +19,13 @@ constexpr std::int32_t result = -12;
 class Bootstrap : public ClientTest {
 protected:
     struct CountingCallback final : ClientExternalOperating::ConnectCallback {
-        void onProgress(std::int32_t figure, std::uint32_t steps) override {
+        void onProgress() override {
             ++calls;
+            if (then) then();
+        }
+        void onFigure(std::int32_t figure, std::uint32_t steps) override {
             figures.push_back(figure);
             lastSteps = steps;
-            if (then) then();
         }
         int calls = 0;
         std::vector<std::int32_t> figures;
@@ -227,8 +229,20 @@ TEST_F(Bootstrap, EachChangeOfTheProgressIsToldOnce) {
     reportsAfter(50, progress, 100);
     reportsAfter(60, result, -2);
     expectFailure("QOR reported");
-    EXPECT_THAT(callback.figures, ElementsAre(0, 7, 100));
+    EXPECT_EQ(callback.calls, 3);
+    EXPECT_THAT(callback.figures, ElementsAre(0, 0, 7, 7, 100));
     EXPECT_EQ(callback.lastSteps, 5u);
+}
+
+TEST_F(Bootstrap, TheLastFigureIsToldAlsoWhenTheResultComesRightBehindIt) {
+    client();
+    isOnlineAfter(0);
+    reportsAfter(10, progress, 50);
+    reportsAfter(20, progress, 100);
+    reportsAfter(20, result, -1);
+    EXPECT_TRUE(connect());
+    EXPECT_THAT(callback.figures, ElementsAre(50, 100));
+    EXPECT_EQ(callback.lastSteps, 2u);
 }
 
 TEST_F(Bootstrap, WithoutProgressNothingIsTold) {

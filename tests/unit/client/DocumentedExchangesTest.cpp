@@ -25,7 +25,8 @@ std::string timeText(unsigned int ms) {
 class DocumentedExchanges : public ClientTest {
 protected:
     struct NoCallback final : ClientExternalOperating::ConnectCallback {
-        void onProgress(std::int32_t, std::uint32_t) override {}
+        void onProgress() override {}
+        void onFigure(std::int32_t, std::uint32_t) override {}
     };
 
     /// How long QOR is given.

@@ -38,7 +38,8 @@ protected:
     }
 
     struct NoCallback final : ClientExternalOperating::ConnectCallback {
-        void onProgress(std::int32_t, std::uint32_t) override {}
+        void onProgress() override {}
+        void onFigure(std::int32_t, std::uint32_t) override {}
     } callback;
     protocol::ExecKwp request{77, 0x27, std::string("\x01\x00\xFF", 3), 0, true};
     protocol::ExecKwp answer;

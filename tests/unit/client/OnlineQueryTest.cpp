@@ -19,7 +19,8 @@ protected:
     protocol::KwpConnect lastQuery() { return qor.last<CommandKwpConnect>(); }
 
     struct NoCallback final : ClientExternalOperating::ConnectCallback {
-        void onProgress(std::int32_t, std::uint32_t) override {}
+        void onProgress() override {}
+        void onFigure(std::int32_t, std::uint32_t) override {}
     } callback;
 };
 

@@ -1,0 +1,67 @@
+#include "facade/Call.h"
+
+#include <exception>
+#include <utility>
+
+#include "common/Clock.h"
+#include "facade/LastOutcome.h"
+
+using qorcontrol::Cause;
+
+Call::Call(const FacadeState& state)
+    : channel_(state.channel),
+      eolLog_(state.eolLog),
+      start_(common::now()),
+      exceptionsBefore_(std::uncaught_exceptions()) {}
+
+Call::~Call() {
+    // No other exception leaves an operation.
+    if (std::uncaught_exceptions() > exceptionsBefore_) verdict_.cause = Cause::outOfMemory;
+    const bool isOfAgent =
+        verdict_.cause == Cause::agentEnded || verdict_.cause == Cause::systemFailure;
+    lastoutcome::note({verdict_, isOfAgent ? std::move(reason_) : nullptr, elapsedMs()});
+}
+
+unsigned int Call::elapsedMs() const {
+    return static_cast<unsigned int>(common::now() - start_);
+}
+
+void Call::push(channel::ProtocolCmd request) {
+    request.number = channel_->backlog.nextNumber();
+    channel_->commandQueue.push(request);
+    lastNumberAtPush_ = channel_->backlog.lastNumber();
+}
+
+bool Call::wasPushedOut(const common::Interest& request) const {
+    // In this order: what the agent takes it also begins, before it takes the next one.
+    return channel_->backlog.hasPassed(lastNumberAtPush_) && request.present() == Cause::none;
+}
+
+bool Call::failWithoutAnswer(const common::Interest& request) {
+    if (!isOperating()) return false;
+    const Cause present = request.present();
+    if (present != Cause::none)
+        note({present, "", false});
+    else
+        note({wasPushedOut(request) ? Cause::pushedOut : Cause::agentBusy, "", false});
+    return false;
+}
+
+bool Call::noteAnswer(const channel::CmdResponse& response) {
+    const bool succeeded = response.result == channel::CmdResponse::success;
+    verdict_ = response.verdict;
+    if (succeeded)
+        verdict_.cause = Cause::none;
+    else if (verdict_.cause == Cause::none)
+        verdict_.cause = Cause::badAnswer;  // of an agent that knows no such request
+    return succeeded;
+}
+
+bool Call::failForLackOfAgent() {
+    verdict_ = {Cause::agentEnded, "", false};
+    const std::shared_ptr<const channel::AgentEnd> end = channel_->agent.end();
+    if (end == nullptr) return false;
+    verdict_.cause = end->cause;
+    reason_ = {end, &end->reason};
+    return false;
+}
