@@ -25,6 +25,7 @@ add_library(havege STATIC
     ${QOR_MBEDTLS_DIR}/library/platform_util.c)
 target_include_directories(havege SYSTEM PUBLIC ${QOR_MBEDTLS_DIR}/include ${_configFolder})
 target_compile_definitions(havege PUBLIC "MBEDTLS_CONFIG_FILE=<havege_config.h>")
+target_compile_options(havege PUBLIC -ffile-prefix-map=${QOR_MBEDTLS_DIR}=/qor-control/mbedtls)
 if(QOR_SANITIZE)
     target_compile_options(havege PRIVATE -fno-sanitize=all)
 endif()

@@ -8,6 +8,8 @@ function(_qor_header_library name headerFolder package)
     set(shim ${CMAKE_BINARY_DIR}/deps/${name})
     file(MAKE_DIRECTORY ${shim})
     file(CREATE_LINK /usr/include/${headerFolder} ${shim}/${headerFolder} SYMBOLIC)
+    # The compiler takes the shorter of the two names, which depends on how it was told of the folder.
+    qor_call_folder(deps/${name}/${headerFolder} toolchain/include/${headerFolder})
     add_library(deps_${name} INTERFACE)
     add_library(deps::${name} ALIAS deps_${name})
     target_include_directories(deps_${name} SYSTEM INTERFACE ${shim})

@@ -1,5 +1,6 @@
 #!/bin/bash
-# Installs the Debian packages that building (build), testing (test) or measuring (bench) needs.
+# Installs the Debian packages that building (build), packing (package), testing (test) or measuring
+# (bench) needs.
 # usage: cmake/install-packages.sh GROUP...
 # Safe to repeat: when nothing is missing it needs neither root nor network.
 set -u
@@ -11,20 +12,22 @@ buildPackages=(g++-mingw-w64-i686-posix wine wine32:i386 wine64 cmake ninja-buil
     nlohmann-json3-dev libcli11-dev libfmt-dev dpkg-dev xz-utils python3)
 # An npm that came some other way is as good, and Debian's would not install beside its node.
 command -v npm >/dev/null || buildPackages+=(npm)
-testPackages=("${buildPackages[@]}" googletest g++ g++-multilib clang libclang-rt-14-dev
-    clang-format clang-tidy git chromium)
+packagePackages=("${buildPackages[@]}" llvm cmark-gfm)
+testPackages=("${packagePackages[@]}" googletest g++ g++-multilib clang libclang-rt-14-dev
+    clang-format clang-tidy git chromium lld mono-mcs mono-runtime)
 benchPackages=("${buildPackages[@]}")
 
 packages=()
 for group in "$@"; do
     case $group in
         build) packages+=("${buildPackages[@]}") ;;
+        package) packages+=("${packagePackages[@]}") ;;
         test) packages+=("${testPackages[@]}") ;;
         bench) packages+=("${benchPackages[@]}") ;;
-        *) die "unknown group '$group' (known: build, test, bench)" ;;
+        *) die "unknown group '$group' (known: build, package, test, bench)" ;;
     esac
 done
-[ ${#packages[@]} -gt 0 ] || die "usage: install-packages.sh build|test|bench ..."
+[ ${#packages[@]} -gt 0 ] || die "usage: install-packages.sh build|package|test|bench ..."
 
 missingPackages() {
     local installed name

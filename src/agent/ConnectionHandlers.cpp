@@ -4,18 +4,22 @@
 
 bool QorProtocolAgent::performConnect(const Request<channel::CmdDataConnect>& request) {
     /// Keeps the ECU looking online while a slow connect makes progress: 15 s ahead, so 17 s with
-    /// the span that the facade adds. It takes no lock: the time is an atomic.
+    /// the span that the facade adds.
     class MyCallback final : public ClientExternalOperating::ConnectCallback {
     public:
-        explicit MyCallback(channel::QorContact& contact) : contact_(contact) {}
-        void onProgress() override { contact_.note(common::now() + 15000); }
+        explicit MyCallback(channel::Channel& shared) : shared_(shared) {}
+        void onProgress() override { shared_.contact.note(common::now() + 15000); }
+        void onFigure(std::int32_t figure, std::uint32_t steps) override {
+            shared_.progress.note(figure, steps);
+        }
 
     private:
-        channel::QorContact& contact_;
+        channel::Channel& shared_;
     };
 
     channel_->values.setReadPeriod(request->settings.refreshPeriodMs);
-    MyCallback callback(channel_->contact);
+    channel_->progress.begin();
+    MyCallback callback(*channel_);
     const protocol::KwpConnect record = makeConnectRecord(request->settings, request->type);
     return client_->connectEcu(record, request.monitor(), callback) && request.succeed();
 }

@@ -3,6 +3,8 @@
 #include <stdexcept>
 #include <utility>
 
+#include "agent/DeskMessageBox.h"
+#include "client/SystemMessageBox.h"
 #include "common/Clock.h"
 #include "common/Paths.h"
 #include "common/Pump.h"
@@ -26,7 +28,11 @@ void QorProtocolAgent::start() {
     const std::string& given = channel_->settingsPath;
     const std::string resolved = common::resolveAgainstExecutable(given);
     // A path that cannot be resolved cannot be read either; the complaint then names it as given.
-    client_.reset(ClientExternalOperating::create(resolved.empty() ? given : resolved).release());
+    auto messageBox =
+        std::make_unique<DeskMessageBox>(channel_, std::make_unique<SystemMessageBox>());
+    client_.reset(
+        ClientExternalOperating::create(resolved.empty() ? given : resolved, std::move(messageBox))
+            .release());
     channel_->executable.publish(client_->executablePath());
     if (!client_->launch(launchMs))
         throw std::runtime_error("Fail to launch QOR external operating");

@@ -56,8 +56,9 @@ private:
     // One step each of the streams, in rounds without a request.
     void streamParams();
     void fillQueue(channel::ParamQueue& queue, const std::vector<std::string>& names);
+    void feedSink(const channel::RepeatRead& stream, Epoch epoch);
     void streamDtcs();
-    bool readDtcsFor(channel::DtcQueue& queue);
+    bool passOnDtcs();
     bool hasQorAnsweredLately() const;
     void directDtcs(const channel::CmdDataDtc& wanted);
 
@@ -75,8 +76,9 @@ private:
     Epoch epoch_ = 0;        // as last noted
     bool isQorNew_ = false;  // it has not reported an ECU online since
 
-    // The one stream of trouble codes; a null queue means none.
+    // The one stream of trouble codes, into a queue or into a sink; without either there is none.
     channel::DtcQueue* dtcQueue_ = nullptr;
+    std::shared_ptr<channel::DtcSink> dtcSink_;
     std::uint32_t dtcStatusMask_ = 0;  // in truth the time-out of a read, see CmdDataDtc
     std::uint32_t dtcPeriodMs_ = 0;
     common::Moment dtcNextTick_;  // never: the next read is due

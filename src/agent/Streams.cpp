@@ -21,18 +21,22 @@ bool QorProtocolAgent::hasQorAnsweredLately() const {
 void QorProtocolAgent::streamParams() {
     auto registered = channel_->streams.all();
     if (registered.empty()) return;
-    std::map<channel::ParamQueue*, bool> tried;
+    std::map<const void*, bool> tried;
     const Epoch epoch = client_->epoch();
     for (const auto& entry : registered) {
         // What another QOR was set up to send, this one does not send.
         bool prepared = entry.second.prepared && entry.second.epoch == epoch;
         if (!prepared && !isQorNew_ && hasQorAnsweredLately())
-            prepared = tried[entry.first] = client_->subscribe(epoch, entry.second.names);
-        if (prepared) fillQueue(*entry.first, entry.second.names);
+            prepared = tried[entry.first] =
+                client_->subscribe(epoch, entry.second.names, entry.second.given.get());
+        if (prepared && entry.second.queue != nullptr)
+            fillQueue(*entry.second.queue, entry.second.names);
+        else if (prepared)
+            feedSink(entry.second, epoch);
     }
-    for (const auto& [queue, isPrepared] : tried) {
-        const channel::RepeatRead& entry = registered[queue];
-        const bool isLive = channel_->streams.notePreparation(queue, isPrepared, epoch);
+    for (const auto& [target, isPrepared] : tried) {
+        const channel::RepeatRead& entry = registered[target];
+        const bool isLive = channel_->streams.notePreparation(target, isPrepared, epoch);
         // A stop that came meanwhile has taken back what another QOR had been asked for.
         if (!isLive && isPrepared && entry.prepared) client_->unsubscribe(epoch, entry.names);
     }
@@ -53,26 +57,49 @@ void QorProtocolAgent::fillQueue(channel::ParamQueue& queue,
     if (!batch.empty()) queue.push(batch);
 }
 
+void QorProtocolAgent::feedSink(const channel::RepeatRead& stream, Epoch epoch) {
+    std::vector<ArrivedValue> arrived;
+    for (std::size_t i = 0; i < stream.names.size(); ++i) {
+        std::uint64_t& given = (*stream.given)[i];
+        arrived.clear();
+        client_->collectArrivals(epoch, stream.names[i], given, arrived);
+        for (const ArrivedValue& each : arrived) {
+            stream.sink->take({i, each.value, each.tick, each.number - given - 1});
+            given = each.number;
+        }
+        if (!arrived.empty())
+            channel_->values.store(stream.names[i],
+                                   {{arrived.back().value}, {}, {}, arrived.back().tick});
+    }
+}
+
 bool QorProtocolAgent::stopParamStream(const Request<channel::CmdRepeatRead>& request) {
     return client_->unsubscribe(request->epoch, request->names) && request.succeed();
 }
 
 void QorProtocolAgent::streamDtcs() {
-    if (dtcNextTick_ > common::now() || dtcQueue_ == nullptr) return;
-    if (hasQorAnsweredLately() && readDtcsFor(*dtcQueue_)) {
+    const bool isWanted = dtcQueue_ != nullptr || dtcSink_ != nullptr;
+    if (dtcNextTick_ > common::now() || !isWanted) return;
+    if (hasQorAnsweredLately() && passOnDtcs()) {
         dtcFailures_ = 0;
     } else if (++dtcFailures_ > silentFailures) {
-        dtcQueue_->push({QorControlFacade::DtcDescription()});
+        if (dtcQueue_ != nullptr)
+            dtcQueue_->push({QorControlFacade::DtcDescription()});
+        else
+            dtcSink_->noteSilence();
         dtcFailures_ = 0;
     }
     // From the end of the read, so that a slow one does not shorten the pause.
     dtcNextTick_ = common::now() + dtcPeriodMs_;
 }
 
-bool QorProtocolAgent::readDtcsFor(channel::DtcQueue& queue) {
+bool QorProtocolAgent::passOnDtcs() {
     std::vector<protocol::DtcRecord> dtcs;
     if (!client_->getDtc(dtcStatusMask_, dtcs, dtcStatusMask_)) return false;
-    queue.push(toDescriptions(std::move(dtcs)));
+    if (dtcQueue_ != nullptr)
+        dtcQueue_->push(toDescriptions(std::move(dtcs)));
+    else
+        dtcSink_->take(toDescriptions(std::move(dtcs)));
     return true;
 }
 
@@ -82,12 +109,13 @@ bool QorProtocolAgent::startDtcStream(const Request<channel::CmdDataDtc>& reques
 }
 
 bool QorProtocolAgent::stopDtcStream(const Request<channel::CmdDataDtc>& request) {
-    directDtcs(*request);  // which names no queue
+    directDtcs(*request);  // which names no target
     return request.succeed();
 }
 
 void QorProtocolAgent::directDtcs(const channel::CmdDataDtc& wanted) {
     dtcQueue_ = wanted.queue;
+    dtcSink_ = wanted.sink;
     dtcStatusMask_ = wanted.statusMask;
     dtcPeriodMs_ = wanted.periodMs;
     dtcNextTick_ = common::Moment();

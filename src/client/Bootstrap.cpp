@@ -16,16 +16,19 @@ constexpr unsigned int pollMs = 1;
 
 Bootstrap::Bootstrap(ClientExternalOperating& client, common::Guarded<ClientState>& state,
                      const std::atomic<bool>& operating, IProgressMonitor& monitor,
-                     ClientExternalOperating::ConnectCallback& callback)
+                     ClientExternalOperating::ConnectCallback& callback, std::uint32_t stepsBefore)
     : client_(client),
       state_(state),
       operating_(operating),
       monitor_(monitor),
-      callback_(callback) {}
+      callback_(callback),
+      stepsBefore_(stepsBefore) {}
 
 bool Bootstrap::follow() {
     state_.lock()->bootstrapResults.clear();
-    return awaitResult() && awaitOnline();
+    const bool succeeded = awaitResult() && awaitOnline();
+    reportFigure();  // the last one often comes right before the result
+    return succeeded;
 }
 
 bool Bootstrap::awaitResult() {
@@ -35,6 +38,7 @@ bool Bootstrap::awaitResult() {
         if (phase != Phase::goesOn) return phase == Phase::succeeded;
         if (monitor_.isCancelled()) return fail(Cause::cancelled, "Bootstrap failed - cancelled");
         reportProgress();
+        reportFigure();
         common::sleepMs(pollMs);
     }
     return fail(Cause::agentEnded, "Bootstrap failed - some problem");
@@ -67,6 +71,7 @@ bool Bootstrap::awaitOnline() {
         if (monitor_.isCancelled()) return fail(Cause::cancelled, "Bootstrap failed - cancelled");
         if (deadline.hasPassed()) return fail(Cause::ecuOffline, "Bootstrap failed - timeout");
         reportProgress();
+        reportFigure();
         common::sleepMs(pollMs);
     }
     return fail(Cause::agentEnded, "Bootstrap failed - some problem");
@@ -78,6 +83,19 @@ void Bootstrap::reportProgress() {
     if (progress == seenProgress_) return;
     callback_.onProgress();
     seenProgress_ = progress;
+}
+
+void Bootstrap::reportFigure() {
+    std::int32_t figure = 0;
+    std::uint32_t steps = 0;
+    {
+        const auto state = state_.lock();
+        figure = state->bootstrapFigure;
+        steps = state->bootstrapSteps - stepsBefore_;
+    }
+    if (steps == seenSteps_) return;
+    seenSteps_ = steps;
+    callback_.onFigure(figure, steps);
 }
 
 bool Bootstrap::fail(Cause cause, const char* message) {

@@ -13,7 +13,7 @@ class Bootstrap {
 public:
     Bootstrap(ClientExternalOperating& client, common::Guarded<ClientState>& state,
               const std::atomic<bool>& operating, IProgressMonitor& monitor,
-              ClientExternalOperating::ConnectCallback& callback);
+              ClientExternalOperating::ConnectCallback& callback, std::uint32_t stepsBefore);
 
     /// True once the ECU is online. On failure the monitor has been told why. The first phase,
     /// until QOR reports the result, has no time limit; the monitor can cancel both.
@@ -32,13 +32,16 @@ private:
     bool takeResult(std::int32_t& result);
     void reportProgress();
     bool fail(qorcontrol::Cause cause, const char* message);
+    void reportFigure();
 
     ClientExternalOperating& client_;
     common::Guarded<ClientState>& state_;
     const std::atomic<bool>& operating_;
     IProgressMonitor& monitor_;
     ClientExternalOperating::ConnectCallback& callback_;
+    const std::uint32_t stepsBefore_;  // figures that had come when the connect began
     std::int32_t seenProgress_ = -1;
+    std::uint32_t seenSteps_ = 0;
     qorcontrol::Cause cause_ = qorcontrol::Cause::none;
     const char* reason_ = "";
 };

@@ -4,13 +4,13 @@
 #include <windows.h>
 
 #include <stdexcept>
+#include <utility>
 
 #include "client/ClientExternalOperating.h"
 #include "client/ClientSettings.h"
 #include "client/MyExternalCommandFactory.h"
 #include "client/MySocketCommandFactory.h"
 #include "client/ProcessStarter.h"
-#include "client/SystemMessageBox.h"
 #include "framework/Application.h"
 
 namespace {
@@ -47,17 +47,18 @@ std::unique_ptr<IExternalCommandFactory> makeTransport(const ClientSettings& set
 }  // namespace
 
 std::unique_ptr<ClientExternalOperating> ClientExternalOperating::create(
-    const std::string& settingsPath) {
+    const std::string& settingsPath, std::unique_ptr<IMessageBox> messageBox) {
     if (!isReadableFile(settingsPath))
         throw std::runtime_error(
             "Specified settings file for QOR 'external operation mode' is not valid.\nFile: " +
             settingsPath);
     const ClientSettings settings = ClientSettings::read(settingsPath);
     prepareFramework(settings.initMfc);
-    return std::make_unique<ClientExternalOperating>(settings);
+    return std::make_unique<ClientExternalOperating>(settings, std::move(messageBox));
 }
 
-ClientExternalOperating::ClientExternalOperating(const ClientSettings& settings)
+ClientExternalOperating::ClientExternalOperating(const ClientSettings& settings,
+                                                 std::unique_ptr<IMessageBox> messageBox)
     : ClientExternalOperating(
           settings, [&](ICommandReceiver& receiver) { return makeTransport(settings, receiver); },
-          std::make_unique<ProcessStarter>(), std::make_unique<SystemMessageBox>()) {}
+          std::make_unique<ProcessStarter>(), std::move(messageBox)) {}

@@ -162,14 +162,16 @@ bool ClientExternalOperating::ping(unsigned int timeoutMs) {
 
 bool ClientExternalOperating::connectEcu(const protocol::KwpConnect& record,
                                          IProgressMonitor* monitor, ConnectCallback& callback) {
+    std::uint32_t stepsBefore = 0;
     {
         const auto state = state_.lock();
         state->connectRecord = record;
         state->connecting = true;
+        stepsBefore = state->bootstrapSteps;
     }
     if (!send<CommandKwpConnect>(record, connectMs)) return false;
     if (monitor == nullptr) return true;
-    Bootstrap bootstrap(*this, state_, operating_, *monitor, callback);
+    Bootstrap bootstrap(*this, state_, operating_, *monitor, callback, stepsBefore);
     return bootstrap.follow() || fail(bootstrap.cause(), bootstrap.reason());
 }
 

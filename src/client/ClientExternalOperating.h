@@ -28,10 +28,14 @@
 /// messages. Time-outs are milliseconds, with the transport's special values.
 class ClientExternalOperating : public ICommandReceiver {
 public:
-    /// Hears of each change of a connect's progress, on the agent thread.
+    /// Hears of a connect's progress, on the agent thread.
     class ConnectCallback {
     public:
+        /// It has changed; also what an earlier connect has left is a first change.
         virtual void onProgress() = 0;
+        /// QOR has told a figure, its `steps`th of this connect; not of each if they come quickly,
+        /// but always of the last one.
+        virtual void onFigure(std::int32_t figure, std::uint32_t steps) = 0;
 
     protected:
         ~ConnectCallback() = default;
@@ -43,10 +47,12 @@ public:
 
     /// Checks that the settings file can be read, reads it, prepares the window framework as the
     /// settings say and makes the client. Throws std::runtime_error with a text for the operator.
-    static std::unique_ptr<ClientExternalOperating> create(const std::string& settingsPath);
+    static std::unique_ptr<ClientExternalOperating> create(const std::string& settingsPath,
+                                                           std::unique_ptr<IMessageBox> messageBox);
 
     /// With the transport that the settings choose.
-    explicit ClientExternalOperating(const ClientSettings& settings);
+    ClientExternalOperating(const ClientSettings& settings,
+                            std::unique_ptr<IMessageBox> messageBox);
     ClientExternalOperating(const ClientSettings& settings, const MakeTransport& makeTransport,
                             std::unique_ptr<IProcessStarter> processStarter,
                             std::unique_ptr<IMessageBox> messageBox);
@@ -119,11 +125,17 @@ public:
     /// is over, changes nothing. What an epoch has asked for is forgotten with it and cannot be
     /// taken back in the next: an `unsubscribe` for an older epoch only sends QOR the present list
     /// as it is, because QOR may be the one it always was and still go by its old list.
-    bool subscribe(Epoch epoch, const std::vector<std::string>& names);
+    /// `arrived` (may be null) gets for each name the number of the last value before.
+    bool subscribe(Epoch epoch, const std::vector<std::string>& names,
+                   std::vector<std::uint64_t>* arrived = nullptr);
     bool unsubscribe(Epoch epoch, const std::vector<std::string>& names);
     /// The values that QOR last sent of a parameter, with the time of their arrival; without a
     /// command once the name is known.
     bool peekParamData(const std::string& name, SampledValue& sample);
+    /// Adds what QOR has sent by itself of a parameter that is subscribed to in that epoch, after
+    /// the value of that number; what is too old is not kept.
+    void collectArrivals(Epoch epoch, const std::string& name, std::uint64_t after,
+                         std::vector<ArrivedValue>& values);
 
     /// The trouble codes. There is no selection by status: QOR is passed whether the mask is 0.
     bool getDtc(std::uint32_t statusMask, std::vector<protocol::DtcRecord>& dtcs,
@@ -201,6 +213,7 @@ private:
                     std::vector<std::int32_t>& indices);
     bool sendSubscriptions(Epoch epoch);
     bool count(Epoch epoch, const std::vector<std::int32_t>& indices, std::int32_t difference);
+    std::vector<std::uint64_t> arrivedSoFar(const std::vector<std::int32_t>& indices);
 
     /// Sends a command for the present caller (unless nobody is to wait for it); with an epoch one
     /// that names indices, which leaves in that epoch only.

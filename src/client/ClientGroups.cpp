@@ -57,14 +57,38 @@ bool ClientExternalOperating::readTogether(const std::vector<std::string>& names
     return true;
 }
 
-bool ClientExternalOperating::subscribe(Epoch epoch, const std::vector<std::string>& names) {
+bool ClientExternalOperating::subscribe(Epoch epoch, const std::vector<std::string>& names,
+                                        std::vector<std::uint64_t>* arrived) {
     Epoch resolvedIn = 0;
     std::vector<std::int32_t> indices;
     if (!resolveAll(names, clientsend::resolveMs, resolvedIn, indices)) return false;
     if (resolvedIn != epoch || !count(epoch, indices, 1)) return false;
+    if (arrived != nullptr) *arrived = arrivedSoFar(indices);
     if (sendSubscriptions(epoch)) return true;
     count(epoch, indices, -1);  // whoever asks again must not count twice
     return false;
+}
+
+std::vector<std::uint64_t> ClientExternalOperating::arrivedSoFar(
+    const std::vector<std::int32_t>& indices) {
+    const auto state = state_.lock();
+    std::vector<std::uint64_t> counts;
+    for (const std::int32_t index : indices) {
+        const Arrivals* const arrivals = state->params.arrivals(index);
+        counts.push_back(arrivals != nullptr ? arrivals->count() : 0);
+    }
+    return counts;
+}
+
+void ClientExternalOperating::collectArrivals(Epoch epoch, const std::string& name,
+                                              std::uint64_t after,
+                                              std::vector<ArrivedValue>& values) {
+    Place place;
+    if (!resolve(name, clientsend::resolveMs, place) || place.epoch != epoch) return;
+    const auto state = state_.lock();
+    if (state->epoch != epoch) return;
+    const Arrivals* const arrivals = state->params.arrivals(place.index);
+    if (arrivals != nullptr) arrivals->collect(after, values);
 }
 
 bool ClientExternalOperating::unsubscribe(Epoch epoch, const std::vector<std::string>& names) {

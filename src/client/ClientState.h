@@ -33,6 +33,8 @@ struct ClientState {
     protocol::KwpConnect connectRecord;
     bool connecting = false;  ///< from a connect, also a failed one, to the next disconnect
     std::int32_t bootstrapProgress = -1;
+    std::int32_t bootstrapFigure = -1;          ///< the last one; unlike the progress it stays
+    std::uint32_t bootstrapSteps = 0;           ///< so many figures have come, in all connects
     std::deque<std::int32_t> bootstrapResults;  ///< oldest first
 
     // What QOR has told.

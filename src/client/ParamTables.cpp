@@ -104,11 +104,9 @@ void ParamTables::awaitNothing() {
 
 void ParamTables::count(const std::vector<std::int32_t>& indices, std::int32_t difference) {
     for (const std::int32_t index : indices) {
-        const std::int32_t changed = streams_[index] + difference;
-        if (changed > 0)
-            streams_[index] = changed;
-        else
-            streams_.erase(index);
+        std::int32_t& streams = streams_[index].streams;
+        streams += difference;
+        if (streams <= 0) streams_.erase(index);
     }
 }
 
@@ -116,6 +114,16 @@ std::vector<std::int32_t> ParamTables::streamed() const {
     std::vector<std::int32_t> indices;
     for (const auto& entry : streams_) indices.push_back(entry.first);
     return indices;
+}
+
+const Arrivals* ParamTables::arrivals(std::int32_t index) const {
+    const auto found = streams_.find(index);
+    return found != streams_.end() ? &found->second.arrivals : nullptr;
+}
+
+void ParamTables::noteArrival(std::int32_t index, double value, common::Moment tick) {
+    const auto found = streams_.find(index);
+    if (found != streams_.end()) found->second.arrivals.note(value, tick);
 }
 
 void ParamTables::clear() {

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "client/Arrivals.h"
 #include "common/Moment.h"
 #include "protocol/Records.h"
 #include "protocol/RecordStream.h"
@@ -64,6 +65,10 @@ public:
     void count(const std::vector<std::int32_t>& indices, std::int32_t difference);
     /// The indices with streams, in ascending order.
     std::vector<std::int32_t> streamed() const;
+    /// What has arrived for an index since it has had streams; null if it has none.
+    const Arrivals* arrivals(std::int32_t index) const;
+    /// For an index without streams it is not kept.
+    void noteArrival(std::int32_t index, double value, common::Moment tick);
 
     /// Forgets all entries and streams.
     void clear();
@@ -71,6 +76,11 @@ public:
     std::size_t heldBytes() const { return heldBytes_; }
 
 private:
+    struct Streamed {
+        std::int32_t streams = 0;
+        Arrivals arrivals;
+    };
+
     /// One entry of one of the tables; a description has its name, the others have an index.
     struct Aged {
         const std::string* name = nullptr;
@@ -111,7 +121,7 @@ private:
     Table<std::string, protocol::ParamInfo> descriptions_;
     Table<std::int32_t, std::vector<double>> values_;
     Table<std::int32_t, SampledValue> samples_;
-    std::map<std::int32_t, std::int32_t> streams_;
+    std::map<std::int32_t, Streamed> streams_;
     std::unique_ptr<std::string> awaitedName_;  // null: none
     std::set<std::int32_t> awaitedIndices_;
 };

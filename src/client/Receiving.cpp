@@ -32,6 +32,12 @@ void arrive(Arrival<T>& arrival, T content) {
     arrival.arrived = true;
 }
 
+void keepValue(ParamTables& params, std::int32_t id, double value) {
+    const common::Moment tick = common::now();
+    params.storeSample(id, {{value}, {}, {}, tick});
+    params.noteArrival(id, value, tick);
+}
+
 }  // namespace
 
 bool ClientExternalOperating::handleCommand(IExternalCommand& command,
@@ -54,7 +60,8 @@ void ClientExternalOperating::onParamValue(std::int32_t id, double value) {
             if (value == 1.0) state->ecuOnline = true;
             return;
         case idProgress:
-            state->bootstrapProgress = asInteger(value);
+            state->bootstrapFigure = state->bootstrapProgress = asInteger(value);
+            ++state->bootstrapSteps;
             return;
         case idResult:
             state->bootstrapProgress = -1;
@@ -62,7 +69,7 @@ void ClientExternalOperating::onParamValue(std::int32_t id, double value) {
                 state->bootstrapResults.push_back(asInteger(value));
             return;
         default:
-            state->params.storeSample(id, {{value}, {}, {}, common::now()});
+            keepValue(state->params, id, value);
     }
 }
 

@@ -5,8 +5,8 @@
 
 #include "facade/Call.h"
 
-/// A call that waits without a time limit for the answer to a request that others only post. It
-/// dispatches no messages.
+/// A call that waits without a time limit for the answer to a request that others only post, or
+/// wait for with their windows alive. It dispatches no messages.
 class AwaitedCall : public Call {
 public:
     using Call::Call;
@@ -16,7 +16,9 @@ public:
     template <channel::Kind kind, class... Args>
     bool run(Args&&... payload) {
         using Operation = channel::Operation<kind>;
-        static_assert(Operation::wait == channel::Wait::none, "the others wait by themselves");
+        static_assert(
+            Operation::wait == channel::Wait::none || Operation::wait == channel::Wait::unlimited,
+            "who has a time-out waits by himself");
         using Data = typename Operation::Data;
         const auto answers = std::make_shared<channel::AnswerQueue>(1);
         push({kind, std::make_shared<Data>(std::forward<Args>(payload)...), answers, nullptr, 0});

@@ -13,9 +13,7 @@
 using tracelog::libraryModule;
 using tracelog::trace;
 
-// Hosts are built against these layouts.
-static_assert(sizeof(QorControlFacade) == sizeof(void*), "the class is one pointer wide");
-static_assert(sizeof(QorControlFacade::EcuConnect::ConnType) == 4, "enumerations are 32 bits wide");
+// Hosts are built against this layout, and those that the header itself checks.
 static_assert(offsetof(QorControlFacade::CanBusConnect, firstFlag) == 4 &&
                   offsetof(QorControlFacade::CanBusConnect, secondFlag) == 5,
               "the flags are adjacent bytes right behind the bus setting");

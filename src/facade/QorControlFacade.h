@@ -7,6 +7,7 @@
 
 #include "qorcontrol/Export.h"
 #include "qorcontrol/HostInterfaces.h"
+#include "qorcontrol/Layout.h"
 #include "qorcontrol/ParamDescription.h"
 #include "qorcontrol/ThreadSafeQueue.h"
 
@@ -337,3 +338,6 @@ private:
 
     Impl* impl_ = nullptr;
 };
+
+static_assert(qorcontrol::Layout<QorControlFacade>::isThatOfTheLibrary,
+              "the library was built with another compiler, standard library or packing");

@@ -3,6 +3,7 @@
 #include "facade/AwaitedCall.h"
 #include "facade/FacadeImpl.h"
 #include "facade/QorControlFacade.h"
+#include "facade/Quietly.h"
 #include "facade/TimedCall.h"
 #include "facade/UntimedCall.h"
 #include "qorcontrol/Waiting.h"
@@ -47,6 +48,13 @@ void logModel(const Call& call, const QorControlFacade::ModelDescription& model)
                             model.csv.c_str());
 }
 
+void logSegment(const Call& call, const std::string& segment, bool flag) {
+    trace(libraryModule, tracelog::information, 0, "Setting segment = '%s' [%d]\n", segment.c_str(),
+          flag);
+    if (call.eolLog() != nullptr)
+        call.eolLog()->info("SET-segment(%s): [%d]", segment.c_str(), flag);
+}
+
 }  // namespace
 
 bool QorControlFacade::connect(const EcuConnect& settings, EcuConnect::ConnType type,
@@ -64,12 +72,16 @@ bool QorControlFacade::setEcuSegment(const std::string& segment, bool flag,
                                      IProgressMonitor* monitor) const {
     UntimedCall call(*impl_);
     if (!call.isOperating()) return false;
-    trace(libraryModule, tracelog::information, 0, "Setting segment = '%s' [%d]\n", segment.c_str(),
-          flag);
-    if (call.eolLog() != nullptr)
-        call.eolLog()->info("SET-segment(%s): [%d]", segment.c_str(), flag);
+    logSegment(call, segment, flag);
     call.post<Kind::setEcuSegment>(monitor, segment, flag);
     return call.await();
+}
+
+bool quietly::setEcuSegment(const FacadeState& state, const std::string& segment, bool flag) {
+    AwaitedCall call(state);
+    if (!call.isOperating()) return false;
+    logSegment(call, segment, flag);
+    return call.run<Kind::setEcuSegment>(segment, flag);
 }
 
 bool QorControlFacade::openModel(const ModelDescription& model) const {

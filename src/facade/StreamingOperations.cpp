@@ -1,30 +1,44 @@
 #include "facade/Call.h"
 #include "facade/FacadeImpl.h"
 #include "facade/QorControlFacade.h"
+#include "facade/SinkStreams.h"
 #include "trace/Trace.h"
 
 using channel::Kind;
 using tracelog::libraryModule;
 using tracelog::trace;
 
-bool QorControlFacade::startParamRead(ThreadSafeQueue<std::vector<ParamValue>>* queue,
-                                      const std::vector<std::string>& names) const {
-    Call call(*impl_);
+namespace {
+
+void traceStart(const std::vector<std::string>& names) {
     std::string listed;
     for (const std::string& name : names) listed += name + "\n";
     trace(libraryModule, tracelog::information, 0, "QorControlFacade::paramStartRead(%s)\n",
           listed.c_str());
+}
+
+/// Of whatever was registered at that address.
+bool stop(const FacadeState& state, const void* target) {
+    Call call(state);
+    trace(libraryModule, tracelog::information, 0, "%s", "QorControlFacade::paramStopAllRead()\n");
+    auto stopped = call.channel().streams.remove(target);
+    if (!stopped || !stopped->prepared) return true;
+    return call.isOperating() &&
+           call.postUnanswered<Kind::stopParamRead>(std::move(stopped->names), stopped->epoch);
+}
+
+}  // namespace
+
+bool QorControlFacade::startParamRead(ThreadSafeQueue<std::vector<ParamValue>>* queue,
+                                      const std::vector<std::string>& names) const {
+    Call call(*impl_);
+    traceStart(names);
     if (queue != nullptr) call.channel().streams.add(queue, names);
     return true;
 }
 
 bool QorControlFacade::stopParamRead(ThreadSafeQueue<std::vector<ParamValue>>* queue) const {
-    Call call(*impl_);
-    trace(libraryModule, tracelog::information, 0, "%s", "QorControlFacade::paramStopAllRead()\n");
-    auto stopped = call.channel().streams.remove(queue);
-    if (!stopped || !stopped->prepared) return true;
-    return call.isOperating() &&
-           call.postUnanswered<Kind::stopParamRead>(std::move(stopped->names), stopped->epoch);
+    return stop(*impl_, queue);
 }
 
 bool QorControlFacade::startDtcRead(ThreadSafeQueue<std::vector<DtcDescription>>* queue,
@@ -35,3 +49,23 @@ bool QorControlFacade::startDtcRead(ThreadSafeQueue<std::vector<DtcDescription>>
 bool QorControlFacade::stopDtcRead() const {
     return postOnly<Kind::stopDtcRead>(*impl_);
 }
+
+namespace sinkstreams {
+
+void startParamRead(const FacadeState& state, std::shared_ptr<channel::ValueSink> sink,
+                    const std::vector<std::string>& names) {
+    Call call(state);
+    traceStart(names);
+    call.channel().streams.add(std::move(sink), names);
+}
+
+bool stopParamRead(const FacadeState& state, const channel::ValueSink* sink) {
+    return stop(state, sink);
+}
+
+bool startDtcRead(const FacadeState& state, std::shared_ptr<channel::DtcSink> sink,
+                  unsigned int timeoutMs, unsigned int periodMs) {
+    return postOnly<Kind::startDtcRead>(state, std::move(sink), timeoutMs, periodMs);
+}
+
+}  // namespace sinkstreams

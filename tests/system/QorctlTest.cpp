@@ -152,6 +152,7 @@ INSTANTIATE_TEST_SUITE_P(
                     std::vector<std::string>{"send-can", "none.ini", "1", "2", "xy"},
                     std::vector<std::string>{"connect", "none.ini", "--protocol", "9"},
                     std::vector<std::string>{"open-model", "none.ini", "m", "--extra", "=x"},
+                    std::vector<std::string>{"doctor", "none.ini", "--start", "--host", "h.exe"},
                     std::vector<std::string>{"get", "none.ini", "Name", "--timeout", "0"},
                     std::vector<std::string>{"get", "none.ini", "Name", "--trace", "x.txt"}));
 

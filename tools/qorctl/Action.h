@@ -11,5 +11,6 @@ using Action = std::function<int()>;
 constexpr int exitSuccess = 0;
 constexpr int exitFailure = 1;
 constexpr int exitUsage = 2;
+constexpr int exitWouldNotWork = 3;  ///< of the doctor
 
 }  // namespace qorctl

@@ -2,6 +2,7 @@
 
 #include "batch/BatchCommand.h"
 #include "demo/DemoCommand.h"
+#include "doctor/DoctorCommand.h"
 #include "operations/OperationCommand.h"
 #include "watch/DtcWatchCommand.h"
 #include "watch/WatchCommand.h"
@@ -19,6 +20,8 @@ std::vector<Subcommand> allCommands() {
          &declareWatch},
         {"watch-dtc", "Show the trouble codes whenever they change", "Whole conversations",
          &declareWatchDtc},
+        {"doctor", "Check whether a host would work with a settings file, changing nothing",
+         "Before anything else", &declareDoctor},
     };
     for (const Operation& row : operations())
         table.push_back({row.name, row.summary, "One operation of the library",

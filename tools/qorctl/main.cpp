@@ -12,7 +12,8 @@ namespace {
 using namespace qorctl;
 
 const char* const footer =
-    "Exit codes: 0 everything succeeded, 1 something failed, 2 the command line is wrong.\n"
+    "Exit codes: 0 everything succeeded, 1 something failed, 2 the command line is wrong; of the\n"
+    "doctor 3: a host would not work.\n"
     "\n"
     "Paths may be relative to the current directory or Unix-style. The library's trace goes to\n"
     "qorctl.log beside the program unless --trace names another file; after a failure the line\n"

@@ -5,7 +5,9 @@
 
 #include "facade/channel/AgentLife.h"
 #include "facade/channel/Backlog.h"
+#include "facade/channel/ConnectProgress.h"
 #include "facade/channel/ExecutablePath.h"
+#include "facade/channel/MessageBoxDesk.h"
 #include "facade/channel/ProtocolCmd.h"
 #include "facade/channel/QorContact.h"
 #include "facade/channel/StreamRegistry.h"
@@ -35,10 +37,12 @@ struct Channel {
     // From the agent to the facade.
     ExecutablePath executable;
     QorContact contact;
+    ConnectProgress progress;
 
     // Both ways.
     ValueCache values;
     AgentLife agent;
+    MessageBoxDesk messageBoxes;
 };
 
 }  // namespace channel

@@ -1,12 +1,14 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "common/Clock.h"
 #include "facade/channel/HostQueues.h"
+#include "facade/channel/StreamSinks.h"
 #include "facade/QorControlFacade.h"
 
 /// The operations that the facade has the agent carry out: their payloads, and behind these the
@@ -101,8 +103,11 @@ struct CmdDataDtc : CmdData {
     CmdDataDtc() = default;
     CmdDataDtc(DtcQueue* hostQueue, std::uint32_t mask, std::uint32_t period)
         : queue(hostQueue), statusMask(mask), periodMs(period) {}
+    CmdDataDtc(std::shared_ptr<DtcSink> target, std::uint32_t mask, std::uint32_t period)
+        : sink(std::move(target)), statusMask(mask), periodMs(period) {}
 
     DtcQueue* queue = nullptr;
+    std::shared_ptr<DtcSink> sink;  ///< in place of a queue
     /// The host's time-out for one read. There is no selection by status: the word doubles as
     /// the option that QOR is passed, which is set for every time-out but 0.
     std::uint32_t statusMask = 0;

@@ -5,12 +5,19 @@
 namespace channel {
 
 void StreamRegistry::add(ParamQueue* queue, const std::vector<std::string>& names) {
-    (*repeatReads_.lock())[queue] = RepeatRead{names, false, 0};
+    (*repeatReads_.lock())[queue] = RepeatRead{queue, nullptr, names, false, 0, nullptr};
 }
 
-std::optional<RepeatRead> StreamRegistry::remove(ParamQueue* queue) {
+void StreamRegistry::add(std::shared_ptr<ValueSink> sink, const std::vector<std::string>& names) {
+    const void* const target = sink.get();
+    auto given = std::make_shared<std::vector<std::uint64_t>>(names.size());
+    (*repeatReads_.lock())[target] =
+        RepeatRead{nullptr, std::move(sink), names, false, 0, std::move(given)};
+}
+
+std::optional<RepeatRead> StreamRegistry::remove(const void* target) {
     const auto registered = repeatReads_.lock();
-    const auto found = registered->find(queue);
+    const auto found = registered->find(target);
     if (found == registered->end()) return std::nullopt;
     std::optional<RepeatRead> removed = std::move(found->second);
     registered->erase(found);
@@ -21,9 +28,9 @@ StreamRegistry::Registrations StreamRegistry::all() {
     return *repeatReads_.lock();
 }
 
-bool StreamRegistry::notePreparation(ParamQueue* queue, bool prepared, std::uint32_t epoch) {
+bool StreamRegistry::notePreparation(const void* target, bool prepared, std::uint32_t epoch) {
     const auto registered = repeatReads_.lock();
-    const auto found = registered->find(queue);
+    const auto found = registered->find(target);
     if (found == registered->end()) return false;
     found->second.prepared = prepared;
     found->second.epoch = epoch;

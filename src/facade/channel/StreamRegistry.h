@@ -2,37 +2,46 @@
 
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "common/Guarded.h"
 #include "facade/channel/HostQueues.h"
+#include "facade/channel/StreamSinks.h"
 
 namespace channel {
 
-/// What one host queue is to be filled with.
+/// What one host queue, or one sink, is to be filled with.
 struct RepeatRead {
+    ParamQueue* queue = nullptr;      ///< the host's; null for a sink
+    std::shared_ptr<ValueSink> sink;  ///< null for a queue
     std::vector<std::string> names;
     bool prepared = false;    ///< the agent has set QOR up to send these
     std::uint32_t epoch = 0;  ///< which QOR that was, in the agent's count
+    /// For a sink, and touched by the agent alone: per name the number of the last value that it
+    /// was given.
+    std::shared_ptr<std::vector<std::uint64_t>> given;
 };
 
-/// The host's queues that the agent is to fill with values.
+/// The host's queues, and the sinks, that the agent is to fill with values. Each is known by its
+/// address.
 class StreamRegistry {
 public:
-    using Registrations = std::map<ParamQueue*, RepeatRead>;
+    using Registrations = std::map<const void*, RepeatRead>;
 
-    /// The facade's: a queue that is there already gets the new names, not prepared.
+    /// The facade's: one that is there already gets the new names, not prepared.
     void add(ParamQueue* queue, const std::vector<std::string>& names);
+    void add(std::shared_ptr<ValueSink> sink, const std::vector<std::string>& names);
     /// What was registered for it; empty if nothing was.
-    std::optional<RepeatRead> remove(ParamQueue* queue);
+    std::optional<RepeatRead> remove(const void* target);
 
     /// The agent's: a copy of all.
     Registrations all();
     /// How the preparation of one ended; false if the host has removed it meanwhile, which it may
     /// at any time.
-    bool notePreparation(ParamQueue* queue, bool prepared, std::uint32_t epoch);
+    bool notePreparation(const void* target, bool prepared, std::uint32_t epoch);
 
 private:
     common::Guarded<Registrations> repeatReads_;

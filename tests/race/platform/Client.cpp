@@ -1,18 +1,14 @@
 // The parts of the client that are the system's: here a TCP transport whose other end is the faked
 // QOR that listens under the name of the settings file, and which is always there already.
 #include <cstdlib>
+#include <utility>
 
 #include "client/ClientExternalOperating.h"
 #include "client/ExportFiles.h"
+#include "client/SystemMessageBox.h"
 #include "transport/ClientSocketCommandFactory.h"
 
 namespace {
-
-/// Presses the first button at once.
-class QuickMessageBox final : public IMessageBox {
-public:
-    unsigned int show(const std::string&, const std::string&, unsigned int) override { return 1; }
-};
 
 /// The faked QOR is there already, and a little late at worst.
 class NoProcessStarter final : public IProcessStarter {
@@ -24,7 +20,7 @@ public:
 }  // namespace
 
 std::unique_ptr<ClientExternalOperating> ClientExternalOperating::create(
-    const std::string& settingsPath) {
+    const std::string& settingsPath, std::unique_ptr<IMessageBox> messageBox) {
     ClientSettings settings;
     settings.executable = "/faked/qor";  // so that a shutdown ends it; never started
     return std::make_unique<ClientExternalOperating>(
@@ -32,7 +28,12 @@ std::unique_ptr<ClientExternalOperating> ClientExternalOperating::create(
         [&](ICommandReceiver& client) {
             return std::make_unique<ClientSocketCommandFactory>(settingsPath, 0, client);
         },
-        std::make_unique<NoProcessStarter>(), std::make_unique<QuickMessageBox>());
+        std::make_unique<NoProcessStarter>(), std::move(messageBox));
+}
+
+/// The first button is pressed at once.
+unsigned int SystemMessageBox::show(const std::string&, const std::string&, unsigned int) {
+    return 1;
 }
 
 /// The faked QOR exports nothing.

@@ -134,6 +134,22 @@ TEST_F(AgentConnect, ThePeriodIsReplacedBeforeTheRequestIsSentEvenIfItFails) {
     EXPECT_EQ(channel->values.readPeriodMs(), 777u);
 }
 
+TEST_F(AgentConnect, QorsOwnFigureCanBeAskedForWhileItConnects) {
+    std::vector<std::int32_t> seen;
+    reportsAfter(10, -11, 30);
+    clock.after(15, [&] { seen.push_back(channel->progress.seen().figure); });
+    reportsAfter(20, -11, 60);
+    clock.after(25, [&] { seen.push_back(channel->progress.seen().figure); });
+    reportsAfter(30, -12, -2);
+    connect(&monitor);
+    EXPECT_THAT(seen, ElementsAre(30, 60));
+    EXPECT_EQ(channel->progress.seen().steps, 2u);
+    reportsAfter(10, -12, -2);
+    connect(&monitor);  // which tells none
+    EXPECT_EQ(channel->progress.seen().figure, -1);
+    EXPECT_EQ(channel->progress.seen().steps, 0u);
+}
+
 TEST_F(AgentConnect, TheMonitorHearsWhyTheBootstrapFailed) {
     monitor.cancelled = true;
     EXPECT_EQ(connect(&monitor).result, 0u);

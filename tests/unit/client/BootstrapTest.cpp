@@ -23,7 +23,13 @@ protected:
             ++calls;
             if (then) then();
         }
+        void onFigure(std::int32_t figure, std::uint32_t steps) override {
+            figures.push_back(figure);
+            lastSteps = steps;
+        }
         int calls = 0;
+        std::vector<std::int32_t> figures;
+        std::uint32_t lastSteps = 0;
         std::function<void()> then;
     };
 
@@ -224,6 +230,19 @@ TEST_F(Bootstrap, EachChangeOfTheProgressIsToldOnce) {
     reportsAfter(60, result, -2);
     expectFailure("QOR reported");
     EXPECT_EQ(callback.calls, 3);
+    EXPECT_THAT(callback.figures, ElementsAre(0, 0, 7, 7, 100));
+    EXPECT_EQ(callback.lastSteps, 5u);
+}
+
+TEST_F(Bootstrap, TheLastFigureIsToldAlsoWhenTheResultComesRightBehindIt) {
+    client();
+    isOnlineAfter(0);
+    reportsAfter(10, progress, 50);
+    reportsAfter(20, progress, 100);
+    reportsAfter(20, result, -1);
+    EXPECT_TRUE(connect());
+    EXPECT_THAT(callback.figures, ElementsAre(50, 100));
+    EXPECT_EQ(callback.lastSteps, 2u);
 }
 
 TEST_F(Bootstrap, WithoutProgressNothingIsTold) {
@@ -250,6 +269,7 @@ TEST_F(Bootstrap, ProgressThatAnEarlierConnectLeftIsToldAtOnce) {
     reportsAfter(60, result, -2);
     connect();
     EXPECT_EQ(callback.calls, 1);
+    EXPECT_EQ(callback.lastSteps, 0u);  // none of this connect
     EXPECT_EQ(toldAt, start);
 }
 

@@ -20,7 +20,7 @@ protected:
 
 std::string textOfFailedCreation(const std::string& settingsPath) {
     try {
-        ClientExternalOperating::create(settingsPath);
+        ClientExternalOperating::create(settingsPath, nullptr);
     } catch (const std::runtime_error& error) {
         return error.what();
     }
@@ -48,7 +48,7 @@ TEST_F(ClientCreation, AFolderInPlaceOfTheSettingsFileIsToldLikeAMissingFile) {
 /// A client of these settings and its window's title; is there such a window while it lives?
 bool makesAWindow(const std::string& settingsPath, const std::string& title) {
     EXPECT_EQ(FindWindowA(nullptr, title.c_str()), nullptr);
-    const auto made = ClientExternalOperating::create(settingsPath);
+    const auto made = ClientExternalOperating::create(settingsPath, nullptr);
     return FindWindowA(nullptr, title.c_str()) != nullptr;
 }
 

@@ -26,6 +26,7 @@ class DocumentedExchanges : public ClientTest {
 protected:
     struct NoCallback final : ClientExternalOperating::ConnectCallback {
         void onProgress() override {}
+        void onFigure(std::int32_t, std::uint32_t) override {}
     };
 
     /// How long QOR is given.

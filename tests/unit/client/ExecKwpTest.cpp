@@ -39,6 +39,7 @@ protected:
 
     struct NoCallback final : ClientExternalOperating::ConnectCallback {
         void onProgress() override {}
+        void onFigure(std::int32_t, std::uint32_t) override {}
     } callback;
     protocol::ExecKwp request{77, 0x27, std::string("\x01\x00\xFF", 3), 0, true};
     protocol::ExecKwp answer;

@@ -20,6 +20,7 @@ protected:
 
     struct NoCallback final : ClientExternalOperating::ConnectCallback {
         void onProgress() override {}
+        void onFigure(std::int32_t, std::uint32_t) override {}
     } callback;
 };
 

@@ -1,0 +1,15 @@
+# qor_version_resource(target description): what Windows shows of a DLL or program under "Details"; the
+# version is the project's.
+function(qor_version_resource target description)
+    get_target_property(type ${target} TYPE)
+    if(type STREQUAL "EXECUTABLE")
+        set(_fileType VFT_APP)
+        set(_fileName ${target}.exe)
+    else()
+        set(_fileType VFT_DLL)
+        set(_fileName ${target}.dll)
+    endif()
+    set(file ${CMAKE_CURRENT_BINARY_DIR}/${target}-version.rc)
+    configure_file(${CMAKE_SOURCE_DIR}/cmake/version.rc.in ${file} @ONLY)
+    target_sources(${target} PRIVATE ${file})
+endfunction()

@@ -1,0 +1,144 @@
+#include "cinterface/Session.h"
+
+#include <atomic>
+#include <iterator>
+#include <utility>
+
+#include "cinterface/Process.h"
+#include "cinterface/Refusal.h"
+#include "cinterface/Shell.h"
+#include "cinterface/Stream.h"
+#include "facade/SinkStreams.h"
+
+namespace cinterface {
+namespace {
+
+/// So long a connect may take to notice that its agent has ended.
+constexpr unsigned int connectEndMs = 2000;
+
+std::atomic<std::uint64_t> sessionCount{0};
+
+}  // namespace
+
+Session::Session(const std::string& settingsPath, unsigned int readPeriodMs,
+                 const std::string& hostPath)
+    : serial_(++sessionCount),
+      facade_(settingsPath, &log_, readPeriodMs, hostPath),
+      channel_(state().channel) {
+    setBoxPolicy(*process().boxPolicy.lock());
+}
+
+void Session::close() {
+    endStreams();
+    channel_->messageBoxes.close();
+    const auto connect = lastConnect();
+    if (connect != nullptr) connect->cancel();
+    facade_.shutdown();
+    if (connect != nullptr) connect->awaitEnd(connectEndMs);
+    log_.replace(nullptr, nullptr);
+    progress_->replace(nullptr, nullptr);
+    results_.close();
+}
+
+void Session::setBoxPolicy(const BoxPolicy& policy) {
+    channel_->messageBoxes.setPolicy(policy.policy, policy.choice, policy.askMs);
+}
+
+std::shared_ptr<const Result> Session::lastResult() const {
+    const auto& places = process().threads.get().results;
+    const auto own = places.find(serial_);
+    return own == places.end() ? nullptr : own->second->get();
+}
+
+std::shared_ptr<const Result> Session::keep(Result result) {
+    auto kept = std::make_shared<const Result>(std::move(result));
+    auto& places = process().threads.get().results;
+    auto own = places.find(serial_);
+    if (own == places.end()) {
+        // One of a handle that has been closed is of no use any more.
+        for (auto place = places.begin(); place != places.end();)
+            place = place->second->isClosed() ? places.erase(place) : std::next(place);
+        own = places.emplace(serial_, std::make_shared<ResultPlace>()).first;
+        results_.add(own->second);
+    }
+    own->second->put(kept);
+    return kept;
+}
+
+std::shared_ptr<ConnectRun> Session::startConnect(QorControlFacade::EcuConnect settings,
+                                                  QorControlFacade::EcuConnect::ConnType type) {
+    const auto run = std::make_shared<ConnectRun>(std::move(settings), type, *channel_, progress_);
+    if (!placeConnect(run)) refuse(Cause::wrongOrder, "a connect of this handle runs already");
+    run->start(shared_from_this());
+    return run;
+}
+
+bool Session::placeConnect(std::shared_ptr<ConnectRun> run) {
+    const auto present = connect_.lock();
+    if (*present != nullptr && (*present)->isRunning()) return false;
+    present->swap(run);
+    return true;
+}
+
+std::string Session::agentsEnd() const {
+    const auto end = channel_->agent.end();
+    return end == nullptr ? std::string() : end->reason;
+}
+
+std::uint32_t Session::startStream(const std::vector<std::string>& names, unsigned int slots) {
+    if (!channel_->agent.isOperating()) refuse(Cause::agentEnded, agentsEnd());
+    const auto ring = std::make_shared<ValueRing>(slots, names.size());
+    const auto stream = std::make_shared<Stream>(weak_from_this(), ring);
+    const std::uint32_t number = process().streams.add(stream);
+    if (number == 0) throw Refusal{systemFailure("there is no room for another stream")};
+    if (!noteStream(number)) {
+        process().streams.remove(number);
+        refuseHandle();
+    }
+    sinkstreams::startParamRead(state(), ring, names);
+    return number;
+}
+
+/// False once the handle is being closed.
+bool Session::noteStream(std::uint32_t number) {
+    const auto streams = streams_.lock();
+    if (streams->closed) return false;
+    streams->numbers.insert(number);
+    return true;
+}
+
+void Session::endStream(const channel::ValueSink& sink, std::uint32_t number) {
+    streams_.lock()->numbers.erase(number);
+    sinkstreams::stopParamRead(state(), &sink);
+}
+
+void Session::endStreams() {
+    std::set<std::uint32_t> numbers;
+    {
+        const auto streams = streams_.lock();
+        streams->closed = true;
+        streams->numbers.swap(numbers);
+    }
+    for (const std::uint32_t number : numbers)
+        if (const auto stream = process().streams.remove(number)) stream->end(number);
+    stopCodes();
+}
+
+Outcome Session::startCodes(unsigned int timeoutMs, unsigned int periodMs) {
+    auto box = std::make_shared<CodeBox>();
+    const Outcome outcome = outcomeOf(sinkstreams::startDtcRead(state(), box, timeoutMs, periodMs));
+    if (outcome.cause != Cause::none) return outcome;
+    codes_.lock()->swap(box);
+    if (box != nullptr) box->close();
+    return outcome;
+}
+
+void Session::stopCodes() {
+    std::shared_ptr<CodeBox> box;
+    codes_.lock()->swap(box);
+    if (box == nullptr) return;
+    facade_.stopDtcRead();
+    box->close();
+}
+
+}  // namespace cinterface

@@ -1,0 +1,118 @@
+// Streams of values and of trouble codes.
+
+#include <utility>
+
+#include "cinterface/Arguments.h"
+#include "cinterface/OutBuffer.h"
+#include "cinterface/Shell.h"
+#include "cinterface/Stream.h"
+#include "cinterface/TroubleCodes.h"
+#include "common/Clock.h"
+
+using cinterface::call;
+using cinterface::callOn;
+using cinterface::Cause;
+using cinterface::CodeBox;
+using cinterface::failure;
+using cinterface::mustNotBeNull;
+using cinterface::Outcome;
+using cinterface::process;
+using cinterface::refuse;
+using cinterface::refuseArgument;
+using cinterface::Session;
+using cinterface::Stream;
+using cinterface::ValueRing;
+
+namespace {
+
+constexpr unsigned int maxSlots = 1000000;
+
+/// A stream is a number like a handle, and never followed.
+std::uint32_t numberOf(QorStream stream) {
+    return static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(stream));
+}
+
+[[noreturn]] void refuseStream() {
+    refuse(Cause::badHandle, "it is no stream, or one that has ended");
+}
+
+Outcome nothingYet() {
+    return failure(Cause::notReady, "QOR has sent none in this time");
+}
+
+}  // namespace
+
+double QOR_CALL QorNowMs(void) {
+    return static_cast<double>(common::now().ms());
+}
+
+int QOR_CALL QorStartParamRead(QorHandle handle, const char* const* names, unsigned int nameCount,
+                               unsigned int slots, QorStream* stream) {
+    return callOn(handle, [&](Session& session) -> Outcome {
+        const auto all = cinterface::namesOf(names, nameCount);
+        if (all.empty()) refuseArgument("nameCount is 0");
+        if (slots == 0 || slots > maxSlots) refuseArgument("slots is not within 1 to 1,000,000");
+        mustNotBeNull(stream, "stream");
+        const std::uint32_t number = session.startStream(all, slots);
+        *stream = reinterpret_cast<QorStream>(std::uintptr_t{number});
+        return {};
+    });
+}
+
+int QOR_CALL QorReadParamStream(QorStream stream, QorSample* samples, unsigned int capacity,
+                                unsigned int* count, unsigned int timeoutMs) {
+    return call([&]() -> Outcome {
+        const auto found = process().streams.find(numberOf(stream));
+        if (found == nullptr) refuseStream();
+        mustNotBeNull(samples, "samples");
+        mustNotBeNull(count, "count");
+        if (capacity == 0) refuseArgument("capacity is 0");
+        const auto got = found->ring().read(samples, capacity, timeoutMs);
+        if (!got) refuseStream();
+        if (*got == 0) return nothingYet();
+        *count = *got;
+        return {};
+    });
+}
+
+int QOR_CALL QorStopParamRead(QorStream stream) {
+    return call([&]() -> Outcome {
+        const std::uint32_t number = numberOf(stream);
+        const auto found = process().streams.remove(number);
+        if (found == nullptr) refuseStream();
+        found->end(number);
+        return {};
+    });
+}
+
+int QOR_CALL QorStartDtcRead(QorHandle handle, unsigned int timeoutMs, unsigned int periodMs) {
+    return callOn(handle,
+                  [&](Session& session) { return session.startCodes(timeoutMs, periodMs); });
+}
+
+int QOR_CALL QorReadDtcStream(QorHandle handle, unsigned int timeoutMs, QorDtc* dtcs,
+                              unsigned int capacity, unsigned int* needed, double* timeMs,
+                              unsigned int* missed) {
+    return callOn(handle, [&](Session& session) -> Outcome {
+        const cinterface::OutBuffer<QorDtc> out(dtcs, capacity, needed, "dtcs");
+        const auto box = session.codes();
+        CodeBox::Read read;
+        read.found = CodeBox::Found::closed;
+        if (box != nullptr) read = box->read(timeoutMs);
+        if (read.found == CodeBox::Found::closed)
+            refuse(Cause::wrongOrder, "no trouble codes are being read");
+        if (read.found == CodeBox::Found::nothing) return nothingYet();
+        if (read.found == CodeBox::Found::silence)
+            return failure(Cause::noData, "four reads in a row have failed");
+        if (timeMs != nullptr) *timeMs = static_cast<double>(read.arrival.ms());
+        if (missed != nullptr) *missed = read.missed;
+        return out.put(*session.keep(cinterface::resultOf(std::move(read.codes)))->dtcs);
+    });
+}
+
+int QOR_CALL QorStopDtcRead(QorHandle handle) {
+    return callOn(handle, [&](Session& session) -> Outcome {
+        session.stopCodes();
+        return {};
+    });
+}

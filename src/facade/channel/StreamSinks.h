@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "common/Moment.h"
+#include "facade/QorControlFacade.h"
+
+/// Where streams may go besides the queues of C++ hosts, for who wants to know more: each value
+/// once, with the time of its arrival. The agent calls them on its thread, without a lock, and
+/// holds a share of each; they must return soon.
+namespace channel {
+
+/// One value as it arrived.
+struct Sample {
+    std::size_t name = 0;  ///< which of the registered names
+    double value = 0;
+    common::Moment arrival;
+    std::uint64_t missed = 0;  ///< so many of this name arrived before it and could not be kept
+};
+
+class ValueSink {
+public:
+    virtual ~ValueSink() = default;
+    virtual void take(const Sample& sample) = 0;
+};
+
+class DtcSink {
+public:
+    virtual ~DtcSink() = default;
+    virtual void take(std::vector<QorControlFacade::DtcDescription> dtcs) = 0;
+    /// Some reads in a row have failed.
+    virtual void noteSilence() = 0;
+};
+
+}  // namespace channel

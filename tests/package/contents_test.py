@@ -1,0 +1,151 @@
+#!/usr/bin/env python3
+"""What is in the package: the files, their sums, the pages' links, and no folder of this machine.
+
+usage: contents_test.py PACKAGE.zip
+"""
+import html.parser
+import os
+import re
+import subprocess
+import sys
+import unittest
+import zipfile
+from pathlib import Path
+
+sys.dont_write_bytecode = True
+import unzipped  # noqa: E402
+from unzipped import OURS, RUN_TIMES, SOURCE  # noqa: E402
+
+MAX_BYTES = 5_000_000
+FILES = {
+    "": {"MANIFEST", "README.txt"},
+    "bin": {*OURS, *RUN_TIMES, "engine.json", "qor-settings.ini",
+            "simulator.ini"},
+    "lib": {"QorControlC.lib", "libQorControlC.dll.a", "libQorControlFacade.dll.a"},
+    "include": {"QorControl.h", "QorControlFacade.h"},
+    "include/qorcontrol": {path.name for path in (SOURCE / "src/qorcontrol").glob("*.h")},
+    "cmake": {"QorControlConfig.cmake", "QorControlConfigVersion.cmake"},
+    "licences": {"CLI11.txt", "GPL-3.txt", "README.txt", "fmt.txt", "gcc-runtime.txt", "mbedtls.txt",
+                 "mingw-w64.txt", "nlohmann-json.txt", "uPlot.txt"},
+}
+LANGUAGES = {".c", ".cpp", ".cs", ".py", ".mjs"}
+# What each text must say to be the licence of its part.
+LICENCES = {
+    "CLI11.txt": "University of Cincinnati", "GPL-3.txt": "Version 3, 29 June 2007",
+    "fmt.txt": "Victor Zverovich", "gcc-runtime.txt": "GCC RUNTIME LIBRARY EXCEPTION",
+    "mbedtls.txt": "Apache License", "mingw-w64.txt": "mingw-w64-libraries/winpthreads/*",
+    "nlohmann-json.txt": "Niels Lohmann", "uPlot.txt": "Leon Sorokin",
+}
+# Folders of whoever builds it, and of this build. (Licences name files of the system they came from.)
+HOME = re.compile(rb"/(home|root|tmp|var|mnt|srv|work|Users)/[\w.-]|[A-Z]:\\Users\\\w")
+SYSTEM = re.compile(rb"/usr/(lib|share|include|src|i686-w64-mingw32)/")
+
+
+class Links(html.parser.HTMLParser):
+    def __init__(self, text):
+        super().__init__()
+        self.links, self.places, self.titles = [], set(), 0
+        self.feed(text)
+
+    def handle_starttag(self, tag, attrs):
+        for name, value in attrs:
+            if name in ("href", "src"):
+                self.links.append(value)
+            elif name == "id":
+                self.places.add(value)
+        self.titles += tag == "title"
+
+
+class Contents(unittest.TestCase):
+    package = Path()
+
+    @classmethod
+    def setUpClass(cls):
+        cls.folder = unzipped.unzip(cls.package)
+
+    def names(self, folder):
+        return {path.name for path in (self.folder / folder).iterdir() if path.is_file()}
+
+    def test_each_folder_holds_what_it_must_and_nothing_else(self):
+        for folder, names in FILES.items():
+            self.assertEqual(names, self.names(folder), folder)
+        self.assertEqual({*(name for name in FILES if name and "/" not in name), "docs", "examples"},
+                         {path.name for path in self.folder.iterdir() if path.is_dir()})
+
+    def test_there_is_an_example_in_each_language(self):
+        found = {Path(name).suffix for name in self.names("examples")}
+        self.assertLessEqual(LANGUAGES, found)
+
+    def test_it_is_small(self):
+        self.assertLess(self.package.stat().st_size, MAX_BYTES)
+
+    def test_its_entries_are_sorted_have_one_time_and_names_of_plain_letters(self):
+        with zipfile.ZipFile(self.package) as archive:
+            entries = archive.infolist()
+        names = [entry.filename for entry in entries]
+        self.assertEqual(sorted(names), names)
+        self.assertEqual(1, len({entry.date_time for entry in entries}))
+        self.assertEqual([], [name for name in names if not re.fullmatch(r"[\w./+-]+", name, re.ASCII)])
+
+    def test_the_manifest_has_the_sum_of_every_file(self):
+        command = unzipped.command_of_the_notes("sha256sum")
+        checked = subprocess.run([*command, "--strict"], cwd=self.folder, stdout=subprocess.PIPE,
+                                 stderr=subprocess.STDOUT, text=True, check=False)
+        self.assertEqual((0, ""), (checked.returncode, checked.stdout))
+        listed = {line.split("  ", 1)[1] for line in
+                  (self.folder / "MANIFEST").read_text().splitlines()}
+        there = {path.relative_to(self.folder).as_posix()
+                 for path in self.folder.rglob("*") if path.is_file()}
+        self.assertEqual(there - {"MANIFEST"}, listed)
+
+    def test_each_page_opens_and_each_link_of_it_leads_somewhere(self):
+        pages = {path: Links(path.read_text(encoding="utf-8"))
+                 for path in (self.folder / "docs").glob("*.html")}
+        dead = []
+        for path, page in pages.items():
+            self.assertEqual(1, page.titles, path)
+            for link in page.links:
+                address, _, place = link.partition("#")
+                target = (path.parent / address).resolve() if address else path
+                if "://" in link:
+                    continue
+                if not target.is_file() or not target.is_relative_to(self.folder) or \
+                        place and place not in pages[target].places:
+                    dead.append(f"{path.name}: {link}")
+        self.assertEqual([], dead)
+        self.assertGreater(sum(len(page.links) for page in pages.values()), 50)
+
+    def test_the_index_leads_to_every_page(self):
+        index = Links((self.folder / "docs/index.html").read_text(encoding="utf-8"))
+        self.assertEqual({path.name for path in (self.folder / "docs").glob("*.html")},
+                         {link for link in index.links if link.endswith(".html")})
+
+    def test_the_documents_of_the_tree_are_pages(self):
+        stems = {path.stem for path in (SOURCE / "docs").glob("*.md")}
+        self.assertLessEqual(stems, {path.stem for path in (self.folder / "docs").glob("*.html")})
+
+    def test_no_file_names_a_folder_of_this_machine(self):
+        places = {str(SOURCE).encode(), os.path.expanduser("~").encode() + b"/"}
+        found = []
+        for path in self.folder.rglob("*"):
+            if not path.is_file() or path.name in RUN_TIMES:  # Debian's are as they are
+                continue
+            content = path.read_bytes()
+            name = path.relative_to(self.folder).as_posix()
+            found += [f"{name}: {place}" for place in places if place in content]
+            if name.startswith(("bin/", "lib/", "cmake/")):
+                found += [f"{name}: {match[0]}" for pattern in (HOME, SYSTEM)
+                          for match in pattern.finditer(content)]
+        self.assertEqual([], found)
+
+    def test_the_licence_of_each_part_is_its_own(self):
+        for name, words in LICENCES.items():
+            self.assertIn(words, (self.folder / "licences" / name).read_text(encoding="utf-8"), name)
+        told = (self.folder / "licences/README.txt").read_text()
+        self.assertEqual(FILES["licences"] - {"README.txt"},
+                         set(re.findall(r"text: +(\S+)", told)))
+
+
+if __name__ == "__main__":
+    Contents.package = unzipped.package_path()
+    unittest.main()

@@ -1,0 +1,105 @@
+#include "facade/channel/MessageBoxDesk.h"
+
+#include <gmock/gmock.h>
+
+#include <thread>
+
+#include "common/Clock.h"
+
+namespace {
+
+using Desk = channel::MessageBoxDesk;
+
+class MessageBoxDesk : public ::testing::Test {
+protected:
+    std::uint32_t present(const std::string& text = "Ready?") {
+        return desk.present(text, "QOR", 4, [this] {
+            ++shown;
+            return 6u;
+        });
+    }
+    /// The host's answer as soon as there is a box.
+    std::thread answersWith(std::uint32_t choice) {
+        return std::thread([this, choice] {
+            while (!desk.next()) common::sleepMs(1);
+            wasTaken = desk.answer(desk.next()->id, choice);
+        });
+    }
+
+    Desk desk;
+    int shown = 0;
+    bool wasTaken = false;
+};
+
+TEST_F(MessageBoxDesk, ShowsABoxUnlessTheHostWantsSomethingElse) {
+    EXPECT_EQ(present(), 6u);
+    EXPECT_EQ(shown, 1);
+}
+
+TEST_F(MessageBoxDesk, AnswersWithTheGivenChoiceWithoutShowing) {
+    desk.setPolicy(Desk::Policy::answer, 7, 0);
+    EXPECT_EQ(present(), 7u);
+    EXPECT_EQ(shown, 0);
+}
+
+TEST_F(MessageBoxDesk, ReportsEachBoxInOrderWhateverBecameOfIt) {
+    present("first");
+    desk.setPolicy(Desk::Policy::answer, 7, 0);
+    present("second");
+    const auto first = desk.next();
+    ASSERT_TRUE(first);
+    EXPECT_EQ(first->id, 1u);
+    EXPECT_EQ(first->text, "first");
+    EXPECT_EQ(first->caption, "QOR");
+    EXPECT_EQ(first->type, 4u);
+    EXPECT_FALSE(first->isWaiting);
+    EXPECT_EQ(first->choice, 6u);
+    EXPECT_EQ(desk.next()->id, 1u);  // until it is marked
+    desk.markTold(1);
+    EXPECT_EQ(desk.next()->text, "second");
+    desk.markTold(2);
+    EXPECT_FALSE(desk.next());
+}
+
+TEST_F(MessageBoxDesk, TheHostIsAskedAndItsAnswerCounts) {
+    desk.setPolicy(Desk::Policy::ask, 2, 10000);
+    std::thread host = answersWith(5);
+    EXPECT_EQ(present(), 5u);
+    host.join();
+    EXPECT_TRUE(wasTaken);
+    EXPECT_EQ(shown, 0);
+}
+
+TEST_F(MessageBoxDesk, AHostThatDoesNotAnswerInTimeLeavesTheGivenChoice) {
+    desk.setPolicy(Desk::Policy::ask, 2, 50);
+    EXPECT_EQ(present(), 2u);
+    EXPECT_FALSE(desk.answer(1, 6));
+    EXPECT_EQ(desk.next()->choice, 2u);
+}
+
+TEST_F(MessageBoxDesk, ABoxThatIsShownOrUnknownTakesNoAnswerOfTheHost) {
+    EXPECT_FALSE(desk.answer(1, 6));
+    desk.present("", "", 0, [this] {
+        wasTaken = desk.answer(1, 7);
+        return 6u;
+    });
+    EXPECT_FALSE(wasTaken);
+}
+
+TEST_F(MessageBoxDesk, AHostThatGoesKeepsNobodyWaiting) {
+    desk.setPolicy(Desk::Policy::ask, 3, 0xFFFFFFFFu);
+    std::thread host([this] {
+        while (!desk.next()) common::sleepMs(1);
+        desk.close();
+    });
+    EXPECT_EQ(present(), 3u);
+    host.join();
+    EXPECT_EQ(present(), 3u);
+}
+
+TEST_F(MessageBoxDesk, KeepsTheLatestHundredBoxes) {
+    for (int i = 0; i < 103; ++i) present(std::to_string(i));
+    EXPECT_EQ(desk.next()->text, "3");
+}
+
+}  // namespace

@@ -1,0 +1,103 @@
+#include "doctor/PeerFacts.h"
+
+#include <winsock2.h>
+
+#include <windows.h>
+
+#include <fmt/format.h>
+
+#include "doctor/TcpAddress.h"
+#include "doctor/TcpConnections.h"
+
+namespace qorctl::doctor {
+namespace {
+
+constexpr unsigned maxPort = 65535;
+
+struct SocketLibrary {
+    WSADATA data = {};
+    SocketLibrary() { WSAStartup(MAKEWORD(2, 2), &data); }
+    ~SocketLibrary() { WSACleanup(); }
+    SocketLibrary(const SocketLibrary&) = delete;
+    SocketLibrary& operator=(const SocketLibrary&) = delete;
+};
+
+void findSockets(PeerFacts& facts, std::uint32_t address, unsigned port) {
+    Holders accepted;
+    for (const TcpConnection& row : tcpConnections()) {
+        const bool isHere =
+            row.localPort == port && (row.localAddress == address || row.localAddress == 0);
+        if (row.state == TcpConnection::State::listening && isHere)
+            facts.servers.push_back(Holder::of(row.process));
+        if (row.state != TcpConnection::State::established) continue;
+        if (row.remotePort == port && row.remoteAddress == address)
+            facts.clients.push_back(Holder::of(row.process));
+        else if (isHere)
+            accepted.push_back(Holder());  // its client, on another machine, perhaps
+    }
+    if (facts.clients.empty()) facts.clients = accepted;
+}
+
+PeerFacts gatherPort(const std::string& host, unsigned port) {
+    PeerFacts facts;
+    facts.isTcp = true;
+    facts.place = fmt::format("port {} of {}", port, host.empty() ? "this machine" : host);
+    facts.isUsable = port >= 1 && port <= maxPort;
+    if (!facts.isUsable) return facts;
+    const SocketLibrary sockets;
+    const auto address = TcpAddress::lookUp(host, port, facts.reason);
+    facts.isFound = address.has_value();
+    if (!address) return facts;
+    facts.isRemote = !address->isOfThisMachine();
+    if (facts.isRemote)
+        facts.accepts = address->takesConnection();
+    else
+        findSockets(facts, address->host(), port);
+    return facts;
+}
+
+struct TitleSearch {
+    std::string title;
+    Holders found;
+};
+
+BOOL CALLBACK addIfTitled(HWND window, LPARAM parameter) {
+    auto& search = *reinterpret_cast<TitleSearch*>(parameter);
+    std::string text(search.title.size() + 2, '\0');
+    text.resize(static_cast<std::size_t>(
+        GetWindowTextA(window, text.data(), static_cast<int>(text.size()))));
+    DWORD process = 0;
+    // The system compares titles in this way when it looks for a window, too.
+    if (lstrcmpiA(text.c_str(), search.title.c_str()) == 0 &&
+        GetWindowThreadProcessId(window, &process) != 0)
+        search.found.push_back(Holder::of(process));
+    return TRUE;
+}
+
+Holders windowsTitled(const std::string& title) {
+    TitleSearch search{title, {}};
+    if (!title.empty()) EnumWindows(addIfTitled, reinterpret_cast<LPARAM>(&search));
+    return search.found;
+}
+
+PeerFacts gatherWindows(const std::string& server, const std::string& client) {
+    PeerFacts facts;
+    facts.place = fmt::format("window \"{}\"", server);
+    facts.clientPlace = fmt::format("window \"{}\"", client);
+    facts.isUsable =
+        !server.empty() && !client.empty() && lstrcmpiA(server.c_str(), client.c_str());
+    if (!facts.isUsable) return facts;
+    facts.servers = windowsTitled(server);
+    facts.clients = windowsTitled(client);
+    return facts;
+}
+
+}  // namespace
+
+PeerFacts PeerFacts::gather(const SettingsFacts& settings) {
+    if (settings.usesTcp())
+        return gatherPort(settings["ServerIp"].text, settings["TcpPort"].number);
+    return gatherWindows(settings["ServerPipeName"].text, settings["ClientPipeName"].text);
+}
+
+}  // namespace qorctl::doctor

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <string>
+
+#include "doctor/Holder.h"
+#include "doctor/SettingsFacts.h"
+
+namespace qorctl::doctor {
+
+/// Where the settings say that QOR is reached, and what is there now: a port that somebody listens
+/// on, or a window of that title.
+struct PeerFacts {
+    std::string place;  ///< for people: "port 5000 of 127.0.0.1", "window \"...\""
+    bool isTcp = false;
+    bool isUsable = true;   ///< the settings name a place at all
+    bool isFound = true;    ///< the address could be looked up
+    bool isRemote = false;  ///< on another machine, whose processes nobody tells here
+    bool accepts = false;   ///< remote: a connection was taken
+    std::string reason;     ///< why not, where something failed
+    Holders servers;        ///< who is there
+    Holders clients;        ///< who talks to them already
+    /// Window messages: the host's own title is in the settings and not QOR's as well.
+    std::string clientPlace;
+
+    bool isSomebodyThere() const { return accepts || !servers.empty(); }
+
+    static PeerFacts gather(const SettingsFacts& settings);
+};
+
+}  // namespace qorctl::doctor

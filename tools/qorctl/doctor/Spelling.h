@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+
+namespace qorctl::doctor {
+
+/// The same but for the case of ASCII letters, as names in a settings file are compared.
+bool isSameName(const std::string& left, const std::string& right);
+
+/// Whether `written` may have been meant as `known`: not the same, but few letters away, or told
+/// apart by blanks and dashes only.
+bool isMisspelling(const std::string& written, const std::string& known);
+
+}  // namespace qorctl::doctor
