@@ -6,7 +6,7 @@ import subprocess
 from pathlib import Path
 
 # The index: what a station builder reads comes first, with all documents that are not named here.
-FIRST_PAGES = ["examples/README.md"]
+FIRST_PAGES = ["docs/quick-start.md", "examples/README.md"]
 LAST_PAGES = ["docs/packaging.md", "simulator/README.md", "CHANGELOG.md"]
 INSIDE = ["README.md", "docs/architecture.md", "docs/binding.md", "docs/protocol.md",
           "docs/states.md", "docs/benchmarks.md"]

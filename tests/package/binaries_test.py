@@ -18,7 +18,7 @@ from unzipped import NOTES, OURS, RUN_TIMES, SOURCE, tool  # noqa: E402
 # What every Windows has had since long before 7.
 OF_WINDOWS = {"advapi32.dll", "iphlpapi.dll", "kernel32.dll", "msvcrt.dll", "user32.dll",
               "version.dll", "ws2_32.dll"}
-HEADERS = ["winsock2.h", "ws2tcpip.h", "windows.h", "iphlpapi.h"]
+HEADERS = ["winsock2.h", "ws2tcpip.h", "windows.h", "iphlpapi.h", "tlhelp32.h"]
 XP, SEVEN = "0x0501", "0x0601"
 UNSTRIPPED = re.compile(r"\.(z?debug_|stab)")
 
