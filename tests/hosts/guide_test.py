@@ -45,7 +45,7 @@ class Guide(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
         programs.let_node_run()
-        with ThreadPoolExecutor() as pool:
+        with ThreadPoolExecutor(programs.AT_ONCE) as pool:
             runs = {name: pool.submit(run_host, *run) for name, run in {
                 "guide": (guide_in_c, {"at": [{"since": "connect", "afterMs": 500, "messageBox": BOX}]}),
                 "c": (first_in_c, {}), "node": (first_in_node, {}),
