@@ -111,8 +111,8 @@ bool beRefused(const QorControlFacade& qor) {
 }
 
 // Values as they come, for a second. The library tells them more often than they change: only what
-// is new is shown. A full queue loses what is unread in it. It must live until
-// QOR has answered a ping after the stop: before, the library may still be filling it.
+// is new is shown. A full queue loses what is unread in it. It must live until QOR has answered a
+// ping after the stop: before, the library may still be filling it.
 bool streamValues(const QorControlFacade& qor, ThreadSafeQueue<Values>& queue) {
     const ULONGLONG start = GetTickCount64();
     if (!worked("stream", qor.startParamRead(&queue, {"EngineSpeed", "OilPressure"}))) return false;

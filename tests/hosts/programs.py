@@ -11,6 +11,7 @@ from station import Station, windows_path  # noqa: E402  pylint: disable=wrong-i
 WINE_TEST = header.ROOT / "cmake/wine-test.sh"
 WINE_RUN = header.ROOT / "cmake/wine-run.sh"
 PATIENCE_S = 120
+AT_ONCE = 2  # CTest knows of it: see PROCESSORS
 # Node.js cannot write into pipes under Wine, so its output goes through files.
 THROUGH_FILES = """@echo off
 {command} >{out} 2>{errors} <nul

@@ -16,7 +16,6 @@ import programs
 import tour
 from programs import Station, run_node, run_windows, windows_path
 
-AT_ONCE = 4
 STEPS, CONNECT_MS = 5, 500
 REPORTED = -2  # QOR's word for a connect that failed
 GOOD = {"bootstrap": {"durationMs": CONNECT_MS, "steps": STEPS}}
@@ -81,7 +80,7 @@ class Tours(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
         programs.let_node_run()
-        with ThreadPoolExecutor(AT_ONCE) as pool:
+        with ThreadPoolExecutor(programs.AT_ONCE) as pool:
             good = {host: pool.submit(run_host, host, GOOD) for host in HOSTS}
             bad = {host: pool.submit(run_host, host, BAD) for host in HOSTS}
         cls.good = {host: result.result() for host, result in good.items()}
