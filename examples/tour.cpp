@@ -8,6 +8,7 @@
 
 #include <atomic>
 #include <cstdio>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -109,21 +110,25 @@ bool beRefused(const QorControlFacade& qor) {
     return good;
 }
 
-// Values as they come, for a second. A full queue loses what is unread in it. It must live until
+// Values as they come, for a second. The library tells them more often than they change: only what
+// is new is shown. A full queue loses what is unread in it. It must live until
 // QOR has answered a ping after the stop: before, the library may still be filling it.
 bool streamValues(const QorControlFacade& qor, ThreadSafeQueue<Values>& queue) {
     const ULONGLONG start = GetTickCount64();
     if (!worked("stream", qor.startParamRead(&queue, {"EngineSpeed", "OilPressure"}))) return false;
-    std::size_t total = 0;
+    std::map<std::string, double> last;
     while (GetTickCount64() < start + 1000) {
         Values batch;
         if (!queue.pop(batch, 100)) continue;
-        for (const auto& value : batch)
-            std::printf("value: %s = %.2f after %.0f ms\n", value.name.c_str(), value.values[0],
+        for (const auto& value : batch) {
+            const double present = value.values[0];
+            if (last.count(value.name) != 0 && last[value.name] == present) continue;
+            last[value.name] = present;
+            std::printf("value: %s = %.2f after %.0f ms\n", value.name.c_str(), present,
                         static_cast<double>(GetTickCount64() - start));
-        total += batch.size();
+        }
     }
-    return worked("stream end", qor.stopParamRead(&queue)) && qor.pingQor(2000) && total > 0;
+    return worked("stream end", qor.stopParamRead(&queue)) && qor.pingQor(2000) && !last.empty();
 }
 
 bool readCodes(const QorControlFacade& qor, std::vector<QorControlFacade::DtcDescription>& codes) {

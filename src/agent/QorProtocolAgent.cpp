@@ -49,6 +49,7 @@ void QorProtocolAgent::step() {
         streamDtcs();
         return;
     }
+    channel_->backlog.noteTaken(command.number);
     carryOut(command);
 }
 
@@ -59,7 +60,7 @@ void QorProtocolAgent::carryOut(const channel::ProtocolCmd& command) {
     const bool succeeded = handle(command);
     client_->endRequest();
     if (!succeeded && command.replyQueue != nullptr)
-        command.replyQueue->push(channel::CmdResponse());
+        command.replyQueue->push({channel::CmdResponse::failure, nullptr, client_->verdict()});
 }
 
 void QorProtocolAgent::noteOnlineState() {
@@ -90,7 +91,7 @@ bool QorProtocolAgent::handle(const channel::ProtocolCmd& command) {
 template <class Data>
 bool QorProtocolAgent::pass(const channel::ProtocolCmd& command, Handler<Data> handler) {
     auto* const data = dynamic_cast<Data*>(command.data.get());
-    return data != nullptr && (this->*handler)(Request<Data>(command, *data));
+    return data != nullptr && (this->*handler)(Request<Data>(command, *data, client_->verdict()));
 }
 
 void QorProtocolAgent::finish() {

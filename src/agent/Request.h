@@ -9,7 +9,9 @@
 template <class Data>
 class Request {
 public:
-    Request(const channel::ProtocolCmd& command, Data& data) : command_(command), data_(data) {}
+    /// `verdict` is the client's, at the end of the handler.
+    Request(const channel::ProtocolCmd& command, Data& data, const common::Verdict& verdict)
+        : command_(command), data_(data), verdict_(verdict) {}
 
     Data* operator->() const { return &data_; }
     Data& operator*() const { return data_; }
@@ -22,11 +24,13 @@ public:
     bool succeed(std::shared_ptr<Data> results = nullptr) const {
         // (To one that has given up it would only take memory, as long as the request is held.)
         if (command_.replyQueue != nullptr && !command_.replyQueue->isGivenUp())
-            command_.replyQueue->push({channel::CmdResponse::success, std::move(results)});
+            command_.replyQueue->push(
+                {channel::CmdResponse::success, std::move(results), verdict_});
         return true;
     }
 
 private:
     const channel::ProtocolCmd& command_;
     Data& data_;
+    const common::Verdict& verdict_;
 };

@@ -33,6 +33,12 @@ __asm__(
 extern const IMAGE_DOS_HEADER __ImageBase;  // of the linker
 }
 
+namespace __gnu_cxx {
+/// Gives back what the run-time library keeps for exceptions without memory, 70 KB for each time
+/// that the DLL is loaded.
+void __freeres();
+}  // namespace __gnu_cxx
+
 namespace {
 
 /// Where the section that holds an address of this image begins; null if there is none.
@@ -61,6 +67,7 @@ public:
     }
     ~OwnUnwinding() {
         if (tables_ != nullptr) __deregister_frame(tables_);
+        __gnu_cxx::__freeres();
     }
     OwnUnwinding(const OwnUnwinding&) = delete;
     OwnUnwinding& operator=(const OwnUnwinding&) = delete;

@@ -37,8 +37,10 @@ int call(Body&& body) noexcept {
             return noteCall(outOfMemory(), start);
         } catch (const std::exception& error) {
             return noteCall(systemFailure(error.what()), start);
+        } catch (...) {
+            return noteCall(systemFailure("something odd was thrown"), start);
         }
-    } catch (...) {
+    } catch (...) {  // there is no memory for the words
         return noteCall(Outcome{Cause::outOfMemory, false, 0, {}, {}}, start);
     }
 }

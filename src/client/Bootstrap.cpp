@@ -3,6 +3,8 @@
 #include "common/Deadline.h"
 #include "common/Pump.h"
 
+using qorcontrol::Cause;
+
 namespace {
 
 constexpr std::int32_t resultSuccess = -1;
@@ -34,20 +36,22 @@ bool Bootstrap::awaitResult() {
         common::pumpCopyData();
         const Phase phase = lookForResult();
         if (phase != Phase::goesOn) return phase == Phase::succeeded;
-        if (monitor_.isCancelled()) return fail("Bootstrap failed - cancelled");
+        if (monitor_.isCancelled()) return fail(Cause::cancelled, "Bootstrap failed - cancelled");
         reportProgress();
         reportFigure();
         common::sleepMs(pollMs);
     }
-    return fail("Bootstrap failed - some problem");
+    return fail(Cause::agentEnded, "Bootstrap failed - some problem");
 }
 
 Bootstrap::Phase Bootstrap::lookForResult() {
     std::int32_t result = 0;
     if (!takeResult(result)) return Phase::goesOn;
     if (result == resultSuccess) return Phase::succeeded;
-    fail(result == resultReported ? "Bootstrap failed - QOR reported"
-                                  : "Bootstrap failed - unknown code");
+    if (result == resultReported)
+        fail(Cause::connectReported, "Bootstrap failed - QOR reported");
+    else
+        fail(Cause::badAnswer, "Bootstrap failed - unknown code");
     return Phase::failed;
 }
 
@@ -64,13 +68,13 @@ bool Bootstrap::awaitOnline() {
     while (operating_) {
         common::pumpCopyData();
         if (client_.isEcuOnline()) return true;
-        if (monitor_.isCancelled()) return fail("Bootstrap failed - cancelled");
-        if (deadline.hasPassed()) return fail("Bootstrap failed - timeout");
+        if (monitor_.isCancelled()) return fail(Cause::cancelled, "Bootstrap failed - cancelled");
+        if (deadline.hasPassed()) return fail(Cause::ecuOffline, "Bootstrap failed - timeout");
         reportProgress();
         reportFigure();
         common::sleepMs(pollMs);
     }
-    return fail("Bootstrap failed - some problem");
+    return fail(Cause::agentEnded, "Bootstrap failed - some problem");
 }
 
 void Bootstrap::reportProgress() {
@@ -94,7 +98,9 @@ void Bootstrap::reportFigure() {
     callback_.onFigure(figure, steps);
 }
 
-bool Bootstrap::fail(const char* message) {
+bool Bootstrap::fail(Cause cause, const char* message) {
+    cause_ = cause;
+    reason_ = message;
     monitor_.reportError(message, 0);
     return false;
 }

@@ -19,6 +19,10 @@ public:
     /// until QOR reports the result, has no time limit; the monitor can cancel both.
     bool follow();
 
+    /// Of a failure; the reason is what the monitor was told.
+    qorcontrol::Cause cause() const { return cause_; }
+    const char* reason() const { return reason_; }
+
 private:
     enum class Phase { goesOn, succeeded, failed };
 
@@ -28,7 +32,7 @@ private:
     bool takeResult(std::int32_t& result);
     void reportProgress();
     void reportFigure();
-    bool fail(const char* message);
+    bool fail(qorcontrol::Cause cause, const char* message);
 
     ClientExternalOperating& client_;
     common::Guarded<ClientState>& state_;
@@ -38,4 +42,6 @@ private:
     const std::uint32_t stepsBefore_;  // figures that had come when the connect began
     std::int32_t seenProgress_ = -1;
     std::uint32_t seenSteps_ = 0;
+    qorcontrol::Cause cause_ = qorcontrol::Cause::none;
+    const char* reason_ = "";
 };

@@ -72,7 +72,10 @@ bool ClientCommandCanBusData::onReply(Replyer*, ClientExternalOperating* client)
 
 bool ClientCommandReadTogether::onReply(Replyer*, ClientExternalOperating* client) {
     for (std::size_t i = 0; i < paramIndices.size(); ++i) {
-        if (values.size() <= i) return false;
+        if (values.size() <= i) {
+            client->onIncompleteAnswer();
+            return false;
+        }
         protocol::DirectCtrl record;
         record.paramIndex = paramIndices[i];
         record.operation = protocol::DirectCtrl::readValues;

@@ -51,8 +51,9 @@ bool ClientExternalOperating::getDtc(std::uint32_t statusMask,
     const Expecting expecting(state_, &ClientState::dtcs);
     protocol::GetDtc request;
     request.option = statusMask != 0;
-    return send<ClientCommandGetDTC>(request, timeoutMs) &&
-           waitUntil(timeoutMs, [&] { return take(state_.lock()->dtcs, dtcs); });
+    return ask<ClientCommandGetDTC, Answer>(request, timeoutMs, &ClientState::owedAnswers,
+                                            {Answer::troubleCodes}) &&
+           awaitData(timeoutMs, [&] { return take(state_.lock()->dtcs, dtcs); });
 }
 
 bool ClientExternalOperating::clearDtc() {
@@ -65,12 +66,13 @@ bool ClientExternalOperating::execKwp(const protocol::ExecKwp& request, protocol
     protocol::ExecKwp command = request;
     {
         const auto state = state_.lock();
-        if (!state->connecting) return false;
+        if (!state->connecting) return fail(qorcontrol::Cause::kwpBeforeConnect);
         command.channel = state->connectRecord.protocol;
     }
     const Expecting expecting(state_, &ClientState::kwpAnswer);
-    return send<ClientCommandExecKwp>(std::move(command), kwpMs) &&
-           waitUntil(clientsend::withExtra(request.timeoutMs, kwpMs),
+    return ask<ClientCommandExecKwp, Answer>(std::move(command), kwpMs, &ClientState::owedAnswers,
+                                             {Answer::kwp}) &&
+           awaitData(clientsend::withExtra(request.timeoutMs, kwpMs),
                      [&] { return take(state_.lock()->kwpAnswer, answer); });
 }
 
@@ -82,8 +84,9 @@ bool ClientExternalOperating::getCanBusData(const std::vector<protocol::CanBusIt
                                             std::vector<protocol::CanBusItem>& frames,
                                             unsigned int timeoutMs) {
     const Expecting expecting(state_, &ClientState::canFrames);
-    return send<ClientCommandCanBusData>(protocol::CanBusData{request}, timeoutMs) &&
-           waitUntil(clientsend::withExtra(timeoutMs, canExtraMs),
+    return ask<ClientCommandCanBusData, Answer>(protocol::CanBusData{request}, timeoutMs,
+                                                &ClientState::owedAnswers, {Answer::canValues}) &&
+           awaitData(clientsend::withExtra(timeoutMs, canExtraMs),
                      [&] { return take(state_.lock()->canFrames, frames); });
 }
 

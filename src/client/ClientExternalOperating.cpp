@@ -6,6 +6,8 @@
 #include "common/Deadline.h"
 #include "common/Paths.h"
 
+using qorcontrol::Cause;
+
 namespace {
 
 constexpr unsigned int launchPingMs = 200;
@@ -17,6 +19,8 @@ constexpr std::uint32_t onlineQueryPeriodMs = 400;
 constexpr unsigned int settleMs = 50;
 /// A protocol number that no real connection carries: "no connection".
 constexpr std::uint32_t noProtocol = 0;
+
+constexpr const char* lostWithRequest = "it was lost after the request had left";
 
 template <class... Commands>
 ICommandReceiver::Prototypes makePrototypes() {
@@ -58,9 +62,11 @@ ClientExternalOperating::~ClientExternalOperating() {
     common::sleepMs(settleMs);
 }
 
-void ClientExternalOperating::beginRequest(std::shared_ptr<const common::Interest> caller) {
+void ClientExternalOperating::beginRequest(std::shared_ptr<common::Interest> caller) {
     caller_ = std::move(caller);
     requestEpoch_ = epoch();
+    verdict_ = common::Verdict();
+    if (caller_ != nullptr) caller_->notePresent(Cause::agentBusy);
 }
 
 void ClientExternalOperating::endRequest() {
@@ -74,8 +80,58 @@ IExternalCommandFactory::Permit ClientExternalOperating::permit(unsigned int tim
     if (caller == nullptr && !epoch) return nullptr;
     return [this, caller, epoch] {
         if (caller != nullptr && caller->isGivenUp()) return false;
-        return !epoch || *epoch == state_.lock()->epoch;
+        if (epoch && *epoch != state_.lock()->epoch) return false;
+        if (caller != nullptr) caller->notePresent(Cause::qorSilent);
+        return true;
     };
+}
+
+void ClientExternalOperating::beginSend() {
+    trouble_ = Cause::none;
+    sentIn_ = epoch();
+    if (caller_ != nullptr)
+        caller_->notePresent(transport_->isConnected() ? Cause::agentBusy : Cause::noConnection);
+}
+
+bool ClientExternalOperating::endSend(Delivery delivery) {
+    switch (delivery) {
+        case Delivery::taken:
+            if (caller_ != nullptr) caller_->notePresent(Cause::noData);
+            return true;
+        case Delivery::refused:
+            return fail(Cause::refused);
+        case Delivery::silent:
+            return fail(Cause::qorSilent);
+        case Delivery::lost:
+            return fail(Cause::noConnection, lostWithRequest);
+        case Delivery::noConnection:
+            return fail(Cause::noConnection);
+        case Delivery::notBegun:
+            return fail(Cause::agentBusy,
+                        "the request has not left, a message box of QOR's may be open");
+        case Delivery::withdrawn:
+            return fail(Cause::qorChanged);
+        case Delivery::tooLong:
+            return fail(Cause::requestTooLarge);
+        case Delivery::broken:
+            return fail(Cause::systemFailure, "the thread of the TCP connection has ended");
+    }
+    return false;
+}
+
+bool ClientExternalOperating::fail(Cause cause, const char* detail) {
+    // Only an answer can belong to another request, and only one failure is an answer.
+    const bool isAnswer = cause == Cause::unknownName;
+    verdict_ = {cause, detail, isAnswer && verdict_.mayBelongToEarlier};
+    return false;
+}
+
+bool ClientExternalOperating::failForLackOfData() {
+    if (epoch() != sentIn_) return fail(Cause::qorChanged);
+    const Cause trouble = trouble_;
+    if (trouble != Cause::none) return fail(trouble, "while QOR's answer was taken");
+    if (transport_->isPeerGone()) return fail(Cause::noConnection, lostWithRequest);
+    return fail(Cause::noData);
 }
 
 bool ClientExternalOperating::launch(unsigned int timeoutMs) {
@@ -115,7 +171,8 @@ bool ClientExternalOperating::connectEcu(const protocol::KwpConnect& record,
     }
     if (!send<CommandKwpConnect>(record, connectMs)) return false;
     if (monitor == nullptr) return true;
-    return Bootstrap(*this, state_, operating_, *monitor, callback, stepsBefore).follow();
+    Bootstrap bootstrap(*this, state_, operating_, *monitor, callback, stepsBefore);
+    return bootstrap.follow() || fail(bootstrap.cause(), bootstrap.reason());
 }
 
 bool ClientExternalOperating::disconnectEcu() {

@@ -13,6 +13,7 @@
 #include "client/IProcessStarter.h"
 #include "common/Guarded.h"
 #include "common/Interest.h"
+#include "common/Verdict.h"
 #include "qorcontrol/HostInterfaces.h"
 #include "transport/ICommandReceiver.h"
 #include "transport/IExternalCommandFactory.h"
@@ -71,8 +72,12 @@ public:
     /// The operations up to `endRequest` are for one request: once its caller (null: nobody) has
     /// given up, no command for it leaves for QOR any more, and none that names a parameter leaves
     /// once the epoch is over in which the request began.
-    void beginRequest(std::shared_ptr<const common::Interest> caller);
+    void beginRequest(std::shared_ptr<common::Interest> caller);
     void endRequest();
+
+    /// Of the last operation that has failed since `beginRequest`: why; and whether what the
+    /// operations since then have told may belong to earlier requests.
+    const common::Verdict& verdict() const { return verdict_; }
 
     /// The present epoch. Another one begins when QOR turns out to be another one, or has opened
     /// another model: descriptions, values and streams of the old epoch are forgotten then.
@@ -162,6 +167,8 @@ public:
     void onCanBusData(protocol::CanBusData record);
     void onKwpAnswer(protocol::ExecKwp record);
     void onModelDescription(const protocol::GetHex& record);
+    /// An answer that does not tell all that it must.
+    void onIncompleteAnswer() { trouble_ = qorcontrol::Cause::badAnswer; }
 
     /// For the handlers that act by themselves.
     IExternalCommandFactory& transport() { return *transport_; }
@@ -193,6 +200,11 @@ private:
     /// Pumps until `isThere` is true, the time-out has passed or the client ends.
     template <class Condition>
     bool waitUntil(unsigned int timeoutMs, Condition isThere);
+    /// The same for the data that a command has asked for.
+    template <class Condition>
+    bool awaitData(unsigned int timeoutMs, Condition isThere) {
+        return waitUntil(timeoutMs, isThere) || failForLackOfData();
+    }
 
     bool directCtrl(const std::string& name, std::uint32_t operation, std::vector<double> values,
                     std::string text);
@@ -208,7 +220,22 @@ private:
     template <class Command>
     bool send(typename Command::Payload payload, unsigned int timeoutMs,
               std::optional<Epoch> epoch = std::nullopt);
+    /// The same for a command that is answered with data: of each key one thing of `owed`.
+    template <class Command, class Key>
+    bool ask(typename Command::Payload payload, unsigned int timeoutMs,
+             Owed<Key> ClientState::*owed, const std::vector<Key>& keys,
+             std::optional<Epoch> epoch = std::nullopt);
+    template <class Key>
+    struct Loan;
+
     IExternalCommandFactory::Permit permit(unsigned int timeoutMs, std::optional<Epoch> epoch);
+    /// Before a send, and with its end: whether QOR has taken the command.
+    void beginSend();
+    bool endSend(Delivery delivery);
+
+    /// Both are always false.
+    bool fail(qorcontrol::Cause cause, const char* detail = "");
+    bool failForLackOfData();
 
     bool startProcess(const std::string& executable, unsigned int timeoutMs);
 
@@ -218,8 +245,12 @@ private:
     common::Guarded<ClientState> state_;
     std::atomic<bool> operating_{true};
     // Of the request under way, for the agent thread alone.
-    std::shared_ptr<const common::Interest> caller_;
+    std::shared_ptr<common::Interest> caller_;
     std::optional<Epoch> requestEpoch_;
+    common::Verdict verdict_;
+    Epoch sentIn_ = 0;  // the last command
+    /// What the receiving side has met since then in place of data.
+    std::atomic<qorcontrol::Cause> trouble_{qorcontrol::Cause::none};
     std::unique_ptr<IExternalCommandFactory> transport_;
     std::unique_ptr<IProcessStarter> processStarter_;
     std::unique_ptr<IMessageBox> messageBox_;

@@ -14,7 +14,8 @@ bool ClientExternalOperating::resolveAll(const std::vector<std::string>& names,
     epoch = this->epoch();
     for (const std::string& name : names) {
         Place place;
-        if (!resolve(name, timeoutMs, place) || place.epoch != epoch) return false;
+        if (!resolve(name, timeoutMs, place)) return false;
+        if (place.epoch != epoch) return fail(qorcontrol::Cause::qorChanged);
         indices.push_back(place.index);
     }
     return true;
@@ -48,8 +49,10 @@ bool ClientExternalOperating::readTogether(const std::vector<std::string>& names
             found[i] = *state->params.values(indices[i]);
         return true;
     };
-    if (!send<ClientCommandReadTogether>(std::move(request), timeoutMs, epoch)) return false;
-    if (!waitUntil(timeoutMs, areThere)) return false;
+    if (!ask<ClientCommandReadTogether, std::int32_t>(std::move(request), timeoutMs,
+                                                      &ClientState::owedValues, indices, epoch))
+        return false;
+    if (!awaitData(timeoutMs, areThere)) return false;
     values = std::move(found);
     return true;
 }

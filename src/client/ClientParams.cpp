@@ -7,6 +7,7 @@
 using protocol::DirectCtrl;
 using protocol::ParamInfo;
 using protocol::StaticParam;
+using qorcontrol::Cause;
 
 namespace {
 
@@ -36,14 +37,16 @@ bool ClientExternalOperating::describe(const std::string& name, ParamInfo& descr
         const Awaiting awaiting(state_, name);
         ParamInfo request;
         request.name = name;
-        if (!send<ClientCommandGetParamInfo>(request, timeoutMs)) return false;
-        if (!waitUntil(timeoutMs, isThere)) {
+        if (!ask<ClientCommandGetParamInfo, std::string>(request, timeoutMs,
+                                                         &ClientState::owedDescriptions, {name}))
+            return false;
+        if (!awaitData(timeoutMs, isThere)) {
             // Under the empty name, so that the requested one is asked for again next time.
             state_.lock()->params.storeDescription(std::string(), ParamInfo());
             return false;
         }
     }
-    if (found.paramIndex == ParamInfo::unknownIndex) return false;
+    if (found.paramIndex == ParamInfo::unknownIndex) return fail(Cause::unknownName);
     description = found;
     return true;
 }
@@ -53,7 +56,7 @@ bool ClientExternalOperating::resolve(const std::string& name, unsigned int time
     ParamInfo description;
     if (!describe(name, description, place.epoch, timeoutMs)) return false;
     // What the request has learnt before may not hold any more.
-    if (requestEpoch_ && *requestEpoch_ != place.epoch) return false;
+    if (requestEpoch_ && *requestEpoch_ != place.epoch) return fail(Cause::qorChanged);
     place.index = description.paramIndex;
     return true;
 }
@@ -74,8 +77,9 @@ bool ClientExternalOperating::getParamData(const std::string& name, std::vector<
     request.paramIndex = static_cast<std::uint32_t>(place.index);
     request.operation = DirectCtrl::readValues;
     request.name = name;
-    return send<ClientCommandDirectCtrl>(request, timeoutMs, place.epoch) &&
-           waitUntil(timeoutMs, isThere);
+    return ask<ClientCommandDirectCtrl, std::int32_t>(request, timeoutMs, &ClientState::owedValues,
+                                                      {place.index}, place.epoch) &&
+           awaitData(timeoutMs, isThere);
 }
 
 bool ClientExternalOperating::setParamData(const std::string& name, std::vector<double> values) {
@@ -121,8 +125,9 @@ bool ClientExternalOperating::getStaticParam(const std::string& name, SampledVal
             place.epoch, [&](const ParamTables& params) { return params.sample(place.index); },
             sample);
     };
-    return send<ClientCommandStaticParam>(request, timeoutMs, place.epoch) &&
-           waitUntil(timeoutMs, isThere);
+    return ask<ClientCommandStaticParam, std::int32_t>(
+               request, timeoutMs, &ClientState::owedSamples, {place.index}, place.epoch) &&
+           awaitData(timeoutMs, isThere);
 }
 
 bool ClientExternalOperating::setStaticParam(const std::string& name, SampledValue sample) {

@@ -4,6 +4,7 @@
 #include <deque>
 #include <vector>
 
+#include "client/Owed.h"
 #include "client/ParamTables.h"
 #include "protocol/Records.h"
 
@@ -15,6 +16,9 @@ struct Arrival {
     bool arrived = false;
     T content;
 };
+
+/// The answers that QOR gives without a key, for the count of what it owes.
+enum class Answer { troubleCodes, canValues, kwp };
 
 /// The time for which QOR's parameter indices hold: another QOR, or another model in it, begins
 /// the next epoch.
@@ -39,4 +43,11 @@ struct ClientState {
     Arrival<std::vector<protocol::DtcRecord>> dtcs;
     Arrival<std::vector<protocol::CanBusItem>> canFrames;
     Arrival<protocol::ExecKwp> kwpAnswer;
+
+    // What QOR has been asked for in this epoch and has not told since; parameters by name or
+    // index.
+    Owed<Answer> owedAnswers;
+    Owed<std::string> owedDescriptions;
+    Owed<std::int32_t> owedValues;   ///< by a read of one or of several
+    Owed<std::int32_t> owedSamples;  ///< the three arrays
 };

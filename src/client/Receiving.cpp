@@ -47,6 +47,7 @@ bool ClientExternalOperating::handleCommand(IExternalCommand& command,
             return ours->onReply(&replyer, this);
         return command.execute(&replyer);
     } catch (const std::bad_alloc&) {
+        trouble_ = qorcontrol::Cause::outOfMemory;
         return false;
     }
 }
@@ -73,31 +74,44 @@ void ClientExternalOperating::onParamValue(std::int32_t id, double value) {
 }
 
 void ClientExternalOperating::onParamInfo(const protocol::ParamInfo& record) {
-    state_.lock()->params.storeDescription(record.name, record);
+    const auto state = state_.lock();
+    state->owedDescriptions.pay(record.name);
+    state->params.storeDescription(record.name, record);
 }
 
 void ClientExternalOperating::onDirectCtrl(protocol::DirectCtrl record) {
-    state_.lock()->params.storeValues(static_cast<std::int32_t>(record.paramIndex),
-                                      std::move(record.values));
+    const auto index = static_cast<std::int32_t>(record.paramIndex);
+    const auto state = state_.lock();
+    // What tells of a write or of direct control is no answer to a read.
+    if (record.operation <= protocol::DirectCtrl::readValues) state->owedValues.pay(index);
+    state->params.storeValues(index, std::move(record.values));
 }
 
 void ClientExternalOperating::onStaticParam(protocol::StaticParam record) {
     SampledValue sample{std::move(record.first), std::move(record.second), std::move(record.third),
                         common::now()};
-    state_.lock()->params.storeSample(static_cast<std::int32_t>(record.paramIndex),
-                                      std::move(sample));
+    const auto index = static_cast<std::int32_t>(record.paramIndex);
+    const auto state = state_.lock();
+    if (record.operation != protocol::StaticParam::writeArrays) state->owedSamples.pay(index);
+    state->params.storeSample(index, std::move(sample));
 }
 
 void ClientExternalOperating::onDtcs(protocol::GetDtc record) {
-    arrive(state_.lock()->dtcs, std::move(record.dtcs));
+    const auto state = state_.lock();
+    state->owedAnswers.pay(Answer::troubleCodes);
+    arrive(state->dtcs, std::move(record.dtcs));
 }
 
 void ClientExternalOperating::onCanBusData(protocol::CanBusData record) {
-    arrive(state_.lock()->canFrames, std::move(record.items));
+    const auto state = state_.lock();
+    state->owedAnswers.pay(Answer::canValues);
+    arrive(state->canFrames, std::move(record.items));
 }
 
 void ClientExternalOperating::onKwpAnswer(protocol::ExecKwp record) {
-    arrive(state_.lock()->kwpAnswer, std::move(record));
+    const auto state = state_.lock();
+    state->owedAnswers.pay(Answer::kwp);
+    arrive(state->kwpAnswer, std::move(record));
 }
 
 void ClientExternalOperating::onModelDescription(const protocol::GetHex&) {
@@ -109,4 +123,9 @@ void ClientExternalOperating::onNewQor() {
     ++state->epoch;
     state->params.clear();
     state->ecuOnline = false;  // until this one says so
+    // What was asked of the one before, nobody will ever see.
+    state->owedAnswers.clear();
+    state->owedDescriptions.clear();
+    state->owedValues.clear();
+    state->owedSamples.clear();
 }

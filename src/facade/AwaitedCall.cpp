@@ -10,6 +10,6 @@ constexpr unsigned int pollMs = 50;
 bool AwaitedCall::await(channel::AnswerQueue& answers) {
     channel::CmdResponse response;
     while (!answers.pop(response, pollMs))
-        if (!isOperating()) return false;
+        if (wasPushedOut(answers) || !isOperating()) return failWithoutAnswer(answers);
     return noteAnswer(response);
 }

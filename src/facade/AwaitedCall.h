@@ -21,7 +21,7 @@ public:
             "who has a time-out waits by himself");
         using Data = typename Operation::Data;
         const auto answers = std::make_shared<channel::AnswerQueue>(1);
-        push({kind, std::make_shared<Data>(std::forward<Args>(payload)...), answers, nullptr});
+        push({kind, std::make_shared<Data>(std::forward<Args>(payload)...), answers, nullptr, 0});
         return await(*answers);
     }
 

@@ -26,6 +26,27 @@ unsigned int Call::elapsedMs() const {
     return static_cast<unsigned int>(common::now() - start_);
 }
 
+void Call::push(channel::ProtocolCmd request) {
+    request.number = channel_->backlog.nextNumber();
+    channel_->commandQueue.push(request);
+    lastNumberAtPush_ = channel_->backlog.lastNumber();
+}
+
+bool Call::wasPushedOut(const common::Interest& request) const {
+    // In this order: what the agent takes it also begins, before it takes the next one.
+    return channel_->backlog.hasPassed(lastNumberAtPush_) && request.present() == Cause::none;
+}
+
+bool Call::failWithoutAnswer(const common::Interest& request) {
+    if (!isOperating()) return false;
+    const Cause present = request.present();
+    if (present != Cause::none)
+        note({present, "", false});
+    else
+        note({wasPushedOut(request) ? Cause::pushedOut : Cause::agentBusy, "", false});
+    return false;
+}
+
 bool Call::noteAnswer(const channel::CmdResponse& response) {
     const bool succeeded = response.result == channel::CmdResponse::success;
     verdict_ = response.verdict;

@@ -39,13 +39,13 @@ public:
 
     /// Posts a request that nobody waits for. Always true, the result of such an operation.
     template <channel::Kind kind, class... Args>
-    bool postUnanswered(Args&&... payload) const {
+    bool postUnanswered(Args&&... payload) {
         using Operation = channel::Operation<kind>;
         static_assert(
             Operation::wait == channel::Wait::none || Operation::wait == channel::Wait::unlimited,
             "who has a time-out wants an answer");
         using Data = typename Operation::Data;
-        push({kind, std::make_shared<Data>(std::forward<Args>(payload)...), nullptr, nullptr});
+        push({kind, std::make_shared<Data>(std::forward<Args>(payload)...), nullptr, nullptr, 0});
         return true;
     }
 
@@ -53,7 +53,13 @@ public:
     unsigned int elapsedMs() const;
 
 protected:
-    void push(const channel::ProtocolCmd& request) const { channel_->commandQueue.push(request); }
+    /// Gives the request its number.
+    void push(channel::ProtocolCmd request);
+
+    /// Whether the request has been pushed out of the queue.
+    bool wasPushedOut(const common::Interest& request) const;
+    /// Notes why there is no answer, of a call that does not wait any longer. Always false.
+    bool failWithoutAnswer(const common::Interest& request);
 
     /// How it has ended, as far as is known by now; the last word counts.
     void note(const common::Verdict& verdict) { verdict_ = verdict; }
@@ -70,6 +76,7 @@ private:
     const int exceptionsBefore_;
     common::Verdict verdict_;
     std::shared_ptr<const std::string> reason_;  // why there is no agent
+    std::uint32_t lastNumberAtPush_ = 0;
 };
 
 /// The whole of an operation that only posts.

@@ -11,7 +11,8 @@ constexpr Texts table[] = {
     {Cause::none, "", ""},
     {Cause::agentEnded, "The library's agent has ended, no operation works any more",
      "Look for the reason in the trace; check that QOR's settings file can be read and names QOR's "
-     "executable, and that QOR starts by itself. Then make a new object."},
+     "executable, and that QOR starts by itself: \"qorctl doctor\" looks at all that. Then make a "
+     "new object."},
     {Cause::agentBusy, "The library's agent was at other requests for the whole time",
      "Give more time, or ask less at once: requests are carried out one after the other. See "
      "whether a connect, the opening of a model or a message box of QOR's is under way."},
@@ -19,7 +20,8 @@ constexpr Texts table[] = {
      "No more than ten requests can wait: let fewer threads ask at once, or wait for answers."},
     {Cause::noConnection, "There is no connection to QOR",
      "See whether QOR runs, and whether the address and port, or the window titles, in the "
-     "settings file are the ones that QOR uses; a firewall may be in the way."},
+     "settings file are the ones that QOR uses; a firewall may be in the way. \"qorctl doctor\" "
+     "looks at all that."},
     {Cause::qorSilent, "QOR did not take the request in time",
      "See whether QOR hangs, shows a dialog or is busy for longer; give more time."},
     {Cause::noData, "QOR took the request, but its data did not come in time",

@@ -4,8 +4,6 @@
 
 #include "common/SlicedWait.h"
 
-using qorcontrol::Cause;
-
 TimedCallBase::TimedCallBase(const FacadeState& state, channel::AnswerTable& answers,
                              const char* name)
     : Call(state), answers_(answers), name_(name) {}
@@ -20,15 +18,14 @@ TimedCallBase::~TimedCallBase() {
 
 void TimedCallBase::post(channel::Kind kind, std::shared_ptr<channel::CmdData> request) {
     queue_ = answers_.take();
-    push({kind, std::move(request), queue_, nullptr});
+    push({kind, std::move(request), queue_, nullptr, 0});
 }
 
 bool TimedCallBase::await(std::uint32_t waitMs) {
     waits_ = waitMs != 0;
     answered_ = popWithin(waitMs);
     if (answered_) return noteAnswer(response_);
-    if (mayBeOperating()) note({Cause::agentBusy, "", false});
-    return false;
+    return failWithoutAnswer(*queue_);
 }
 
 bool TimedCallBase::popWithin(std::uint32_t waitMs) {

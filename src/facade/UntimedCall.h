@@ -18,7 +18,7 @@ public:
         static_assert(Operation::wait == channel::Wait::unlimited, "see the table");
         using Data = typename Operation::Data;
         answers_ = std::make_shared<channel::AnswerQueue>(1);
-        push({kind, std::make_shared<Data>(std::forward<Args>(payload)...), answers_, monitor});
+        push({kind, std::make_shared<Data>(std::forward<Args>(payload)...), answers_, monitor, 0});
     }
 
     /// True if the answer came and tells success; false as well once the agent has ended.

@@ -19,6 +19,9 @@ struct Outcome {
     std::string check;     ///< what to check; empty if the operation worked
 };
 
+static_assert(sizeof(void*) != 4 || sizeof(Outcome) == 60,
+              "the library was built with another compiler, standard library or packing");
+
 /// Of the calling thread's last operation, on whatever object; an operation that fails because its
 /// object was shut down counts, too. Overwritten by the thread's next one; before its first one it
 /// tells nothing of use. Construction, `shutdown` and the questions that the facade answers without

@@ -84,15 +84,16 @@ unsigned __stdcall ClientSocketCommandFactory::workerThread(void* factory) {
 
 bool ClientSocketCommandFactory::send(std::unique_ptr<IExternalCommand> command,
                                       unsigned int timeoutMs) {
-    return sendIf(nullptr, std::move(command), timeoutMs);
+    return sendIf(nullptr, std::move(command), timeoutMs) == Delivery::taken;
 }
 
-bool ClientSocketCommandFactory::sendIf(Permit permit, std::unique_ptr<IExternalCommand> command,
-                                        unsigned int timeoutMs) {
-    if (isTooLong(*command)) return false;
+Delivery ClientSocketCommandFactory::sendIf(Permit permit,
+                                            std::unique_ptr<IExternalCommand> command,
+                                            unsigned int timeoutMs) {
+    if (isTooLong(*command)) return Delivery::tooLong;
     if (common::currentThreadId() == workerThread_) {
         running_->sendNow(*command);
-        return true;
+        return Delivery::taken;
     }
     if (timeoutMs == useDefault) timeoutMs = defaultTimeout(command->getId());
     CmdData data = makeData(*command, timeoutMs);
@@ -101,11 +102,21 @@ bool ClientSocketCommandFactory::sendIf(Permit permit, std::unique_ptr<IExternal
     if (isAwaited) data.results = &resultQueueOfThisThread();
     if (isAwaited || permit != nullptr)
         data.departure = std::make_shared<Departure>(std::move(permit));
+    if (isAwaited) return deliver(data);
     outgoing_.push(data);
-    if (!isAwaited) return true;
-    const bool succeeded = awaitResult(data);
-    data.departure->cancel();
-    return succeeded;
+    return Delivery::taken;
+}
+
+Delivery ClientSocketCommandFactory::deliver(const CmdData& command) {
+    const bool wasConnected = isConnected_;
+    outgoing_.push(command);
+    const bool succeeded = awaitResult(command);
+    command.departure->cancel();
+    if (succeeded) return Delivery::taken;
+    if (stop_) return Delivery::broken;
+    const Delivery state = command.departure->state();
+    const bool waitedForConnection = !wasConnected || !isConnected_;
+    return state == Delivery::notBegun && waitedForConnection ? Delivery::noConnection : state;
 }
 
 ClientSocketCommandFactory::CmdData ClientSocketCommandFactory::makeData(

@@ -54,8 +54,10 @@ public:
 
     /// A command that waits for the connection, or behind others, does not leave once its sender
     /// has given it up.
-    bool sendIf(Permit permit, std::unique_ptr<IExternalCommand> command,
-                unsigned int timeoutMs) override;
+    Delivery sendIf(Permit permit, std::unique_ptr<IExternalCommand> command,
+                    unsigned int timeoutMs) override;
+
+    bool isConnected() const override { return isConnected_; }
 
     unsigned int defaultTimeout(unsigned int commandType) const override;
 
@@ -74,6 +76,8 @@ private:
 
     static unsigned __stdcall workerThread(void* factory);
     static CmdData makeData(const IExternalCommand& command, unsigned int timeoutMs);
+    /// The whole send of a command that somebody waits for.
+    Delivery deliver(const CmdData& command);
     bool awaitResult(const CmdData& sent);
 
     ICommandReceiver& receiver_;
@@ -86,6 +90,7 @@ private:
     ThreadSafeQueue<CmdData> outgoing_;
     ReceiveBuffer received_;
     bool wasConnected_ = false;                  // of the worker alone
+    std::atomic<bool> isConnected_{false};       // as the worker last saw it
     std::atomic<unsigned int> workerThread_{0};  // its id; 0: it does not run
     SocketWorker* running_ = nullptr;            // on the stack of that thread, and for it alone
 };

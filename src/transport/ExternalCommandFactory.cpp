@@ -60,23 +60,30 @@ ExternalCommandFactory::~ExternalCommandFactory() = default;
 
 bool ExternalCommandFactory::send(std::unique_ptr<IExternalCommand> command,
                                   unsigned int timeoutMs) {
-    return sendIf(nullptr, std::move(command), timeoutMs);
+    return sendIf(nullptr, std::move(command), timeoutMs) == Delivery::taken;
 }
 
-bool ExternalCommandFactory::sendIf(Permit permit, std::unique_ptr<IExternalCommand> command,
-                                    unsigned int timeoutMs) {
+Delivery ExternalCommandFactory::sendIf(Permit permit, std::unique_ptr<IExternalCommand> command,
+                                        unsigned int timeoutMs) {
     releaseHeldSender();
-    if (isTooLong(*command)) return false;
+    if (isTooLong(*command)) return Delivery::tooLong;
     const HWND server = findServer();
-    if (server == nullptr || (permit != nullptr && !permit())) return false;
+    if (server == nullptr) return Delivery::noConnection;
+    if (permit != nullptr && !permit()) return Delivery::withdrawn;
     if (timeoutMs == useDefault) timeoutMs = defaultTimeout(command->getId());
     std::string bytes;
     command->write(bytes);
     const unsigned int flags =
         timeoutMs <= abortIfHungMs ? SMTO_BLOCK | SMTO_ABORTIFHUNG : SMTO_BLOCK;
     unsigned long result = 0;
-    return platform_->sendCopyData(server, messageTag, bytes, flags, timeoutMs, result) &&
-           result != 0;
+    const Peer asked = peer_;  // which may change meanwhile
+    if (platform_->sendCopyData(server, messageTag, bytes, flags, timeoutMs, result))
+        return result != 0 ? Delivery::taken : Delivery::refused;
+    return platform_->processOf(asked.window) != asked.process ? Delivery::lost : Delivery::silent;
+}
+
+bool ExternalCommandFactory::isPeerGone() {
+    return peer_.window != nullptr && platform_->processOf(peer_.window) != peer_.process;
 }
 
 HWND ExternalCommandFactory::findServer() {
@@ -92,7 +99,7 @@ HWND ExternalCommandFactory::findServer() {
 
 void ExternalCommandFactory::lookAfterPeer() {
     // A message does not tell whose it is: that the known window is gone must do.
-    if (peer_.window == nullptr || platform_->processOf(peer_.window) == peer_.process) return;
+    if (!isPeerGone()) return;
     peer_ = Peer();
     receiver_.onNewQor();
 }

@@ -37,8 +37,10 @@ public:
     bool send(std::unique_ptr<IExternalCommand> command, unsigned int timeoutMs) override;
 
     /// The permit is asked when QOR's window has been found.
-    bool sendIf(Permit permit, std::unique_ptr<IExternalCommand> command,
-                unsigned int timeoutMs) override;
+    Delivery sendIf(Permit permit, std::unique_ptr<IExternalCommand> command,
+                    unsigned int timeoutMs) override;
+
+    bool isPeerGone() override;
 
     unsigned int defaultTimeout(unsigned int commandType) const override;
 

@@ -6,6 +6,7 @@
 
 #include "common/TimeLimits.h"
 #include "protocol/IExternalCommand.h"
+#include "transport/Delivery.h"
 
 /// A transport: carries commands to QOR and hands what QOR sends to the `ICommandReceiver` that it
 /// was given. The client owns exactly one.
@@ -30,12 +31,21 @@ public:
     using Permit = std::function<bool()>;
 
     /// As `send`, for a command that leaves only if `permit` (null: always) is still true when its
-    /// turn has come; else the send has failed.
+    /// turn has come; and it tells why the send has failed. The permit is asked only for what can
+    /// leave: once it has said yes, the command does.
     // NOLINTNEXTLINE(performance-unnecessary-value-param): another transport keeps it
-    virtual bool sendIf(Permit permit, std::unique_ptr<IExternalCommand> command,
-                        unsigned int timeoutMs) {
-        return (permit == nullptr || permit()) && send(std::move(command), timeoutMs);
+    virtual Delivery sendIf(Permit permit, std::unique_ptr<IExternalCommand> command,
+                            unsigned int timeoutMs) {
+        if (permit != nullptr && !permit()) return Delivery::withdrawn;
+        return send(std::move(command), timeoutMs) ? Delivery::taken : Delivery::silent;
     }
+
+    /// Whether there is a connection, as far as is known without asking the system. Where each
+    /// command looks for QOR by itself there always is one.
+    virtual bool isConnected() const { return true; }
+
+    /// Whether the QOR that took the last command is known to be gone; asks the system.
+    virtual bool isPeerGone() { return !isConnected(); }
 
     /// Begins the work of threads of its own, if it has any, once its owner is ready for them.
     /// Throws std::runtime_error if that is not possible.

@@ -29,10 +29,18 @@ void SocketWorker::runOnce() {
 
 void SocketWorker::work() {
     handleReceived();
+    noteConnection();
     pending_.failExpired();
     connection_.ensureConnected(connectMs);
+    factory_.isConnected_ = connection_.isConnected();
     sendNextCommand();
     pumpSocketNotifications(&factory_.outgoing_.pushed());
+}
+
+void SocketWorker::noteConnection() {
+    const bool isConnected = connection_.isConnected();
+    factory_.isConnected_ = isConnected;
+    if (!isConnected) pending_.noteConnectionLost();
 }
 
 void SocketWorker::sendNow(const IExternalCommand& command) {
@@ -127,18 +135,28 @@ void SocketWorker::sendNextCommand() {
         if (!factory_.outgoing_.pop(next, 0)) return;
         bytes = std::move(*next.bytes);
     } while (isWithdrawn(next));
-    if (!connection_.isConnected()) return fail(next);
+    if (!connection_.isConnected()) return fail(next, Delivery::noConnection);
+    note(next, Delivery::silent);
     connection_.send(std::move(bytes));
-    if (next.results != nullptr) pending_.add(next.requestId, next.timeoutMs, next.results);
+    if (next.results != nullptr)
+        pending_.add(next.requestId, next.timeoutMs, next.results, std::move(next.departure));
 }
 
 bool SocketWorker::isWithdrawn(const ClientSocketCommandFactory::CmdData& command) {
-    if (command.departure == nullptr || command.departure->mayLeave()) return false;
-    fail(command);
+    if (command.departure == nullptr) return false;
+    const bool staysInAnyCase = command.departure->isCancelled();
+    if (!staysInAnyCase && (!connection_.isConnected() || command.departure->mayLeave()))
+        return false;
+    fail(command, Delivery::withdrawn);
     return true;
 }
 
-void SocketWorker::fail(const ClientSocketCommandFactory::CmdData& command) {
+void SocketWorker::note(const ClientSocketCommandFactory::CmdData& command, Delivery state) {
+    if (command.departure != nullptr) command.departure->note(state);
+}
+
+void SocketWorker::fail(const ClientSocketCommandFactory::CmdData& command, Delivery state) {
+    note(command, state);
     if (command.results != nullptr)
         command.results->push(CmdResult{command.requestId, CmdResult::failure});
 }

@@ -27,6 +27,8 @@ public:
 
 private:
     void work();
+    /// Makes known whether there is a connection.
+    void noteConnection();
     void handleReceived();
     /// Handles the complete records at the head of `bytes`; returns how many bytes they took.
     std::size_t handleRecords(const std::string& bytes);
@@ -35,8 +37,9 @@ private:
     void handleCommand(IExternalCommand& command);
     void sendNextCommand();
     /// Whether a command may not leave any more; its sender is told then.
-    static bool isWithdrawn(const ClientSocketCommandFactory::CmdData& command);
-    static void fail(const ClientSocketCommandFactory::CmdData& command);
+    bool isWithdrawn(const ClientSocketCommandFactory::CmdData& command);
+    static void note(const ClientSocketCommandFactory::CmdData& command, Delivery state);
+    static void fail(const ClientSocketCommandFactory::CmdData& command, Delivery state);
     void sendAcknowledgements();
 
     ClientSocketCommandFactory& factory_;

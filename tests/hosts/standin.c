@@ -88,6 +88,11 @@ int QorConnectStart(QorHandle handle, const QorEcuConnect* settings, int type) {
     return ended(settings || type != QOR_CONNECT_DEFAULT ? QOR_BAD_ARGUMENT : QOR_OK);
 }
 
+int QorConnect(QorHandle handle, const QorEcuConnect* settings, int type, unsigned int timeoutMs) {
+    const int cause = QorConnectStart(handle, settings, type);
+    return cause != QOR_OK ? cause : ended(timeoutMs == 60000 ? QOR_OK : QOR_SILENT);
+}
+
 int QorConnectWait(QorHandle handle, unsigned int timeoutMs) {
     if (handle != HANDLE) return ended(QOR_BAD_HANDLE);
     return ended(polls > 4 && timeoutMs == 0 ? QOR_OK : QOR_NOT_READY);

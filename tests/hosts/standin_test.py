@@ -1,7 +1,7 @@
 """The tours in Python and C# on a library that can be loaded here, in place of the one for Windows.
 It proves what the tours declare and how they use it: what arrives wrongly is refused there.
 
-usage: standin_test.py FOLDER    (with Tour.exe, the example in C#)
+usage: standin_test.py FOLDER    (with Tour.exe and First.exe, the examples in C#)
 """
 import os
 import re
@@ -22,12 +22,14 @@ SETTINGS = "settings \u00fc.ini"
 CODES = [(0x0113, 96, ["P0113", "Intake air temperature sensor: \u00f6", "", "Air"]),
          (0xC100, 161, ["U0100", "Lost communication", "present", "Network"])]
 TEXTS = ["A sentence of some length: \u00e4.", "Something to check."] * 2
+FIRST = header.ROOT / "tools/example/first/first.py"
 # The module refuses a Python of 64 bits, which cannot load the real library.
-PYTHON_TOUR = """import ctypes, sys
-sys.path.insert(0, sys.argv[1])
-import qorcontrol_ctypes, tour
+IN_PYTHON = """import ctypes, runpy, sys
+sys.path.insert(0, sys.argv.pop(1))
+sys.argv.pop(0)
+import qorcontrol_ctypes
 qorcontrol_ctypes.load = lambda path: qorcontrol_ctypes.declare(ctypes.CDLL(path))
-sys.exit(tour.main(sys.argv[2], sys.argv[3]))
+runpy.run_path(sys.argv[0], run_name="__main__")
 """
 folder = Path(".")
 
@@ -57,13 +59,13 @@ class OnAStandIn(unittest.TestCase):
         subprocess.run(["gcc", "-std=c99", "-Wall", "-Wextra", "-Werror", "-Wno-unused-parameter", "-shared", "-fPIC", "-I", str(self.folder),
                         "-I", str(header.ROOT / "src"), *sources, "-o", str(self.folder / LIBRARY)], check=True)
 
-    def in_python(self):
-        return programs.run([sys.executable, "-B", "-c", PYTHON_TOUR, str(EXAMPLES), SETTINGS,
+    def in_python(self, script=EXAMPLES / "tour.py", settings=SETTINGS):
+        return programs.run([sys.executable, "-B", "-c", IN_PYTHON, str(EXAMPLES), str(script), settings,
                              str(self.folder / LIBRARY)])
 
-    def in_csharp(self):
-        shutil.copy(folder / "Tour.exe", self.folder)
-        return programs.run(["mono", str(self.folder / "Tour.exe"), SETTINGS])
+    def in_csharp(self, program="Tour.exe", settings=SETTINGS):
+        shutil.copy(folder / program, self.folder)
+        return programs.run(["mono", str(self.folder / program), settings])
 
     def test_both_see_all_that_the_library_tells(self):
         self.build()
@@ -76,6 +78,18 @@ class OnAStandIn(unittest.TestCase):
             self.assertEqual({("EngineSpeed", 852.5, 0), ("OilPressure", 2.5, 1)},
                              {(value.name, value.value, value.missed) for value in seen.values})
             self.assertEqual([100, 200, 400], sorted({value.afterMs for value in seen.values})[:3])
+
+    def test_the_first_value_comes_in_both(self):
+        self.build()
+        for ended in (self.in_python(FIRST), self.in_csharp("First.exe")):
+            self.assertEqual((0, "EngineSpeed = 851\n", ""), (ended.exit_code, ended.output, ended.errors))
+
+    def test_the_first_programs_tell_why_there_is_no_value(self):
+        self.build(lambda text: text.replace("#define QOR_CONNECT_DEFAULT 1 ", "#define QOR_CONNECT_DEFAULT 2 "))
+        python, csharp = self.in_python(FIRST), self.in_csharp("First.exe")
+        self.assertIn("QorError: QOR_BAD_ARGUMENT: A sentence of some length", python.errors)
+        self.assertEqual(f"QOR_BAD_ARGUMENT: {TEXTS[0]}\n", csharp.output)
+        self.assertNotIn(0, (python.exit_code, csharp.exit_code))
 
     def test_neither_gets_on_with_another_library(self):
         for old, new in (("    int running;", "    int more; int running;"),

@@ -9,6 +9,7 @@
 
 #include "Crowd.h"
 #include "facade/QorControlFacade.h"
+#include "qorcontrol/Outcome.h"
 #include "support/FakeMonitor.h"
 #include "UnreliableAgent.h"
 
@@ -47,6 +48,7 @@ void callTimedOperations(const QorControlFacade& facade, unsigned int timeoutMs)
     facade.setDynamicData("Valve", "1", timeoutMs);
     std::vector<Values> group;
     facade.getParamDataAtOnce({"a", "b"}, group, timeoutMs);
+    qorcontrol::lastOutcome();
 }
 
 TEST_F(FacadeRace, ALateOrSecondAnswerNeverReachesALaterCall) {

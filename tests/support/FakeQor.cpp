@@ -16,11 +16,16 @@ public:
     bool send(std::unique_ptr<IExternalCommand> command, unsigned int timeoutMs) override {
         return qor_.take(std::move(command), timeoutMs);
     }
-    bool sendIf(Permit permit, std::unique_ptr<IExternalCommand> command,
-                unsigned int timeoutMs) override {
+    Delivery sendIf(Permit permit, std::unique_ptr<IExternalCommand> command,
+                    unsigned int timeoutMs) override {
         qor_.beforeLeaving(*command);
-        return IExternalCommandFactory::sendIf(std::move(permit), std::move(command), timeoutMs);
+        if (qor_.failure == Delivery::noConnection || qor_.failure == Delivery::notBegun)
+            permit = [] { return false; };
+        const Delivery sent =
+            IExternalCommandFactory::sendIf(std::move(permit), std::move(command), timeoutMs);
+        return sent == Delivery::taken ? sent : qor_.failure.value_or(sent);
     }
+    bool isConnected() const override { return qor_.isConnected; }
     unsigned int defaultTimeout(unsigned int) const override { return 2000; }
 
 private:

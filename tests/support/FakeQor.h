@@ -4,6 +4,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -39,6 +40,11 @@ public:
             return reaction(dynamic_cast<const Command&>(command));
         };
     }
+
+    /// How a send has ended that does not succeed; null: by its time, or for want of a permit. With
+    /// one that says that nothing leaves nothing does.
+    std::optional<Delivery> failure;
+    bool isConnected = true;
 
     /// What happens while a command waits for its turn to leave.
     std::function<void(const IExternalCommand&)> beforeLeaving = [](const auto&) {};

@@ -90,9 +90,8 @@ TEST_P(CConnect, EndsSoonWhenItIsCancelled) {
 
 TEST_P(CConnect, IsCancelledWhenItsTimeIsOver) {
     ASSERT_TRUE(startWith(R"({"result":null,"durationMs":100,"steps":1,"online":false})"));
-    unsigned took = elapsedMsOf([&] {
-        EXPECT_NE(QOR_OK, QorConnect(qor(), nullptr, QOR_CONNECT_DEFAULT, 700));
-    });
+    unsigned took = elapsedMsOf(
+        [&] { EXPECT_NE(QOR_OK, QorConnect(qor(), nullptr, QOR_CONNECT_DEFAULT, 700)); });
     EXPECT_GE(took, 690u);
     EXPECT_LT(took, 5000u);
     EXPECT_EQ(0, poll().running);

@@ -7,6 +7,7 @@
 #include "guide/Diagnostics.h"
 #include "guide/Parameters.h"
 #include "guide/Session.h"
+#include "Models.h"
 #include "QorProcesses.h"
 #include "Station.h"
 #include "Waiting.h"
@@ -18,6 +19,7 @@ using testing::ElementsAre;
 using testing::Ge;
 using testing::HasSubstr;
 using testing::SizeIs;
+using testing::StartsWith;
 using testing::StrEq;
 
 namespace {
@@ -147,6 +149,14 @@ TEST_P(Guide, AnOpenedModelIsExported) {
     DeleteFileA("c:\\qor_exp_add.sde");
 }
 
+TEST_P(Guide, AModelThatIsNotOpenedHasAReason) {
+    ASSERT_TRUE(station.start());
+    EXPECT_THAT(guide::whyNoModel(station.facade(), {}), StartsWith("QOR refused the request. "));
+    QorControlFacade::ModelDescription files = {};
+    files.model = "engine.sdm";
+    EXPECT_EQ("", guide::whyNoModel(station.facade(), files));
+}
+
 TEST_P(Guide, TheCanBusIsOpenedReadAndSentTo) {
     ASSERT_TRUE(startConnected());
     int value = 0;
@@ -233,6 +243,18 @@ TEST_P(Guide, AKwpRequestIsAnsweredRefusedOrNotSent) {
     EXPECT_EQ(guide::Exchange::answered, guide::readIdentification(station.facade(), 0x90, bytes));
     EXPECT_EQ("\x5A\x90TESTVEHICLE000042", bytes);
     EXPECT_EQ(guide::Exchange::refused, guide::readIdentification(station.facade(), 0x77, bytes));
+}
+
+TEST_P(Guide, AKwpAnswerThatMayBelongToAnEarlierRequestIsAskedForAgain) {
+    nlohmann::json model = shippedModel();
+    model["kwpServices"].push_back({{"service", "0x55"}, {"response", "95"}, {"delayMs", 900}});
+    station.settings.model = station.folder.write("slow.json", model.dump());
+    ASSERT_TRUE(startConnected());
+    QorControlFacade::KwpCommand slow = {0x55, "", 0};
+    QorControlFacade::KwpCommand quick = {0x3E, "", 0};
+    EXPECT_FALSE(station->sendKwpCommand(slow, 100));
+    ASSERT_TRUE(guide::askForCertain(station.facade(), quick, 5));
+    EXPECT_EQ("\x7E", quick.data);
 }
 
 }  // namespace

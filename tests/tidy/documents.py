@@ -26,7 +26,7 @@ CONSTANT = re.compile(r"`(\w+)` = ([-\w]+)")
 
 def documents(paths: List[Path]) -> List[Path]:
     return [p for p in paths if p.suffix == ".md" and
-            (p.parent == Path("docs") or p in (Path("README.md"), Path("CONTRIBUTING.md")))]
+            (p.parent == Path("docs") or p in (Path("README.md"), Path("CONTRIBUTING.md"), Path("examples/README.md")))]
 
 
 def prose_lines(text: str) -> Iterator[Tuple[int, str]]:

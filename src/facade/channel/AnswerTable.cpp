@@ -8,6 +8,7 @@ std::shared_ptr<AnswerQueue> AnswerTable::take() {
     std::shared_ptr<AnswerQueue> queue = queues_.exchange(nullptr);
     if (queue == nullptr) return std::make_shared<AnswerQueue>(1);
     queue->clear();
+    queue->notePresent(qorcontrol::Cause::none);
     return queue;
 }
 

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "facade/channel/AgentLife.h"
+#include "facade/channel/Backlog.h"
 #include "facade/channel/ConnectProgress.h"
 #include "facade/channel/ExecutablePath.h"
 #include "facade/channel/MessageBoxDesk.h"
@@ -30,6 +31,7 @@ struct Channel {
     // From the facade to the agent.
     const std::string settingsPath;  ///< as the host passed it
     ThreadSafeQueue<ProtocolCmd> commandQueue;
+    Backlog backlog;
     StreamRegistry streams;
 
     // From the agent to the facade.

@@ -36,6 +36,7 @@ struct ProtocolCmd {
     std::shared_ptr<CmdData> data;
     std::shared_ptr<AnswerQueue> replyQueue;  ///< null: no answer is wanted
     IProgressMonitor* monitor = nullptr;      ///< the host's; not owned
+    std::uint32_t number = 0;                 ///< see Backlog
 };
 
 }  // namespace channel

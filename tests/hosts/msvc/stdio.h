@@ -2,7 +2,12 @@
 #ifndef STDIO_H
 #define STDIO_H
 
+#ifdef __cplusplus
+extern "C" {
+#define NULL 0
+#else
 #define NULL ((void*)0)
+#endif
 
 typedef struct File File;
 /* The three standard streams lie in one array of elements of this size. */
@@ -15,5 +20,9 @@ __declspec(dllimport) extern FileSize _iob[];
 
 __declspec(dllimport) int __cdecl printf(const char* format, ...);
 __declspec(dllimport) int __cdecl fprintf(File* file, const char* format, ...);
+
+#ifdef __cplusplus
+}
+#endif
 
 #endif

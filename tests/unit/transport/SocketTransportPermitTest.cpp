@@ -79,22 +79,22 @@ TEST_F(SocketPermitBusy, ThePermitIsAskedWhenTheTurnHasComeAndNotBefore) {
         ++asked;
         return isAllowed.load();
     };
-    std::future<bool> refused =
+    std::future<Delivery> withdrawn =
         std::async(std::launch::async, [&] { return transport.sendIf(permit, routine(1), 20000); });
     Sleep(50);
     EXPECT_EQ(0, asked);
     isAllowed = false;
     handlerMayEnd.open();
-    EXPECT_FALSE(refused.get());
+    EXPECT_EQ(Delivery::withdrawn, withdrawn.get());
     EXPECT_EQ(1, asked);
     EXPECT_EQ(pingAnswer(5, 1), peer.expectRecord().bytes());
     isAllowed = true;
-    std::future<bool> allowed =
+    std::future<Delivery> allowed =
         std::async(std::launch::async, [&] { return transport.sendIf(permit, routine(2), 5000); });
     const tcp::Record record = peer.expectRecord();
     EXPECT_EQ(word(2), record.payload);
     peer.send(pingAnswer(record.requestId, 1));
-    EXPECT_TRUE(allowed.get());
+    EXPECT_EQ(Delivery::taken, allowed.get());
 }
 
 TEST_F(SocketPermitBusy, ACommandThatNobodyWaitsForLeavesBehindOneThatWasGivenUp) {
@@ -114,18 +114,18 @@ protected:
 };
 
 TEST_F(SocketPermitConnected, WithAPermitACommandLeaves) {
-    std::future<bool> sent = std::async(std::launch::async, [&] {
+    std::future<Delivery> sent = std::async(std::launch::async, [&] {
         return transport.sendIf([] { return true; }, routine(1), 5000);
     });
     peer.send(pingAnswer(peer.expectRecord().requestId, 1));
-    EXPECT_TRUE(sent.get());
+    EXPECT_EQ(Delivery::taken, sent.get());
 }
 
 TEST_F(SocketPermitConnected, WithoutAPermitASendFailsAtOnceAndNothingLeaves) {
     const Stopwatch watch;
-    EXPECT_FALSE(transport.sendIf([] { return false; }, routine(1), 5000));
+    EXPECT_EQ(Delivery::withdrawn, transport.sendIf([] { return false; }, routine(1), 5000));
     EXPECT_LT(watch.ms(), 2000u);
-    EXPECT_TRUE(transport.sendIf([] { return false; }, routine(2), 0));  // nobody waits
+    transport.sendIf([] { return false; }, routine(2), 0);  // nobody waits
     EXPECT_TRUE(exchangeWorks(transport, peer));
 }
 

@@ -85,7 +85,7 @@ TEST_F(WindowPeerChange, ThePermitIsAskedWhenTheWindowHasBeenLookedAt) {
         return transport.sendIf([this] { return transport.newQors == 0; },
                                 std::make_unique<CommandEcuToolRoutine>(), 500);
     };
-    EXPECT_FALSE(send());
+    EXPECT_EQ(Delivery::withdrawn, send());
     EXPECT_EQ(1u, platform->sent.size());
 }
 

@@ -1,5 +1,9 @@
 #include "Diagnostics.h"
 
+#include <windows.h>
+
+#include "qorcontrol/Outcome.h"
+
 namespace guide {
 
 // [clearDtc]
@@ -32,6 +36,20 @@ Exchange readIdentification(const QorControlFacade& qor, unsigned char which, st
     return kwp.failed != 0 ? Exchange::refused : Exchange::answered;
 }
 // [/sendKwpCommand]
+
+// [askForCertain]
+// Asks until the answer is this request's for certain, or `tries` are over.
+bool askForCertain(const QorControlFacade& qor, QorControlFacade::KwpCommand& kwp, int tries) {
+    const QorControlFacade::KwpCommand request = kwp;
+    for (; tries > 0; --tries) {
+        kwp = request;
+        if (!qor.sendKwpCommand(kwp, 1000)) return false;
+        if (!qorcontrol::lastOutcome().mayBelongToEarlier) return true;
+        Sleep(1000);  // what QOR still owes comes meanwhile
+    }
+    return false;
+}
+// [/askForCertain]
 
 // [getCanBusData]
 bool readCan(const QorControlFacade& qor, unsigned int canId, int& value) {

@@ -15,6 +15,7 @@ bool presentCodes(const QorControlFacade& qor, std::vector<std::string>& codes);
 enum class Exchange { noAnswer, refused, answered };
 // [/Exchange]
 Exchange readIdentification(const QorControlFacade& qor, unsigned char which, std::string& bytes);
+bool askForCertain(const QorControlFacade& qor, QorControlFacade::KwpCommand& kwp, int tries);
 bool readCan(const QorControlFacade& qor, unsigned int canId, int& value);
 bool sendCan(const QorControlFacade& qor, unsigned int canId, std::uint16_t value);
 

@@ -2,6 +2,9 @@
 
 #include <windows.h>
 
+#include "qorcontrol/Outcome.h"
+#include "qorcontrol/Waiting.h"
+
 namespace guide {
 
 // [life]
@@ -101,6 +104,16 @@ bool openModel(const QorControlFacade& qor, const std::string& model, const std:
     return qor.openModel(files) && qor.pingQor(50000);  // opening may hold the agent for 98 s
 }
 // [/openModel]
+
+// [whyNoModel]
+// Opens a model and waits for it. Empty if QOR has opened it, otherwise why not.
+std::string whyNoModel(const QorControlFacade& qor,
+                       const QorControlFacade::ModelDescription& files) {
+    if (qorcontrol::openModelAndWait(qor, files)) return "";
+    const qorcontrol::Outcome outcome = qorcontrol::lastOutcome();  // of this thread's last call
+    return outcome.sentence + " " + outcome.check;
+}
+// [/whyNoModel]
 
 // [connectCanBus]
 bool openCanBus(const QorControlFacade& qor) {

@@ -17,6 +17,8 @@ bool connectInBackground(const QorControlFacade& qor, unsigned int patienceMs);
 const char* stateOf(const QorControlFacade& qor);
 bool isChanged(const QorControlFacade& qor, const std::string& name, bool& changed);
 bool openModel(const QorControlFacade& qor, const std::string& model, const std::string& hex);
+std::string whyNoModel(const QorControlFacade& qor,
+                       const QorControlFacade::ModelDescription& files);
 bool openCanBus(const QorControlFacade& qor);
 std::string folderOfQor(QorControlFacade& qor);
 const std::string& pageName(bool working);

@@ -1,0 +1,180 @@
+// Why an operation of the client has failed.
+
+#include "ClientFixture.h"
+#include "support/FakeMonitor.h"
+
+using qorcontrol::Cause;
+
+namespace {
+
+class Causes : public ClientTest {
+protected:
+    Causes() {
+        clock.msPerRead = 1;
+        qor.knows("S1", 5);
+        qor.knows("Map", 6, true);
+        client().beginRequest(interest);
+    }
+
+    Cause cause() { return client().verdict().cause; }
+    std::string detail() { return client().verdict().detail; }
+
+    /// What each way to fail looks like from outside.
+    Cause causeOfSend(Delivery failure) {
+        qor.failure = failure;
+        qor.acknowledges = false;
+        EXPECT_FALSE(client().clearDtc());
+        return cause();
+    }
+
+    struct NoCallback final : ClientExternalOperating::ConnectCallback {
+        void onProgress() override {}
+    } callback;
+    FakeMonitor monitor;
+    std::shared_ptr<common::Interest> interest = std::make_shared<common::Interest>();
+    std::vector<double> values;
+    SampledValue sample;
+    protocol::ParamInfo description;
+};
+
+TEST_F(Causes, OfASendAreThoseOfTheTransport) {
+    EXPECT_EQ(causeOfSend(Delivery::refused), Cause::refused);
+    EXPECT_EQ(causeOfSend(Delivery::silent), Cause::qorSilent);
+    EXPECT_EQ(causeOfSend(Delivery::noConnection), Cause::noConnection);
+    EXPECT_EQ(detail(), "");
+    EXPECT_EQ(causeOfSend(Delivery::lost), Cause::noConnection);
+    EXPECT_EQ(detail(), "it was lost after the request had left");
+    EXPECT_EQ(causeOfSend(Delivery::notBegun), Cause::agentBusy);
+    EXPECT_EQ(causeOfSend(Delivery::tooLong), Cause::requestTooLarge);
+    EXPECT_EQ(causeOfSend(Delivery::broken), Cause::systemFailure);
+}
+
+TEST_F(Causes, AreForgottenWithTheNextRequest) {
+    causeOfSend(Delivery::refused);
+    client().endRequest();
+    EXPECT_EQ(cause(), Cause::refused);
+    client().beginRequest(interest);
+    EXPECT_EQ(cause(), Cause::none);
+}
+
+TEST_F(Causes, OfWhatIsTakenAndNotAnsweredIsThatThereIsNoData) {
+    std::vector<protocol::DtcRecord> dtcs;
+    EXPECT_FALSE(client().getDtc(1, dtcs, 100));
+    EXPECT_EQ(cause(), Cause::noData);
+    std::vector<protocol::CanBusItem> frames;
+    EXPECT_FALSE(client().getCanBusData({{1, 0}}, frames, 100));
+    EXPECT_EQ(cause(), Cause::noData);
+    EXPECT_FALSE(client().getParamData("S1", values, 100, true));
+    EXPECT_EQ(cause(), Cause::noData);
+    EXPECT_FALSE(client().getStaticParam("Map", sample, 100));
+    EXPECT_EQ(cause(), Cause::noData);
+    std::vector<std::vector<double>> all;
+    EXPECT_FALSE(client().readTogether({"S1"}, all, 100));
+    EXPECT_EQ(cause(), Cause::noData);
+    EXPECT_FALSE(client().getParamInfo("S2", description, 100, false));
+    EXPECT_EQ(cause(), Cause::noData);
+}
+
+TEST_F(Causes, OfANameThatQorDoesNotKnowIsThatAlsoFromTheTable) {
+    qor.knows("Nobody", protocol::ParamInfo::unknownIndex);
+    for (int time = 0; time < 2; ++time) {
+        EXPECT_FALSE(client().getParamInfo("Nobody", description, 100, false));
+        EXPECT_EQ(cause(), Cause::unknownName);
+        EXPECT_FALSE(client().setParamData("Nobody", {1.0}));
+        EXPECT_EQ(cause(), Cause::unknownName);
+        std::vector<std::vector<double>> all;
+        EXPECT_FALSE(client().readTogether({"S1", "Nobody"}, all, 100));
+        EXPECT_EQ(cause(), Cause::unknownName);
+    }
+}
+
+TEST_F(Causes, OfKwpBeforeAConnectIsThat) {
+    protocol::ExecKwp answer;
+    EXPECT_FALSE(client().execKwp({}, answer));
+    EXPECT_EQ(cause(), Cause::kwpBeforeConnect);
+}
+
+TEST_F(Causes, OfDataThatDoesNotComeFromAQorThatBecameAnotherIsThatItChanged) {
+    qor.on<CommandGetDTC>([this](const CommandGetDTC&) {
+        qor.newQor();
+        return true;
+    });
+    std::vector<protocol::DtcRecord> dtcs;
+    EXPECT_FALSE(client().getDtc(1, dtcs, 100));
+    EXPECT_EQ(cause(), Cause::qorChanged);
+}
+
+TEST_F(Causes, OfAnIndexThatDoesNotHoldAnyMoreIsThatQorChanged) {
+    qor.beforeLeaving = [this](const IExternalCommand& command) {
+        if (command.getId() == CommandDirectCtrl::id) qor.newQor();
+    };
+    EXPECT_FALSE(client().setParamData("S1", {1.0}));
+    EXPECT_EQ(cause(), Cause::qorChanged);
+    EXPECT_FALSE(client().setParamData("S1", {1.0}));  // in the request of before
+    EXPECT_EQ(cause(), Cause::qorChanged);
+}
+
+TEST_F(Causes, OfDataThatCannotComeAnyMoreIsThatTheConnectionIsLost) {
+    qor.on<CommandGetDTC>([this](const CommandGetDTC&) {
+        qor.isConnected = false;
+        return true;
+    });
+    std::vector<protocol::DtcRecord> dtcs;
+    EXPECT_FALSE(client().getDtc(1, dtcs, 100));
+    EXPECT_EQ(cause(), Cause::noConnection);
+    EXPECT_EQ(detail(), "it was lost after the request had left");
+}
+
+TEST_F(Causes, OfAnAnswerThatLacksValuesIsThatItIsBad) {
+    qor.on<CommandReadTogether>([this](const CommandReadTogether&) {
+        CommandReadTogether answer;
+        answer.paramIndices = {5};
+        qor.send(answer);
+        return true;
+    });
+    std::vector<std::vector<double>> all;
+    EXPECT_FALSE(client().readTogether({"S1"}, all, 100));
+    EXPECT_EQ(cause(), Cause::badAnswer);
+    EXPECT_FALSE(client().getParamData("S1", values, 100, true));
+    EXPECT_EQ(cause(), Cause::noData);
+}
+
+TEST_F(Causes, OfAConnectAreThoseOfItsBootstrap) {
+    const auto connectWith = [&](double value) {
+        qor.on<CommandKwpConnect>([=](const CommandKwpConnect& request) {
+            if (request.mode != protocol::KwpConnect::modeOnlineQuery)
+                clock.after(20, [=] { qor.sendValue(-12, value); });
+            return true;
+        });
+        EXPECT_FALSE(client().connectEcu({}, &monitor, callback));
+        return cause();
+    };
+    EXPECT_EQ(connectWith(-2), Cause::connectReported);
+    EXPECT_EQ(detail(), "Bootstrap failed - QOR reported");
+    EXPECT_EQ(connectWith(-7), Cause::badAnswer);
+    EXPECT_EQ(connectWith(-1), Cause::ecuOffline);
+    monitor.cancelled = true;
+    EXPECT_EQ(connectWith(0), Cause::cancelled);
+}
+
+TEST_F(Causes, AreKnownToACallerThatGivesUpAtAnyMoment) {
+    EXPECT_EQ(interest->present(), Cause::agentBusy);
+    std::vector<Cause> seen;
+    qor.isConnected = false;
+    qor.beforeLeaving = [&](const auto&) {
+        seen.push_back(interest->present());
+        qor.isConnected = true;
+    };
+    qor.on<CommandGetDTC>([&](const CommandGetDTC&) {
+        seen.push_back(interest->present());
+        clock.after(50, [&] { seen.push_back(interest->present()); });
+        return true;
+    });
+    std::vector<protocol::DtcRecord> dtcs;
+    client().getDtc(1, dtcs, 100);
+    client().getDtc(1, dtcs, 100);
+    EXPECT_THAT(seen, testing::ElementsAre(Cause::noConnection, Cause::qorSilent, Cause::noData,
+                                           Cause::agentBusy, Cause::qorSilent, Cause::noData));
+}
+
+}  // namespace

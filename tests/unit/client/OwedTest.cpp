@@ -1,0 +1,297 @@
+// Answers that may belong to earlier requests: what QOR still owes.
+
+#include "client/Owed.h"
+
+#include "ClientFixture.h"
+
+using qorcontrol::Cause;
+
+namespace {
+
+TEST(Owed, IsWhatWasAskedForLessWhatHasCome) {
+    Owed<int> owed;
+    EXPECT_FALSE(owed.isOwed(1));
+    owed.add(1);
+    owed.add(1);
+    EXPECT_FALSE(owed.isOwed(2));
+    owed.pay(1);
+    EXPECT_TRUE(owed.isOwed(1));
+    owed.pay(1);
+    EXPECT_FALSE(owed.isOwed(1));
+    owed.pay(1);  // what nobody has asked for
+    owed.add(1);
+    EXPECT_TRUE(owed.isOwed(1));
+    owed.clear();
+    EXPECT_FALSE(owed.isOwed(1));
+}
+
+TEST(Owed, BeyondItsBoundTellsKeysApartNoMoreAndForgetsNone) {
+    constexpr int keys = static_cast<int>(Owed<int>::maxKeys);
+    Owed<int> owed;
+    for (int key = 0; key < keys; ++key) owed.add(key);
+    EXPECT_FALSE(owed.isOwed(keys));
+    owed.add(keys);
+    owed.add(keys + 1);
+    EXPECT_TRUE(owed.isOwed(keys + 2));
+    owed.pay(keys);
+    owed.pay(keys + 1);
+    EXPECT_FALSE(owed.isOwed(keys + 2));
+    EXPECT_TRUE(owed.isOwed(0));
+    owed.add(0);  // has its place
+    owed.pay(0);
+    EXPECT_TRUE(owed.isOwed(0));
+}
+
+TEST(Owed, KeepsNoLongTexts) {
+    Owed<std::string> owed;
+    owed.add(std::string(Owed<std::string>::maxKeyChars + 1, 'x'));
+    EXPECT_TRUE(owed.isOwed("another"));
+    owed.pay(std::string(Owed<std::string>::maxKeyChars + 1, 'x'));
+    EXPECT_FALSE(owed.isOwed("another"));
+}
+
+/// A QOR that takes everything and answers when the test says so.
+class OwedAnswers : public ClientTest {
+protected:
+    OwedAnswers() {
+        clock.msPerRead = 1;
+        qor.knows("S1", 5);
+        qor.knows("S2", 6);
+        qor.knows("Map", 7, true);
+        client().connectEcu({}, nullptr, callback);
+    }
+
+    /// Whether the operation is successful and its answer is marked.
+    template <class Operation>
+    std::string outcome(Operation operation) {
+        client().beginRequest(interest);
+        const bool succeeded = operation();
+        client().endRequest();
+        const common::Verdict& verdict = client().verdict();
+        EXPECT_FALSE(!succeeded && verdict.mayBelongToEarlier);
+        return std::string(succeeded ? "true" : "false") +
+               (verdict.mayBelongToEarlier ? ", of an earlier one?" : "");
+    }
+
+    std::string kwp() {
+        return outcome([&] {
+            protocol::ExecKwp answer;
+            return client().execKwp({0, 1, "", 100, false}, answer);
+        });
+    }
+    std::string dtcs() {
+        return outcome([&] {
+            std::vector<protocol::DtcRecord> codes;
+            return client().getDtc(1, codes, 100);
+        });
+    }
+    std::string can() {
+        return outcome([&] {
+            std::vector<protocol::CanBusItem> frames;
+            return client().getCanBusData({{1, 0}}, frames, 100);
+        });
+    }
+    std::string read(const std::string& name) {
+        return outcome([&] {
+            std::vector<double> values;
+            return client().getParamData(name, values, 100, true);
+        });
+    }
+    std::string readMap() {
+        return outcome([&] {
+            SampledValue sample;
+            return client().getStaticParam("Map", sample, 100);
+        });
+    }
+    std::string describe(const std::string& name) {
+        return outcome([&] {
+            protocol::ParamInfo description;
+            return client().getParamInfo(name, description, 100, true);
+        });
+    }
+    std::string readAll(const std::vector<std::string>& names) {
+        return outcome([&] {
+            std::vector<std::vector<double>> values;
+            return client().readTogether(names, values, 100);
+        });
+    }
+
+    /// QOR answers, from now on, so long after it has taken a `Request`.
+    template <class Request>
+    void answersAfter(std::uint32_t ms, std::function<void()> answer) {
+        qor.on<Request>([=](const Request&) {
+            if (answer != nullptr) clock.after(ms, answer);
+            return true;
+        });
+    }
+    /// The same answer to a read of one parameter.
+    void tellValue(std::uint32_t index, std::uint32_t operation = 1) {
+        CommandDirectCtrl answer;
+        answer.paramIndex = index;
+        answer.operation = operation;
+        answer.values = {1.0};
+        qor.send(answer);
+    }
+    void tellMap(std::uint32_t operation) {
+        CommandStaticParam answer;
+        answer.paramIndex = 7;
+        answer.operation = operation;
+        answer.first = {1.0};
+        qor.send(answer);
+    }
+
+    struct NoCallback final : ClientExternalOperating::ConnectCallback {
+        void onProgress() override {}
+    } callback;
+    std::shared_ptr<common::Interest> interest = std::make_shared<common::Interest>();
+    const std::string marked = "true, of an earlier one?";
+};
+
+TEST_F(OwedAnswers, OfAQorThatIsSlowerThanTheTimeOutAreAllMarkedUntilItHasCaughtUp) {
+    int sent = 0;
+    qor.on<CommandExecKwp>([&](const CommandExecKwp&) {
+        ++sent;
+        clock.after(800, [&] { qor.send(CommandExecKwp()); });  // each call has 500
+        return true;
+    });
+    int successes = 0;
+    for (int call = 0; call < 30; ++call) {
+        const std::string each = kwp();
+        if (each == "false") continue;
+        EXPECT_EQ(each, marked) << "call " << call;
+        ++successes;
+    }
+    EXPECT_GT(successes, 10);
+    EXPECT_EQ(sent, 30);
+    clock.advance(2000);
+    for (int read = 0; read < 10; ++read) common::now();
+    answersAfter<CommandExecKwp>(50, [&] { qor.send(CommandExecKwp()); });
+    for (int call = 0; call < 30; ++call) EXPECT_EQ(kwp(), "true");
+}
+
+TEST_F(OwedAnswers, OfEachThingAreMarkedBehindOneThatDidNotComeAndNoMoreOnceItHasCome) {
+    EXPECT_EQ(dtcs(), "false");
+    EXPECT_EQ(can(), "false");
+    EXPECT_EQ(read("S1"), "false");
+    EXPECT_EQ(readMap(), "false");
+    const auto answerAll = [&] {
+        answersAfter<CommandGetDTC>(10, [&] { qor.send(CommandGetDTC()); });
+        answersAfter<CommandCanBusData>(10, [&] { qor.send(CommandCanBusData()); });
+        answersAfter<CommandDirectCtrl>(10, [&] { tellValue(5); });
+        answersAfter<CommandStaticParam>(10, [&] { tellMap(1); });
+    };
+    answerAll();
+    EXPECT_EQ(kwp(), "false");  // another thing
+    EXPECT_EQ(dtcs(), marked);
+    EXPECT_EQ(can(), marked);
+    EXPECT_EQ(read("S1"), marked);
+    EXPECT_EQ(readMap(), marked);
+    qor.send(CommandGetDTC());
+    qor.send(CommandCanBusData());
+    tellValue(5);
+    tellMap(1);
+    EXPECT_EQ(dtcs(), "true");
+    EXPECT_EQ(can(), "true");
+    EXPECT_EQ(read("S1"), "true");
+    EXPECT_EQ(readMap(), "true");
+}
+
+TEST_F(OwedAnswers, OfOneParameterDoNotMarkThoseOfAnother) {
+    EXPECT_EQ(read("S1"), "false");
+    answersAfter<CommandDirectCtrl>(10, [&] { tellValue(6); });
+    EXPECT_EQ(read("S2"), "true");
+    answersAfter<CommandDirectCtrl>(10, [&] { tellValue(5); });
+    EXPECT_EQ(read("S1"), marked);
+}
+
+TEST_F(OwedAnswers, OfAReadOfSeveralMarkThoseOfEachAlone) {
+    EXPECT_EQ(readAll({"S1", "S2"}), "false");
+    answersAfter<CommandDirectCtrl>(10, [&] { tellValue(6); });
+    EXPECT_EQ(read("S2"), marked);
+    tellValue(6);
+    EXPECT_EQ(read("S2"), "true");
+    answersAfter<CommandReadTogether>(10, [&] { tellValue(6); });
+    EXPECT_EQ(readAll({"S2"}), "true");
+    answersAfter<CommandReadTogether>(10, [&] {
+        tellValue(5);
+        tellValue(6);
+    });
+    EXPECT_EQ(readAll({"S1", "S2"}), marked);
+}
+
+TEST_F(OwedAnswers, OfADescriptionAreMarkedAlsoWhereTheNameIsUnknown) {
+    EXPECT_EQ(describe("Late"), "false");
+    qor.knows("Late", 8);
+    EXPECT_EQ(describe("Late"), marked);
+    protocol::ParamInfo late;
+    late.name = "Late";
+    qor.send(CommandGetParamInfo(late));
+    EXPECT_EQ(describe("Late"), "true");
+    EXPECT_EQ(describe("Later"), "false");
+    qor.knows("Later", protocol::ParamInfo::unknownIndex);
+    client().beginRequest(interest);
+    protocol::ParamInfo description;
+    EXPECT_FALSE(client().getParamInfo("Later", description, 100, true));
+    EXPECT_EQ(client().verdict().cause, Cause::unknownName);
+    EXPECT_TRUE(client().verdict().mayBelongToEarlier);
+}
+
+TEST_F(OwedAnswers, AreNotPaidByWhatTellsOfAWriteNorByAStream) {
+    EXPECT_EQ(read("S1"), "false");
+    EXPECT_EQ(readMap(), "false");
+    tellValue(5, protocol::DirectCtrl::writeValues);
+    tellMap(protocol::StaticParam::writeArrays);
+    qor.sendValue(5, 1.0);
+    qor.sendValue(7, 1.0);
+    answersAfter<CommandDirectCtrl>(10, [&] { tellValue(5); });
+    answersAfter<CommandStaticParam>(10, [&] { tellMap(1); });
+    EXPECT_EQ(read("S1"), marked);
+    EXPECT_EQ(readMap(), marked);
+}
+
+TEST_F(OwedAnswers, AreNoneOfWhatHasNotLeftOrWasRefused) {
+    for (const Delivery failure : {Delivery::refused, Delivery::noConnection, Delivery::notBegun}) {
+        qor.failure = failure;
+        answersAfter<CommandGetDTC>(0, nullptr);
+        qor.on<CommandGetDTC>([](const CommandGetDTC&) { return false; });
+        EXPECT_EQ(dtcs(), "false");
+        qor.failure.reset();
+        answersAfter<CommandGetDTC>(10, [&] { qor.send(CommandGetDTC()); });
+        EXPECT_EQ(dtcs(), "true");
+    }
+}
+
+TEST_F(OwedAnswers, AreThereOfWhatHasLeftEvenIfQorDidNotAcknowledgeIt) {
+    qor.failure = Delivery::silent;
+    qor.on<CommandGetDTC>([](const CommandGetDTC&) { return false; });
+    EXPECT_EQ(dtcs(), "false");
+    qor.failure.reset();
+    answersAfter<CommandGetDTC>(10, [&] { qor.send(CommandGetDTC()); });
+    EXPECT_EQ(dtcs(), marked);
+}
+
+TEST_F(OwedAnswers, AreForgottenWithTheQorThatOwesThem) {
+    EXPECT_EQ(dtcs(), "false");
+    EXPECT_EQ(read("S1"), "false");
+    EXPECT_EQ(readMap(), "false");
+    EXPECT_EQ(describe("Late"), "false");
+    qor.newQor();
+    answersAfter<CommandGetDTC>(10, [&] { qor.send(CommandGetDTC()); });
+    answersAfter<CommandDirectCtrl>(10, [&] { tellValue(5); });
+    answersAfter<CommandStaticParam>(10, [&] { tellMap(1); });
+    qor.knows("Late", 8);
+    EXPECT_EQ(dtcs(), "true");
+    EXPECT_EQ(read("S1"), "true");
+    EXPECT_EQ(readMap(), "true");
+    EXPECT_EQ(describe("Late"), "true");
+}
+
+TEST_F(OwedAnswers, OfAQorThatComesWhileTheCommandWaitsAreItsOwn) {
+    qor.beforeLeaving = [this](const IExternalCommand&) { qor.newQor(); };
+    EXPECT_EQ(dtcs(), "false");
+    qor.beforeLeaving = [](const auto&) {};
+    answersAfter<CommandGetDTC>(10, [&] { qor.send(CommandGetDTC()); });
+    EXPECT_EQ(dtcs(), marked);
+}
+
+}  // namespace

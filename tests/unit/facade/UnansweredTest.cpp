@@ -1,0 +1,131 @@
+// Why there was no answer in time: the agent at other requests, one that was pushed out, one that
+// was under way.
+
+#include <thread>
+
+#include "FacadeFixture.h"
+#include "qorcontrol/Outcome.h"
+#include "qorcontrol/Waiting.h"
+
+using qorcontrol::Cause;
+using qorcontrol::lastOutcome;
+
+namespace {
+
+/// An agent that takes requests only when the test lets it.
+class Unanswered : public RealTimeFacadeTest {
+protected:
+    Unanswered() {
+        agent.script().onRequest = [this](Channel& channel, const Cmd& command) {
+            channel.backlog.noteTaken(command.number);
+            if (command.replyQueue != nullptr) command.replyQueue->notePresent(present);
+            while (isHeld) Sleep(1);
+            if (command.replyQueue != nullptr && answers) ScriptedAgent::succeed(command);
+        };
+    }
+    ~Unanswered() override {
+        isHeld = false;
+        for (std::thread& host : hosts) host.join();
+    }
+
+    /// The agent is at this one, until it is let go.
+    void keepBusy() {
+        isHeld = true;
+        facade->stopDtcRead();
+        while (agent.requests().empty()) Sleep(1);
+    }
+    /// On a thread of its own; the outcome is there when that has ended.
+    void ping(unsigned int timeoutMs, Cause& cause) {
+        hosts.emplace_back([this, timeoutMs, &cause] {
+            facade->pingQor(timeoutMs);
+            cause = lastOutcome().cause;
+        });
+        const std::uint32_t before = agent.channel()->backlog.lastNumber();
+        for (int i = 0; i < 1000 && agent.channel()->backlog.lastNumber() == before; ++i) Sleep(1);
+        Sleep(5);  // and pushed
+    }
+    void join() {
+        for (std::thread& host : hosts) host.join();
+        hosts.clear();
+    }
+
+    std::atomic<bool> isHeld{false};
+    std::atomic<bool> answers{true};
+    std::atomic<Cause> present{Cause::agentBusy};
+    std::vector<std::thread> hosts;
+};
+
+TEST_F(Unanswered, BehindOtherRequestsIsThatTheAgentWasBusy) {
+    start();
+    keepBusy();
+    EXPECT_FALSE(facade->pingQor(20));
+    EXPECT_EQ(lastOutcome().cause, Cause::agentBusy);
+    EXPECT_GE(lastOutcome().elapsedMs, 40u);
+}
+
+TEST_F(Unanswered, PushedOutIsToldOfTheTenAndNotOfTheEleventh) {
+    start();
+    keepBusy();
+    Cause causes[11] = {};
+    for (Cause& cause : causes) ping(500, cause);
+    isHeld = false;
+    join();
+    for (int i = 0; i < 10; ++i) EXPECT_EQ(causes[i], Cause::pushedOut) << "request " << i;
+    EXPECT_EQ(causes[10], Cause::none);
+}
+
+TEST_F(Unanswered, BehindAFullQueueIsThatTheAgentWasBusyWhileItTookNoLaterOne) {
+    start();
+    keepBusy();
+    Cause causes[11] = {};
+    for (Cause& cause : causes) ping(100, cause);
+    join();
+    for (const Cause cause : causes) EXPECT_EQ(cause, Cause::agentBusy);
+}
+
+TEST_F(Unanswered, WhatIsUnderWayTellsHowFarItIs) {
+    answers = false;
+    start();
+    for (const Cause how :
+         {Cause::agentBusy, Cause::noConnection, Cause::qorSilent, Cause::noData}) {
+        present = how;
+        EXPECT_FALSE(facade->pingQor(20));
+        EXPECT_EQ(lastOutcome().cause, how);
+    }
+}
+
+TEST_F(Unanswered, AQueueThatIsUsedAgainTellsNothingOfBefore) {
+    start();
+    ASSERT_TRUE(facade->pingQor(1000));
+    keepBusy();
+    EXPECT_FALSE(facade->pingQor(20));
+    EXPECT_EQ(lastOutcome().cause, Cause::agentBusy);
+}
+
+TEST_F(Unanswered, AWaitWithoutALimitEndsWhenTheRequestIsPushedOut) {
+    start();
+    keepBusy();
+    Cause cause = Cause::none;
+    hosts.emplace_back([&] {
+        EXPECT_FALSE(qorcontrol::openModelAndWait(*facade, {}));
+        cause = lastOutcome().cause;
+    });
+    while (agent.channel()->backlog.lastNumber() < 2) Sleep(1);
+    Sleep(5);
+    for (int i = 0; i < 10; ++i) facade->stopDtcRead();
+    isHeld = false;
+    join();
+    EXPECT_EQ(cause, Cause::pushedOut);
+}
+
+TEST(Backlog, GoesOnWhereTheNumbersBeginAgain) {
+    channel::Backlog backlog;
+    backlog.noteTaken(0xFFFFFFFFu);
+    EXPECT_TRUE(backlog.hasPassed(0xFFFFFFFEu));
+    EXPECT_FALSE(backlog.hasPassed(0));
+    backlog.noteTaken(2);
+    EXPECT_TRUE(backlog.hasPassed(0xFFFFFFFEu));
+    EXPECT_FALSE(backlog.hasPassed(2));
+}
+
+}  // namespace
