@@ -112,11 +112,11 @@ class Package:
 
     def make(self):
         self.install()
-        self.split_symbols()
         self.make_microsoft_library()
         self.copy_examples()
         self.write_read_me()
         pages.write_pages(self.source, self.files)
+        self.split_symbols()
         write_licences(self.fetched, self.files / "licences")
         self.write_manifest()
         self.pack(self.symbols, "-symbols")

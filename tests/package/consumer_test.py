@@ -50,7 +50,7 @@ class Consumer(unittest.TestCase):
         # As if the paths of the build were gone: the hosts' project is elsewhere, too.
         cls.project = cls.folder.parent / "station"
         shutil.copytree(HERE / "consumer", cls.project)
-        shutil.copy(cls.folder / "examples/tour.cpp", cls.project / "cpp_host.cpp")
+        shutil.copy(SOURCE / "tools/example/minimal_host.cpp", cls.project / "cpp_host.cpp")
 
     def build(self, project, build, *target):
         status, told = run("cmake", "-S", project, "-B", build, "-G", "Ninja",
@@ -73,15 +73,15 @@ class Consumer(unittest.TestCase):
 
     def test_cmake_finds_the_package_and_hosts_of_both_dlls_read_a_value(self):
         settings = windows_path(self.folder / "bin/simulator.ini")
-        for host, dlls, closing in (
-                ("c_host", {"QorControlC.dll"}, r"^engine speed [1-9][0-9]+ 1/min"),
-                ("cpp_host", {"QorControlFacade.dll", *unzipped.RUN_TIMES}, "^close: ok")):
+        for host, dlls in (("c_host", {"QorControlC.dll"}),
+                           ("cpp_host", {"QorControlFacade.dll", *unzipped.RUN_TIMES})):
             with self.subTest(host):
                 build = self.project / f"build-{host}"
                 self.build(self.project, build, "--target", host)
                 self.assertEqual(dlls, {path.name for path in build.glob("*.dll")})
                 self.start_simulator(settings)  # a host shuts it down in the end
-                status, told = self.run_host(build / f"{host}.exe", settings, closing=closing)
+                status, told = self.run_host(build / f"{host}.exe", settings,
+                                             closing=r"^engine speed [1-9][0-9]+ 1/min")
                 self.assertEqual(0, status, told)
 
     def test_the_project_of_the_notes_builds(self):
