@@ -29,6 +29,7 @@ protected:
 
     struct NoCallback final : ClientExternalOperating::ConnectCallback {
         void onProgress() override {}
+        void onFigure(std::int32_t, std::uint32_t) override {}
     } callback;
     FakeMonitor monitor;
     std::shared_ptr<common::Interest> interest = std::make_shared<common::Interest>();
