@@ -7,7 +7,6 @@
 #include "guide/Diagnostics.h"
 #include "guide/Parameters.h"
 #include "guide/Session.h"
-#include "Models.h"
 #include "QorProcesses.h"
 #include "Station.h"
 #include "Waiting.h"
@@ -246,9 +245,9 @@ TEST_P(Guide, AKwpRequestIsAnsweredRefusedOrNotSent) {
 }
 
 TEST_P(Guide, AKwpAnswerThatMayBelongToAnEarlierRequestIsAskedForAgain) {
-    nlohmann::json model = shippedModel();
-    model["kwpServices"].push_back({{"service", "0x55"}, {"response", "95"}, {"delayMs", 900}});
-    station.settings.model = station.folder.write("slow.json", model.dump());
+    station.script =
+        R"({"rules":[{"match":{"id":15,"operation":85},"action":{"answer":"ackOnly","then":[)"
+        R"({"afterMs":900,"record":{"id":15,"payloadHex":"0100000095000000000000000000000000000000"}}]}}]})";
     ASSERT_TRUE(startConnected());
     QorControlFacade::KwpCommand slow = {0x55, "", 0};
     QorControlFacade::KwpCommand quick = {0x3E, "", 0};

@@ -67,7 +67,7 @@ TEST_F(Unanswered, PushedOutIsToldOfTheTenAndNotOfTheEleventh) {
     start();
     keepBusy();
     Cause causes[11] = {};
-    for (Cause& cause : causes) ping(500, cause);
+    for (Cause& cause : causes) ping(2000, cause);
     isHeld = false;
     join();
     for (int i = 0; i < 10; ++i) EXPECT_EQ(causes[i], Cause::pushedOut) << "request " << i;
