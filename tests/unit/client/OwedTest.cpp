@@ -142,6 +142,7 @@ protected:
 
     struct NoCallback final : ClientExternalOperating::ConnectCallback {
         void onProgress() override {}
+        void onFigure(std::int32_t, std::uint32_t) override {}
     } callback;
     std::shared_ptr<common::Interest> interest = std::make_shared<common::Interest>();
     const std::string marked = "true, of an earlier one?";
