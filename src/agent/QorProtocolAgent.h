@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -56,9 +57,12 @@ private:
     // One step each of the streams, in rounds without a request.
     void streamParams();
     void fillQueue(channel::ParamQueue& queue, const std::vector<std::string>& names);
+    bool prepare(const channel::RepeatRead& stream, Epoch epoch);
     void feedSink(const channel::RepeatRead& stream, Epoch epoch);
+    void forgetCursors(const channel::StreamRegistry::Registrations& registered);
     void streamDtcs();
     bool passOnDtcs();
+    common::Verdict silence() const;
     bool hasQorAnsweredLately() const;
     void directDtcs(const channel::CmdDataDtc& wanted);
 
@@ -75,6 +79,9 @@ private:
 
     Epoch epoch_ = 0;        // as last noted
     bool isQorNew_ = false;  // it has not reported an ECU online since
+
+    // How far each sink is, by its address; new with each preparation.
+    std::map<const void*, std::vector<ArrivalCursor>> cursors_;
 
     // The one stream of trouble codes, into a queue or into a sink; without either there is none.
     channel::DtcQueue* dtcQueue_ = nullptr;

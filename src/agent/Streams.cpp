@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <iterator>
 #include <map>
 #include <utility>
 
@@ -20,26 +22,43 @@ bool QorProtocolAgent::hasQorAnsweredLately() const {
 
 void QorProtocolAgent::streamParams() {
     auto registered = channel_->streams.all();
+    forgetCursors(registered);
     if (registered.empty()) return;
     std::map<const void*, bool> tried;
     const Epoch epoch = client_->epoch();
     for (const auto& entry : registered) {
+        const channel::RepeatRead& stream = entry.second;
         // What another QOR was set up to send, this one does not send.
-        bool prepared = entry.second.prepared && entry.second.epoch == epoch;
+        bool prepared = stream.prepared && stream.epoch == epoch;
+        if (stream.sink != nullptr && stream.prepared && !prepared) feedSink(stream, stream.epoch);
         if (!prepared && !isQorNew_ && hasQorAnsweredLately())
-            prepared = tried[entry.first] =
-                client_->subscribe(epoch, entry.second.names, entry.second.given.get());
-        if (prepared && entry.second.queue != nullptr)
-            fillQueue(*entry.second.queue, entry.second.names);
+            prepared = tried[entry.first] = prepare(stream, epoch);
+        if (prepared && stream.queue != nullptr)
+            fillQueue(*stream.queue, stream.names);
         else if (prepared)
-            feedSink(entry.second, epoch);
+            feedSink(stream, epoch);
     }
     for (const auto& [target, isPrepared] : tried) {
         const channel::RepeatRead& entry = registered[target];
         const bool isLive = channel_->streams.notePreparation(target, isPrepared, epoch);
         // A stop that came meanwhile has taken back what another QOR had been asked for.
-        if (!isLive && isPrepared && entry.prepared) client_->unsubscribe(epoch, entry.names);
+        const bool isToEnd = entry.prepared || entry.sink != nullptr;
+        if (!isLive && isPrepared && isToEnd) client_->unsubscribe(epoch, entry.names);
     }
+}
+
+bool QorProtocolAgent::prepare(const channel::RepeatRead& stream, Epoch epoch) {
+    if (stream.sink == nullptr) return client_->subscribe(epoch, stream.names);
+    client_->beginRequest(nullptr);
+    const bool prepared = client_->subscribe(epoch, stream.names, &cursors_[stream.sink.get()]);
+    client_->endRequest();
+    stream.sink->notePreparation(prepared ? common::Verdict() : client_->verdict());
+    return prepared;
+}
+
+void QorProtocolAgent::forgetCursors(const channel::StreamRegistry::Registrations& registered) {
+    for (auto entry = cursors_.begin(); entry != cursors_.end();)
+        entry = registered.count(entry->first) == 0 ? cursors_.erase(entry) : std::next(entry);
 }
 
 void QorProtocolAgent::fillQueue(channel::ParamQueue& queue,
@@ -58,19 +77,28 @@ void QorProtocolAgent::fillQueue(channel::ParamQueue& queue,
 }
 
 void QorProtocolAgent::feedSink(const channel::RepeatRead& stream, Epoch epoch) {
-    std::vector<ArrivedValue> arrived;
-    for (std::size_t i = 0; i < stream.names.size(); ++i) {
-        std::uint64_t& given = (*stream.given)[i];
-        arrived.clear();
-        client_->collectArrivals(epoch, stream.names[i], given, arrived);
-        for (const ArrivedValue& each : arrived) {
-            stream.sink->take({i, each.value, each.tick, each.number - given - 1});
-            given = each.number;
-        }
-        if (!arrived.empty())
-            channel_->values.store(stream.names[i],
-                                   {{arrived.back().value}, {}, {}, arrived.back().tick});
+    struct Named {
+        std::size_t name;
+        ArrivedValue arrived;
+    };
+    std::vector<ArrivalCursor>& cursors = cursors_[stream.sink.get()];
+    const auto collected = client_->collectArrivals(epoch, cursors);
+    std::vector<Named> all;
+    for (std::size_t i = 0; i < collected.size(); ++i)
+        for (const ArrivedValue& each : collected[i]) all.push_back({i, each});
+    std::sort(all.begin(), all.end(), [](const Named& one, const Named& other) {
+        return one.arrived.order < other.arrived.order;
+    });
+    for (const auto& [name, arrived] : all) {
+        std::uint64_t& taken = cursors[name].taken;
+        stream.sink->take({name, arrived.value, arrived.tick, arrived.number - taken - 1});
+        taken = arrived.number;
     }
+    if (epoch != epoch_) return;
+    for (std::size_t i = 0; i < collected.size(); ++i)
+        if (!collected[i].empty())
+            channel_->values.store(stream.names[i],
+                                   {{collected[i].back().value}, {}, {}, collected[i].back().tick});
 }
 
 bool QorProtocolAgent::stopParamStream(const Request<channel::CmdRepeatRead>& request) {
@@ -86,11 +114,16 @@ void QorProtocolAgent::streamDtcs() {
         if (dtcQueue_ != nullptr)
             dtcQueue_->push({QorControlFacade::DtcDescription()});
         else
-            dtcSink_->noteSilence();
+            dtcSink_->noteSilence(silence());
         dtcFailures_ = 0;
     }
     // From the end of the read, so that a slow one does not shorten the pause.
     dtcNextTick_ = common::now() + dtcPeriodMs_;
+}
+
+common::Verdict QorProtocolAgent::silence() const {
+    if (hasQorAnsweredLately()) return client_->verdict();
+    return {qorcontrol::Cause::qorSilent, "", false};
 }
 
 bool QorProtocolAgent::passOnDtcs() {

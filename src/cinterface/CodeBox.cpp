@@ -16,7 +16,7 @@ void CodeBox::take(Codes codes) {
     });
 }
 
-void CodeBox::noteSilence() {
+void CodeBox::noteSilence(const common::Verdict&) {
     content_.change([](Content& content) {
         if (content.next.found == Found::nothing) content.next.found = Found::silence;
     });

@@ -14,7 +14,7 @@ public:
     using Codes = std::vector<QorControlFacade::DtcDescription>;
 
     void take(Codes codes) override;
-    void noteSilence() override;
+    void noteSilence(const common::Verdict& verdict) override;
 
     enum class Found { nothing, codes, silence, closed };
     /// What a read has found, with its list.

@@ -18,6 +18,16 @@ void ValueRing::take(const channel::Sample& sample) {
     });
 }
 
+void ValueRing::notePreparation(const common::Verdict& verdict) {
+    content_.change([&](Content& content) { content.preparation = verdict; });
+}
+
+common::Verdict ValueRing::preparation() {
+    common::Verdict verdict;
+    content_.change([&](Content& content) { verdict = content.preparation; });
+    return verdict;
+}
+
 std::optional<unsigned int> ValueRing::read(QorSample* samples, unsigned int capacity,
                                             unsigned int timeoutMs) {
     unsigned int got = 0;

@@ -18,6 +18,10 @@ public:
     ValueRing(unsigned int slots, std::size_t nameCount);
 
     void take(const channel::Sample& sample) override;
+    void notePreparation(const common::Verdict& verdict) override;
+
+    /// How the last preparation ended; `notReady` before the first one.
+    common::Verdict preparation();
 
     /// At most so many of the oldest, when there are any or the time has passed. Nothing if it is
     /// closed.
@@ -44,6 +48,7 @@ private:
         std::size_t first = 0;
         std::size_t count = 0;
         bool closed = false;
+        common::Verdict preparation{qorcontrol::Cause::notReady, "", false};
 
         void drop();
         void add(const channel::Sample& sample);

@@ -125,17 +125,18 @@ public:
     /// is over, changes nothing. What an epoch has asked for is forgotten with it and cannot be
     /// taken back in the next: an `unsubscribe` for an older epoch only sends QOR the present list
     /// as it is, because QOR may be the one it always was and still go by its old list.
-    /// `arrived` (may be null) gets for each name the number of the last value before.
+    /// For who wants each value, not only the latest one, `cursors` gets one per name.
     bool subscribe(Epoch epoch, const std::vector<std::string>& names,
-                   std::vector<std::uint64_t>* arrived = nullptr);
+                   std::vector<ArrivalCursor>* cursors = nullptr);
     bool unsubscribe(Epoch epoch, const std::vector<std::string>& names);
     /// The values that QOR last sent of a parameter, with the time of their arrival; without a
     /// command once the name is known.
     bool peekParamData(const std::string& name, SampledValue& sample);
-    /// Adds what QOR has sent by itself of a parameter that is subscribed to in that epoch, after
-    /// the value of that number; what is too old is not kept.
-    void collectArrivals(Epoch epoch, const std::string& name, std::uint64_t after,
-                         std::vector<ArrivedValue>& values);
+    /// What QOR has sent by itself, of parameters that were subscribed to with cursors in that
+    /// epoch, the present one or the one before: for each cursor what came behind it. What is too
+    /// old is not kept.
+    std::vector<std::vector<ArrivedValue>> collectArrivals(
+        Epoch epoch, const std::vector<ArrivalCursor>& cursors);
 
     /// The trouble codes. There is no selection by status: QOR is passed whether the mask is 0.
     bool getDtc(std::uint32_t statusMask, std::vector<protocol::DtcRecord>& dtcs,
@@ -213,7 +214,7 @@ private:
                     std::vector<std::int32_t>& indices);
     bool sendSubscriptions(Epoch epoch);
     bool count(Epoch epoch, const std::vector<std::int32_t>& indices, std::int32_t difference);
-    std::vector<std::uint64_t> arrivedSoFar(const std::vector<std::int32_t>& indices);
+    std::vector<ArrivalCursor> keepArrivals(const std::vector<std::int32_t>& indices);
 
     /// Sends a command for the present caller (unless nobody is to wait for it); with an epoch one
     /// that names indices, which leaves in that epoch only.

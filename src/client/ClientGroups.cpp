@@ -58,37 +58,36 @@ bool ClientExternalOperating::readTogether(const std::vector<std::string>& names
 }
 
 bool ClientExternalOperating::subscribe(Epoch epoch, const std::vector<std::string>& names,
-                                        std::vector<std::uint64_t>* arrived) {
+                                        std::vector<ArrivalCursor>* cursors) {
     Epoch resolvedIn = 0;
     std::vector<std::int32_t> indices;
     if (!resolveAll(names, clientsend::resolveMs, resolvedIn, indices)) return false;
     if (resolvedIn != epoch || !count(epoch, indices, 1)) return false;
-    if (arrived != nullptr) *arrived = arrivedSoFar(indices);
+    if (cursors != nullptr) *cursors = keepArrivals(indices);
     if (sendSubscriptions(epoch)) return true;
     count(epoch, indices, -1);  // whoever asks again must not count twice
     return false;
 }
 
-std::vector<std::uint64_t> ClientExternalOperating::arrivedSoFar(
+std::vector<ArrivalCursor> ClientExternalOperating::keepArrivals(
     const std::vector<std::int32_t>& indices) {
     const auto state = state_.lock();
-    std::vector<std::uint64_t> counts;
-    for (const std::int32_t index : indices) {
-        const Arrivals* const arrivals = state->params.arrivals(index);
-        counts.push_back(arrivals != nullptr ? arrivals->count() : 0);
-    }
-    return counts;
+    std::vector<ArrivalCursor> cursors;
+    for (const std::int32_t index : indices) cursors.push_back(state->params.keepArrivals(index));
+    return cursors;
 }
 
-void ClientExternalOperating::collectArrivals(Epoch epoch, const std::string& name,
-                                              std::uint64_t after,
-                                              std::vector<ArrivedValue>& values) {
-    Place place;
-    if (!resolve(name, clientsend::resolveMs, place) || place.epoch != epoch) return;
+std::vector<std::vector<ArrivedValue>> ClientExternalOperating::collectArrivals(
+    Epoch epoch, const std::vector<ArrivalCursor>& cursors) {
+    std::vector<std::vector<ArrivedValue>> values(cursors.size());
     const auto state = state_.lock();
-    if (state->epoch != epoch) return;
-    const Arrivals* const arrivals = state->params.arrivals(place.index);
-    if (arrivals != nullptr) arrivals->collect(after, values);
+    const Epoch age = state->epoch - epoch;
+    if (age > 1) return values;
+    for (std::size_t i = 0; i < cursors.size(); ++i) {
+        const Arrivals* const kept = state->params.arrivals(cursors[i].index, age == 1);
+        if (kept != nullptr) kept->collect(cursors[i].taken, values[i]);
+    }
+    return values;
 }
 
 bool ClientExternalOperating::unsubscribe(Epoch epoch, const std::vector<std::string>& names) {

@@ -116,20 +116,31 @@ std::vector<std::int32_t> ParamTables::streamed() const {
     return indices;
 }
 
-const Arrivals* ParamTables::arrivals(std::int32_t index) const {
+ArrivalCursor ParamTables::keepArrivals(std::int32_t index) {
     const auto found = streams_.find(index);
-    return found != streams_.end() ? &found->second.arrivals : nullptr;
+    if (found == streams_.end()) return {index, 0};
+    auto& arrivals = found->second.arrivals;
+    if (arrivals == nullptr) arrivals = std::make_unique<Arrivals>();
+    return {index, arrivals->count()};
+}
+
+const Arrivals* ParamTables::arrivals(std::int32_t index, bool former) const {
+    const Streams& streams = former ? formerStreams_ : streams_;
+    const auto found = streams.find(index);
+    return found != streams.end() ? found->second.arrivals.get() : nullptr;
 }
 
 void ParamTables::noteArrival(std::int32_t index, double value, common::Moment tick) {
     const auto found = streams_.find(index);
-    if (found != streams_.end()) found->second.arrivals.note(value, tick);
+    if (found == streams_.end() || found->second.arrivals == nullptr) return;
+    found->second.arrivals->note(value, tick, ++arrivalCount_);
 }
 
 void ParamTables::clear() {
     descriptions_.clear();
     values_.clear();
     samples_.clear();
+    formerStreams_ = std::move(streams_);
     streams_.clear();
     ages_.clear();
     heldBytes_ = 0;

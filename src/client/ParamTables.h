@@ -65,9 +65,12 @@ public:
     void count(const std::vector<std::int32_t>& indices, std::int32_t difference);
     /// The indices with streams, in ascending order.
     std::vector<std::int32_t> streamed() const;
-    /// What has arrived for an index since it has had streams; null if it has none.
-    const Arrivals* arrivals(std::int32_t index) const;
-    /// For an index without streams it is not kept.
+    /// From now on what arrives for an index is kept, as long as it has streams. Its cursor.
+    ArrivalCursor keepArrivals(std::int32_t index);
+    /// What has arrived; null if it is not kept. After a `clear` what was kept before can still be
+    /// had as `former`, until the next one.
+    const Arrivals* arrivals(std::int32_t index, bool former) const;
+    /// Kept only where somebody wants that.
     void noteArrival(std::int32_t index, double value, common::Moment tick);
 
     /// Forgets all entries and streams.
@@ -78,8 +81,9 @@ public:
 private:
     struct Streamed {
         std::int32_t streams = 0;
-        Arrivals arrivals;
+        std::unique_ptr<Arrivals> arrivals;  // null: nobody wants more than the latest value
     };
+    using Streams = std::map<std::int32_t, Streamed>;
 
     /// One entry of one of the tables; a description has its name, the others have an index.
     struct Aged {
@@ -121,7 +125,9 @@ private:
     Table<std::string, protocol::ParamInfo> descriptions_;
     Table<std::int32_t, std::vector<double>> values_;
     Table<std::int32_t, SampledValue> samples_;
-    std::map<std::int32_t, Streamed> streams_;
+    Streams streams_;
+    Streams formerStreams_;  // of before the last clear, for their arrivals
+    std::uint64_t arrivalCount_ = 0;
     std::unique_ptr<std::string> awaitedName_;  // null: none
     std::set<std::int32_t> awaitedIndices_;
 };

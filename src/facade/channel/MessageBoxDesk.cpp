@@ -4,14 +4,20 @@
 #include <utility>
 
 #include "common/Clock.h"
+#include "common/Pump.h"
 #include "common/SlicedWait.h"
 
 namespace channel {
 
 namespace {
 
-/// More than one box may wait for the one event; each looks again after so long at the latest.
-constexpr std::uint32_t lookMs = 20;
+/// More than one box may wait for the one event, and what QOR sends meanwhile comes as messages to
+/// the thread that waits: each looks after so long at the latest.
+constexpr std::uint32_t lookMs = 5;
+
+std::size_t bytesOf(const MessageBoxDesk::Box& box) {
+    return box.text.size() + box.caption.size();
+}
 
 }  // namespace
 
@@ -20,6 +26,7 @@ void MessageBoxDesk::setPolicy(Policy policy, std::uint32_t choice, std::uint32_
     state->policy = policy;
     state->choice = choice;
     state->askMs = askMs;
+    state->isReporting = true;
 }
 
 std::uint32_t MessageBoxDesk::present(const std::string& text, const std::string& caption,
@@ -37,13 +44,14 @@ MessageBoxDesk::Way MessageBoxDesk::enter(Box box) {
     box.id = state->lastId + 1;
     state->boxes.push_back({std::move(box), false, state->policy == Policy::ask});
     ++state->lastId;
-    if (state->boxes.size() > maxBoxes) state->boxes.pop_front();
+    makeRoom(*state);
     return {state->lastId, state->policy, state->choice, state->askMs};
 }
 
 std::uint32_t MessageBoxDesk::awaitHost(const Way& way) {
     common::SlicedWait wait(way.askMs);
     do {
+        common::pumpCopyData();
         if (const auto choice = hostsChoice(way.id)) return *choice;
         if (state_.lock()->isClosed) return way.choice;
         if (changed_.exists())
@@ -67,6 +75,16 @@ void MessageBoxDesk::settle(std::uint32_t id, std::uint32_t choice) {
     if (kept == nullptr) return;
     kept->box.isWaiting = false;
     kept->box.choice = choice;
+    if (!state->isReporting) state->boxes.clear();
+}
+
+void MessageBoxDesk::makeRoom(State& state) {
+    std::size_t bytes = 0;
+    for (const Kept& kept : state.boxes) bytes += bytesOf(kept.box);
+    while (state.boxes.size() > 1 && (state.boxes.size() > maxBoxes || bytes > maxBytes)) {
+        bytes -= bytesOf(state.boxes.front().box);
+        state.boxes.pop_front();
+    }
 }
 
 MessageBoxDesk::Kept* MessageBoxDesk::find(State& state, std::uint32_t id) {

@@ -35,10 +35,12 @@ public:
     };
     using Show = std::function<unsigned int()>;
 
-    /// So many are kept for who asks; the oldest go.
+    /// So many are kept for who asks, with texts of so many bytes; the oldest go.
     static constexpr std::size_t maxBoxes = 100;
+    static constexpr std::size_t maxBytes = 1u << 20;
 
-    /// For the boxes that come from now on.
+    /// For the boxes that come from now on. Until this is called nobody asks for boxes, and none
+    /// is kept.
     void setPolicy(Policy policy, std::uint32_t choice, std::uint32_t askMs);
 
     /// Deals with one; returns the choice. `show` puts it on the screen and waits for the user.
@@ -65,6 +67,7 @@ private:
         std::uint32_t choice = 0;
         std::uint32_t askMs = 0;
         std::uint32_t lastId = 0;
+        bool isReporting = false;
         bool isClosed = false;
         std::deque<Kept> boxes;
     };
@@ -80,6 +83,7 @@ private:
     std::uint32_t awaitHost(const Way& way);
     std::optional<std::uint32_t> hostsChoice(std::uint32_t id);
     void settle(std::uint32_t id, std::uint32_t choice);
+    static void makeRoom(State& state);
     static Kept* find(State& state, std::uint32_t id);
 
     common::Guarded<State> state_;

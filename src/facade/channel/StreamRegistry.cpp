@@ -5,14 +5,12 @@
 namespace channel {
 
 void StreamRegistry::add(ParamQueue* queue, const std::vector<std::string>& names) {
-    (*repeatReads_.lock())[queue] = RepeatRead{queue, nullptr, names, false, 0, nullptr};
+    (*repeatReads_.lock())[queue] = RepeatRead{queue, nullptr, names, false, 0};
 }
 
 void StreamRegistry::add(std::shared_ptr<ValueSink> sink, const std::vector<std::string>& names) {
     const void* const target = sink.get();
-    auto given = std::make_shared<std::vector<std::uint64_t>>(names.size());
-    (*repeatReads_.lock())[target] =
-        RepeatRead{nullptr, std::move(sink), names, false, 0, std::move(given)};
+    (*repeatReads_.lock())[target] = RepeatRead{nullptr, std::move(sink), names, false, 0};
 }
 
 std::optional<RepeatRead> StreamRegistry::remove(const void* target) {

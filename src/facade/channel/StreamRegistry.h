@@ -20,9 +20,6 @@ struct RepeatRead {
     std::vector<std::string> names;
     bool prepared = false;    ///< the agent has set QOR up to send these
     std::uint32_t epoch = 0;  ///< which QOR that was, in the agent's count
-    /// For a sink, and touched by the agent alone: per name the number of the last value that it
-    /// was given.
-    std::shared_ptr<std::vector<std::uint64_t>> given;
 };
 
 /// The host's queues, and the sinks, that the agent is to fill with values. Each is known by its

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "common/Moment.h"
+#include "common/Verdict.h"
 #include "facade/QorControlFacade.h"
 
 /// Where streams may go besides the queues of C++ hosts, for who wants to know more: each value
@@ -23,15 +24,19 @@ struct Sample {
 class ValueSink {
 public:
     virtual ~ValueSink() = default;
+    /// In the order of their arrival, also among the names.
     virtual void take(const Sample& sample) = 0;
+    /// Whether QOR was set up to send these values: cause `none`, or why it was not. It is tried
+    /// again.
+    virtual void notePreparation(const common::Verdict& verdict) = 0;
 };
 
 class DtcSink {
 public:
     virtual ~DtcSink() = default;
     virtual void take(std::vector<QorControlFacade::DtcDescription> dtcs) = 0;
-    /// Some reads in a row have failed.
-    virtual void noteSilence() = 0;
+    /// Some reads in a row have failed, the last one for this.
+    virtual void noteSilence(const common::Verdict& verdict) = 0;
 };
 
 }  // namespace channel

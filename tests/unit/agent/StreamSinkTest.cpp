@@ -17,11 +17,15 @@ public:
         taken.push_back(text);
         arrivals.push_back(sample.arrival);
     }
+    void notePreparation(const common::Verdict& verdict) override {
+        preparations.push_back(verdict.cause);
+    }
     std::vector<std::string> takeAll() { return std::exchange(taken, {}); }
 
     const std::vector<std::string> names;
     std::vector<std::string> taken;
     std::vector<common::Moment> arrivals;
+    std::vector<qorcontrol::Cause> preparations;
 };
 
 class StreamSink : public StreamTest {
@@ -98,6 +102,40 @@ TEST_F(StreamSink, GoesOnWithAnotherQorWithoutCountingItsValuesAsMissed) {
     EXPECT_THAT(sink->takeAll(), ElementsAre("Speed=9"));
 }
 
+TEST_F(StreamSink, GetsTheValuesOfAllNamesInTheOrderOfTheirArrival) {
+    const auto sink = stream({"Speed", "Load"});
+    for (const double value : {1, 2}) {
+        qor.sendValue(load, value);
+        qor.sendValue(speed, value);
+    }
+    idleRound();
+    EXPECT_THAT(sink->takeAll(), ElementsAre("Load=1", "Speed=1", "Load=2", "Speed=2"));
+}
+
+TEST_F(StreamSink, GetsWhatCameRightBeforeQorBecameAnother) {
+    const auto sink = stream({"Speed"});
+    for (const double value : {1, 2}) qor.sendValue(speed, value);
+    qor.newQor();
+    idleRound();
+    EXPECT_THAT(sink->takeAll(), ElementsAre("Speed=1", "Speed=2"));
+}
+
+TEST_F(StreamSink, HearsWhyQorIsNotSetUpForIt) {
+    const auto sink = stream({"Speed"});
+    qor.knows("NoSuch", protocol::ParamInfo::unknownIndex);
+    const auto wrong = stream({"Speed", "NoSuch"});
+    EXPECT_THAT(sink->preparations, ElementsAre(qorcontrol::Cause::none));
+    EXPECT_THAT(wrong->preparations, ElementsAre(qorcontrol::Cause::unknownName));
+}
+
+TEST_F(StreamSink, ThatGoesWhileQorIsSetUpForItLeavesNothingBehind) {
+    auto sink = std::make_shared<NotingSink>(Names{"Speed"});
+    channel->streams.add(sink, {"Speed"});
+    whileQorTakesAList([&] { channel->streams.remove(sink.get()); });
+    idleRound();
+    EXPECT_THAT(lists(), ElementsAre(ElementsAre(7u), IsEmpty()));
+}
+
 TEST_F(StreamSink, FillsTheValueCacheAsAQueueDoes) {
     const auto sink = stream({"Speed"});
     qor.sendValue(speed, 4);
@@ -118,7 +156,9 @@ public:
     void take(std::vector<QorControlFacade::DtcDescription> dtcs) override {
         told += std::to_string(dtcs.size()) + " codes ";
     }
-    void noteSilence() override { told += "silence "; }
+    void noteSilence(const common::Verdict& verdict) override {
+        told += "silence(" + std::to_string(static_cast<int>(verdict.cause)) + ") ";
+    }
 
     std::string told;
 };
@@ -141,7 +181,7 @@ TEST_F(DtcStreamSink, GetsTheListsAndIsToldOfSilence) {
     qorRefuses();
     sink->told.clear();
     roundsEvery(100, 4);
-    EXPECT_EQ(sink->told, "silence ");
+    EXPECT_EQ(sink->told, "silence(5) ");
 }
 
 TEST_F(DtcStreamSink, MakesRoomForAQueueAndEndsWithTheStream) {

@@ -43,6 +43,7 @@ TEST_F(MessageBoxDesk, AnswersWithTheGivenChoiceWithoutShowing) {
 }
 
 TEST_F(MessageBoxDesk, ReportsEachBoxInOrderWhateverBecameOfIt) {
+    desk.setPolicy(Desk::Policy::show, 0, 0);
     present("first");
     desk.setPolicy(Desk::Policy::answer, 7, 0);
     present("second");
@@ -98,8 +99,22 @@ TEST_F(MessageBoxDesk, AHostThatGoesKeepsNobodyWaiting) {
 }
 
 TEST_F(MessageBoxDesk, KeepsTheLatestHundredBoxes) {
+    desk.setPolicy(Desk::Policy::show, 0, 0);
     for (int i = 0; i < 103; ++i) present(std::to_string(i));
     EXPECT_EQ(desk.next()->text, "3");
+}
+
+TEST_F(MessageBoxDesk, KeepsNoMoreThanAMegabyteButForTheNewest) {
+    desk.setPolicy(Desk::Policy::show, 0, 0);
+    for (int i = 0; i < 3; ++i) present(std::string(Desk::maxBytes / 2, 'a'));
+    EXPECT_EQ(desk.next()->id, 3u);
+    present(std::string(Desk::maxBytes + 1, 'b'));
+    EXPECT_EQ(desk.next()->id, 4u);
+}
+
+TEST_F(MessageBoxDesk, KeepsNothingForAHostThatCannotAsk) {
+    present();
+    EXPECT_FALSE(desk.next());
 }
 
 }  // namespace
