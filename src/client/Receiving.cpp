@@ -118,6 +118,12 @@ void ClientExternalOperating::onModelDescription(const protocol::GetHex&) {
     // QOR may send it unasked, which is accepted; no operation asks for it.
 }
 
+void ClientExternalOperating::onRefused(std::uint32_t requestId) {
+    const auto state = state_.lock();
+    const std::shared_ptr<ILoan> loan = state->loans.take(requestId);
+    if (loan != nullptr) loan->giveBack(*state);
+}
+
 void ClientExternalOperating::onNewQor() {
     const auto state = state_.lock();
     ++state->epoch;

@@ -42,6 +42,35 @@ TEST(Owed, BeyondItsBoundTellsKeysApartNoMoreAndForgetsNone) {
     EXPECT_TRUE(owed.isOwed(0));
 }
 
+TEST(Owed, OfARefusedRequestIsPaidUnlessItsDataHasCome) {
+    Owed<int> owed;
+    const auto first = owed.add(1);
+    const auto second = owed.add(1);
+    owed.pay(1);
+    owed.cancel(1, first);  // data came for it
+    EXPECT_TRUE(owed.isOwed(1));
+    owed.cancel(1, second);
+    EXPECT_FALSE(owed.isOwed(1));
+    owed.add(1);
+    owed.cancel(1, second);
+    EXPECT_TRUE(owed.isOwed(1));
+    owed.clear();
+    owed.add(1);
+    owed.cancel(1, second);  // of one that is forgotten
+    EXPECT_TRUE(owed.isOwed(1));
+}
+
+TEST(Owed, OfManyRequestsForOneKeyIsPaidByAsManyRefusals) {
+    Owed<int> owed;
+    std::vector<Owed<int>::Ticket> tickets;
+    for (int i = 0; i < 50; ++i) tickets.push_back(owed.add(1));
+    for (auto ticket = tickets.rbegin(); ticket != tickets.rend(); ++ticket) {
+        EXPECT_TRUE(owed.isOwed(1));
+        owed.cancel(1, *ticket);
+    }
+    EXPECT_FALSE(owed.isOwed(1));
+}
+
 TEST(Owed, KeepsNoLongTexts) {
     Owed<std::string> owed;
     owed.add(std::string(Owed<std::string>::maxKeyChars + 1, 'x'));
@@ -269,6 +298,45 @@ TEST_F(OwedAnswers, AreThereOfWhatHasLeftEvenIfQorDidNotAcknowledgeIt) {
     qor.failure.reset();
     answersAfter<CommandGetDTC>(10, [&] { qor.send(CommandGetDTC()); });
     EXPECT_EQ(dtcs(), marked);
+}
+
+TEST_F(OwedAnswers, AreNoneOfWhatIsRefusedWhenItsTimeOutHasPassed) {
+    answersAfter<CommandGetDTC>(10, [&] { qor.send(CommandGetDTC()); });
+    qor.failure = Delivery::silent;
+    qor.on<CommandDirectCtrl>([](const CommandDirectCtrl&) { return false; });
+    EXPECT_EQ(read("S1"), "false");
+    EXPECT_EQ(read("S2"), "false");
+    qor.failure.reset();
+    qor.refuseLate(*qor.all<CommandDirectCtrl>().front());
+    answersAfter<CommandDirectCtrl>(10, [&] { tellValue(5); });
+    EXPECT_EQ(read("S1"), "true");
+    qor.refuseLate(*qor.all<CommandDirectCtrl>().front());  // once is enough
+    answersAfter<CommandDirectCtrl>(10, [&] { tellValue(6); });
+    EXPECT_EQ(read("S2"), marked);
+}
+
+TEST_F(OwedAnswers, ThatHaveComeAreNotPaidAgainByALateRefusal) {
+    qor.failure = Delivery::silent;
+    qor.on<CommandGetDTC>([](const CommandGetDTC&) { return false; });
+    EXPECT_EQ(dtcs(), "false");
+    qor.send(CommandGetDTC());
+    EXPECT_EQ(dtcs(), "false");
+    qor.failure.reset();
+    qor.refuseLate(*qor.all<CommandGetDTC>().front());
+    answersAfter<CommandGetDTC>(10, [&] { qor.send(CommandGetDTC()); });
+    EXPECT_EQ(dtcs(), marked);
+}
+
+TEST_F(OwedAnswers, OfManyTimedOutRequestsAreKnownAsFarAsThereIsRoom) {
+    qor.failure = Delivery::silent;
+    qor.on<CommandGetDTC>([](const CommandGetDTC&) { return false; });
+    for (std::size_t i = 0; i < Loans::maxLoans + 1; ++i) EXPECT_EQ(dtcs(), "false");
+    qor.failure.reset();
+    for (const CommandGetDTC* const each : qor.all<CommandGetDTC>()) qor.refuseLate(*each);
+    answersAfter<CommandGetDTC>(10, [&] { qor.send(CommandGetDTC()); });
+    EXPECT_EQ(dtcs(), marked);
+    qor.send(CommandGetDTC());
+    EXPECT_EQ(dtcs(), "true");
 }
 
 TEST_F(OwedAnswers, AreForgottenWithTheQorThatOwesThem) {
