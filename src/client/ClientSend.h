@@ -60,12 +60,14 @@ bool ClientExternalOperating::ask(typename Command::Payload payload, unsigned in
     const auto loan = std::make_shared<Loan<Key>>(owed, keys);
     auto command = std::make_unique<Command>(std::move(payload));
     const std::uint32_t requestId = command->requestId();
+    const auto leftIn = std::make_shared<Epoch>(this->epoch());
     // Counted in the moment in which it leaves: it is the QOR that gets it which owes, and its data
     // cannot come before.
-    const auto leaves = [this, loan, requestId, mayLeave = permit(timeoutMs, epoch)] {
+    const auto leaves = [this, loan, leftIn, requestId, mayLeave = permit(timeoutMs, epoch)] {
         if (mayLeave != nullptr && !mayLeave()) return false;
         const auto state = state_.lock();
         loan->take(*state);
+        *leftIn = state->epoch;
         if (loan->size() <= Owed<Key>::maxKeys) state->loans.keep(requestId, loan);
         return true;
     };
@@ -73,6 +75,7 @@ bool ClientExternalOperating::ask(typename Command::Payload payload, unsigned in
     const Delivery delivery = transport_->sendIf(leaves, std::move(command), timeoutMs);
     {
         const auto state = state_.lock();
+        sentIn_ = *leftIn;  // the send itself may have met a new QOR
         if (loan->isBehindAnother()) verdict_.mayBelongToEarlier = true;
         if (delivery == Delivery::refused) loan->giveBack(*state);
         // Only one that QOR has not answered may be refused later.

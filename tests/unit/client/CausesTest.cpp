@@ -105,6 +105,13 @@ TEST_F(Causes, OfDataThatDoesNotComeFromAQorThatBecameAnotherIsThatItChanged) {
     EXPECT_EQ(cause(), Cause::qorChanged);
 }
 
+TEST_F(Causes, OfDataThatDoesNotComeFromAQorThatTheSendItselfHasMetIsThatThereIsNone) {
+    qor.beforeLeaving = [this](const IExternalCommand&) { qor.newQor(); };
+    std::vector<protocol::DtcRecord> dtcs;
+    EXPECT_FALSE(client().getDtc(1, dtcs, 100));
+    EXPECT_EQ(cause(), Cause::noData);
+}
+
 TEST_F(Causes, OfAnIndexThatDoesNotHoldAnyMoreIsThatQorChanged) {
     qor.beforeLeaving = [this](const IExternalCommand& command) {
         if (command.getId() == CommandDirectCtrl::id) qor.newQor();
