@@ -20,6 +20,16 @@ constexpr unsigned int withExtra(unsigned int timeoutMs, unsigned int extraMs) {
     return timeoutMs == common::noLimitMs ? timeoutMs : timeoutMs + extraMs;
 }
 
+/// QOR knows other parameters from now on, and what it owes of the old ones has lost its meaning.
+inline void beginEpoch(ClientState& state) {
+    ++state.epoch;
+    state.params.clear();
+    state.ecuOnline = false;  // until it is said again
+    state.owedDescriptions.clear();
+    state.owedValues.clear();
+    state.owedSamples.clear();
+}
+
 }  // namespace clientsend
 
 /// What the client waits for, to the end of the block: it does not make room for anything else.

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "client/ClientExternalOperating.h"
+#include "client/ClientSend.h"
 #include "common/Clock.h"
 
 namespace {
@@ -126,12 +127,7 @@ void ClientExternalOperating::onRefused(std::uint32_t requestId) {
 
 void ClientExternalOperating::onNewQor() {
     const auto state = state_.lock();
-    ++state->epoch;
-    state->params.clear();
-    state->ecuOnline = false;  // until this one says so
+    clientsend::beginEpoch(*state);
     // What was asked of the one before, nobody will ever see.
     state->owedAnswers.clear();
-    state->owedDescriptions.clear();
-    state->owedValues.clear();
-    state->owedSamples.clear();
 }

@@ -355,6 +355,25 @@ TEST_F(OwedAnswers, AreForgottenWithTheQorThatOwesThem) {
     EXPECT_EQ(describe("Late"), "true");
 }
 
+TEST_F(OwedAnswers, ThatAreNotOfParametersOutliveTheOpeningOfAModel) {
+    EXPECT_EQ(kwp(), "false");
+    EXPECT_EQ(dtcs(), "false");
+    EXPECT_EQ(can(), "false");
+    EXPECT_EQ(read("S1"), "false");
+    EXPECT_EQ(readMap(), "false");
+    EXPECT_TRUE(client().startEdit(protocol::StartEdit()));
+    answersAfter<CommandExecKwp>(10, [&] { qor.send(CommandExecKwp()); });
+    answersAfter<CommandGetDTC>(10, [&] { qor.send(CommandGetDTC()); });
+    answersAfter<CommandCanBusData>(10, [&] { qor.send(CommandCanBusData()); });
+    answersAfter<CommandDirectCtrl>(10, [&] { tellValue(5); });
+    answersAfter<CommandStaticParam>(10, [&] { tellMap(1); });
+    EXPECT_EQ(kwp(), marked);
+    EXPECT_EQ(dtcs(), marked);
+    EXPECT_EQ(can(), marked);
+    EXPECT_EQ(read("S1"), "true");
+    EXPECT_EQ(readMap(), "true");
+}
+
 TEST_F(OwedAnswers, OfAQorThatComesWhileTheCommandWaitsAreItsOwn) {
     qor.beforeLeaving = [this](const IExternalCommand&) { qor.newQor(); };
     EXPECT_EQ(dtcs(), "false");
