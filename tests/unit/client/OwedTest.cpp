@@ -249,6 +249,30 @@ TEST_F(OwedAnswers, OfAReadOfSeveralMarkThoseOfEachAlone) {
     EXPECT_EQ(readAll({"S1", "S2"}), marked);
 }
 
+TEST_F(OwedAnswers, OfAReadThatNamesOneTwiceCountOnce) {
+    EXPECT_EQ(readAll({"S1", "S1"}), "false");
+    tellValue(5);
+    answersAfter<CommandDirectCtrl>(10, [&] { tellValue(5); });
+    EXPECT_EQ(read("S1"), "true");
+    answersAfter<CommandDirectCtrl>(10, nullptr);
+    EXPECT_EQ(read("S1"), "false");
+    EXPECT_EQ(read("S1"), "false");
+    answersAfter<CommandReadTogether>(10, [&] {
+        CommandReadTogether answer;
+        answer.paramIndices = {5, 5};
+        answer.values = {{1.0}, {1.0}};
+        qor.send(answer);
+    });
+    EXPECT_EQ(readAll({"S1", "S1"}), marked);  // two are still to come
+    EXPECT_EQ(readAll({"S1", "S1"}), marked);
+}
+
+TEST_F(OwedAnswers, OfADescriptionDoNotMarkAWrite) {
+    EXPECT_EQ(describe("Late"), "false");
+    qor.knows("Late", 8);
+    EXPECT_EQ(outcome([&] { return client().setParamData("Late", {1.0}); }), "true");
+}
+
 TEST_F(OwedAnswers, OfADescriptionAreMarkedAlsoWhereTheNameIsUnknown) {
     EXPECT_EQ(describe("Late"), "false");
     qor.knows("Late", 8);
