@@ -45,6 +45,7 @@ void QorProtocolAgent::step() {
     common::pumpCopyData();
     channel::ProtocolCmd command;
     if (!channel_->commandQueue.pop(command, requestWaitMs)) {
+        channel_->backlog.noteEmpty();
         streamParams();
         streamDtcs();
         return;

@@ -16,12 +16,14 @@ constexpr unsigned int pollMs = 1;
 
 Bootstrap::Bootstrap(ClientExternalOperating& client, common::Guarded<ClientState>& state,
                      const std::atomic<bool>& operating, IProgressMonitor& monitor,
-                     ClientExternalOperating::ConnectCallback& callback, std::uint32_t stepsBefore)
+                     ClientExternalOperating::ConnectCallback& callback, Epoch epoch,
+                     std::uint32_t stepsBefore)
     : client_(client),
       state_(state),
       operating_(operating),
       monitor_(monitor),
       callback_(callback),
+      epoch_(epoch),
       stepsBefore_(stepsBefore) {}
 
 bool Bootstrap::follow() {
@@ -36,7 +38,8 @@ bool Bootstrap::awaitResult() {
         common::pumpCopyData();
         const Phase phase = lookForResult();
         if (phase != Phase::goesOn) return phase == Phase::succeeded;
-        if (monitor_.isCancelled()) return fail(Cause::cancelled, "Bootstrap failed - cancelled");
+        if (monitor_.isCancelled())
+            return failOffline(Cause::cancelled, "Bootstrap failed - cancelled");
         reportProgress();
         reportFigure();
         common::sleepMs(pollMs);
@@ -68,8 +71,10 @@ bool Bootstrap::awaitOnline() {
     while (operating_) {
         common::pumpCopyData();
         if (client_.isEcuOnline()) return true;
-        if (monitor_.isCancelled()) return fail(Cause::cancelled, "Bootstrap failed - cancelled");
-        if (deadline.hasPassed()) return fail(Cause::ecuOffline, "Bootstrap failed - timeout");
+        if (monitor_.isCancelled())
+            return failOffline(Cause::cancelled, "Bootstrap failed - cancelled");
+        if (deadline.hasPassed())
+            return failOffline(Cause::ecuOffline, "Bootstrap failed - timeout");
         reportProgress();
         reportFigure();
         common::sleepMs(pollMs);
@@ -103,4 +108,12 @@ bool Bootstrap::fail(Cause cause, const char* message) {
     reason_ = message;
     monitor_.reportError(message, 0);
     return false;
+}
+
+bool Bootstrap::failOffline(Cause cause, const char* message) {
+    if (client_.epoch() != epoch_)
+        cause = Cause::qorChanged;
+    else if (client_.transport().isPeerGone())
+        cause = Cause::noConnection;
+    return fail(cause, message);
 }

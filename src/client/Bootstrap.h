@@ -13,7 +13,8 @@ class Bootstrap {
 public:
     Bootstrap(ClientExternalOperating& client, common::Guarded<ClientState>& state,
               const std::atomic<bool>& operating, IProgressMonitor& monitor,
-              ClientExternalOperating::ConnectCallback& callback, std::uint32_t stepsBefore);
+              ClientExternalOperating::ConnectCallback& callback, Epoch epoch,
+              std::uint32_t stepsBefore);
 
     /// True once the ECU is online. On failure the monitor has been told why. The first phase,
     /// until QOR reports the result, has no time limit; the monitor can cancel both.
@@ -33,12 +34,15 @@ private:
     void reportProgress();
     void reportFigure();
     bool fail(qorcontrol::Cause cause, const char* message);
+    /// The same for an end without the ECU online, unless QOR itself has gone.
+    bool failOffline(qorcontrol::Cause cause, const char* message);
 
     ClientExternalOperating& client_;
     common::Guarded<ClientState>& state_;
     const std::atomic<bool>& operating_;
     IProgressMonitor& monitor_;
     ClientExternalOperating::ConnectCallback& callback_;
+    const Epoch epoch_;                // of the QOR that has taken the request
     const std::uint32_t stepsBefore_;  // figures that had come when the connect began
     std::int32_t seenProgress_ = -1;
     std::uint32_t seenSteps_ = 0;

@@ -1,5 +1,6 @@
 #include "client/ClientCommands.h"
 
+#include <map>
 #include <utility>
 
 #include "client/ClientExternalOperating.h"
@@ -71,11 +72,16 @@ bool ClientCommandCanBusData::onReply(Replyer*, ClientExternalOperating* client)
 }
 
 bool ClientCommandReadTogether::onReply(Replyer*, ClientExternalOperating* client) {
+    // A parameter that stands there more than once is told once, as it was told last.
+    std::map<std::uint32_t, std::size_t> last;
+    for (std::size_t i = 0; i < paramIndices.size() && i < values.size(); ++i)
+        last[paramIndices[i]] = i;
     for (std::size_t i = 0; i < paramIndices.size(); ++i) {
         if (values.size() <= i) {
             client->onIncompleteAnswer();
             return false;
         }
+        if (last[paramIndices[i]] != i) continue;
         protocol::DirectCtrl record;
         record.paramIndex = paramIndices[i];
         record.operation = protocol::DirectCtrl::readValues;

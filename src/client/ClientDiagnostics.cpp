@@ -104,6 +104,8 @@ bool ClientExternalOperating::setEcuSegment(const std::string& segment, bool fla
 
 bool ClientExternalOperating::startEdit(const protocol::StartEdit& model) {
     const bool opened = send<CommandStartEdit>(model, editMs);
-    onNewQor();  // even if that failed: the session before it is over
+    // Even if that failed: the session before it is over. But QOR is the same, and what it owes
+    // beside parameters may still come.
+    clientsend::beginEpoch(*state_.lock());
     return opened;
 }

@@ -171,7 +171,8 @@ bool ClientExternalOperating::connectEcu(const protocol::KwpConnect& record,
     }
     if (!send<CommandKwpConnect>(record, connectMs)) return false;
     if (monitor == nullptr) return true;
-    Bootstrap bootstrap(*this, state_, operating_, *monitor, callback, stepsBefore);
+    // The epoch behind the send: on its way out it may have met a new QOR.
+    Bootstrap bootstrap(*this, state_, operating_, *monitor, callback, epoch(), stepsBefore);
     return bootstrap.follow() || fail(bootstrap.cause(), bootstrap.reason());
 }
 

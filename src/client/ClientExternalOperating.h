@@ -160,6 +160,7 @@ public:
     /// Also said when QOR has opened another model, then on the agent thread: it knows other
     /// parameters from then on.
     void onNewQor() override;
+    void onRefused(std::uint32_t requestId) override;
     void onParamValue(std::int32_t id, double value);
     void onParamInfo(const protocol::ParamInfo& record);
     void onDirectCtrl(protocol::DirectCtrl record);
@@ -226,8 +227,6 @@ private:
     bool ask(typename Command::Payload payload, unsigned int timeoutMs,
              Owed<Key> ClientState::*owed, const std::vector<Key>& keys,
              std::optional<Epoch> epoch = std::nullopt);
-    template <class Key>
-    struct Loan;
 
     IExternalCommandFactory::Permit permit(unsigned int timeoutMs, std::optional<Epoch> epoch);
     /// Before a send, and with its end: whether QOR has taken the command.

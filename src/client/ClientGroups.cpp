@@ -1,3 +1,5 @@
+#include <set>
+
 #include "client/ClientCommands.h"
 #include "client/ClientExternalOperating.h"
 #include "client/ClientSend.h"
@@ -49,8 +51,11 @@ bool ClientExternalOperating::readTogether(const std::vector<std::string>& names
             found[i] = *state->params.values(indices[i]);
         return true;
     };
-    if (!ask<ClientCommandReadTogether, std::int32_t>(std::move(request), timeoutMs,
-                                                      &ClientState::owedValues, indices, epoch))
+    // QOR answers once, however often a name stands there.
+    const std::set<std::int32_t> distinct(indices.begin(), indices.end());
+    if (!ask<ClientCommandReadTogether, std::int32_t>(
+            std::move(request), timeoutMs, &ClientState::owedValues,
+            std::vector<std::int32_t>(distinct.begin(), distinct.end()), epoch))
         return false;
     if (!awaitData(timeoutMs, areThere)) return false;
     values = std::move(found);

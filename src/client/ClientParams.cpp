@@ -54,7 +54,10 @@ bool ClientExternalOperating::describe(const std::string& name, ParamInfo& descr
 bool ClientExternalOperating::resolve(const std::string& name, unsigned int timeoutMs,
                                       Place& place) {
     ParamInfo description;
+    const bool wasMarked = verdict_.mayBelongToEarlier;
     if (!describe(name, description, place.epoch, timeoutMs)) return false;
+    // Whosever the description was, it is that of the name, and the outcome is not about it.
+    verdict_.mayBelongToEarlier = wasMarked;
     // What the request has learnt before may not hold any more.
     if (requestEpoch_ && *requestEpoch_ != place.epoch) return fail(Cause::qorChanged);
     place.index = description.paramIndex;

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "client/ClientExternalOperating.h"
+#include "client/Loans.h"
 #include "common/Deadline.h"
 #include "common/Pump.h"
 
@@ -17,6 +18,16 @@ constexpr unsigned int resolveMs = 400;
 /// A time-out with some extra time for QOR; "no limit" stays what it is.
 constexpr unsigned int withExtra(unsigned int timeoutMs, unsigned int extraMs) {
     return timeoutMs == common::noLimitMs ? timeoutMs : timeoutMs + extraMs;
+}
+
+/// QOR knows other parameters from now on, and what it owes of the old ones has lost its meaning.
+inline void beginEpoch(ClientState& state) {
+    ++state.epoch;
+    state.params.clear();
+    state.ecuOnline = false;  // until it is said again
+    state.owedDescriptions.clear();
+    state.owedValues.clear();
+    state.owedSamples.clear();
 }
 
 }  // namespace clientsend
@@ -52,43 +63,33 @@ bool ClientExternalOperating::send(typename Command::Payload payload, unsigned i
                                       std::make_unique<Command>(std::move(payload)), timeoutMs));
 }
 
-/// What one command makes QOR owe. Shared with the thread that sends it, which may be at it still
-/// when the sender has given up.
-template <class Key>
-struct ClientExternalOperating::Loan {
-    const std::vector<Key> keys;
-    // Under the client's lock from here.
-    bool isTaken = false;
-    bool isBehindAnother = false;
-    Epoch epoch = 0;
-};
-
 template <class Command, class Key>
 bool ClientExternalOperating::ask(typename Command::Payload payload, unsigned int timeoutMs,
                                   Owed<Key> ClientState::*owed, const std::vector<Key>& keys,
                                   std::optional<Epoch> epoch) {
-    const auto loan = std::make_shared<Loan<Key>>(Loan<Key>{keys});
-    // Counted in the moment in which it leaves: the epoch is the one of the QOR that gets it, and
-    // its data cannot come before.
-    const auto leaves = [this, owed, loan, mayLeave = permit(timeoutMs, epoch)] {
+    const auto loan = std::make_shared<Loan<Key>>(owed, keys);
+    auto command = std::make_unique<Command>(std::move(payload));
+    const std::uint32_t requestId = command->requestId();
+    const auto leftIn = std::make_shared<Epoch>(this->epoch());
+    // Counted in the moment in which it leaves: it is the QOR that gets it which owes, and its data
+    // cannot come before.
+    const auto leaves = [this, loan, leftIn, requestId, mayLeave = permit(timeoutMs, epoch)] {
         if (mayLeave != nullptr && !mayLeave()) return false;
         const auto state = state_.lock();
-        Owed<Key>& all = (*state).*owed;
-        for (const Key& key : loan->keys)
-            if (all.isOwed(key)) loan->isBehindAnother = true;
-        for (const Key& key : loan->keys) all.add(key);
-        loan->isTaken = true;
-        loan->epoch = state->epoch;
+        loan->take(*state);
+        *leftIn = state->epoch;
+        if (loan->size() <= Owed<Key>::maxKeys) state->loans.keep(requestId, loan);
         return true;
     };
     beginSend();
-    const Delivery delivery =
-        transport_->sendIf(leaves, std::make_unique<Command>(std::move(payload)), timeoutMs);
+    const Delivery delivery = transport_->sendIf(leaves, std::move(command), timeoutMs);
     {
         const auto state = state_.lock();
-        if (loan->isBehindAnother) verdict_.mayBelongToEarlier = true;
-        if (delivery == Delivery::refused && loan->isTaken && loan->epoch == state->epoch)
-            for (const Key& key : keys) ((*state).*owed).pay(key);
+        sentIn_ = *leftIn;  // the send itself may have met a new QOR
+        if (loan->isBehindAnother()) verdict_.mayBelongToEarlier = true;
+        if (delivery == Delivery::refused) loan->giveBack(*state);
+        // Only one that QOR has not answered may be refused later.
+        if (delivery != Delivery::silent) state->loans.take(requestId);
     }
     return endSend(delivery);
 }

@@ -4,6 +4,7 @@
 #include <deque>
 #include <vector>
 
+#include "client/Loans.h"
 #include "client/Owed.h"
 #include "client/ParamTables.h"
 #include "protocol/Records.h"
@@ -50,4 +51,5 @@ struct ClientState {
     Owed<std::string> owedDescriptions;
     Owed<std::int32_t> owedValues;   ///< by a read of one or of several
     Owed<std::int32_t> owedSamples;  ///< the three arrays
+    Loans loans;
 };

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <map>
 #include <string>
+#include <vector>
 
 /// What QOR still owes of one kind of thing, by a key: the requests that have left for it less the
 /// data that has come since, whoever waited for it. QOR's data does not tell whose request it
@@ -17,37 +19,107 @@ public:
     static constexpr std::size_t maxKeys = 1000;
     static constexpr std::size_t maxKeyChars = 1000;
 
-    bool isOwed(const Key& key) const { return others_ != 0 || counts_.count(key) != 0; }
+    /// One request for one key; no two have the same.
+    struct Ticket {
+        std::uint64_t number = 0;
+        bool isApart = false;  // under its own key
+    };
+
+    bool isOwed(const Key& key) const { return others_ != 0 || debts_.count(key) != 0; }
 
     /// A request has left.
-    void add(const Key& key) {
-        const bool hasPlace = counts_.size() < maxKeys && isShort(key);
-        const auto found = hasPlace ? counts_.try_emplace(key, 0).first : counts_.find(key);
-        ++(found != counts_.end() ? found->second : others_);
+    Ticket add(const Key& key) {
+        const bool hasPlace = debts_.size() < maxKeys && isShort(key);
+        auto found = debts_.find(key);
+        if (found == debts_.end() && hasPlace) found = debts_.emplace(key, Debt(1)).first;
+        const Ticket ticket{++lastNumber_, found != debts_.end()};
+        if (ticket.isApart)
+            found->second.add(ticket.number);
+        else
+            ++others_;
+        return ticket;
     }
 
-    /// Its data has come, or it was refused. Where nothing is owed nothing happens.
+    /// Data has come, for the oldest request: QOR answers in order. Where nothing is owed nothing
+    /// happens.
     void pay(const Key& key) {
-        const auto found = counts_.find(key);
-        if (found == counts_.end()) {
+        const auto found = debts_.find(key);
+        if (found == debts_.end()) {
             if (others_ != 0) --others_;
-        } else if (--found->second == 0) {
-            counts_.erase(found);
+        } else {
+            found->second.payOldest();
+            dropIfPaid(found);
         }
     }
 
+    /// The request was refused. Nothing happens if data has paid for it before.
+    void cancel(const Key& key, const Ticket& ticket) {
+        if (ticket.number <= clearedNumber_) return;
+        if (!ticket.isApart) {
+            if (others_ != 0) --others_;
+            return;
+        }
+        const auto found = debts_.find(key);
+        if (found == debts_.end()) return;
+        found->second.cancel(ticket.number);
+        dropIfPaid(found);
+    }
+
     void clear() {
-        counts_.clear();
+        debts_.clear();
         others_ = 0;
+        clearedNumber_ = lastNumber_;
     }
 
 private:
+    /// So many requests of one key are known one by one, the newest; of older ones the count.
+    static constexpr std::size_t maxNumbers = 16;
+
+    /// The requests for one key that are not paid.
+    class Debt {
+    public:
+        /// With room for the first, so that nothing throws once the key has its entry.
+        explicit Debt(std::size_t room) { numbers_.reserve(room); }
+
+        void add(std::uint64_t number) {
+            numbers_.push_back(number);
+            if (numbers_.size() <= maxNumbers) return;
+            numbers_.erase(numbers_.begin());
+            ++older_;
+        }
+        void payOldest() {
+            if (older_ != 0)
+                --older_;
+            else
+                numbers_.erase(numbers_.begin());
+        }
+        void cancel(std::uint64_t number) {
+            const auto found = std::find(numbers_.begin(), numbers_.end(), number);
+            if (found != numbers_.end())
+                numbers_.erase(found);
+            else if (older_ != 0 && (numbers_.empty() || number < numbers_.front()))
+                --older_;
+        }
+        bool isPaid() const { return older_ == 0 && numbers_.empty(); }
+
+    private:
+        std::vector<std::uint64_t> numbers_;  // in their order
+        std::uint32_t older_ = 0;
+    };
+    using Debts = std::map<Key, Debt>;  // none is paid
+
     static bool isShort(const std::string& key) { return key.size() <= maxKeyChars; }
     template <class Other>
     static bool isShort(const Other&) {
         return true;
     }
 
-    std::map<Key, std::uint32_t> counts_;  // none is 0
+    void dropIfPaid(typename Debts::iterator debt) {
+        if (debt->second.isPaid()) debts_.erase(debt);
+    }
+
+    Debts debts_;
     std::uint32_t others_ = 0;
+    std::uint64_t lastNumber_ = 0;
+    std::uint64_t clearedNumber_ = 0;  // up to this one all are forgotten
 };

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "client/ClientExternalOperating.h"
+#include "client/ClientSend.h"
 #include "common/Clock.h"
 
 namespace {
@@ -118,14 +119,15 @@ void ClientExternalOperating::onModelDescription(const protocol::GetHex&) {
     // QOR may send it unasked, which is accepted; no operation asks for it.
 }
 
+void ClientExternalOperating::onRefused(std::uint32_t requestId) {
+    const auto state = state_.lock();
+    const std::shared_ptr<ILoan> loan = state->loans.take(requestId);
+    if (loan != nullptr) loan->giveBack(*state);
+}
+
 void ClientExternalOperating::onNewQor() {
     const auto state = state_.lock();
-    ++state->epoch;
-    state->params.clear();
-    state->ecuOnline = false;  // until this one says so
+    clientsend::beginEpoch(*state);
     // What was asked of the one before, nobody will ever see.
     state->owedAnswers.clear();
-    state->owedDescriptions.clear();
-    state->owedValues.clear();
-    state->owedSamples.clear();
 }

@@ -30,11 +30,14 @@ void Call::push(channel::ProtocolCmd request) {
     request.number = channel_->backlog.nextNumber();
     channel_->commandQueue.push(request);
     lastNumberAtPush_ = channel_->backlog.lastNumber();
+    emptiesAtPush_ = channel_->backlog.empties();
 }
 
 bool Call::wasPushedOut(const common::Interest& request) const {
-    // In this order: what the agent takes it also begins, before it takes the next one.
-    return channel_->backlog.hasPassed(lastNumberAtPush_) && request.present() == Cause::none;
+    // In this order: what the agent takes it also begins, before it looks for the next one.
+    const channel::Backlog& backlog = channel_->backlog;
+    return (backlog.hasPassed(lastNumberAtPush_) || backlog.wasEmptySince(emptiesAtPush_)) &&
+           request.present() == Cause::none;
 }
 
 bool Call::failWithoutAnswer(const common::Interest& request) {

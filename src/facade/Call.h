@@ -77,6 +77,7 @@ private:
     common::Verdict verdict_;
     std::shared_ptr<const std::string> reason_;  // why there is no agent
     std::uint32_t lastNumberAtPush_ = 0;
+    std::uint32_t emptiesAtPush_ = 0;
 };
 
 /// The whole of an operation that only posts.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <vector>
 
@@ -38,6 +39,11 @@ public:
     /// anything that it sends is handled, and before any permit is asked for a command that leaves
     /// for it.
     virtual void onNewQor() = 0;
+
+    /// QOR has refused a request, of a sender that may have given up long ago; said before one that
+    /// still waits is told. Only where refusals come by themselves, as over TCP: with window
+    /// messages the result of a send is all there is.
+    virtual void onRefused(std::uint32_t requestId) { static_cast<void>(requestId); }
 
 protected:
     ~ICommandReceiver() = default;

@@ -113,6 +113,7 @@ void SocketWorker::handleRecord(const std::string& bytes, std::uint32_t requestI
     // The sender is released before the handler runs: it waits for its data by itself. A record
     // that no prototype takes still answers its request.
     const bool refused = received.pingStatus() == protocol::Ping::notHandled;
+    if (refused) factory_.receiver_.onRefused(requestId);
     pending_.complete(requestId, refused ? CmdResult::failure : CmdResult::success);
     if (received.command) handleCommand(*received.command);
 }

@@ -66,6 +66,9 @@ public:
     /// From now on this is another QOR.
     void newQor() { client_->onNewQor(); }
 
+    /// A refusal that comes when the send has ended.
+    void refuseLate(const ExternalCommand& command) { client_->onRefused(command.requestId()); }
+
     const std::vector<Sent>& sent() const { return sent_; }
     void forgetSent() { sent_.clear(); }
 

@@ -105,6 +105,13 @@ TEST_F(Causes, OfDataThatDoesNotComeFromAQorThatBecameAnotherIsThatItChanged) {
     EXPECT_EQ(cause(), Cause::qorChanged);
 }
 
+TEST_F(Causes, OfDataThatDoesNotComeFromAQorThatTheSendItselfHasMetIsThatThereIsNone) {
+    qor.beforeLeaving = [this](const IExternalCommand&) { qor.newQor(); };
+    std::vector<protocol::DtcRecord> dtcs;
+    EXPECT_FALSE(client().getDtc(1, dtcs, 100));
+    EXPECT_EQ(cause(), Cause::noData);
+}
+
 TEST_F(Causes, OfAnIndexThatDoesNotHoldAnyMoreIsThatQorChanged) {
     qor.beforeLeaving = [this](const IExternalCommand& command) {
         if (command.getId() == CommandDirectCtrl::id) qor.newQor();
@@ -156,6 +163,49 @@ TEST_F(Causes, OfAConnectAreThoseOfItsBootstrap) {
     EXPECT_EQ(connectWith(-1), Cause::ecuOffline);
     monitor.cancelled = true;
     EXPECT_EQ(connectWith(0), Cause::cancelled);
+}
+
+TEST_F(Causes, OfAConnectWhoseQorGoesTellThatWithTheWordsOfBefore) {
+    const auto connectAnd = [&](const std::function<void()>& happens, double value) {
+        qor.on<CommandKwpConnect>([=](const CommandKwpConnect& request) {
+            if (request.mode == protocol::KwpConnect::modeOnlineQuery) return true;
+            clock.after(20, [=] { qor.sendValue(-12, value); });
+            clock.after(40, happens);
+            return true;
+        });
+        EXPECT_FALSE(client().connectEcu({}, &monitor, callback));
+        return cause();
+    };
+    EXPECT_EQ(connectAnd([this] { qor.newQor(); }, -1), Cause::qorChanged);
+    EXPECT_EQ(connectAnd([this] { qor.isConnected = false; }, -1), Cause::noConnection);
+    qor.isConnected = true;
+    EXPECT_EQ(detail(), "Bootstrap failed - timeout");
+    ASSERT_EQ(monitor.reports.size(), 2u);
+    EXPECT_EQ(monitor.reports.back().first, "Bootstrap failed - timeout");
+    // One that has not come yet when the connect leaves.
+    qor.beforeLeaving = [this](const IExternalCommand&) { qor.newQor(); };
+    EXPECT_EQ(connectAnd([this] { qor.beforeLeaving = [](const auto&) {}; }, -1),
+              Cause::ecuOffline);
+}
+
+TEST_F(Causes, OfAConnectThatIsCancelledBecauseQorHasGoneTellThat) {
+    const auto cancelAfter = [&](const std::function<void()>& happens) {
+        monitor.cancelled = false;
+        qor.on<CommandKwpConnect>([=](const CommandKwpConnect& request) {
+            if (request.mode == protocol::KwpConnect::modeOnlineQuery) return true;
+            clock.after(20, [=] {
+                happens();
+                monitor.cancelled = true;
+            });
+            return true;
+        });
+        EXPECT_FALSE(client().connectEcu({}, &monitor, callback));
+        EXPECT_EQ(detail(), "Bootstrap failed - cancelled");
+        return cause();
+    };
+    EXPECT_EQ(cancelAfter([this] { qor.newQor(); }), Cause::qorChanged);
+    EXPECT_EQ(cancelAfter([] {}), Cause::cancelled);
+    EXPECT_EQ(cancelAfter([this] { qor.isConnected = false; }), Cause::noConnection);
 }
 
 TEST_F(Causes, AreKnownToACallerThatGivesUpAtAnyMoment) {

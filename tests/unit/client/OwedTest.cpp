@@ -42,6 +42,35 @@ TEST(Owed, BeyondItsBoundTellsKeysApartNoMoreAndForgetsNone) {
     EXPECT_TRUE(owed.isOwed(0));
 }
 
+TEST(Owed, OfARefusedRequestIsPaidUnlessItsDataHasCome) {
+    Owed<int> owed;
+    const auto first = owed.add(1);
+    const auto second = owed.add(1);
+    owed.pay(1);
+    owed.cancel(1, first);  // data came for it
+    EXPECT_TRUE(owed.isOwed(1));
+    owed.cancel(1, second);
+    EXPECT_FALSE(owed.isOwed(1));
+    owed.add(1);
+    owed.cancel(1, second);
+    EXPECT_TRUE(owed.isOwed(1));
+    owed.clear();
+    owed.add(1);
+    owed.cancel(1, second);  // of one that is forgotten
+    EXPECT_TRUE(owed.isOwed(1));
+}
+
+TEST(Owed, OfManyRequestsForOneKeyIsPaidByAsManyRefusals) {
+    Owed<int> owed;
+    std::vector<Owed<int>::Ticket> tickets;
+    for (int i = 0; i < 50; ++i) tickets.push_back(owed.add(1));
+    for (auto ticket = tickets.rbegin(); ticket != tickets.rend(); ++ticket) {
+        EXPECT_TRUE(owed.isOwed(1));
+        owed.cancel(1, *ticket);
+    }
+    EXPECT_FALSE(owed.isOwed(1));
+}
+
 TEST(Owed, KeepsNoLongTexts) {
     Owed<std::string> owed;
     owed.add(std::string(Owed<std::string>::maxKeyChars + 1, 'x'));
@@ -220,6 +249,30 @@ TEST_F(OwedAnswers, OfAReadOfSeveralMarkThoseOfEachAlone) {
     EXPECT_EQ(readAll({"S1", "S2"}), marked);
 }
 
+TEST_F(OwedAnswers, OfAReadThatNamesOneTwiceCountOnce) {
+    EXPECT_EQ(readAll({"S1", "S1"}), "false");
+    tellValue(5);
+    answersAfter<CommandDirectCtrl>(10, [&] { tellValue(5); });
+    EXPECT_EQ(read("S1"), "true");
+    answersAfter<CommandDirectCtrl>(10, nullptr);
+    EXPECT_EQ(read("S1"), "false");
+    EXPECT_EQ(read("S1"), "false");
+    answersAfter<CommandReadTogether>(10, [&] {
+        CommandReadTogether answer;
+        answer.paramIndices = {5, 5};
+        answer.values = {{1.0}, {1.0}};
+        qor.send(answer);
+    });
+    EXPECT_EQ(readAll({"S1", "S1"}), marked);  // two are still to come
+    EXPECT_EQ(readAll({"S1", "S1"}), marked);
+}
+
+TEST_F(OwedAnswers, OfADescriptionDoNotMarkAWrite) {
+    EXPECT_EQ(describe("Late"), "false");
+    qor.knows("Late", 8);
+    EXPECT_EQ(outcome([&] { return client().setParamData("Late", {1.0}); }), "true");
+}
+
 TEST_F(OwedAnswers, OfADescriptionAreMarkedAlsoWhereTheNameIsUnknown) {
     EXPECT_EQ(describe("Late"), "false");
     qor.knows("Late", 8);
@@ -271,6 +324,45 @@ TEST_F(OwedAnswers, AreThereOfWhatHasLeftEvenIfQorDidNotAcknowledgeIt) {
     EXPECT_EQ(dtcs(), marked);
 }
 
+TEST_F(OwedAnswers, AreNoneOfWhatIsRefusedWhenItsTimeOutHasPassed) {
+    answersAfter<CommandGetDTC>(10, [&] { qor.send(CommandGetDTC()); });
+    qor.failure = Delivery::silent;
+    qor.on<CommandDirectCtrl>([](const CommandDirectCtrl&) { return false; });
+    EXPECT_EQ(read("S1"), "false");
+    EXPECT_EQ(read("S2"), "false");
+    qor.failure.reset();
+    qor.refuseLate(*qor.all<CommandDirectCtrl>().front());
+    answersAfter<CommandDirectCtrl>(10, [&] { tellValue(5); });
+    EXPECT_EQ(read("S1"), "true");
+    qor.refuseLate(*qor.all<CommandDirectCtrl>().front());  // once is enough
+    answersAfter<CommandDirectCtrl>(10, [&] { tellValue(6); });
+    EXPECT_EQ(read("S2"), marked);
+}
+
+TEST_F(OwedAnswers, ThatHaveComeAreNotPaidAgainByALateRefusal) {
+    qor.failure = Delivery::silent;
+    qor.on<CommandGetDTC>([](const CommandGetDTC&) { return false; });
+    EXPECT_EQ(dtcs(), "false");
+    qor.send(CommandGetDTC());
+    EXPECT_EQ(dtcs(), "false");
+    qor.failure.reset();
+    qor.refuseLate(*qor.all<CommandGetDTC>().front());
+    answersAfter<CommandGetDTC>(10, [&] { qor.send(CommandGetDTC()); });
+    EXPECT_EQ(dtcs(), marked);
+}
+
+TEST_F(OwedAnswers, OfManyTimedOutRequestsAreKnownAsFarAsThereIsRoom) {
+    qor.failure = Delivery::silent;
+    qor.on<CommandGetDTC>([](const CommandGetDTC&) { return false; });
+    for (std::size_t i = 0; i < Loans::maxLoans + 1; ++i) EXPECT_EQ(dtcs(), "false");
+    qor.failure.reset();
+    for (const CommandGetDTC* const each : qor.all<CommandGetDTC>()) qor.refuseLate(*each);
+    answersAfter<CommandGetDTC>(10, [&] { qor.send(CommandGetDTC()); });
+    EXPECT_EQ(dtcs(), marked);
+    qor.send(CommandGetDTC());
+    EXPECT_EQ(dtcs(), "true");
+}
+
 TEST_F(OwedAnswers, AreForgottenWithTheQorThatOwesThem) {
     EXPECT_EQ(dtcs(), "false");
     EXPECT_EQ(read("S1"), "false");
@@ -285,6 +377,25 @@ TEST_F(OwedAnswers, AreForgottenWithTheQorThatOwesThem) {
     EXPECT_EQ(read("S1"), "true");
     EXPECT_EQ(readMap(), "true");
     EXPECT_EQ(describe("Late"), "true");
+}
+
+TEST_F(OwedAnswers, ThatAreNotOfParametersOutliveTheOpeningOfAModel) {
+    EXPECT_EQ(kwp(), "false");
+    EXPECT_EQ(dtcs(), "false");
+    EXPECT_EQ(can(), "false");
+    EXPECT_EQ(read("S1"), "false");
+    EXPECT_EQ(readMap(), "false");
+    EXPECT_TRUE(client().startEdit(protocol::StartEdit()));
+    answersAfter<CommandExecKwp>(10, [&] { qor.send(CommandExecKwp()); });
+    answersAfter<CommandGetDTC>(10, [&] { qor.send(CommandGetDTC()); });
+    answersAfter<CommandCanBusData>(10, [&] { qor.send(CommandCanBusData()); });
+    answersAfter<CommandDirectCtrl>(10, [&] { tellValue(5); });
+    answersAfter<CommandStaticParam>(10, [&] { tellMap(1); });
+    EXPECT_EQ(kwp(), marked);
+    EXPECT_EQ(dtcs(), marked);
+    EXPECT_EQ(can(), marked);
+    EXPECT_EQ(read("S1"), "true");
+    EXPECT_EQ(readMap(), "true");
 }
 
 TEST_F(OwedAnswers, OfAQorThatComesWhileTheCommandWaitsAreItsOwn) {

@@ -75,11 +75,16 @@ unsigned int ScriptedAgent::run(const std::shared_ptr<Channel>& channel) {
     }
     while (channel->agent.mayGoOn() && !state->script.endsByItself) {
         Cmd command;
-        if (!channel->commandQueue.pop(command, 1)) continue;
+        if (!channel->commandQueue.pop(command, 1)) {
+            channel->backlog.noteEmpty();
+            continue;
+        }
         {
             const std::lock_guard<std::mutex> guard(state->mutex);
             state->requests.push_back(command);
         }
+        if (command.replyQueue != nullptr)
+            command.replyQueue->notePresent(qorcontrol::Cause::agentBusy);
         state->script.onRequest(*channel, command);
     }
     state->script.atEnd(*channel);

@@ -118,6 +118,40 @@ TEST_F(Unanswered, AWaitWithoutALimitEndsWhenTheRequestIsPushedOut) {
     EXPECT_EQ(cause, Cause::pushedOut);
 }
 
+TEST_F(Unanswered, AWaitWithoutALimitEndsAlsoWhenItWasPushedOutByThoseWithEarlierNumbers) {
+    start();
+    keepBusy();
+    std::atomic<Cause> cause{Cause::none};
+    for (int i = 0; i < 10; ++i) agent.channel()->backlog.nextNumber();  // of threads in no hurry
+    hosts.emplace_back([&] {
+        EXPECT_FALSE(qorcontrol::openModelAndWait(*facade, {}));
+        cause = lastOutcome().cause;
+    });
+    while (agent.channel()->backlog.lastNumber() < 12) Sleep(1);
+    Sleep(5);
+    for (std::uint32_t number = 2; number < 12; ++number) {
+        Cmd command;
+        command.number = number;
+        agent.channel()->commandQueue.push(command);
+    }
+    isHeld = false;
+    for (int i = 0; i < 2000 && cause == Cause::none; ++i) Sleep(1);
+    EXPECT_EQ(cause, Cause::pushedOut);
+    if (cause == Cause::none) facade->shutdown();
+    join();
+}
+
+TEST(Backlog, KnowsThatTheQueueWasEmptyAfterAMomentOnlyTheSecondTime) {
+    channel::Backlog backlog;
+    const std::uint32_t before = backlog.empties();
+    EXPECT_FALSE(backlog.wasEmptySince(before));
+    backlog.noteEmpty();
+    EXPECT_FALSE(backlog.wasEmptySince(before));
+    backlog.noteEmpty();
+    EXPECT_TRUE(backlog.wasEmptySince(before));
+    EXPECT_FALSE(backlog.wasEmptySince(backlog.empties()));
+}
+
 TEST(Backlog, GoesOnWhereTheNumbersBeginAgain) {
     channel::Backlog backlog;
     backlog.noteTaken(0xFFFFFFFFu);

@@ -47,6 +47,17 @@ TEST_F(SocketDelivery, WhatHasLeftAndIsNotAcknowledgedWasMetWithSilence) {
     peer.expectRecord();
 }
 
+TEST_F(SocketDelivery, ARefusalIsToldAlsoWhenItsSenderHasGivenUp) {
+    EXPECT_EQ(Delivery::silent, deliver(transport, 100));
+    const std::uint32_t late = peer.expectRecord().requestId;
+    peer.send(pingAnswer(late, 1));
+    EXPECT_TRUE(exchangeWorks(transport, peer));
+    EXPECT_NE(transport.lastRefused(), late);
+    peer.send(pingAnswer(late, 2));
+    EXPECT_TRUE(exchangeWorks(transport, peer));
+    EXPECT_EQ(transport.lastRefused(), late);
+}
+
 TEST_F(SocketDelivery, AConnectionThatBreaksBehindTheCommandIsLost) {
     std::future<Delivery> sent = deliverOnThread(transport, 600);
     peer.expectRecord();

@@ -64,6 +64,9 @@ public:
     void onNewQor() override { ++newQors_; }
     int newQors() const { return newQors_; }
 
+    void onRefused(std::uint32_t requestId) override { lastRefused_ = requestId; }
+    std::uint32_t lastRefused() const { return lastRefused_; }
+
     /// What was received so far, once that is `count` or the patience is at its end.
     std::vector<Seen> seen(std::size_t count) {
         std::unique_lock<std::mutex> lock(mutex_);
@@ -84,6 +87,7 @@ private:
     std::condition_variable changed_;
     std::vector<Seen> seen_;
     std::atomic<int> newQors_{0};
+    std::atomic<std::uint32_t> lastRefused_{0};
 };
 
 /// A transport at work, with its receiver.
