@@ -25,6 +25,7 @@ Session::Session(const std::string& settingsPath, unsigned int readPeriodMs,
     : serial_(++sessionCount),
       facade_(settingsPath, &log_, readPeriodMs, hostPath),
       channel_(state().channel) {
+    channel_->areWaitsWatchful = true;
     setBoxPolicy(*process().boxPolicy.lock());
 }
 
