@@ -403,15 +403,17 @@ QOR_IMPORT int QOR_CALL QorStartParamRead(QorHandle handle, const char* const* n
                                           QorStream* stream);
 /** Takes out the oldest values, at most `capacity`, which must not be 0; `count` gets how many.
  *  Waits at most `timeoutMs` for the first one; QOR_NOT_READY if there was none, QOR_BAD_HANDLE if
- *  the stream was ended meanwhile. */
+ *  the stream was ended meanwhile. When there is none and the agent has ended, it tells that at
+ *  once. */
 QOR_IMPORT int QOR_CALL QorReadParamStream(QorStream stream, QorSample* samples,
                                            unsigned int capacity, unsigned int* count,
                                            unsigned int timeoutMs);
-/** Ends a stream. */
+/** Ends a stream, and waits until the agent has told QOR. QOR_PUSHED_OUT: it has ended, but QOR still
+ *  sends the values. */
 QOR_IMPORT int QOR_CALL QorStopParamRead(QorStream stream);
 
 /** Begins to read the trouble codes every `periodMs`, given `timeoutMs` each time. There is one
- *  such stream per handle: a second call redirects it. */
+ *  such stream per handle: a second call redirects it. Waits until the agent has come to it. */
 QOR_IMPORT int QOR_CALL QorStartDtcRead(QorHandle handle, unsigned int timeoutMs,
                                         unsigned int periodMs);
 /** The newest list that has not been read yet; QOR_NOT_READY if none comes within `timeoutMs`,
@@ -422,7 +424,7 @@ QOR_IMPORT int QOR_CALL QorStartDtcRead(QorHandle handle, unsigned int timeoutMs
 QOR_IMPORT int QOR_CALL QorReadDtcStream(QorHandle handle, unsigned int timeoutMs, QorDtc* dtcs,
                                          unsigned int capacity, unsigned int* needed,
                                          double* timeMs, unsigned int* missed);
-/** Ends that. */
+/** Ends that; waits until the agent has come to it. */
 QOR_IMPORT int QOR_CALL QorStopDtcRead(QorHandle handle);
 
 /** @} */

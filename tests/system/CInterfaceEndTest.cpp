@@ -76,4 +76,41 @@ TEST_P(CEnd, TheFirstCallWithWrongSettingsFailsAsSoonAsThatIsKnown) {
     EXPECT_THAT(lastSentence(), HasSubstr("settings"));
 }
 
+TEST_P(CEnd, ReadersOfStreamsLearnThatTheAgentHasEnded) {
+    openInVain();
+    const char* const names[] = {"EngineSpeed"};
+    QorStream stream = nullptr;
+    const int started = QorStartParamRead(qor(), names, 1, 10, &stream);
+    if (started != QOR_OK) GTEST_SKIP() << "the agent was quicker";
+    QorSample sample = {};
+    unsigned count = 0;
+    const unsigned took = elapsedMsOf([&] {
+        EXPECT_THAT(QorReadParamStream(stream, &sample, 1, &count, amplyMs),
+                    IsCause(QOR_AGENT_ENDED));
+    });
+    EXPECT_LT(took, 5000u);
+    EXPECT_THAT(lastSentence(), HasSubstr("settings"));
+    EXPECT_THAT(QorReadParamStream(stream, &sample, 1, &count, 0), IsCause(QOR_AGENT_ENDED));
+}
+
+TEST_P(CEnd, AStreamOfTroubleCodesThatIsPushedOutIsTold) {
+    ASSERT_TRUE(startWithoutFirstCodes());
+    std::thread holding = holdAgent();
+    Sleep(200);
+    std::atomic<int> cause{QOR_OK};
+    std::thread starting([&, handle = qor()] { cause = QorStartDtcRead(handle, 500, 200); });
+    Sleep(100);
+    std::vector<std::thread> others;
+    for (int i = 0; i < 10; ++i) {
+        others.emplace_back([handle = qor()] { QorPingQor(handle, 1500); });
+        Sleep(30);
+    }
+    starting.join();
+    EXPECT_EQ(QOR_PUSHED_OUT, cause);
+    for (auto& other : others) other.join();
+    holding.join();
+    EXPECT_THAT(QorStartDtcRead(qor(), 500, 200), IsCause(QOR_OK));
+    EXPECT_THAT(QorStopDtcRead(qor()), IsCause(QOR_OK));
+}
+
 }  // namespace
