@@ -102,6 +102,7 @@ TEST_P(CConnect, IsCancelledWhenItsTimeIsOver) {
     ASSERT_TRUE(startWith(R"({"result":null,"durationMs":100,"steps":1,"online":false})"));
     unsigned took = elapsedMsOf(
         [&] { EXPECT_NE(QOR_OK, QorConnect(qor(), nullptr, QOR_CONNECT_DEFAULT, 700)); });
+    EXPECT_EQ("The connect was not at its end after 700 ms.", lastSentence());
     EXPECT_GE(took, 690u);
     EXPECT_LT(took, 5000u);
     EXPECT_EQ(0, poll().running);
