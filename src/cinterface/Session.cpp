@@ -52,7 +52,8 @@ Session::Session(const std::string& settingsPath, unsigned int readPeriodMs,
       facade_(settingsPath, &log_, readPeriodMs, hostPath),
       channel_(state().channel) {
     channel_->areWaitsWatchful = true;
-    setBoxPolicy(*process().boxPolicy.lock());
+    const BoxPolicy policy = *process().boxPolicy.lock();  // two locks are never held at once
+    setBoxPolicy(policy);
 }
 
 void Session::close() {
