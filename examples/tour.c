@@ -124,6 +124,8 @@ int main(int argc, char** argv) {
         return 2;
     }
     printf("library: %s\n", QorVersionText());
+    /* argv is text of the code page, the library wants UTF-8: a path with an umlaut is a
+       QOR_BAD_ARGUMENT here. Convert it in a host of your own. */
     if (!worked("open", QorOpen(argv[1], 100, "", &qor))) return 1;
     good = goRound(qor);
     if (!worked("close", QorClose(qor))) good = 0; /* disconnects the ECU, shuts QOR down */

@@ -3,13 +3,21 @@
 #include <new>
 #include <utility>
 
-#include "cinterface/Process.h"
 #include "cinterface/Refusal.h"
 #include "cinterface/Session.h"
 #include "cinterface/Shell.h"
 #include "common/Clock.h"
+#include "facade/Quietly.h"
 
 namespace cinterface {
+namespace {
+
+/// For where there is no memory for words.
+Outcome withoutWords(Cause cause) {
+    return Outcome{cause, false, 0, {}, {}};
+}
+
+}  // namespace
 
 struct ConnectRun::Luggage {
     std::shared_ptr<ConnectRun> run;
@@ -26,39 +34,57 @@ ConnectRun::ConnectRun(QorControlFacade::EcuConnect settings,
       start_(common::now()) {}
 
 void ConnectRun::start(std::shared_ptr<Session> session) {
-    auto luggage = std::make_unique<Luggage>(Luggage{shared_from_this(), std::move(session)});
-    if (ended_.exists() && thread_.start(&ConnectRun::run, luggage.get())) {
-        static_cast<void>(luggage.release());
-        return;
+    Outcome failed = withoutWords(Cause::outOfMemory);
+    try {
+        auto luggage = std::make_unique<Luggage>(Luggage{shared_from_this(), std::move(session)});
+        if (ended_.exists() && thread_.start(&ConnectRun::run, luggage.get())) {
+            static_cast<void>(luggage.release());
+            return;
+        }
+        failed = systemFailure("there is no thread for the connect");
+    } catch (const std::bad_alloc&) {
+        // It ends here all the same: a connect that runs keeps others away.
     }
-    end(systemFailure("there is no thread for the connect"));
+    end(std::move(failed));
     throw Refusal{outcome()};
 }
 
 unsigned __stdcall ConnectRun::run(void* luggage) {
     const std::unique_ptr<Luggage> own(static_cast<Luggage*>(luggage));
+    own->run->threadId_ = common::currentThreadId();
     own->run->end(own->run->perform(*own->session));
     return 0;
 }
 
-Outcome ConnectRun::perform(Session& session) {
+bool ConnectRun::isOwnThread() const {
+    return threadId_ == common::currentThreadId();
+}
+
+Outcome ConnectRun::perform(Session& session) noexcept {
     try {
-        const bool succeeded = session.facade().connect(settings_, type_, this);
-        if (isBegun_) passOnFigure();  // the last one
-        if (!succeeded && !session.channel().agent.isOperating())
-            process().monitors.add(session.channelShare(), shared_from_this());
+        const auto isWanted = [this] {
+            tellFigures();
+            return !cancelled_;
+        };
+        const bool succeeded =
+            quietly::connect(session.state(), settings_, type_, shared_from_this(), isWanted);
+        if (isBegun_) noteFigure();  // the last one
+        tellFigures();
         return outcomeOf(succeeded);
     } catch (const std::bad_alloc&) {
-        return outOfMemory();
+        return withoutWords(Cause::outOfMemory);
+    } catch (...) {
+        return withoutWords(Cause::systemFailure);
     }
 }
 
-void ConnectRun::end(Outcome outcome) {
+void ConnectRun::end(Outcome outcome) noexcept {
     {
         const auto course = course_.lock();
         course->outcome = std::move(outcome);
         course->end = common::now();
     }
+    threadId_ = 0;  // the system gives the number out again
     running_ = false;
     ended_.open();
 }
@@ -79,22 +105,34 @@ unsigned int ConnectRun::elapsedMs() {
 
 bool ConnectRun::isCancelled() {
     isBegun_ = true;
-    passOnFigure();
+    noteFigure();
     return cancelled_;
 }
 
-void ConnectRun::passOnFigure() {
+void ConnectRun::noteFigure() {
     const auto seen = channel_.progress.seen();
-    {
-        const auto course = course_.lock();
-        if (course->seen.steps == seen.steps) return;
-        course->seen = seen;
-    }
-    if (!progress_->isSet()) return;
-    try {
-        (*progress_)(seen.figure);
-    } catch (const std::bad_alloc&) {
-        // The agent is told nothing of it: the host finds the figure when it asks.
+    const auto course = course_.lock();
+    if (course->seen.steps == seen.steps) return;
+    course->seen = seen;
+    course->figures[course->noted++ % course->figures.size()] = seen.figure;
+}
+
+/// The oldest one that the host's function has not been told.
+std::optional<std::int32_t> ConnectRun::nextFigure() {
+    const auto course = course_.lock();
+    if (course->told == course->noted) return std::nullopt;
+    const auto kept = static_cast<unsigned int>(course->figures.size());
+    if (course->noted - course->told > kept) course->told = course->noted - kept;
+    return course->figures[course->told++ % kept];
+}
+
+void ConnectRun::tellFigures() {
+    while (const auto figure = nextFigure()) {
+        try {
+            (*progress_)(*figure);
+        } catch (const std::bad_alloc&) {
+            // The connect goes on: the host finds the figure when it asks.
+        }
     }
 }
 

@@ -1,7 +1,10 @@
 #pragma once
 
+#include <array>
 #include <atomic>
+#include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "cinterface/HostFunction.h"
@@ -33,7 +36,10 @@ public:
 
     bool isRunning() const { return running_; }
     /// Whether it has ended within that time.
-    bool awaitEnd(unsigned int timeoutMs) const { return !running_ || ended_.await(timeoutMs); }
+    /// Who is its own function of the host's does not wait: it would wait for itself.
+    bool awaitEnd(unsigned int timeoutMs) const {
+        return !running_ || (!isOwnThread() && ended_.await(timeoutMs));
+    }
     void cancel() { cancelled_ = true; }
 
     /// How it ended; QOR_NOT_READY while it runs.
@@ -51,7 +57,8 @@ public:
     void reserved4() override {}
     void reserved5() override {}
     void reserved6() override {}
-    /// Asked all the time, so it passes QOR's figures on, too.
+    /// Asked all the time, so it takes down QOR's figures, too. The host's function is called on
+    /// the connect's own thread: one that waits for the agent must not keep the agent itself.
     bool isCancelled() override;
     void reserved8() override {}
     void reserved9() override {}
@@ -61,12 +68,18 @@ private:
     struct Luggage;
 
     static unsigned __stdcall run(void* luggage);
-    qorcontrol::Outcome perform(Session& session);
-    void end(qorcontrol::Outcome outcome);
-    void passOnFigure();
+    bool isOwnThread() const;
+    qorcontrol::Outcome perform(Session& session) noexcept;
+    void end(qorcontrol::Outcome outcome) noexcept;
+    void noteFigure();
+    std::optional<std::int32_t> nextFigure();
+    void tellFigures();
 
     struct Course {
         qorcontrol::Outcome outcome;
+        std::array<std::int32_t, 64> figures = {};  // the last ones, at their number
+        unsigned int noted = 0;                     // so many in all
+        unsigned int told = 0;                      // so many of them to the host's function
         std::string reason;
         channel::ConnectProgress::Seen seen;
         common::Moment end;
@@ -78,6 +91,7 @@ private:
     const std::shared_ptr<ProgressFunction> progress_;
     const common::Moment start_;
     common::Thread thread_;
+    std::atomic<unsigned int> threadId_{0};
     std::atomic<bool> cancelled_{false};
     std::atomic<bool> isBegun_{false};  // by the agent: the figures are this connect's
     std::atomic<bool> running_{true};

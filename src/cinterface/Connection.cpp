@@ -116,6 +116,16 @@ QorControlFacade::ModelDescription modelOf(const QorModelDescription& from) {
     return model;
 }
 
+/// Of a connect that the host did not cancel itself.
+Outcome tooSlow(unsigned int timeoutMs) {
+    Outcome outcome;
+    outcome.cause = Cause::cancelled;
+    outcome.sentence = "The connect was not at its end after " + std::to_string(timeoutMs) + " ms.";
+    outcome.check =
+        "Give more time; check ignition, cable and interface, and see what QOR itself reports.";
+    return outcome;
+}
+
 /// The handle's last one; throws a Refusal if there was none.
 std::shared_ptr<ConnectRun> connectOf(Session& session) {
     auto connect = session.lastConnect();
@@ -138,8 +148,9 @@ int QOR_CALL QorConnect(QorHandle handle, const QorEcuConnect* settings, int typ
         const auto connect = session.startConnect(settingsOf(settings), typeOf(type));
         if (connect->awaitEnd(timeoutMs)) return connect->outcome();
         connect->cancel();
-        if (connect->awaitEnd(cancelMs)) return connect->outcome();
-        return failure(Cause::cancelled, "its time is over; it has not noticed yet");
+        if (!connect->awaitEnd(cancelMs)) return tooSlow(timeoutMs);
+        const Outcome outcome = connect->outcome();
+        return outcome.cause == Cause::cancelled ? tooSlow(timeoutMs) : outcome;
     });
 }
 

@@ -16,6 +16,18 @@ const Outcome* lastCall() {
     return state == nullptr ? nullptr : &state->lastCall;
 }
 
+/// A number of it, 0 if the thread has called nothing yet; `without` if there is no memory for the
+/// process's first look.
+template <class Number, class Take>
+Number ofLastCall(Number without, Take&& take) noexcept {
+    try {
+        const Outcome* const last = lastCall();
+        return last == nullptr ? Number() : take(*last);
+    } catch (...) {
+        return without;
+    }
+}
+
 /// One of its texts.
 int textOfLastCall(std::string Outcome::*which, char* text, unsigned int capacity,
                    unsigned int* needed) noexcept {
@@ -68,8 +80,8 @@ constexpr NamedCause namedCauses[] = {
 }  // namespace
 
 int QOR_CALL QorLastCause(void) {
-    const Outcome* const last = lastCall();
-    return last == nullptr ? QOR_OK : static_cast<int>(last->cause);
+    return ofLastCall(QOR_OUT_OF_MEMORY,
+                      [](const Outcome& last) { return static_cast<int>(last.cause); });
 }
 
 int QOR_CALL QorLastSentence(char* text, unsigned int capacity, unsigned int* needed) {
@@ -81,13 +93,11 @@ int QOR_CALL QorLastCheck(char* text, unsigned int capacity, unsigned int* neede
 }
 
 unsigned int QOR_CALL QorLastElapsedMs(void) {
-    const Outcome* const last = lastCall();
-    return last == nullptr ? 0 : last->elapsedMs;
+    return ofLastCall(0u, [](const Outcome& last) { return last.elapsedMs; });
 }
 
 int QOR_CALL QorLastMayBelongToEarlier(void) {
-    const Outcome* const last = lastCall();
-    return last != nullptr && last->mayBelongToEarlier ? 1 : 0;
+    return ofLastCall(0, [](const Outcome& last) { return last.mayBelongToEarlier ? 1 : 0; });
 }
 
 const char* QOR_CALL QorCauseName(int cause) {

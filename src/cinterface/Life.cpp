@@ -19,6 +19,12 @@ int QOR_CALL QorOpen(const char* settingsPath, unsigned int readPeriodMs, const 
         const std::string host = cinterface::optionalTextOf(hostPath, "hostPath");
         mustNotBeNull(handle, "handle");
         auto session = std::make_shared<Session>(settings, readPeriodMs, host);
+        if (!session->isOperating()) {
+            // What else an agent fails for it finds later, or earlier: that is told by what asks
+            // it.
+            Outcome end = session->agentsEnd();
+            if (end.cause == Cause::systemFailure) return end;
+        }
         const std::uint32_t number = cinterface::process().sessions.add(std::move(session));
         if (number == 0) return cinterface::systemFailure("there is no room for another handle");
         *handle = reinterpret_cast<QorHandle>(std::uintptr_t{number});

@@ -2,7 +2,6 @@
 
 #include "cinterface/BoxPolicy.h"
 #include "cinterface/HandleTable.h"
-#include "cinterface/OutlivingMonitors.h"
 #include "cinterface/ThreadState.h"
 #include "common/ThreadSlot.h"
 
@@ -16,7 +15,6 @@ struct Process {
     HandleTable<Session, NumberKind::handle> sessions;
     HandleTable<Stream, NumberKind::stream> streams;
     common::ThreadOwned<ThreadState> threads;
-    OutlivingMonitors monitors;
     common::Guarded<BoxPolicy> boxPolicy;  ///< of the handles to come
 };
 

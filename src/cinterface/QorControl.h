@@ -105,7 +105,7 @@ extern "C" {
 /** @{ */
 #define QOR_DO_NOT_WAIT 0u                /**< practically always fails; writes are carried out */
 #define QOR_TRANSPORT_DEFAULT 0xFFFFFFFEu /**< 2000 ms for QOR to take it, none for its data */
-#define QOR_NO_LIMIT 0xFFFFFFFFu          /**< waits without limit; a QOR that sends none blocks */
+#define QOR_NO_LIMIT 0xFFFFFFFFu          /**< waits without limit; over TCP QOR_SILENT at once */
 /** @} */
 
 /** An open control of one QOR. */
@@ -149,13 +149,16 @@ QOR_IMPORT const char* QOR_CALL QorCauseName(int cause);
  *                      executable.
  * @param readPeriodMs  refresh period until the first connect brings its own; see QorGetParamData.
  * @param hostPath      the host's executable: the trace goes to the file of that name with the
- *                      extension ".log", its settings are read from ".cfg". Empty: no trace.
+ *                      extension ".log", its settings are read from ".cfg". The trace is the
+ *                      process's: empty leaves it where an earlier handle has put it, and without
+ *                      one its lines go to the debugger alone.
  * @param handle        gets the handle.
  */
 QOR_IMPORT int QOR_CALL QorOpen(const char* settingsPath, unsigned int readPeriodMs,
                                 const char* hostPath, QorHandle* handle);
 
-/** Ends streams and a running connect, disconnects the ECU, shuts QOR down; about 5 s at most.
+/** Ends streams and a running connect, disconnects the ECU, shuts QOR down; about 5 s at most, 2 s
+ *  more while a connect runs, and as long as callbacks that run take.
  *  Calls of other threads that still wait end with QOR_AGENT_ENDED or by their time-out. */
 QOR_IMPORT int QOR_CALL QorClose(QorHandle handle);
 
@@ -209,7 +212,8 @@ typedef struct QorEcuConnect {
 QOR_IMPORT int QOR_CALL QorEcuConnectDefaults(QorEcuConnect* settings);
 
 /** Connects the ECU and waits for the end. `settings` may be null: the defaults. A connect that is
- *  not at its end after `timeoutMs` is cancelled: QOR_CANCELLED. */
+ *  not at its end after `timeoutMs` is cancelled: QOR_CANCELLED. That can take 15 s more, while QOR
+ *  does not take the request. QOR is not told to stop: its own connect may go on. */
 QOR_IMPORT int QOR_CALL QorConnect(QorHandle handle, const QorEcuConnect* settings, int type,
                                    unsigned int timeoutMs);
 /** The same in the background; QOR_WRONG_ORDER while another connect of the handle runs. */
@@ -230,9 +234,10 @@ QOR_IMPORT int QOR_CALL QorConnectPoll(QorHandle handle, QorConnectProgress* pro
 /** Waits for the end of the present connect, or gives that of the last one again: its cause.
  *  QOR_NOT_READY: it still runs. */
 QOR_IMPORT int QOR_CALL QorConnectWait(QorHandle handle, unsigned int timeoutMs);
-/** Asks the present connect to end; it then ends with QOR_CANCELLED soon (while QOR has not taken
- *  its request, for which it has 10 s, behind that), unless it was quicker. Without one nothing
- *  happens. */
+/** Asks the present connect to end; it then ends with QOR_CANCELLED, unless it was quicker: soon,
+ *  but while QOR has not taken its request, for which it has 10 s, only behind that. One that still
+ *  waits for its turn never reaches QOR; what has reached it QOR is not told to stop. Without one
+ *  nothing happens. */
 QOR_IMPORT int QOR_CALL QorConnectCancel(QorHandle handle);
 /** The reason in the words of the monitor ("Bootstrap failed - ..."), empty if there is none. */
 QOR_IMPORT int QOR_CALL QorConnectReason(QorHandle handle, char* text, unsigned int capacity,
@@ -403,15 +408,17 @@ QOR_IMPORT int QOR_CALL QorStartParamRead(QorHandle handle, const char* const* n
                                           QorStream* stream);
 /** Takes out the oldest values, at most `capacity`, which must not be 0; `count` gets how many.
  *  Waits at most `timeoutMs` for the first one; QOR_NOT_READY if there was none, QOR_BAD_HANDLE if
- *  the stream was ended meanwhile. */
+ *  the stream was ended meanwhile. When there is none and the agent has ended, it tells that at
+ *  once. */
 QOR_IMPORT int QOR_CALL QorReadParamStream(QorStream stream, QorSample* samples,
                                            unsigned int capacity, unsigned int* count,
                                            unsigned int timeoutMs);
-/** Ends a stream. */
+/** Ends a stream, and waits until the agent has told QOR. QOR_PUSHED_OUT: it has ended, but QOR
+ * still sends the values. */
 QOR_IMPORT int QOR_CALL QorStopParamRead(QorStream stream);
 
 /** Begins to read the trouble codes every `periodMs`, given `timeoutMs` each time. There is one
- *  such stream per handle: a second call redirects it. */
+ *  such stream per handle: a second call redirects it. Waits until the agent has come to it. */
 QOR_IMPORT int QOR_CALL QorStartDtcRead(QorHandle handle, unsigned int timeoutMs,
                                         unsigned int periodMs);
 /** The newest list that has not been read yet; QOR_NOT_READY if none comes within `timeoutMs`,
@@ -422,7 +429,7 @@ QOR_IMPORT int QOR_CALL QorStartDtcRead(QorHandle handle, unsigned int timeoutMs
 QOR_IMPORT int QOR_CALL QorReadDtcStream(QorHandle handle, unsigned int timeoutMs, QorDtc* dtcs,
                                          unsigned int capacity, unsigned int* needed,
                                          double* timeMs, unsigned int* missed);
-/** Ends that. */
+/** Ends that; waits until the agent has come to it. */
 QOR_IMPORT int QOR_CALL QorStopDtcRead(QorHandle handle);
 
 /** @} */
@@ -455,7 +462,8 @@ typedef struct QorMessageBox {
     unsigned int id;     /**< counts up from 1 */
     unsigned int type;   /**< the system's style value: buttons and symbol */
     int waiting;         /**< 1: it waits for the host's answer, or for the user's */
-    unsigned int choice; /**< how it was answered, 0 while it waits */
+    unsigned int choice; /**< how it was answered; 0 if it waits: it is told only once, so how
+                              it was answered later is not to be learnt here */
     double timeMs;       /**< when it came, see QorNowMs */
 } QorMessageBox;
 
@@ -482,7 +490,8 @@ QOR_IMPORT int QOR_CALL QorAnswerMessageBox(QorHandle handle, unsigned int id, u
 typedef void(QOR_CALL* QorLogFunction)(void* user, int isFailure, const char* line);
 QOR_IMPORT int QOR_CALL QorSetLog(QorHandle handle, QorLogFunction function, void* user);
 
-/** A new figure of QOR during a connect. */
+/** A new figure of QOR during a connect. Called on the connect's own thread: what it asks of QOR
+ *  waits for the connect's end, and of figures that come meanwhile the last 64 are told. */
 typedef void(QOR_CALL* QorProgressFunction)(void* user, int progress);
 QOR_IMPORT int QOR_CALL QorSetProgress(QorHandle handle, QorProgressFunction function, void* user);
 

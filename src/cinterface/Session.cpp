@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <iterator>
+#include <new>
 #include <utility>
 
 #include "cinterface/Process.h"
@@ -9,6 +10,7 @@
 #include "cinterface/Shell.h"
 #include "cinterface/Stream.h"
 #include "facade/SinkStreams.h"
+#include "qorcontrol/Sleep.h"
 
 namespace cinterface {
 namespace {
@@ -18,6 +20,30 @@ constexpr unsigned int connectEndMs = 2000;
 
 std::atomic<std::uint64_t> sessionCount{0};
 
+/// For what has to end, whatever there is no memory for.
+template <class Step>
+void inSpiteOfMemory(Step&& step) noexcept {
+    try {
+        step();
+    } catch (const std::bad_alloc&) {
+        // What it was to tell anybody is not told; what comes next still is done.
+    }
+}
+
+/// Others wait for theirs by sleeping: a lock must not be held so long.
+class Turn {
+public:
+    explicit Turn(std::atomic<bool>& isTaken) : isTaken_(isTaken) {
+        while (isTaken_.exchange(true)) common::sleepMs(1);
+    }
+    ~Turn() { isTaken_ = false; }
+    Turn(const Turn&) = delete;
+    Turn& operator=(const Turn&) = delete;
+
+private:
+    std::atomic<bool>& isTaken_;
+};
+
 }  // namespace
 
 Session::Session(const std::string& settingsPath, unsigned int readPeriodMs,
@@ -25,15 +51,18 @@ Session::Session(const std::string& settingsPath, unsigned int readPeriodMs,
     : serial_(++sessionCount),
       facade_(settingsPath, &log_, readPeriodMs, hostPath),
       channel_(state().channel) {
-    setBoxPolicy(*process().boxPolicy.lock());
+    channel_->areWaitsWatchful = true;
+    const BoxPolicy policy = *process().boxPolicy.lock();  // two locks are never held at once
+    setBoxPolicy(policy);
 }
 
 void Session::close() {
     endStreams();
+    endCodes();
     channel_->messageBoxes.close();
     const auto connect = lastConnect();
     if (connect != nullptr) connect->cancel();
-    facade_.shutdown();
+    inSpiteOfMemory([&] { facade_.shutdown(); });
     if (connect != nullptr) connect->awaitEnd(connectEndMs);
     log_.replace(nullptr, nullptr);
     progress_->replace(nullptr, nullptr);
@@ -80,22 +109,25 @@ bool Session::placeConnect(std::shared_ptr<ConnectRun> run) {
     return true;
 }
 
-std::string Session::agentsEnd() const {
+Outcome Session::agentsEnd() const {
     const auto end = channel_->agent.end();
-    return end == nullptr ? std::string() : end->reason;
+    return end == nullptr ? failure(Cause::agentEnded, "") : failure(end->cause, end->reason);
 }
 
 std::uint32_t Session::startStream(const std::vector<std::string>& names, unsigned int slots) {
-    if (!channel_->agent.isOperating()) refuse(Cause::agentEnded, agentsEnd());
+    if (!isOperating()) throw Refusal{agentsEnd()};
     const auto ring = std::make_shared<ValueRing>(slots, names.size());
     const auto stream = std::make_shared<Stream>(weak_from_this(), ring);
     const std::uint32_t number = process().streams.add(stream);
     if (number == 0) throw Refusal{systemFailure("there is no room for another stream")};
-    if (!noteStream(number)) {
+    try {
+        if (!noteStream(number)) refuseHandle();
+        sinkstreams::startParamRead(state(), ring, names);
+    } catch (...) {
         process().streams.remove(number);
-        refuseHandle();
+        streams_.lock()->numbers.erase(number);
+        throw;
     }
-    sinkstreams::startParamRead(state(), ring, names);
     return number;
 }
 
@@ -107,9 +139,14 @@ bool Session::noteStream(std::uint32_t number) {
     return true;
 }
 
-void Session::endStream(const channel::ValueSink& sink, std::uint32_t number) {
+Outcome Session::endStream(const channel::ValueSink& sink, std::uint32_t number, bool waits) {
     streams_.lock()->numbers.erase(number);
-    sinkstreams::stopParamRead(state(), &sink);
+    if (!waits) {
+        sinkstreams::stopParamRead(state(), &sink);
+        return {};
+    }
+    const Outcome outcome = outcomeOf(sinkstreams::stopParamReadAndWait(state(), &sink));
+    return outcome.cause == Cause::pushedOut ? outcome : Outcome();
 }
 
 void Session::endStreams() {
@@ -120,25 +157,48 @@ void Session::endStreams() {
         streams->numbers.swap(numbers);
     }
     for (const std::uint32_t number : numbers)
-        if (const auto stream = process().streams.remove(number)) stream->end(number);
-    stopCodes();
+        if (const auto stream = process().streams.remove(number))
+            inSpiteOfMemory([&] { stream->end(number, false); });
 }
 
 Outcome Session::startCodes(unsigned int timeoutMs, unsigned int periodMs) {
+    const Turn turn(areCodesDirected_);
     auto box = std::make_shared<CodeBox>();
-    const Outcome outcome = outcomeOf(sinkstreams::startDtcRead(state(), box, timeoutMs, periodMs));
-    if (outcome.cause != Cause::none) return outcome;
-    codes_.lock()->swap(box);
-    if (box != nullptr) box->close();
+    Outcome outcome = outcomeOf(sinkstreams::startDtcRead(state(), box, timeoutMs, periodMs));
+    if (outcome.cause == Cause::none && !exchangeCodes(std::move(box))) refuseHandle();
     return outcome;
 }
 
-void Session::stopCodes() {
+Outcome Session::stopCodes() {
+    const Turn turn(areCodesDirected_);
+    if (codes() == nullptr) return {};
+    Outcome outcome = outcomeOf(sinkstreams::stopDtcRead(state()));
+    // An agent that has ended reads none either.
+    if (outcome.cause != Cause::none && isOperating()) return outcome;
+    exchangeCodes(nullptr);
+    return {};
+}
+
+/// False once the handle is being closed.
+bool Session::exchangeCodes(std::shared_ptr<CodeBox> box) {
+    {
+        const auto codes = codes_.lock();
+        if (codes->closed) return false;
+        codes->box.swap(box);
+    }
+    if (box != nullptr) box->close();
+    return true;
+}
+
+/// Without telling the agent, which is about to end.
+void Session::endCodes() {
     std::shared_ptr<CodeBox> box;
-    codes_.lock()->swap(box);
-    if (box == nullptr) return;
-    facade_.stopDtcRead();
-    box->close();
+    {
+        const auto codes = codes_.lock();
+        codes->closed = true;
+        codes->box.swap(box);
+    }
+    if (box != nullptr) box->close();
 }
 
 }  // namespace cinterface

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <set>
@@ -29,7 +30,6 @@ public:
     QorControlFacade& facade() { return facade_; }
     const FacadeState& state() const { return FacadeAccess::stateOf(facade_); }
     channel::Channel& channel() const { return *channel_; }
-    const std::shared_ptr<channel::Channel>& channelShare() const { return channel_; }
     HostLog& log() { return log_; }
     ProgressFunction& progress() { return *progress_; }
     void setBoxPolicy(const BoxPolicy& policy);
@@ -48,20 +48,27 @@ public:
     /// The last one that was begun; null if there was none.
     std::shared_ptr<ConnectRun> lastConnect() { return *connect_.lock(); }
 
+    /// Whether there still is somebody who can send anything.
+    bool isOperating() const { return channel_->agent.isOperating(); }
+    /// Why not.
+    qorcontrol::Outcome agentsEnd() const;
+
     /// Begins a stream; its number. Throws a Refusal if that cannot be.
     std::uint32_t startStream(const std::vector<std::string>& names, unsigned int slots);
-    /// Takes it away from the agent; see Stream.
-    void endStream(const channel::ValueSink& sink, std::uint32_t number);
+    /// Takes it away from the agent; see Stream. `waits`: until that is certain.
+    qorcontrol::Outcome endStream(const channel::ValueSink& sink, std::uint32_t number, bool waits);
 
     qorcontrol::Outcome startCodes(unsigned int timeoutMs, unsigned int periodMs);
-    void stopCodes();
+    /// If it fails, they still are being read.
+    qorcontrol::Outcome stopCodes();
     /// Null if none are being read.
-    std::shared_ptr<CodeBox> codes() { return *codes_.lock(); }
+    std::shared_ptr<CodeBox> codes() { return codes_.lock()->box; }
 
 private:
-    std::string agentsEnd() const;
     bool noteStream(std::uint32_t number);
     void endStreams();
+    bool exchangeCodes(std::shared_ptr<CodeBox> box);
+    void endCodes();
     bool placeConnect(std::shared_ptr<ConnectRun> run);
 
     const std::uint64_t serial_;  // of no other session
@@ -76,7 +83,12 @@ private:
         bool closed = false;
     };
     common::Guarded<Streams> streams_;
-    common::Guarded<std::shared_ptr<CodeBox>> codes_;
+    struct Codes {
+        std::shared_ptr<CodeBox> box;
+        bool closed = false;
+    };
+    common::Guarded<Codes> codes_;
+    std::atomic<bool> areCodesDirected_{false};  // by a start or a stop; one at a time
 };
 
 }  // namespace cinterface

@@ -4,9 +4,10 @@
 
 namespace cinterface {
 
-void Stream::end(std::uint32_t number) {
-    if (const auto session = session_.lock()) session->endStream(*ring_, number);
-    ring_->close();
+qorcontrol::Outcome Stream::end(std::uint32_t number, bool waits) {
+    ring_->close();  // first: whatever else fails, nobody waits for it any more
+    const auto session = session_.lock();
+    return session == nullptr ? qorcontrol::Outcome() : session->endStream(*ring_, number, waits);
 }
 
 }  // namespace cinterface

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "cinterface/ValueRing.h"
+#include "qorcontrol/Outcome.h"
 
 namespace cinterface {
 
@@ -16,10 +17,12 @@ public:
         : session_(std::move(session)), ring_(std::move(ring)) {}
 
     ValueRing& ring() const { return *ring_; }
+    /// Null once its handle is closed.
+    std::shared_ptr<Session> session() const { return session_.lock(); }
 
     /// Takes the ring away from the agent and sends away who waits. By who has taken the stream of
-    /// that number out of the table.
-    void end(std::uint32_t number);
+    /// that number out of the table. `waits`: until the agent has let QOR know.
+    qorcontrol::Outcome end(std::uint32_t number, bool waits);
 
 private:
     const std::weak_ptr<Session> session_;

@@ -1,5 +1,7 @@
 // Streams of values and of trouble codes.
 
+#include <algorithm>
+#include <optional>
 #include <utility>
 
 #include "cinterface/Arguments.h"
@@ -8,6 +10,7 @@
 #include "cinterface/Stream.h"
 #include "cinterface/TroubleCodes.h"
 #include "common/Clock.h"
+#include "common/SlicedWait.h"
 
 using cinterface::call;
 using cinterface::callOn;
@@ -36,8 +39,26 @@ std::uint32_t numberOf(QorStream stream) {
     refuse(Cause::badHandle, "it is no stream, or one that has ended");
 }
 
-Outcome nothingYet() {
+/// `session` may be null.
+Outcome nothingYet(const Session* session) {
+    if (session != nullptr && !session->isOperating()) return session->agentsEnd();
     return failure(Cause::notReady, "QOR has sent none in this time");
+}
+
+/// So often a reader looks whether there still is somebody who sends anything.
+constexpr unsigned int lookMs = 50;
+
+/// Lets `read` wait, given a time, until it has found something (true) or the time has passed, or
+/// until it has found nothing and the agent has ended. `session` may be null.
+template <class Read>
+void readWithin(unsigned int timeoutMs, const Session* session, Read&& read) {
+    common::SlicedWait wait(timeoutMs);
+    do {
+        if (read(std::min(wait.sliceMs(), lookMs))) return;
+        if (session == nullptr || session->isOperating()) continue;
+        read(0);  // what came at the last moment
+        return;
+    } while (wait.goesOn());
 }
 
 }  // namespace
@@ -67,9 +88,14 @@ int QOR_CALL QorReadParamStream(QorStream stream, QorSample* samples, unsigned i
         mustNotBeNull(samples, "samples");
         mustNotBeNull(count, "count");
         if (capacity == 0) refuseArgument("capacity is 0");
-        const auto got = found->ring().read(samples, capacity, timeoutMs);
+        const auto session = found->session();
+        std::optional<unsigned int> got;
+        readWithin(timeoutMs, session.get(), [&](unsigned int waitMs) {
+            got = found->ring().read(samples, capacity, waitMs);
+            return !got || *got != 0;
+        });
         if (!got) refuseStream();
-        if (*got == 0) return nothingYet();
+        if (*got == 0) return nothingYet(session.get());
         *count = *got;
         return {};
     });
@@ -80,8 +106,7 @@ int QOR_CALL QorStopParamRead(QorStream stream) {
         const std::uint32_t number = numberOf(stream);
         const auto found = process().streams.remove(number);
         if (found == nullptr) refuseStream();
-        found->end(number);
-        return {};
+        return found->end(number, true);
     });
 }
 
@@ -98,10 +123,14 @@ int QOR_CALL QorReadDtcStream(QorHandle handle, unsigned int timeoutMs, QorDtc* 
         const auto box = session.codes();
         CodeBox::Read read;
         read.found = CodeBox::Found::closed;
-        if (box != nullptr) read = box->read(timeoutMs);
+        if (box != nullptr)
+            readWithin(timeoutMs, &session, [&](unsigned int waitMs) {
+                read = box->read(waitMs);
+                return read.found != CodeBox::Found::nothing;
+            });
         if (read.found == CodeBox::Found::closed)
             refuse(Cause::wrongOrder, "no trouble codes are being read");
-        if (read.found == CodeBox::Found::nothing) return nothingYet();
+        if (read.found == CodeBox::Found::nothing) return nothingYet(&session);
         if (read.found == CodeBox::Found::silence)
             return failure(Cause::noData, "four reads in a row have failed");
         if (timeMs != nullptr) *timeMs = static_cast<double>(read.arrival.ms());
@@ -111,8 +140,5 @@ int QOR_CALL QorReadDtcStream(QorHandle handle, unsigned int timeoutMs, QorDtc* 
 }
 
 int QOR_CALL QorStopDtcRead(QorHandle handle) {
-    return callOn(handle, [&](Session& session) -> Outcome {
-        session.stopCodes();
-        return {};
-    });
+    return callOn(handle, [&](Session& session) { return session.stopCodes(); });
 }

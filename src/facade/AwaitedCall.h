@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <utility>
 
@@ -22,9 +23,33 @@ public:
         using Data = typename Operation::Data;
         const auto answers = std::make_shared<channel::AnswerQueue>(1);
         push({kind, std::make_shared<Data>(std::forward<Args>(payload)...), answers, nullptr, 0});
-        return await(*answers);
+        return await(*answers, nullptr);
+    }
+
+    /// The same with a monitor, which the request itself keeps: the agent may ask it for as long as
+    /// it is at the request, whatever has become of the caller. `isWanted` is asked all the while;
+    /// what is not wanted any more and has not been begun is given up: the agent leaves it out.
+    template <channel::Kind kind, class... Args>
+    bool runWatched(std::shared_ptr<IProgressMonitor> monitor,
+                    const std::function<bool()>& isWanted, Args&&... payload) {
+        using Operation = channel::Operation<kind>;
+        static_assert(Operation::wait == channel::Wait::unlimited, "see the table");
+        using Data = typename Operation::Data;
+        const auto watched = std::make_shared<Watched>(std::move(monitor));
+        const std::shared_ptr<channel::AnswerQueue> answers(watched, &watched->answers);
+        push({kind, std::make_shared<Data>(std::forward<Args>(payload)...), answers,
+              watched->monitor.get(), 0});
+        return await(*answers, isWanted);
     }
 
 private:
-    bool await(channel::AnswerQueue& answers);
+    struct Watched {
+        explicit Watched(std::shared_ptr<IProgressMonitor> asked) : monitor(std::move(asked)) {}
+
+        const std::shared_ptr<IProgressMonitor> monitor;
+        channel::AnswerQueue answers{1};
+    };
+
+    bool await(channel::AnswerQueue& answers, const std::function<bool()>& isWanted);
+    bool giveUpUnlessBegun(channel::AnswerQueue& answers);
 };

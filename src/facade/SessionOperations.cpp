@@ -1,4 +1,5 @@
 #include <atomic>
+#include <utility>
 
 #include "facade/AwaitedCall.h"
 #include "facade/FacadeImpl.h"
@@ -66,6 +67,16 @@ bool QorControlFacade::connect(const EcuConnect& settings, EcuConnect::ConnType 
     call.post<Kind::connect>(monitor, settings, type);
     const Connecting connecting(call.connecting());
     return call.await();
+}
+
+bool quietly::connect(const FacadeState& state, const QorControlFacade::EcuConnect& settings,
+                      QorControlFacade::EcuConnect::ConnType type,
+                      std::shared_ptr<IProgressMonitor> monitor,
+                      const std::function<bool()>& isWanted) {
+    AwaitedCall call(state);
+    if (!call.isOperating()) return false;
+    logConnect(call, settings, type);
+    return call.runWatched<Kind::connect>(std::move(monitor), isWanted, settings, type);
 }
 
 bool QorControlFacade::setEcuSegment(const std::string& segment, bool flag,

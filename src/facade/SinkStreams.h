@@ -14,8 +14,14 @@ namespace sinkstreams {
 
 void startParamRead(const FacadeState& state, std::shared_ptr<channel::ValueSink> sink,
                     const std::vector<std::string>& names);
+/// Without waiting for the agent.
 bool stopParamRead(const FacadeState& state, const channel::ValueSink* sink);
+
+// These wait until the agent has carried them out, without a time limit: only then it is certain
+// that they were not pushed out of the queue.
+bool stopParamReadAndWait(const FacadeState& state, const channel::ValueSink* sink);
 bool startDtcRead(const FacadeState& state, std::shared_ptr<channel::DtcSink> sink,
                   unsigned int timeoutMs, unsigned int periodMs);
+bool stopDtcRead(const FacadeState& state);
 
 }  // namespace sinkstreams

@@ -1,3 +1,7 @@
+#include <optional>
+#include <utility>
+
+#include "facade/AwaitedCall.h"
 #include "facade/Call.h"
 #include "facade/FacadeImpl.h"
 #include "facade/QorControlFacade.h"
@@ -17,12 +21,18 @@ void traceStart(const std::vector<std::string>& names) {
           listed.c_str());
 }
 
-/// Of whatever was registered at that address.
-bool stop(const FacadeState& state, const void* target) {
-    Call call(state);
+/// What QOR still is to be told, of whatever was registered at that address.
+std::optional<channel::RepeatRead> takeOut(const Call& call, const void* target) {
     trace(libraryModule, tracelog::information, 0, "%s", "QorControlFacade::paramStopAllRead()\n");
     auto stopped = call.channel().streams.remove(target);
-    if (!stopped || !stopped->prepared) return true;
+    if (stopped && !stopped->prepared) stopped.reset();
+    return stopped;
+}
+
+bool stop(const FacadeState& state, const void* target) {
+    Call call(state);
+    auto stopped = takeOut(call, target);
+    if (!stopped) return true;
     return call.isOperating() &&
            call.postUnanswered<Kind::stopParamRead>(std::move(stopped->names), stopped->epoch);
 }
@@ -63,9 +73,23 @@ bool stopParamRead(const FacadeState& state, const channel::ValueSink* sink) {
     return stop(state, sink);
 }
 
+bool stopParamReadAndWait(const FacadeState& state, const channel::ValueSink* sink) {
+    AwaitedCall call(state);
+    auto stopped = takeOut(call, sink);
+    if (!stopped) return true;
+    return call.isOperating() &&
+           call.run<Kind::stopParamRead>(std::move(stopped->names), stopped->epoch);
+}
+
 bool startDtcRead(const FacadeState& state, std::shared_ptr<channel::DtcSink> sink,
                   unsigned int timeoutMs, unsigned int periodMs) {
-    return postOnly<Kind::startDtcRead>(state, std::move(sink), timeoutMs, periodMs);
+    AwaitedCall call(state);
+    return call.isOperating() && call.run<Kind::startDtcRead>(std::move(sink), timeoutMs, periodMs);
+}
+
+bool stopDtcRead(const FacadeState& state) {
+    AwaitedCall call(state);
+    return call.isOperating() && call.run<Kind::stopDtcRead>();
 }
 
 }  // namespace sinkstreams

@@ -1,8 +1,16 @@
 #include "facade/TimedCall.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "common/SlicedWait.h"
+
+namespace {
+
+/// So often a watchful wait looks around.
+constexpr std::uint32_t lookMs = 50;
+
+}  // namespace
 
 TimedCallBase::TimedCallBase(const FacadeState& state, channel::AnswerTable& answers,
                              const char* name)
@@ -29,12 +37,16 @@ bool TimedCallBase::await(std::uint32_t waitMs) {
 }
 
 bool TimedCallBase::popWithin(std::uint32_t waitMs) {
+    const bool isWatchful = waits_ && channel().areWaitsWatchful;
     common::SlicedWait wait(waitMs);
     do {
-        if (queue_->pop(response_, wait.sliceMs())) return true;
+        const std::uint32_t sliceMs = wait.sliceMs();
+        if (queue_->pop(response_, isWatchful ? std::min(sliceMs, lookMs) : sliceMs)) return true;
         if (!queue_->pushed().exists()) return false;  // without an event nothing waits
         // The signal of an answer that was taken without waiting may arrive late and end the
         // wait of the next call; only the time decides.
+        if (isWatchful && (wasPushedOut(*queue_) || !isOperating()))
+            return queue_->pop(response_, 0);  // it may have come at the last moment
     } while (wait.goesOn());
     return false;
 }

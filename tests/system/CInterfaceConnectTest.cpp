@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <thread>
+#include <vector>
 
 #include "CStation.h"
 
@@ -13,6 +14,10 @@ using testing::Not;
 namespace {
 
 constexpr unsigned amplyMs = 20000;
+
+/// The first trouble codes never come.
+constexpr const char* holdsFirstCodes =
+    R"({"rules":[{"match":{"id":9,"nth":1},"action":{"answer":"ackOnly"}}]})";
 
 class CConnect : public testing::TestWithParam<Transport> {
 protected:
@@ -35,6 +40,11 @@ protected:
         char text[128] = "";
         EXPECT_THAT(QorConnectReason(qor(), text, sizeof text, nullptr), IsCause(QOR_OK));
         return text;
+    }
+    /// Asks for trouble codes, which keeps the agent for three seconds.
+    std::thread holdAgent() {
+        return std::thread(
+            [handle = qor()] { QorGetDtcByStatus(handle, 3000, nullptr, 0, nullptr); });
     }
     bool awaitsSteps(unsigned steps) {
         return eventually(amplyMs, [&] { return poll().steps >= steps; });
@@ -92,6 +102,7 @@ TEST_P(CConnect, IsCancelledWhenItsTimeIsOver) {
     ASSERT_TRUE(startWith(R"({"result":null,"durationMs":100,"steps":1,"online":false})"));
     unsigned took = elapsedMsOf(
         [&] { EXPECT_NE(QOR_OK, QorConnect(qor(), nullptr, QOR_CONNECT_DEFAULT, 700)); });
+    EXPECT_EQ("The connect was not at its end after 700 ms.", lastSentence());
     EXPECT_GE(took, 690u);
     EXPECT_LT(took, 5000u);
     EXPECT_EQ(0, poll().running);
@@ -153,6 +164,58 @@ TEST_P(CConnect, TheHostsFunctionHearsEachFigure) {
     EXPECT_THAT(QorSetProgress(qor(), nullptr, nullptr), IsCause(QOR_OK));
     EXPECT_TRUE(station.connectEcu());
     EXPECT_EQ(4, heard.count);
+}
+
+TEST_P(CConnect, OneThatIsPushedOutOfTheFullQueueEndsAndLeavesRoomForTheNext) {
+    station.script = holdsFirstCodes;
+    ASSERT_TRUE(station.start());
+    std::vector<std::thread> others;
+    others.push_back(holdAgent());
+    Sleep(300);
+    ASSERT_THAT(begin(), IsCause(QOR_OK));
+    Sleep(50);
+    for (int i = 0; i < 10; ++i) {
+        others.emplace_back([handle = qor()] { QorPingQor(handle, 1500); });
+        Sleep(30);
+    }
+    EXPECT_THAT(QorConnectWait(qor(), 8000), IsCause(QOR_PUSHED_OUT));
+    for (auto& other : others) other.join();
+    EXPECT_THAT(begin(), IsCause(QOR_OK));
+    EXPECT_THAT(QorConnectWait(qor(), amplyMs), IsCause(QOR_OK));
+}
+
+TEST_P(CConnect, OneThatIsCancelledBeforeItsTurnNeverReachesQor) {
+    station.script = holdsFirstCodes;
+    ASSERT_TRUE(station.start());
+    std::thread other = holdAgent();
+    Sleep(300);
+    ASSERT_THAT(begin(), IsCause(QOR_OK));
+    EXPECT_THAT(QorConnectCancel(qor()), IsCause(QOR_OK));
+    EXPECT_THAT(QorConnectWait(qor(), 1000), IsCause(QOR_CANCELLED));
+    other.join();
+    const std::size_t before = station.wire().size();
+    EXPECT_THAT(QorPingQor(qor(), 5000), IsCause(QOR_OK));
+    EXPECT_THAT(station.requests(before), ElementsAre(HasSubstr("Ping")));
+}
+
+TEST_P(CConnect, TheHostsFunctionMayWaitForTheAgent) {
+    struct Seen {
+        QorHandle qor = nullptr;
+        std::atomic<int> ofPing{-1};
+        std::atomic<int> ofWait{-1};
+    } seen;
+    ASSERT_TRUE(startWith(R"({"result":-1,"durationMs":600,"steps":2,"online":true})"));
+    seen.qor = qor();
+    const QorProgressFunction ask = [](void* user, int) {
+        auto& to = *static_cast<Seen*>(user);
+        to.ofWait = QorConnectWait(to.qor, amplyMs);
+        to.ofPing = QorPingQor(to.qor, amplyMs);
+    };
+    EXPECT_THAT(QorSetProgress(qor(), ask, &seen), IsCause(QOR_OK));
+    const unsigned took = elapsedMsOf([&] { EXPECT_TRUE(station.connectEcu()); });
+    EXPECT_LT(took, 8000u);
+    EXPECT_EQ(QOR_OK, seen.ofPing);
+    EXPECT_EQ(QOR_NOT_READY, seen.ofWait);
 }
 
 TEST_P(CConnect, ClosingEndsItAndWhoWaitsForIt) {

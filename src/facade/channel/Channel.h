@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <string>
 #include <utility>
 
@@ -32,6 +33,9 @@ struct Channel {
     const std::string settingsPath;  ///< as the host passed it
     ThreadSafeQueue<ProtocolCmd> commandQueue;
     Backlog backlog;
+    /// Whether calls with a time-out see, while they wait, that nobody is left to answer them. For
+    /// who puts another interface on the facade; hosts of the class itself wait their whole time.
+    std::atomic<bool> areWaitsWatchful{false};
     StreamRegistry streams;
 
     // From the agent to the facade.
