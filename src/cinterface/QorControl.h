@@ -157,8 +157,9 @@ QOR_IMPORT const char* QOR_CALL QorCauseName(int cause);
 QOR_IMPORT int QOR_CALL QorOpen(const char* settingsPath, unsigned int readPeriodMs,
                                 const char* hostPath, QorHandle* handle);
 
-/** Ends streams and a running connect, disconnects the ECU, shuts QOR down; about 5 s at most, 2 s
- *  more while a connect runs, and as long as callbacks that run take.
+/** Ends streams and a running connect, disconnects the ECU, shuts QOR down if its settings
+ *  file names its executable; about 5 s at most, 2 s more while a connect runs, and as long as
+ *  callbacks that run take.
  *  Calls of other threads that still wait end with QOR_AGENT_ENDED or by their time-out. */
 QOR_IMPORT int QOR_CALL QorClose(QorHandle handle);
 
@@ -409,7 +410,8 @@ QOR_IMPORT int QOR_CALL QorStartParamRead(QorHandle handle, const char* const* n
 /** Takes out the oldest values, at most `capacity`, which must not be 0; `count` gets how many.
  *  Waits at most `timeoutMs` for the first one; QOR_NOT_READY if there was none, QOR_BAD_HANDLE if
  *  the stream was ended meanwhile. When there is none and the agent has ended, it tells that at
- *  once. */
+ *  once. QOR_UNKNOWN_NAME: QOR does not know one of the names, so none of them is streamed; that
+ *  is tried again and again. */
 QOR_IMPORT int QOR_CALL QorReadParamStream(QorStream stream, QorSample* samples,
                                            unsigned int capacity, unsigned int* count,
                                            unsigned int timeoutMs);

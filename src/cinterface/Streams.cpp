@@ -45,6 +45,13 @@ Outcome nothingYet(const Session* session) {
     return failure(Cause::notReady, "QOR has sent none in this time");
 }
 
+/// The same for values: a name that QOR does not know keeps all of the stream silent.
+Outcome nothingOf(ValueRing& ring, const Session* session) {
+    if (ring.preparation().cause == Cause::unknownName)
+        return failure(Cause::unknownName, "one of the names of the stream");
+    return nothingYet(session);
+}
+
 /// So often a reader looks whether there still is somebody who sends anything.
 constexpr unsigned int lookMs = 50;
 
@@ -95,7 +102,7 @@ int QOR_CALL QorReadParamStream(QorStream stream, QorSample* samples, unsigned i
             return !got || *got != 0;
         });
         if (!got) refuseStream();
-        if (*got == 0) return nothingYet(session.get());
+        if (*got == 0) return nothingOf(found->ring(), session.get());
         *count = *got;
         return {};
     });

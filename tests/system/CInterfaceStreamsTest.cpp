@@ -117,6 +117,17 @@ TEST_P(CStreams, AReadWaitsForTheFirstValueAndNoLonger) {
     EXPECT_EQ(7u, count);
 }
 
+TEST_P(CStreams, ANameThatQorDoesNotKnowIsToldToTheReader) {
+    ASSERT_TRUE(startConnected());
+    const char* const names[] = {"EngineSpeed", "NoSuchParameter"};
+    ASSERT_EQ(QorStartParamRead(qor(), names, 2, 10, &stream), QOR_OK);
+    QorSample sample;
+    unsigned count = 0;
+    EXPECT_TRUE(eventually(amplyMs, [&] {
+        return QorReadParamStream(stream, &sample, 1, &count, 100) == QOR_UNKNOWN_NAME;
+    }));
+}
+
 TEST_P(CStreams, StoppingOneSendsItsReaderAwayAndLeavesTheOther) {
     ASSERT_TRUE(startConnected());
     ASSERT_THAT(startBoth(100), IsCause(QOR_OK));

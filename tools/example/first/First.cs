@@ -9,8 +9,7 @@ static class First
         uint count;
         var speed = new double[1];
         int cause = Qor.QorOpen(arguments[0], 100, "", out qor);
-        if (cause != Qor.QOR_OK) return cause;
-        cause = Qor.QorPingQor(qor, 10000);  // QOR may still be starting
+        if (cause == Qor.QOR_OK) cause = Qor.QorPingQor(qor, 10000);  // QOR may still be starting
         if (cause == Qor.QOR_OK)
             cause = Qor.QorConnect(qor, IntPtr.Zero, Qor.QOR_CONNECT_DEFAULT, 60000);
         if (cause == Qor.QOR_OK)

@@ -4,12 +4,11 @@
 #include "QorControl.h"
 
 int main(int argc, char** argv) {
-    QorHandle qor;
+    QorHandle qor = NULL;
     double speed;
     char sentence[500] = "";
     int cause = QorOpen(argc > 1 ? argv[1] : "", 100, "", &qor);
-    if (cause != QOR_OK) return cause;
-    cause = QorPingQor(qor, 10000); /* QOR may still be starting */
+    if (cause == QOR_OK) cause = QorPingQor(qor, 10000); /* QOR may still be starting */
     if (cause == QOR_OK) cause = QorConnect(qor, NULL, QOR_CONNECT_DEFAULT, 60000);
     if (cause == QOR_OK) cause = QorGetParamData(qor, "EngineSpeed", 1000, &speed, 1, NULL);
     if (cause == QOR_OK)
