@@ -57,6 +57,8 @@
 
 #include "qorcontrol/Version.h"
 
+/* This is C: NOLINTBEGIN(modernize-use-using) */
+
 #if defined(_WIN32)
 #define QOR_CALL __cdecl
 #else
@@ -502,5 +504,7 @@ QOR_IMPORT int QOR_CALL QorSetProgress(QorHandle handle, QorProgressFunction fun
 #ifdef __cplusplus
 }
 #endif
+
+/* NOLINTEND(modernize-use-using) */
 
 #endif

@@ -21,6 +21,7 @@ protected:
     Station station{GetParam()};
     std::vector<double> values;
 
+    /// (A line is indented where the agent ends while the constructor is still at work.)
     bool awaitTrace(const std::string& words, unsigned timeoutMs = 5000) {
         return eventually(timeoutMs, [&] { return station.traceHolds(words); });
     }
@@ -48,9 +49,9 @@ INSTANTIATE_TEST_SUITE_P(Over, Start, everyTransport(), transportName);
 
 TEST_P(Start, AMissingSettingsFileEndsTheAgentWithItsPathInTheTrace) {
     station.construct();
-    EXPECT_TRUE(awaitTrace(
-        "3\tException when starting QOR Remote agent thread, Specified settings file for "
-        "QOR 'external operation mode' is not valid."));
+    EXPECT_TRUE(
+        awaitTrace("Exception when starting QOR Remote agent thread, Specified settings file for "
+                   "QOR 'external operation mode' is not valid."));
     EXPECT_TRUE(station.traceHolds("File: " + station.settingsPath + "."));
     Sleep(200);
     expectDeadStation();
@@ -67,9 +68,9 @@ TEST_P(Start, ASettingsPathInAMissingFolderEndsTheAgent) {
 TEST_P(Start, AFolderInPlaceOfTheSettingsFileEndsTheAgentAsAMissingFileDoes) {
     station.settingsPath = station.folder.pathOf("");
     station.construct();
-    EXPECT_TRUE(awaitTrace(
-        "3\tException when starting QOR Remote agent thread, Specified settings file for "
-        "QOR 'external operation mode' is not valid."));
+    EXPECT_TRUE(
+        awaitTrace("Exception when starting QOR Remote agent thread, Specified settings file for "
+                   "QOR 'external operation mode' is not valid."));
     EXPECT_TRUE(station.traceHolds("File: " + station.settingsPath + "."));
     Sleep(200);
     expectDeadStation();
@@ -80,7 +81,7 @@ TEST_P(Start, AMissingExecutableEndsTheAgentButItsPathIsKnown) {
     station.open();
     EXPECT_EQ(station.settings.executable, station->getQorExecutablePath());
     EXPECT_TRUE(
-        awaitTrace("3\tException when starting QOR Remote agent thread, Fail to launch QOR "
+        awaitTrace("Exception when starting QOR Remote agent thread, Fail to launch QOR "
                    "external operating."));
     Sleep(200);
     expectDeadStation();
