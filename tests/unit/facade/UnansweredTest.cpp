@@ -36,11 +36,11 @@ protected:
     }
     /// On a thread of its own; the outcome is there when that has ended.
     void ping(unsigned int timeoutMs, Cause& cause) {
+        const std::uint32_t before = agent.channel()->backlog.lastNumber();
         hosts.emplace_back([this, timeoutMs, &cause] {
             facade->pingQor(timeoutMs);
             cause = lastOutcome().cause;
         });
-        const std::uint32_t before = agent.channel()->backlog.lastNumber();
         for (int i = 0; i < 1000 && agent.channel()->backlog.lastNumber() == before; ++i) Sleep(1);
         Sleep(5);  // and pushed
     }
