@@ -45,8 +45,8 @@ struct ClientState {
     Arrival<std::vector<protocol::CanBusItem>> canFrames;
     Arrival<protocol::ExecKwp> kwpAnswer;
 
-    // What QOR has been asked for in this epoch and has not told since; parameters by name or
-    // index.
+    // What QOR has been asked for and has not told since; parameters, by name or index, of this
+    // epoch only.
     Owed<Answer> owedAnswers;
     Owed<std::string> owedDescriptions;
     Owed<std::int32_t> owedValues;   ///< by a read of one or of several
