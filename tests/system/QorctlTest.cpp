@@ -6,12 +6,14 @@
 #include <regex>
 #include <sstream>
 
+#include "qorcontrol/Version.h"
 #include "QorctlProcess.h"
 #include "Station.h"
 
 using testing::AnyOf;
 using testing::Contains;
 using testing::ElementsAre;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
@@ -73,20 +75,17 @@ TEST_P(Qorctl, WithoutAConnectOnlyTheOperationItselfIsDone) {
                 ElementsAre("GetParamInfo", "DirectCtrl", "KwpConnect", "Shutdown"));
 }
 
-TEST_P(Qorctl, AFailureIsTellingAndNamesTheLineOfTheTrace) {
+TEST_P(Qorctl, AFailureTellsItsCauseWhatToCheckAndWhereTheTraceIs) {
     const auto ended = run("get", {"MaxVehicleSpeed", "Nobody"});
 
     EXPECT_EQ(1, ended.exitCode);
     EXPECT_EQ("MaxVehicleSpeed: 210\n", ended.out);
-    EXPECT_THAT(ended.err, HasSubstr("not read: Nobody"));
-    std::smatch found;
-    const std::regex where("see (.*):(\\d+): (.*failed on param: Nobody.*)\n");
-    ASSERT_TRUE(std::regex_search(ended.err, found, where)) << ended.err;
-    EXPECT_EQ(station.tracePath(), found[1]);
-    const auto lines = linesOfFile(station.tracePath());
-    const auto number = static_cast<std::size_t>(std::stoul(found[2]));
-    ASSERT_LE(number, lines.size());
-    EXPECT_THAT(lines[number - 1], HasSubstr(found[3]));
+    EXPECT_THAT(ended.err, HasSubstr("  not read: Nobody\n"
+                                     "        cause: unknownName: QOR knows no parameter of that "
+                                     "name.\n"
+                                     "        check: Compare the spelling"));
+    EXPECT_THAT(ended.err, HasSubstr("\n        trace: " + station.tracePath() + "\n"));
+    EXPECT_THAT(bytesOfFile(station.tracePath()), HasSubstr("failed on param: Nobody"));
 }
 
 TEST_P(Qorctl, JsonIsOneObjectAlsoForAFailure) {
@@ -155,6 +154,16 @@ INSTANTIATE_TEST_SUITE_P(
                     std::vector<std::string>{"doctor", "none.ini", "--start", "--host", "h.exe"},
                     std::vector<std::string>{"get", "none.ini", "Name", "--timeout", "0"},
                     std::vector<std::string>{"get", "none.ini", "Name", "--trace", "x.txt"}));
+
+TEST(QorctlVersion, IsThatOfTheProgramAndOfTheLoadedLibrary) {
+    const auto ended = runQorctl({"--version"});
+
+    EXPECT_EQ(0, ended.exitCode);
+    EXPECT_EQ("", ended.err);
+    EXPECT_THAT(ended.out, StartsWith("qorctl " QOR_VERSION_TEXT
+                                      "\nQorControlFacade.dll " QOR_VERSION_TEXT ".0 ("));
+    EXPECT_THAT(ended.out, EndsWith("\\QorControlFacade.dll)\n"));
+}
 
 TEST(QorctlHelp, IsThereForEveryCommandWithAnExample) {
     const auto ended = runQorctl({"--help"});

@@ -114,7 +114,8 @@ TEST_P(Watch, AnUnknownNameIsToldAndNothingIsWatched) {
         scene.run("watch", {"EngineSpeed", "NoSuchThing", "Other One", "--csv", "--for", "5"});
     EXPECT_EQ(failure, ending.exitCode);
     EXPECT_THAT(ending.out, IsEmpty());
-    EXPECT_THAT(ending.err, HasSubstr("QOR does not know NoSuchThing, Other One\n"));
+    EXPECT_THAT(ending.err,
+                HasSubstr("not described: NoSuchThing, Other One\n        cause: unknownName: "));
     EXPECT_THAT(ending.err, Not(HasSubstr("  watch ")));
     EXPECT_THAT(ending.err, HasSubstr("ok      shut down"));
 }

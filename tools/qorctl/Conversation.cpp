@@ -12,7 +12,7 @@ Conversation::Conversation(const char* command, const SessionOptions& options, c
       output_(output),
       console_(output.steps),
       session_(options, console_),
-      report_(console_, session_.trace()) {
+      report_(console_, session_.trace().path()) {
     results_["command"] = command_;
     results_["log"] = nlohmann::json::array();
     results_["settings"] = utf8Of(session_.options().settingsPath);

@@ -3,6 +3,7 @@
 #include <map>
 #include <string>
 
+#include "CallNotes.h"
 #include "QorControlFacade.h"
 
 namespace qorctl {
@@ -14,8 +15,8 @@ class Descriptions {
 public:
     explicit Descriptions(const QorControlFacade& facade) : facade_(facade) {}
 
-    /// Asks once per name; null if QOR does not know it.
-    const wex::ParamDescription* find(const std::string& name);
+    /// Asks once per name; null if that fails. What is asked is noted.
+    const wex::ParamDescription* find(const std::string& name, CallNotes& calls);
 
     /// Empty without a unit or without a description.
     std::string unitOf(const std::string& name);

@@ -6,6 +6,7 @@
 #include <CLI/CLI.hpp>
 
 #include "Activity.h"
+#include "CallNotes.h"
 #include "ConnectMonitor.h"
 #include "HostPaths.h"
 #include "Interrupt.h"
@@ -14,6 +15,7 @@ namespace qorctl {
 namespace {
 
 using Clock = std::chrono::steady_clock;
+using qorcontrol::Cause;
 
 // The library itself gives QOR 10 s to come up.
 constexpr std::chrono::seconds startLimit(15);
@@ -29,6 +31,11 @@ std::string checkTracePath(const std::string& path) {
     const bool fits = path.size() > wanted.size() &&
                       path.compare(path.size() - wanted.size(), wanted.size(), wanted) == 0;
     return fits ? std::string() : path + " does not end in .log, as the library's traces do";
+}
+
+/// Whether no later request can succeed: the library's agent or its connection's thread is gone.
+bool isForGood(Cause cause) {
+    return cause == Cause::agentEnded || cause == Cause::systemFailure;
 }
 
 SessionOptions withAbsolutePaths(SessionOptions options) {
@@ -83,13 +90,14 @@ Session::Session(const SessionOptions& options, Console& console)
 Outcome Session::awaitQor() {
     const Activity activity(console_, "QOR", [] { return "starting, no answer yet"; });
     const Clock::time_point end = Clock::now() + startLimit;
-    while (Clock::now() < end) {
-        if (facade_->pingQor(startPingMs)) return Outcome::success();
-        if (const auto failure = trace_.startFailure())
-            return Outcome::failure(failure->text, failure->number);
+    while (true) {
+        CallNotes ping;
+        if (ping.note(facade_->pingQor(startPingMs))) return Outcome::success();
+        if (isForGood(ping.cause())) return ping.failure("QOR cannot be reached");
+        if (Clock::now() >= end)
+            return ping.failure(fmt::format("no answer within {} s", startLimit.count()));
         if (!interrupt::sleepMs(betweenPingsMs)) return Outcome::failure("cancelled with Ctrl-C");
     }
-    return Outcome::failure(fmt::format("no answer within {} s", startLimit.count()));
 }
 
 Outcome Session::connectEcu(const ConnectOptions& connection) {
@@ -98,15 +106,15 @@ Outcome Session::connectEcu(const ConnectOptions& connection) {
         if (!monitor.isAccepted()) return "waiting for QOR to accept";
         return facade_->isEcuOnline() ? "QOR reports progress" : "waiting for the ECU";
     };
-    bool connected = false;
+    CallNotes calls;
     {
         const Activity activity(console_, "ECU", state);
-        connected = facade_->connect(connection.record(options_.refreshMs), connection.connType(),
-                                     &monitor);
+        calls.note(facade_->connect(connection.record(options_.refreshMs), connection.connType(),
+                                    &monitor));
     }
-    if (connected) return Outcome::success("online");
+    if (calls.allWorked()) return calls.success("online");
     const std::string reason = monitor.error();
-    return Outcome::failure(reason.empty() ? "QOR did not accept the request" : reason);
+    return calls.failure(reason.empty() ? "QOR did not accept the request" : reason);
 }
 
 Outcome Session::shutDown() {

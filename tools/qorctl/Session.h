@@ -6,9 +6,9 @@
 #include "ConnectOptions.h"
 #include "Console.h"
 #include "ConsoleLog.h"
+#include "Outcome.h"
 #include "QorControlFacade.h"
 #include "SettingsFile.h"
-#include "StepReport.h"
 #include "TraceFile.h"
 
 namespace CLI {
@@ -47,7 +47,7 @@ public:
     QorControlFacade& facade() { return *facade_; }
     Console& console() { return console_; }
 
-    /// Waits until QOR answers; the reason when it does not is the library's own.
+    /// Waits until QOR answers or the library has given up starting it.
     Outcome awaitQor();
 
     /// Connects the ECU; Ctrl-C cancels.

@@ -4,6 +4,7 @@
 
 #include <chrono>
 
+#include "CauseJson.h"
 #include "Interrupt.h"
 #include "JsonText.h"
 
@@ -16,13 +17,12 @@ bool StepReport::run(const std::string& title, const Step& step) {
 }
 
 bool StepReport::runAlways(const std::string& title, const Step& step) {
-    const std::size_t linesBefore = trace_.lineCount();
     const auto start = std::chrono::steady_clock::now();
     const Outcome outcome = step();
     const std::chrono::duration<double, std::milli> elapsed =
         std::chrono::steady_clock::now() - start;
     tell(title, outcome, elapsed.count());
-    if (!outcome.ok) tellWhereToLook(outcome, linesBefore);
+    tellWhatTheLibraryTells(outcome);
     return outcome.ok;
 }
 
@@ -32,23 +32,23 @@ void StepReport::tell(const std::string& title, const Outcome& outcome, double e
     if (!outcome.text.empty()) line += "  " + outcome.text;
     console_.line(line);
     if (!outcome.ok) ++failed_;
-    steps_.push_back(
-        {{"step", title}, {"ok", outcome.ok}, {"ms", elapsedMs}, {"text", utf8Of(outcome.text)}});
+    steps_.push_back({{"step", title},
+                      {"ok", outcome.ok},
+                      {"ms", elapsedMs},
+                      {"text", utf8Of(outcome.text)},
+                      {"cause", jsonOf(outcome.told)},
+                      {"mayBelongToEarlier", outcome.told.mayBelongToEarlier}});
 }
 
-void StepReport::tellWhereToLook(const Outcome& outcome, std::size_t linesBefore) {
-    if (outcome.traceLine != 0) {
-        console_.line(fmt::format("        see {}:{}", trace_.path(), outcome.traceLine));
-        steps_.back()["trace"] = {{"line", outcome.traceLine}};
-        return;
+void StepReport::tellWhatTheLibraryTells(const Outcome& outcome) {
+    const qorcontrol::Outcome& told = outcome.told;
+    if (told.mayBelongToEarlier)
+        detail("warning: an answer may belong to an earlier request, whose time was over");
+    if (told.cause != qorcontrol::Cause::none) {
+        detail(fmt::format("cause: {}: {}", nameOf(told.cause), told.sentence));
+        detail("check: " + told.check);
     }
-    const auto found = trace_.failureBehind(linesBefore);
-    if (!found) {
-        console_.line("        the trace says nothing: " + trace_.path());
-        return;
-    }
-    console_.line(fmt::format("        see {}:{}: {}", trace_.path(), found->number, found->text));
-    steps_.back()["trace"] = {{"line", found->number}, {"text", utf8Of(found->text)}};
+    if (!outcome.ok) detail("trace: " + tracePath_);
 }
 
 std::string StepReport::summary() const {

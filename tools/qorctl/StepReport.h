@@ -6,29 +6,19 @@
 #include <utility>
 
 #include "Console.h"
-#include "TraceFile.h"
+#include "Outcome.h"
 
 namespace qorctl {
 
-/// How a step ended, and a few words about it.
-struct Outcome {
-    bool ok = false;
-    std::string text;
-    std::size_t traceLine = 0;  ///< where `text` stands in the trace; 0: not taken from there
-
-    static Outcome success(std::string text = {}) { return {true, std::move(text), 0}; }
-    static Outcome failure(std::string reason, std::size_t traceLine = 0) {
-        return {false, std::move(reason), traceLine};
-    }
-};
-
 /// Runs the steps of a command one after the other and tells of each whether it succeeded, how
-/// long it took and, after a failure, where in the trace to look.
+/// long it took and, after a failure, the cause that the library tells, what to check, and where
+/// the trace is.
 class StepReport {
 public:
     using Step = std::function<Outcome()>;
 
-    StepReport(Console& console, const TraceFile& trace) : console_(console), trace_(trace) {}
+    StepReport(Console& console, std::string tracePath)
+        : console_(console), tracePath_(std::move(tracePath)) {}
 
     /// Runs `step` unless the program was interrupted, which counts as a failure.
     bool run(const std::string& title, const Step& step);
@@ -46,10 +36,11 @@ public:
 
 private:
     void tell(const std::string& title, const Outcome& outcome, double elapsedMs);
-    void tellWhereToLook(const Outcome& outcome, std::size_t linesBefore);
+    void tellWhatTheLibraryTells(const Outcome& outcome);
+    void detail(const std::string& text) { console_.line("        " + text); }
 
     Console& console_;
-    const TraceFile& trace_;
+    const std::string tracePath_;
     nlohmann::json steps_ = nlohmann::json::array();
     unsigned int failed_ = 0;
 };

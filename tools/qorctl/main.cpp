@@ -6,6 +6,7 @@
 
 #include "Interrupt.h"
 #include "Subcommands.h"
+#include "VersionText.h"
 
 namespace {
 
@@ -16,9 +17,11 @@ const char* const footer =
     "doctor 3: a host would not work.\n"
     "\n"
     "Paths may be relative to the current directory or Unix-style. The library's trace goes to\n"
-    "qorctl.log beside the program unless --trace names another file; after a failure the line\n"
-    "to look at is printed. Ctrl-C ends the work in order and shuts QOR down; a second Ctrl-C\n"
-    "ends the program at once.\n";
+    "qorctl.log beside the program unless --trace names another file. Of a failed step the cause\n"
+    "is printed and what to check, where the library tells them; with --json they are the step's\n"
+    "\"cause\". Ctrl-C ends the work in order and shuts QOR down; a second Ctrl-C ends the "
+    "program\n"
+    "at once.\n";
 
 /// Declares all commands; parsing sets `action` to the chosen one's.
 void declareAll(CLI::App& app, Action& action) {
@@ -37,6 +40,7 @@ void declareAll(CLI::App& app, Action& action) {
 int run(int argc, char** argv) {
     CLI::App app("Remote control of QOR, the ECU calibration application.", "qorctl");
     Action action;
+    app.set_version_flag("--version", versionText, "Print the versions of qorctl and the library");
     declareAll(app, action);
     try {
         app.parse(argc, argv);

@@ -14,9 +14,12 @@ programs = ""
 class Interrupt(unittest.TestCase):
     transport = "tcp"
 
-    def open(self, script, command, *arguments):
+    def open(self, script, command, *arguments, lines=None):
         self.station = Station(programs, self.transport, script)
         self.addCleanup(self.station.close)
+        if lines is not None:
+            (self.station.folder / "lines.txt").write_text(lines)
+            arguments += (str(self.station.folder / "lines.txt"),)
         terminal = Terminal(self.station, command, *arguments)
         self.addCleanup(terminal.close)
         return terminal
@@ -34,8 +37,18 @@ class Interrupt(unittest.TestCase):
         terminal.press(CTRL_C)
         self.assertEqual(1, terminal.exit_code(), terminal.text())
         self.assertIn("FAILED connect", terminal.text())
+        self.assertIn("cause: cancelled: ", terminal.text())
         self.assertIn("ok shut down", terminal.text())
         self.assertEqual([CONNECT, SHUTDOWN], [r["id"] for r in self.station.requests()][-2:])
+
+    def test_what_is_cancelled_shows_no_cause_of_an_earlier_failure(self):
+        terminal = self.open(None, "batch", "--keep-going", lines="get Nobody\nsleep 60000\n")
+        terminal.await_text("cause: unknownName")
+        terminal.press(CTRL_C)
+        self.assertEqual(1, terminal.exit_code(), terminal.text())
+        cancelled = terminal.text().split("FAILED sleep 60000")[1]
+        self.assertIn("cancelled with Ctrl-C", cancelled)
+        self.assertNotIn("cause:", cancelled)
 
     def test_an_actuator_that_is_held_is_given_back(self):
         terminal = self.open(None, "start-control", "CoolingFan", "--hold", "60")

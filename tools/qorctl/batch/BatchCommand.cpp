@@ -8,6 +8,7 @@
 #include <optional>
 
 #include "batch/BatchScript.h"
+#include "CauseJson.h"
 #include "Conversation.h"
 #include "HostPaths.h"
 #include "JsonText.h"
@@ -50,10 +51,13 @@ BatchScript readScript(const std::string& file) {
 /// False if the row of operations ends here.
 bool runStep(Conversation& conversation, const BatchStep& step, const BatchOptions& options) {
     const Reply reply = carryOut(conversation, step.text, step.work, options.json);
-    conversation.results()["operations"].push_back({{"line", utf8Of(step.text)},
-                                                    {"command", step.command},
-                                                    {"ok", reply.outcome.ok},
-                                                    {"result", reply.result}});
+    conversation.results()["operations"].push_back(
+        {{"line", utf8Of(step.text)},
+         {"command", step.command},
+         {"ok", reply.outcome.ok},
+         {"cause", jsonOf(reply.outcome.told)},
+         {"mayBelongToEarlier", reply.outcome.told.mayBelongToEarlier},
+         {"result", reply.result}});
     return reply.outcome.ok || options.keepsGoing;
 }
 

@@ -46,21 +46,18 @@ TextTable listOf(const std::vector<double>& values, const std::vector<double>& s
     return table;
 }
 
-std::string listOfFailed(const std::vector<std::string>& failed) {
-    return "not read: " + fmt::format("{}", fmt::join(failed, ", "));
+Outcome outcomeOf(const CallNotes& calls, const char* failure) {
+    return calls.allWorked() ? calls.success() : calls.failureOfNames(failure);
 }
 
 }  // namespace
 
 Outcome Tour::describe() {
     TextTable table({{"parameter"}, {"meaning"}, {"unit"}, {"group"}, {"arrays", Align::right}});
-    std::vector<std::string> failed;
+    CallNotes calls;
     for (const char* const name : described) {
-        const wex::ParamDescription* const found = descriptions_.find(name);
-        if (found == nullptr) {
-            failed.emplace_back(name);
-            continue;
-        }
+        const wex::ParamDescription* const found = descriptions_.find(name, calls);
+        if (found == nullptr) continue;
         table.add({name, meaningOf(*found), unitOf(*found), groupOf(*found),
                    found->threeArrays ? "3" : "1"});
         results_["descriptions"].push_back({{"name", name},
@@ -70,33 +67,31 @@ Outcome Tour::describe() {
                                             {"threeArrays", found->threeArrays}});
     }
     show(table);
-    return failed.empty() ? Outcome::success() : Outcome::failure(listOfFailed(failed));
+    return outcomeOf(calls, notRead);
 }
 
 Outcome Tour::readScalars() {
     TextTable table({{"parameter"}, {"value", Align::right}, {"unit"}});
-    std::vector<std::string> failed;
+    CallNotes calls;
     for (const char* const name : scalars) {
         std::vector<double> values;
-        if (!read(name, values)) {
-            failed.emplace_back(name);
-            continue;
-        }
+        if (!read(name, values, calls)) continue;
         const std::string unit = descriptions_.unitOf(name);
         table.add({name, shown(values.front()), unit});
         results_["scalars"].push_back(
             {{"name", name}, {"value", values.front()}, {"unit", utf8Of(unit)}});
     }
     show(table);
-    return failed.empty() ? Outcome::success() : Outcome::failure(listOfFailed(failed));
+    return outcomeOf(calls, notRead);
 }
 
 Outcome Tour::readArrays(const std::string& name) {
     std::vector<double> values;
     std::vector<double> second;
     std::vector<double> third;
-    if (!facade_.getParamData(name, values, second, third, timeoutMs_))
-        return Outcome::failure(listOfFailed({name}));
+    CallNotes calls;
+    if (!calls.note(facade_.getParamData(name, values, second, third, timeoutMs_), name))
+        return calls.failureOfNames(notRead);
     const bool isGrid = !third.empty() && values.size() == second.size() * third.size();
     show(isGrid ? gridOf(values, second, third) : listOf(values, second, third));
     const std::string unit = descriptions_.unitOf(name);
@@ -106,35 +101,33 @@ Outcome Tour::readArrays(const std::string& name) {
                                   {"second", second},
                                   {"third", third}});
     if (values.empty() || second.empty())
-        return Outcome::failure(name + " came without its values or its axis");
-    return Outcome::success(fmt::format("{}, {} values in {}", name, values.size(), unit));
+        return calls.failure(name + " came without its values or its axis");
+    return calls.success(fmt::format("{}, {} values in {}", name, values.size(), unit));
 }
 
 Outcome Tour::readTexts() {
     TextTable table({{"parameter"}, {"text"}});
-    std::vector<std::string> failed;
+    CallNotes calls;
     for (const char* const name : texts) {
         std::string text;
-        if (!facade_.getParamDataAsString(name, text, timeoutMs_)) {
-            failed.emplace_back(name);
-            continue;
-        }
+        if (!calls.note(facade_.getParamDataAsString(name, text, timeoutMs_), name)) continue;
         table.add({name, text});
         results_["texts"].push_back({{"name", name}, {"text", utf8Of(text)}});
     }
     show(table);
-    return failed.empty() ? Outcome::success() : Outcome::failure(listOfFailed(failed));
+    return outcomeOf(calls, notRead);
 }
 
 Outcome Tour::watchLive() {
     TextTable table({{"measurement"}, {"samples"}, {"unit"}});
     std::map<std::string, std::vector<double>> samples;
+    CallNotes calls;
     for (unsigned int round = 0; round < liveSamples; ++round) {
         if (!interrupt::sleepMs(session_.staleAfterMs()))
             return Outcome::failure("cancelled with Ctrl-C");
         for (const char* const name : live) {
             std::vector<double> values;
-            if (!read(name, values)) return Outcome::failure(listOfFailed({name}));
+            if (!read(name, values, calls)) return calls.failureOfNames(notRead);
             samples[name].push_back(values.front());
         }
     }
@@ -145,7 +138,7 @@ Outcome Tour::watchLive() {
             {{"name", name}, {"unit", utf8Of(unit)}, {"samples", samples[name]}});
     }
     show(table);
-    return Outcome::success(fmt::format("a sample every {} ms", session_.staleAfterMs()));
+    return calls.success(fmt::format("a sample every {} ms", session_.staleAfterMs()));
 }
 
 }  // namespace qorctl

@@ -24,8 +24,8 @@ void Tour::run() {
     step("measure the value cache", [this] { return measureCache(); });
 }
 
-bool Tour::read(const std::string& name, std::vector<double>& values) {
-    return facade_.getParamData(name, values, timeoutMs_) && !values.empty();
+bool Tour::read(const std::string& name, std::vector<double>& values, CallNotes& calls) {
+    return calls.note(facade_.getParamData(name, values, timeoutMs_) && !values.empty(), name);
 }
 
 void Tour::show(const TextTable& table) {

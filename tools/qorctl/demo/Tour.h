@@ -19,6 +19,8 @@ public:
     void run();
 
 private:
+    static constexpr const char* notRead = "not read";
+
     // ReadSteps.cpp
     Outcome describe();
     Outcome readScalars();
@@ -28,10 +30,11 @@ private:
 
     // WriteSteps.cpp
     Outcome writeAndRestore();
-    Outcome writeAndReadBack(const std::string& name, double value);
+    Outcome writeAndReadBack(const std::string& name, double value, CallNotes& calls);
     Outcome measureCache();
 
-    bool read(const std::string& name, std::vector<double>& values);
+    /// False also if no value came.
+    bool read(const std::string& name, std::vector<double>& values, CallNotes& calls);
     void show(const TextTable& table);
 
     Conversation& conversation_;

@@ -95,7 +95,8 @@ QorAnswers QorAnswers::ofStarted(const SessionOptions& options, Console& console
         answers.isAsked = true;
         askSeveralTimes(session.facade(), options.timeoutMs, answers);
     } else {
-        answers.startFailure = started.text;
+        const std::string& why = started.told.sentence;
+        answers.startFailure = why.empty() ? started.text : why;
     }
     session.shutDown();
     return answers;

@@ -44,29 +44,33 @@ void declareBus(CLI::App& command, Bus& bus) {
 }
 
 /// True once the agent has let QOR open the bus, well or not.
-bool open(Session& session, const Bus& bus) {
+bool open(Session& session, const Bus& bus, CallNotes& calls) {
     using Connect = QorControlFacade::EcuConnect;
     const QorControlFacade& facade = session.facade();
-    return facade.connectCanBus({bus.busParam, !bus.withoutFirstFlag, bus.withSecondFlag},
-                                bus.isAlternative ? Connect::Alternative : Connect::Default) &&
-           facade.pingQor(openingMs);
+    return calls.note(
+               facade.connectCanBus({bus.busParam, !bus.withoutFirstFlag, bus.withSecondFlag},
+                                    bus.isAlternative ? Connect::Alternative : Connect::Default)) &&
+           calls.note(facade.pingQor(openingMs));
 }
 
-Reply notOpened() {
-    return Reply::failure("QOR did not answer when it had been told to open the bus");
+Reply notOpened(const CallNotes& calls) {
+    return Reply::of(calls.failure("QOR did not answer when it had been told to open the bus"));
 }
 
 Reply connectCan(Session& session, const Bus& bus) {
-    return open(session, bus) ? Reply::success("asked for; the first read tells") : notOpened();
+    CallNotes calls;
+    return open(session, bus, calls) ? Reply::success("asked for; the first read tells")
+                                     : notOpened(calls);
 }
 
 Reply readCan(Session& session, const BusRead& wanted) {
-    if (!open(session, wanted.bus)) return notOpened();
+    CallNotes calls;
+    if (!open(session, wanted.bus, calls)) return notOpened(calls);
     QorControlFacade::CanBusData data;
     for (const unsigned int id : wanted.ids) data.items.push_back({id, 0});
-    if (!session.facade().getCanBusData(data, session.options().timeoutMs))
-        return Reply::failure("the bus was not read");
-    Reply reply = Reply::success(fmt::format("{} values", data.items.size()));
+    if (!calls.note(session.facade().getCanBusData(data, session.options().timeoutMs)))
+        return Reply::of(calls.failure("the bus was not read"));
+    Reply reply = Reply::of(calls.success(fmt::format("{} values", data.items.size())));
     reply.result = nlohmann::json::array();
     for (const auto& item : data.items) {
         reply.lines.push_back(fmt::format("0x{:03X}: {}", item.canId, item.value));
@@ -76,13 +80,14 @@ Reply readCan(Session& session, const BusRead& wanted) {
 }
 
 Reply sendCan(Session& session, const BusMessage& message) {
-    if (!open(session, message.bus)) return notOpened();
+    CallNotes calls;
+    if (!open(session, message.bus, calls)) return notOpened(calls);
     const std::string bytes = bytesOf(message.words);
-    return session.facade().sendCanBusMsg(message.first, message.second, bytes,
-                                          session.options().timeoutMs)
-               ? Reply::success(
-                     fmt::format("0x{:03X} {} [{}]", message.first, message.second, hexOf(bytes)))
-               : Reply::failure("the message was not taken by QOR");
+    const bool taken = session.facade().sendCanBusMsg(message.first, message.second, bytes,
+                                                      session.options().timeoutMs);
+    return Reply::ofCall(
+        taken, fmt::format("0x{:03X} {} [{}]", message.first, message.second, hexOf(bytes)),
+        "the message was not taken by QOR", calls);
 }
 
 }  // namespace

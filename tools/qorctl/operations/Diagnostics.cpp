@@ -18,28 +18,31 @@ struct KwpRequest {
 
 Reply readDtc(Session& session) {
     std::vector<QorControlFacade::DtcDescription> codes;
-    if (!session.facade().getDtcByStatus(codes, session.options().timeoutMs))
-        return Reply::failure("the trouble codes were not read");
-    Reply reply = Reply::success(fmt::format("{} trouble codes", codes.size()));
+    CallNotes calls;
+    if (!calls.note(session.facade().getDtcByStatus(codes, session.options().timeoutMs)))
+        return Reply::of(calls.failure("the trouble codes were not read"));
+    Reply reply = Reply::of(calls.success(fmt::format("{} trouble codes", codes.size())));
     if (!codes.empty()) reply.lines = tableOf(codes).lines();
     reply.result = jsonOf(codes);
     return reply;
 }
 
 Reply clearDtc(Session& session) {
-    return session.facade().clearDtc(session.options().timeoutMs)
-               ? Reply::success()
-               : Reply::failure("the trouble codes were not cleared");
+    return Reply::ofCall(session.facade().clearDtc(session.options().timeoutMs), "",
+                         "the trouble codes were not cleared");
 }
 
 Reply sendKwp(Session& session, const KwpRequest& request) {
     const std::string bytes = bytesOf(request.words);
     QorControlFacade::KwpCommand command = {request.service, bytes, 0};
-    if (!session.facade().sendKwpCommand(command, session.options().timeoutMs))
-        return Reply::failure(fmt::format("service 0x{:02X} was not exchanged", request.service));
+    CallNotes calls;
+    if (!calls.note(session.facade().sendKwpCommand(command, session.options().timeoutMs)))
+        return Reply::of(
+            calls.failure(fmt::format("service 0x{:02X} was not exchanged", request.service)));
     const std::string answer = hexOf(command.data);
-    Reply reply = command.failed == 0 ? Reply::success(fmt::format("0x{:02X}", request.service))
-                                      : Reply::failure("the ECU reports a failure: " + answer);
+    Reply reply =
+        Reply::of(command.failed == 0 ? calls.success(fmt::format("0x{:02X}", request.service))
+                                      : calls.failure("the ECU reports a failure: " + answer));
     reply.lines = {answer};
     reply.result = {{"service", request.service},
                     {"request", hexOf(bytes)},

@@ -71,10 +71,12 @@ QorControlFacade::ModelDescription descriptionOf(const ModelRequest& request) {
     return model;
 }
 
-/// True once the agent has let QOR open the model, well or not.
-bool awaitOpened(const QorControlFacade& facade) {
-    for (unsigned int i = 0; i < pings && !interrupt::isRequested(); ++i)
-        if (facade.pingQor(pingMs)) return true;
+/// True once the agent has let QOR open the model, well or not; notes the last ping alone.
+bool awaitOpened(const QorControlFacade& facade, CallNotes& lastPing) {
+    for (unsigned int i = 0; i < pings && !interrupt::isRequested(); ++i) {
+        lastPing = {};
+        if (lastPing.note(facade.pingQor(pingMs))) return true;
+    }
     return false;
 }
 
@@ -99,12 +101,15 @@ std::vector<Export> awaitExports(const std::vector<Export>& before, double waitS
 Reply openModel(Session& session, const ModelRequest& request) {
     const QorControlFacade& facade = session.facade();
     const std::vector<Export> before(std::begin(exportPaths), std::end(exportPaths));
-    if (!facade.openModel(descriptionOf(request))) return Reply::failure("the library has ended");
+    CallNotes calls;
+    if (!calls.note(facade.openModel(descriptionOf(request))))
+        return Reply::of(calls.failure("the library has ended"));
     {
         const Activity activity(session.console(), "model", [] { return "QOR opens it"; });
-        if (!awaitOpened(facade))
-            return Reply::failure(interrupt::isRequested() ? "cancelled with Ctrl-C"
-                                                           : "QOR does not answer any more");
+        if (!awaitOpened(facade, calls))
+            return interrupt::isRequested()
+                       ? Reply::failure("cancelled with Ctrl-C")
+                       : Reply::of(calls.failure("QOR does not answer any more"));
     }
     const std::vector<Export> fresh = awaitExports(before, request.exportWaitS);
     if (fresh.size() < before.size() && interrupt::isRequested())

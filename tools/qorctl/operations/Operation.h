@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "CallNotes.h"
 #include "Session.h"
-#include "StepReport.h"
 
 namespace CLI {
 class App;
@@ -21,11 +21,15 @@ struct Reply {
     std::vector<std::string> lines;  ///< for standard output
     nlohmann::json result;           ///< the same for --json
 
-    static Reply success(std::string text = {}) {
-        return {Outcome::success(std::move(text)), {}, nullptr};
-    }
-    static Reply failure(std::string reason) {
-        return {Outcome::failure(std::move(reason)), {}, nullptr};
+    static Reply success(std::string text = {}) { return of(Outcome::success(std::move(text))); }
+    /// Of what no call of the library made fail.
+    static Reply failure(std::string reason) { return of(Outcome::failure(std::move(reason))); }
+    static Reply of(Outcome outcome) { return {std::move(outcome), {}, nullptr}; }
+    /// Of the call that has just returned `worked`, the last of an operation.
+    static Reply ofCall(bool worked, std::string success, std::string failure,
+                        CallNotes calls = {}) {
+        return of(calls.note(worked) ? calls.success(std::move(success))
+                                     : calls.failure(std::move(failure)));
     }
 };
 

@@ -18,23 +18,22 @@ std::shared_ptr<Names> declareNames(CLI::App& command) {
     return names;
 }
 
-using ReadOne = std::function<bool(const std::string& name, Reply& reply)>;
+using ReadOne = std::function<void(const std::string& name, Reply& reply, CallNotes& calls)>;
 
 /// Reads one after the other, also behind one that fails.
 Reply readEach(const Names& names, const ReadOne& read) {
-    Reply reply = Reply::success(fmt::format("{}", fmt::join(names, ", ")));
+    Reply reply;
     reply.result = nlohmann::json::array();
-    Names failed;
-    for (const std::string& name : names)
-        if (!read(name, reply)) failed.push_back(name);
-    if (!failed.empty())
-        reply.outcome = Outcome::failure(fmt::format("not read: {}", fmt::join(failed, ", ")));
+    CallNotes calls;
+    for (const std::string& name : names) read(name, reply, calls);
+    reply.outcome = calls.allWorked() ? calls.success(fmt::format("{}", fmt::join(names, ", ")))
+                                      : calls.failureOfNames("not read");
     return reply;
 }
 
-bool describe(Session& session, const std::string& name, Reply& reply) {
+void describe(Session& session, const std::string& name, Reply& reply, CallNotes& calls) {
     wex::ParamDescription found = {};
-    if (!session.facade().getParamDescription(name, found)) return false;
+    if (!calls.note(session.facade().getParamDescription(name, found), name)) return;
     reply.lines.push_back(fmt::format("{}: {} | {} | {} | {} | {}", found.name, found.text1,
                                       found.text2, found.text3, found.text4,
                                       found.threeArrays ? "three arrays" : "one array"));
@@ -45,15 +44,15 @@ bool describe(Session& session, const std::string& name, Reply& reply) {
                             {"text4", utf8Of(found.text4)},
                             {"value", found.value},
                             {"threeArrays", found.threeArrays}});
-    return true;
 }
 
-bool readArrays(Session& session, const std::string& name, Reply& reply) {
+void readArrays(Session& session, const std::string& name, Reply& reply, CallNotes& calls) {
     std::vector<double> values;
     std::vector<double> second;
     std::vector<double> third;
-    if (!session.facade().getParamData(name, values, second, third, session.options().timeoutMs))
-        return false;
+    const unsigned int timeoutMs = session.options().timeoutMs;
+    if (!calls.note(session.facade().getParamData(name, values, second, third, timeoutMs), name))
+        return;
     reply.lines.push_back(fmt::format("{}: {}", name, textOf(values)));
     if (!second.empty()) reply.lines.push_back(fmt::format("  second: {}", textOf(second)));
     if (!third.empty()) reply.lines.push_back(fmt::format("  third: {}", textOf(third)));
@@ -61,23 +60,23 @@ bool readArrays(Session& session, const std::string& name, Reply& reply) {
                             {"values", jsonOf(values)},
                             {"second", jsonOf(second)},
                             {"third", jsonOf(third)}});
-    return true;
 }
 
-bool readText(Session& session, const std::string& name, Reply& reply) {
+void readText(Session& session, const std::string& name, Reply& reply, CallNotes& calls) {
     std::string text;
-    if (!session.facade().getParamDataAsString(name, text, session.options().timeoutMs))
-        return false;
+    const unsigned int timeoutMs = session.options().timeoutMs;
+    if (!calls.note(session.facade().getParamDataAsString(name, text, timeoutMs), name)) return;
     reply.lines.push_back(fmt::format("{}: {}", name, text));
     reply.result.push_back({{"name", utf8Of(name)}, {"text", utf8Of(text)}});
-    return true;
 }
 
 Reply readAtOnce(Session& session, const Names& names) {
     std::vector<std::vector<double>> values;
-    if (!session.facade().getParamDataAtOnce(names, values, session.options().timeoutMs))
-        return Reply::failure(fmt::format("not read: {}", fmt::join(names, ", ")));
-    Reply reply = Reply::success(fmt::format("{}", fmt::join(names, ", ")));
+    const std::string listed = fmt::format("{}", fmt::join(names, ", "));
+    Reply reply = Reply::ofCall(
+        session.facade().getParamDataAtOnce(names, values, session.options().timeoutMs), listed,
+        "not read: " + listed);
+    if (!reply.outcome.ok) return reply;
     reply.result = nlohmann::json::array();
     for (std::size_t i = 0; i < values.size() && i < names.size(); ++i) {
         reply.lines.push_back(fmt::format("{}: {}", names[i], textOf(values[i])));
@@ -91,8 +90,8 @@ template <typename Read>
 OperationWork declareReadEach(CLI::App& command, Read read) {
     const auto names = declareNames(command);
     return [names, read](Session& session) {
-        return readEach(*names, [&](const std::string& name, Reply& reply) {
-            return read(session, name, reply);
+        return readEach(*names, [&](const std::string& name, Reply& reply, CallNotes& calls) {
+            read(session, name, reply, calls);
         });
     };
 }

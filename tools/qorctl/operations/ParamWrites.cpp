@@ -31,25 +31,31 @@ void declareName(CLI::App& command, std::string& name) {
     command.add_option("NAME", name, "Parameter")->required();
 }
 
-/// What a write that QOR did not take may be due to, it does not tell.
+/// Of a write that has just returned `taken`.
 Reply written(bool taken, const std::string& what) {
-    return taken ? Reply::success(what) : Reply::failure(what + " was not taken by QOR");
+    return Reply::ofCall(taken, what, what + " was not taken by QOR");
+}
+
+/// Of a release that has just returned `given`.
+Reply givenBack(bool given, const std::string& name, const std::string& success,
+                const CallNotes& calls = {}) {
+    return Reply::ofCall(given, success, "control of " + name + " was not given back", calls);
 }
 
 Reply startAndHold(Session& session, const Held& held) {
     QorControlFacade& facade = session.facade();
     const unsigned int timeoutMs = session.options().timeoutMs;
-    if (!facade.startDirectCtrl(held.name, timeoutMs)) {
+    CallNotes calls;
+    if (!calls.note(facade.startDirectCtrl(held.name, timeoutMs))) {
         // A QOR that was only slow may still give it.
         facade.stopDirectCtrl(held.name, timeoutMs);
-        return Reply::failure("control of " + held.name + " was not given by QOR");
+        return Reply::of(calls.failure("control of " + held.name + " was not given by QOR"));
     }
-    if (held.seconds == 0) return Reply::success(held.name);
+    if (held.seconds == 0) return Reply::of(calls.success(held.name));
     // Ctrl-C ends the holding, and that is no failure.
     interrupt::sleepMs(static_cast<unsigned int>(held.seconds * 1000));
-    if (!facade.stopDirectCtrl(held.name, timeoutMs))
-        return Reply::failure("control of " + held.name + " was not given back");
-    return Reply::success(fmt::format("{}, given back", held.name));
+    return givenBack(facade.stopDirectCtrl(held.name, timeoutMs), held.name,
+                     held.name + ", given back", calls);
 }
 
 }  // namespace
@@ -95,9 +101,8 @@ OperationWork declareStopControl(CLI::App& command) {
     const auto name = std::make_shared<std::string>();
     declareName(command, *name);
     return [name](Session& session) {
-        const bool given = session.facade().stopDirectCtrl(*name, session.options().timeoutMs);
-        return given ? Reply::success(*name)
-                     : Reply::failure("control of " + *name + " was not given back");
+        return givenBack(session.facade().stopDirectCtrl(*name, session.options().timeoutMs), *name,
+                         *name);
     };
 }
 

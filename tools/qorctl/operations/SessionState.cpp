@@ -28,13 +28,12 @@ bool awaitOnline(const QorControlFacade& facade) {
 }
 
 Reply connect(Session& session, const ConnectOptions& connection) {
-    return {session.connectEcu(connection), {}, nullptr};
+    return Reply::of(session.connectEcu(connection));
 }
 
 Reply ping(Session& session) {
-    return session.facade().pingQor(session.options().timeoutMs)
-               ? Reply::success("QOR answers")
-               : Reply::failure("QOR did not answer");
+    return Reply::ofCall(session.facade().pingQor(session.options().timeoutMs), "QOR answers",
+                         "QOR did not answer");
 }
 
 Reply status(Session& session) {
@@ -69,9 +68,8 @@ std::string pageName(const std::string& name) {
 
 Reply select(Session& session, const Segment& segment) {
     const std::string name = pageName(segment.name);
-    return session.facade().setEcuSegment(name, segment.flag, nullptr)
-               ? Reply::success(name)
-               : Reply::failure(name + " was not selected by QOR");
+    return Reply::ofCall(session.facade().setEcuSegment(name, segment.flag, nullptr), name,
+                         name + " was not selected by QOR");
 }
 
 }  // namespace

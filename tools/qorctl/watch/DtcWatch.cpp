@@ -55,8 +55,10 @@ Outcome DtcWatch::stream() {
     StreamQueue<Code> queue;
     Session& session = conversation_.session();
     QorControlFacade& facade = session.facade();
-    if (!facade.startDtcRead(queue.get(), session.options().timeoutMs, options_.periodMs))
-        return Outcome::failure("the library's agent has ended");
+    CallNotes calls;
+    if (!calls.note(
+            facade.startDtcRead(queue.get(), session.options().timeoutMs, options_.periodMs)))
+        return calls.failure("the library's agent has ended");
     const WatchClock clock(options_.forS);
     while (!clock.isOver() && !interrupt::isRequested() && canPrint()) {
         CodeList list;
@@ -67,7 +69,8 @@ Outcome DtcWatch::stream() {
     }
     conversation_.console().eraseTransient();
     facade.stopDtcRead();
-    return judge(queue.retire(facade, session.options().timeoutMs), clock.seconds());
+    const bool stopIsSeen = calls.note(queue.retire(facade, session.options().timeoutMs));
+    return judge(stopIsSeen, calls, clock.seconds());
 }
 
 void DtcWatch::show(DtcNews::Kind kind, double nowS) const {
@@ -92,12 +95,12 @@ void DtcWatch::show(DtcNews::Kind kind, double nowS) const {
     for (const std::string& line : tableOf(news_.codes()).lines()) printLine("    " + line);
 }
 
-Outcome DtcWatch::judge(bool stopIsSeen, double elapsedS) const {
+Outcome DtcWatch::judge(bool stopIsSeen, const CallNotes& calls, double elapsedS) const {
     const std::string text = fmt::format("{:.1f} s, read {} times", elapsedS, news_.lists());
     if (!canPrint()) return Outcome::failure(text + ", then nobody read the output any more");
     if (news_.lists() == 0 && !interrupt::isRequested())
-        return Outcome::failure(fmt::format("no list came in {:.1f} s", elapsedS));
-    if (!stopIsSeen) return Outcome::failure(text + ", then QOR did not answer any more");
+        return calls.failure(fmt::format("no list came in {:.1f} s", elapsedS));
+    if (!stopIsSeen) return calls.failure(text + ", then QOR did not answer any more");
     if (news_.isFailing()) return Outcome::failure(text + ", but not any more at the end");
     return Outcome::success(text);
 }

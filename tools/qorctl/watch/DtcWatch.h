@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "CallNotes.h"
 #include "Conversation.h"
 #include "QorControlFacade.h"
 
@@ -49,7 +50,7 @@ public:
 private:
     Outcome stream();
     void show(DtcNews::Kind kind, double nowS) const;
-    Outcome judge(bool stopIsSeen, double elapsedS) const;
+    Outcome judge(bool stopIsSeen, const CallNotes& calls, double elapsedS) const;
 
     Conversation& conversation_;
     const Options options_;

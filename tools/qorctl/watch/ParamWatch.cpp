@@ -43,18 +43,15 @@ void ParamWatch::run() {
 
 Outcome ParamWatch::describe() {
     Descriptions descriptions(session_.facade());
-    std::vector<std::string> unknown;
+    CallNotes calls;
     for (const std::string& name : options_.names) {
-        const wex::ParamDescription* const found = descriptions.find(name);
-        if (found == nullptr) {
-            unknown.push_back(name);
-            continue;
-        }
+        const wex::ParamDescription* const found = descriptions.find(name, calls);
+        if (found == nullptr) continue;
         units_.push_back(unitOf(*found));
         if (series_ != nullptr) series_->add({name, unitOf(*found), meaningOf(*found)});
     }
-    if (!unknown.empty()) return Outcome::failure("QOR does not know " + listOf(unknown));
-    return Outcome::success(listOf(options_.names));
+    return calls.allWorked() ? calls.success(listOf(options_.names))
+                             : calls.failureOfNames("not described");
 }
 
 Outcome ParamWatch::stream() {
@@ -62,7 +59,8 @@ Outcome ParamWatch::stream() {
     const auto view =
         makeSampleView(options_.format, conversation_.console(), options_.names, units_);
     view->begin();
-    session_.facade().startParamRead(queue.get(), options_.names);
+    CallNotes calls;
+    calls.note(session_.facade().startParamRead(queue.get(), options_.names));
     const WatchClock clock(options_.forS);
     double refreshedS = 0;
     while (!clock.isOver() && !interrupt::isRequested() && canPrint()) {
@@ -86,7 +84,9 @@ Outcome ParamWatch::stream() {
     elapsedS_ = clock.seconds();
     view->end(sampler_, elapsedS_);
     session_.facade().stopParamRead(queue.get());
-    return judge(queue.retire(session_.facade(), session_.options().timeoutMs));
+    const bool stopIsSeen =
+        calls.note(queue.retire(session_.facade(), session_.options().timeoutMs));
+    return judge(stopIsSeen, calls);
 }
 
 void ParamWatch::tellWhatIsMissing(double nowS) {
@@ -104,15 +104,15 @@ void ParamWatch::tellWhatIsMissing(double nowS) {
         fmt::format("note    no value of {} yet: {}", listOf(unseen), reason));
 }
 
-Outcome ParamWatch::judge(bool stopIsSeen) const {
+Outcome ParamWatch::judge(bool stopIsSeen, const CallNotes& calls) const {
     std::string text = fmt::format("{:.1f} s, {} samples", elapsedS_, sampler_.samples());
     const std::vector<std::string> unseen = sampler_.unseen();
     if (!canPrint()) return Outcome::failure(text + ", then nobody read the output any more");
     if (sampler_.samples() == 0 && !interrupt::isRequested())
-        return Outcome::failure(fmt::format("no {} came in {:.1f} s",
-                                            unseen.empty() ? "whole refresh period" : "value",
-                                            elapsedS_));
-    if (!stopIsSeen) return Outcome::failure(text + ", then QOR did not answer any more");
+        return calls.failure(fmt::format("no {} came in {:.1f} s",
+                                         unseen.empty() ? "whole refresh period" : "value",
+                                         elapsedS_));
+    if (!stopIsSeen) return calls.failure(text + ", then QOR did not answer any more");
     if (!unseen.empty()) text += ", no value of " + listOf(unseen);
     return Outcome::success(text);
 }

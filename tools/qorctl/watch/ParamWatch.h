@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "CallNotes.h"
 #include "Conversation.h"
 #include "watch/plot/PlotSeries.h"
 #include "watch/Sampler.h"
@@ -28,7 +29,7 @@ private:
     Outcome describe();
     Outcome stream();
     void tellWhatIsMissing(double nowS);
-    Outcome judge(bool stopIsSeen) const;
+    Outcome judge(bool stopIsSeen, const CallNotes& calls) const;
     void addResults();
 
     Conversation& conversation_;
