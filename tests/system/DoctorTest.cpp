@@ -16,6 +16,7 @@
 using testing::AnyOf;
 using testing::ContainsRegex;
 using testing::Each;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;

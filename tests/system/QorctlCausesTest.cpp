@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 
 #include <nlohmann/json.hpp>
+#include <regex>
 
 #include "QorctlProcess.h"
 #include "Station.h"
@@ -41,7 +42,17 @@ protected:
         more.insert(more.end(), {"--keep-going", "--json"});
         const auto ended = run("batch", more, lines);
         EXPECT_EQ(1, ended.exitCode) << ended.err;
-        return json::parse(ended.out).at("operations");
+        const json object = json::parse(ended.out);
+        expectTheSameOfTheSteps(object);
+        return object.at("operations");
+    }
+    static void expectTheSameOfTheSteps(const json& object) {
+        for (const json& operation : object.at("operations")) {
+            for (const json& step : object.at("steps")) {
+                if (step.at("step") != operation.at("line")) continue;
+                EXPECT_EQ(operation.at("cause"), step.at("cause")) << step;
+            }
+        }
     }
     /// Of a step or an operation that has failed for that cause; `code` as in QorControl.h.
     static void expectCause(const json& row, const char* name, int code) {
@@ -108,6 +119,21 @@ TEST_P(QorctlCauses, TheNameIsUnknown) {
     expectCause(steps("get", {"MaxVehicleSpeed", "Nobody"}).at(2), "unknownName", 8);
 }
 
+/// The times in it do not count.
+std::string withoutTimes(const std::string& text) {
+    return std::regex_replace(text, std::regex(" +\\d+ ms"), " # ms");
+}
+
+TEST_P(QorctlCauses, ArePrintedAsTheReadmeShows) {
+    std::string shown;
+    for (const std::string& line : linesOfFile(README))
+        if (std::regex_match(line, std::regex("    (FAILED  |        (cause|check): ).*")))
+            shown += line.substr(4) + "\n";
+    ASSERT_THAT(shown, HasSubstr("FAILED  get"));
+
+    EXPECT_THAT(withoutTimes(run("get", {"Nobody"}).err), HasSubstr(withoutTimes(shown)));
+}
+
 TEST_P(QorctlCauses, KwpComesBeforeTheConnect) {
     expectCause(steps("kwp", {"0x3E", "--no-connect"}).at(1), "kwpBeforeConnect", 9);
 }
@@ -137,6 +163,17 @@ TEST_P(QorctlCauses, WhatTheEcuRefusesHasNoneAlsoBehindAFailureOfTheLibrary) {
     expectCause(done.at(0), "unknownName", 8);
     expectNoCause(done.at(1));
     EXPECT_EQ(1, done.at(1).at("result").at("failed"));
+}
+
+TEST_P(QorctlCauses, WhatNeedsNoCallHasNoneAlsoBehindAFailureOfTheLibrary) {
+    station.writeSettings();
+    station.startQorByHand();
+    station.settings.executable.clear();
+
+    const json done = operations("get Nobody\npath\n");
+
+    expectCause(done.at(0), "unknownName", 8);
+    expectNoCause(done.at(1));
 }
 
 TEST_P(QorctlCauses, AnAnswerThatMayBelongToAnEarlierRequestIsAWarning) {

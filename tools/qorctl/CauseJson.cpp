@@ -1,61 +1,31 @@
 #include "CauseJson.h"
 
+#include <cstddef>
+
 #include "JsonText.h"
 
 namespace qorctl {
+namespace {
 
 using qorcontrol::Cause;
 
+/// In the order of the numbers.
+constexpr const char* names[] = {
+    "none",        "agentEnded",      "agentBusy",  "pushedOut",      "noConnection",
+    "qorSilent",   "noData",          "refused",    "unknownName",    "kwpBeforeConnect",
+    "cancelled",   "connectReported", "ecuOffline", "resultTooLarge", "badArgument",
+    "outOfMemory", "requestTooLarge", "qorChanged", "badAnswer",      "systemFailure",
+    "badHandle",   "notReady",        "wrongOrder",
+};
+static_assert(sizeof names / sizeof names[0] == static_cast<std::size_t>(Cause::wrongOrder) + 1,
+              "a name per cause");
+
+}  // namespace
+
 const char* nameOf(Cause cause) {
-    switch (cause) {
-        case Cause::none:
-            return "none";
-        case Cause::agentEnded:
-            return "agentEnded";
-        case Cause::agentBusy:
-            return "agentBusy";
-        case Cause::pushedOut:
-            return "pushedOut";
-        case Cause::noConnection:
-            return "noConnection";
-        case Cause::qorSilent:
-            return "qorSilent";
-        case Cause::noData:
-            return "noData";
-        case Cause::refused:
-            return "refused";
-        case Cause::unknownName:
-            return "unknownName";
-        case Cause::kwpBeforeConnect:
-            return "kwpBeforeConnect";
-        case Cause::cancelled:
-            return "cancelled";
-        case Cause::connectReported:
-            return "connectReported";
-        case Cause::ecuOffline:
-            return "ecuOffline";
-        case Cause::resultTooLarge:
-            return "resultTooLarge";
-        case Cause::badArgument:
-            return "badArgument";
-        case Cause::outOfMemory:
-            return "outOfMemory";
-        case Cause::requestTooLarge:
-            return "requestTooLarge";
-        case Cause::qorChanged:
-            return "qorChanged";
-        case Cause::badAnswer:
-            return "badAnswer";
-        case Cause::systemFailure:
-            return "systemFailure";
-        case Cause::badHandle:
-            return "badHandle";
-        case Cause::notReady:
-            return "notReady";
-        case Cause::wrongOrder:
-            return "wrongOrder";
-    }
-    return "unknown";  // of a library that is newer than this program
+    const auto number = static_cast<std::size_t>(cause);
+    // A library that is newer than this program knows more.
+    return number < sizeof names / sizeof names[0] ? names[number] : "unknown";
 }
 
 nlohmann::json jsonOf(const qorcontrol::Outcome& told) {
