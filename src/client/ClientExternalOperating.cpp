@@ -21,6 +21,11 @@ constexpr unsigned int settleMs = 50;
 constexpr std::uint32_t noProtocol = 0;
 
 constexpr const char* lostWithRequest = "it was lost after the request had left";
+constexpr const char* hangs = "its window takes no messages at all";
+constexpr const char* hasMoreRights =
+    "QOR's window takes no messages of this program, QOR runs with more rights";
+constexpr const char* sameRights =
+    "Start the host and QOR with the same rights: both as administrator, or neither of them.";
 
 template <class... Commands>
 ICommandReceiver::Prototypes makePrototypes() {
@@ -102,10 +107,14 @@ bool ClientExternalOperating::endSend(Delivery delivery) {
             return fail(Cause::refused);
         case Delivery::silent:
             return fail(Cause::qorSilent);
+        case Delivery::hung:
+            return fail(Cause::qorSilent, hangs);
         case Delivery::lost:
             return fail(Cause::noConnection, lostWithRequest);
         case Delivery::noConnection:
             return fail(Cause::noConnection);
+        case Delivery::forbidden:
+            return fail(Cause::systemFailure, hasMoreRights, sameRights);
         case Delivery::notBegun:
             return fail(Cause::agentBusy,
                         "the request has not left, a message box of QOR's may be open");
@@ -119,10 +128,10 @@ bool ClientExternalOperating::endSend(Delivery delivery) {
     return false;
 }
 
-bool ClientExternalOperating::fail(Cause cause, const char* detail) {
+bool ClientExternalOperating::fail(Cause cause, const char* detail, const char* check) {
     // Only an answer can belong to another request, and only one failure is an answer.
     const bool isAnswer = cause == Cause::unknownName;
-    verdict_ = {cause, detail, isAnswer && verdict_.mayBelongToEarlier};
+    verdict_ = {cause, detail, isAnswer && verdict_.mayBelongToEarlier, check};
     return false;
 }
 

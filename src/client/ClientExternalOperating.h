@@ -234,7 +234,7 @@ private:
     bool endSend(Delivery delivery);
 
     /// Both are always false.
-    bool fail(qorcontrol::Cause cause, const char* detail = "");
+    bool fail(qorcontrol::Cause cause, const char* detail = "", const char* check = "");
     bool failForLackOfData();
 
     bool startProcess(const std::string& executable, unsigned int timeoutMs);

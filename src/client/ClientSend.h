@@ -87,9 +87,11 @@ bool ClientExternalOperating::ask(typename Command::Payload payload, unsigned in
         const auto state = state_.lock();
         sentIn_ = *leftIn;  // the send itself may have met a new QOR
         if (loan->isBehindAnother()) verdict_.mayBelongToEarlier = true;
-        if (delivery == Delivery::refused) loan->giveBack(*state);
+        const bool isUndone = delivery == Delivery::refused || delivery == Delivery::forbidden;
+        if (isUndone) loan->giveBack(*state);
         // Only one that QOR has not answered may be refused later.
-        if (delivery != Delivery::silent) state->loans.take(requestId);
+        if (delivery != Delivery::silent && delivery != Delivery::hung)
+            state->loans.take(requestId);
     }
     return endSend(delivery);
 }

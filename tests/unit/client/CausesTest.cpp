@@ -41,6 +41,9 @@ protected:
 TEST_F(Causes, OfASendAreThoseOfTheTransport) {
     EXPECT_EQ(causeOfSend(Delivery::refused), Cause::refused);
     EXPECT_EQ(causeOfSend(Delivery::silent), Cause::qorSilent);
+    EXPECT_EQ(detail(), "");
+    EXPECT_EQ(causeOfSend(Delivery::hung), Cause::qorSilent);
+    EXPECT_EQ(detail(), "its window takes no messages at all");
     EXPECT_EQ(causeOfSend(Delivery::noConnection), Cause::noConnection);
     EXPECT_EQ(detail(), "");
     EXPECT_EQ(causeOfSend(Delivery::lost), Cause::noConnection);
@@ -48,6 +51,9 @@ TEST_F(Causes, OfASendAreThoseOfTheTransport) {
     EXPECT_EQ(causeOfSend(Delivery::notBegun), Cause::agentBusy);
     EXPECT_EQ(causeOfSend(Delivery::tooLong), Cause::requestTooLarge);
     EXPECT_EQ(causeOfSend(Delivery::broken), Cause::systemFailure);
+    EXPECT_STREQ(client().verdict().check, "");
+    EXPECT_EQ(causeOfSend(Delivery::forbidden), Cause::systemFailure);
+    EXPECT_THAT(client().verdict().check, testing::StartsWith("Start the host and QOR with the"));
 }
 
 TEST_F(Causes, AreForgottenWithTheNextRequest) {

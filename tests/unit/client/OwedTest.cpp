@@ -304,7 +304,8 @@ TEST_F(OwedAnswers, AreNotPaidByWhatTellsOfAWriteNorByAStream) {
 }
 
 TEST_F(OwedAnswers, AreNoneOfWhatHasNotLeftOrWasRefused) {
-    for (const Delivery failure : {Delivery::refused, Delivery::noConnection, Delivery::notBegun}) {
+    for (const Delivery failure :
+         {Delivery::refused, Delivery::forbidden, Delivery::noConnection, Delivery::notBegun}) {
         qor.failure = failure;
         answersAfter<CommandGetDTC>(0, nullptr);
         qor.on<CommandGetDTC>([](const CommandGetDTC&) { return false; });
