@@ -92,8 +92,11 @@ IExternalCommandFactory::Permit ClientExternalOperating::permit(unsigned int tim
 }
 
 void ClientExternalOperating::beginSend() {
-    trouble_ = Cause::none;
-    sentIn_ = epoch();
+    {
+        const auto state = state_.lock();
+        state->asked = {};
+        sentIn_ = state->epoch;
+    }
     if (caller_ != nullptr)
         caller_->notePresent(transport_->isConnected() ? Cause::agentBusy : Cause::noConnection);
 }
@@ -129,16 +132,23 @@ bool ClientExternalOperating::endSend(Delivery delivery) {
 }
 
 bool ClientExternalOperating::fail(Cause cause, const char* detail, const char* check) {
-    // Only an answer can belong to another request, and only one failure is an answer.
-    const bool isAnswer = cause == Cause::unknownName;
+    // Only an answer can belong to another request, and only these failures are answers.
+    const bool isAnswer = cause == Cause::unknownName || cause == Cause::badAnswer;
     verdict_ = {cause, detail, isAnswer && verdict_.mayBelongToEarlier, check};
     return false;
 }
 
+bool ClientExternalOperating::isAnswerCertain() {
+    if (!isBehindAnother_) return false;  // nobody asks
+    const auto state = state_.lock();
+    return state->asked.loan != nullptr && state->asked.loan->isCertain();
+}
+
 bool ClientExternalOperating::failForLackOfData() {
     if (epoch() != sentIn_) return fail(Cause::qorChanged);
-    const Cause trouble = trouble_;
-    if (trouble != Cause::none) return fail(trouble, "while QOR's answer was taken");
+    const Asked asked = state_.lock()->asked;
+    if (asked.isTroubleCertain) verdict_.mayBelongToEarlier = wasMarked_;
+    if (asked.trouble != Cause::none) return fail(asked.trouble, asked.detail);
     if (transport_->isPeerGone()) return fail(Cause::noConnection, lostWithRequest);
     return fail(Cause::noData);
 }

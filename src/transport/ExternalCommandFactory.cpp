@@ -136,7 +136,10 @@ bool ExternalCommandFactory::onCopyData(const COPYDATASTRUCT* record) {
 
 bool ExternalCommandFactory::handleBytes(const std::string& bytes) {
     const ReceivedCommand received = recognise(bytes, receiver_.prototypes(), pingPrototype_);
-    if (!received.command) return false;
+    if (!received.command) {
+        tellUnreadable(bytes, receiver_);
+        return false;
+    }
     if (received.isPing) return true;
     auto& command = static_cast<ExternalCommand&>(*received.command);
     CommandReplyer replyer(*this, command);
