@@ -254,6 +254,7 @@ TEST_F(OwedAnswers, ThatNameTheirRequestAreNotMarkedThoughOthersAreOwed) {
     qor.on<CommandGetParamInfo>([this](const CommandGetParamInfo& request) {
         CommandGetParamInfo answer;
         answer.name = request.name;
+        answer.paramIndex = 8;
         return qor.answer(request, std::move(answer));
     });
     for (int time = 0; time < 2; ++time) {
