@@ -71,7 +71,7 @@ void QorProtocolAgent::fillQueue(channel::ParamQueue& queue,
         if (!channel_->values.isYoungerThan(freshPeriods, sample.tick)) continue;
         const double value = sample.values.front();
         batch.push_back({name, {value}});
-        channel_->values.store(name, {{value}, {}, {}, sample.tick});
+        channel_->values.store(name, {{value}, {}, {}, sample.tick, false});
     }
     if (!batch.empty()) queue.push(batch);
 }
@@ -97,8 +97,9 @@ void QorProtocolAgent::feedSink(const channel::RepeatRead& stream, Epoch epoch) 
     if (epoch != epoch_) return;
     for (std::size_t i = 0; i < collected.size(); ++i)
         if (!collected[i].empty())
-            channel_->values.store(stream.names[i],
-                                   {{collected[i].back().value}, {}, {}, collected[i].back().tick});
+            channel_->values.store(
+                stream.names[i],
+                {{collected[i].back().value}, {}, {}, collected[i].back().tick, false});
 }
 
 bool QorProtocolAgent::stopParamStream(const Request<channel::CmdRepeatRead>& request) {
@@ -123,16 +124,19 @@ void QorProtocolAgent::streamDtcs() {
 
 common::Verdict QorProtocolAgent::silence() const {
     if (hasQorAnsweredLately()) return client_->verdict();
-    return {qorcontrol::Cause::qorSilent, "", false};
+    return {qorcontrol::Cause::qorSilent, "it tells of no ECU, and until it does it is not asked"};
 }
 
 bool QorProtocolAgent::passOnDtcs() {
     std::vector<protocol::DtcRecord> dtcs;
-    if (!client_->getDtc(dtcStatusMask_, dtcs, dtcStatusMask_)) return false;
+    client_->beginRequest(nullptr);
+    const bool succeeded = client_->getDtc(dtcStatusMask_, dtcs, dtcStatusMask_);
+    client_->endRequest();
+    if (!succeeded) return false;
     if (dtcQueue_ != nullptr)
         dtcQueue_->push(toDescriptions(std::move(dtcs)));
     else
-        dtcSink_->take(toDescriptions(std::move(dtcs)));
+        dtcSink_->take(toDescriptions(std::move(dtcs)), client_->verdict().mayBelongToEarlier);
     return true;
 }
 

@@ -6,19 +6,22 @@
 
 namespace cinterface {
 
-void CodeBox::take(Codes codes) {
+void CodeBox::take(Codes codes, bool mayBelongToEarlier) {
     content_.change([&](Content& content) {
         Read& next = content.next;
         if (next.found == Found::codes) ++next.missed;
         next.found = Found::codes;
         next.codes.swap(codes);
+        next.mayBelongToEarlier = mayBelongToEarlier;
         next.arrival = common::now();
     });
 }
 
-void CodeBox::noteSilence(const common::Verdict&) {
-    content_.change([](Content& content) {
-        if (content.next.found == Found::nothing) content.next.found = Found::silence;
+void CodeBox::noteSilence(const common::Verdict& verdict) {
+    content_.change([&](Content& content) {
+        if (content.next.found == Found::codes) return;
+        content.next.found = Found::silence;
+        content.next.silence = verdict;
     });
 }
 

@@ -13,7 +13,7 @@ class CodeBox final : public channel::DtcSink {
 public:
     using Codes = std::vector<QorControlFacade::DtcDescription>;
 
-    void take(Codes codes) override;
+    void take(Codes codes, bool mayBelongToEarlier) override;
     void noteSilence(const common::Verdict& verdict) override;
 
     enum class Found { nothing, codes, silence, closed };
@@ -21,6 +21,8 @@ public:
     struct Read {
         Found found = Found::nothing;
         Codes codes;
+        bool mayBelongToEarlier = false;  ///< the list
+        common::Verdict silence;          ///< why there was none
         common::Moment arrival;
         unsigned int missed = 0;  ///< so many lists no reader has got, in all
     };

@@ -39,6 +39,14 @@ cinterface::BoxPolicy policyOf(int policy, unsigned int choice, unsigned int ask
     }
 }
 
+void hand(const MessageBoxDesk::Box& box, QorMessageBox& to) {
+    to.id = box.id;
+    to.type = box.type;
+    to.waiting = box.isWaiting ? 1 : 0;
+    to.choice = box.choice;
+    to.timeMs = static_cast<double>(box.arrival.ms());
+}
+
 }  // namespace
 
 int QOR_CALL QorSetMessageBoxPolicy(QorHandle handle, int policy, unsigned int choice,
@@ -62,25 +70,22 @@ int QOR_CALL QorNextMessageBox(QorHandle handle, QorMessageBox* box, char* text,
         const OutText outText(text, textCapacity, textNeeded, "text");
         const OutText outCaption(caption, captionCapacity, captionNeeded, "caption");
         MessageBoxDesk& desk = session.channel().messageBoxes;
-        const auto next = desk.next();
-        if (!next)
-            return cinterface::failure(Cause::notReady, "QOR has wanted no other message box");
-        const std::string words = cinterface::text::shownUtf8Of(next->text);
-        const std::string title = cinterface::text::shownUtf8Of(next->caption);
-        // Neither is copied before both fit.
-        const bool textFits = outText.announce(words.size() + 1);
-        const bool captionFits = outCaption.announce(title.size() + 1);
-        if (!textFits) return outText.tooLarge(words.size() + 1);
-        if (!captionFits) return outCaption.tooLarge(title.size() + 1);
-        outText.put(words);
-        outCaption.put(title);
-        to.id = next->id;
-        to.type = next->type;
-        to.waiting = next->isWaiting ? 1 : 0;
-        to.choice = next->choice;
-        to.timeMs = static_cast<double>(next->arrival.ms());
-        if (!outText.isForSizeAlone() && !outCaption.isForSizeAlone()) desk.markTold(next->id);
-        return {};
+        while (const auto next = desk.next()) {
+            const std::string words = cinterface::text::shownUtf8Of(next->text);
+            const std::string title = cinterface::text::shownUtf8Of(next->caption);
+            // Neither is copied before both fit.
+            const bool textFits = outText.announce(words.size() + 1);
+            const bool captionFits = outCaption.announce(title.size() + 1);
+            if (!textFits) return outText.tooLarge(words.size() + 1);
+            if (!captionFits) return outCaption.tooLarge(title.size() + 1);
+            const bool isQuestion = outText.isForSizeAlone() || outCaption.isForSizeAlone();
+            if (!isQuestion && !desk.markTold(next->id)) continue;  // another thread has got it
+            outText.put(words);
+            outCaption.put(title);
+            hand(*next, to);
+            return {};
+        }
+        return cinterface::failure(Cause::notReady, "QOR has wanted no other message box");
     });
 }
 

@@ -49,7 +49,8 @@
  * pointer that was passed is used after the call has returned; but for callbacks, until they are
  * replaced or the handle is closed. Strings that a function returns live as long as the library.
  * Close all handles before you free the library, and not from a DllMain: an open one that controls
- * QOR keeps it loaded.
+ * QOR keeps it loaded. Load it once: each time it is freed four small handles of the system stay
+ * with the process.
  *
  * Structures begin with their size in bytes, which the host sets, so that they can grow; any other
  * size is a QOR_BAD_ARGUMENT.
@@ -105,7 +106,7 @@ extern "C" {
 
 /** @name Special time-outs */
 /** @{ */
-#define QOR_DO_NOT_WAIT 0u                /**< practically always fails; writes are carried out */
+#define QOR_DO_NOT_WAIT 0u /**< QOR_NOT_READY but for the cache; writes are carried out */
 #define QOR_TRANSPORT_DEFAULT 0xFFFFFFFEu /**< 2000 ms for QOR to take it, none for its data */
 #define QOR_NO_LIMIT 0xFFFFFFFFu          /**< waits without limit; over TCP QOR_SILENT at once */
 /** @} */
@@ -133,8 +134,9 @@ QOR_IMPORT int QOR_CALL QorLastCheck(char* text, unsigned int capacity, unsigned
 /** Milliseconds that the call took. */
 QOR_IMPORT unsigned int QOR_CALL QorLastElapsedMs(void);
 /** 1 if the answer may belong to an earlier request: one for the same thing had timed out after
- *  QOR had taken it, and its data has not been seen since. QOR's answers do not tell whose they
- *  are. Else 0. */
+ *  QOR had taken it, and its data has not been seen since. 0 where the answer names its request,
+ *  which not all of QOR's do, and else. A value that comes out of the cache, and a list of trouble
+ *  codes of a stream, tell it of the read that brought them. */
 QOR_IMPORT int QOR_CALL QorLastMayBelongToEarlier(void);
 /** The name of a cause as it stands here, "QOR_SILENT"; "unknown" for other numbers. */
 QOR_IMPORT const char* QOR_CALL QorCauseName(int cause);
@@ -474,12 +476,13 @@ typedef struct QorMessageBox {
 /** The oldest box that has not been told yet, whatever the policy; QOR_NOT_READY if there is none.
  *  At most 100 are kept, the oldest go. When a text does not fit, the box can be asked for again
  *  with a larger buffer: it counts as told only once both texts have been copied, or were not
- *  wanted (null buffer and null size). */
+ *  wanted (null buffer and null size). Of several threads that ask at once each gets another box.
+ *  When QOR_NOT_READY comes because of that, the needed sizes may be those of a box of theirs. */
 QOR_IMPORT int QOR_CALL QorNextMessageBox(QorHandle handle, QorMessageBox* box, char* text,
                                           unsigned int textCapacity, unsigned int* textNeeded,
                                           char* caption, unsigned int captionCapacity,
                                           unsigned int* captionNeeded);
-/** Answers a waiting box of QOR_BOX_ASK; QOR_WRONG_ORDER if it does not wait any more. */
+/** Answers a waiting box of QOR_BOX_ASK, once; QOR_WRONG_ORDER if it does not wait any more. */
 QOR_IMPORT int QOR_CALL QorAnswerMessageBox(QorHandle handle, unsigned int id, unsigned int choice);
 
 /** @} */

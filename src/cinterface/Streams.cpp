@@ -11,6 +11,7 @@
 #include "cinterface/TroubleCodes.h"
 #include "common/Clock.h"
 #include "common/SlicedWait.h"
+#include "facade/CauseTexts.h"
 
 using cinterface::call;
 using cinterface::callOn;
@@ -50,6 +51,12 @@ Outcome nothingOf(ValueRing& ring, const Session* session) {
     if (ring.preparation().cause == Cause::unknownName)
         return failure(Cause::unknownName, "one of the names of the stream");
     return nothingYet(session);
+}
+
+/// Of reads of trouble codes of which the last one has ended so.
+Outcome silenceOf(const common::Verdict& last) {
+    return failure(Cause::noData, "four reads in a row have failed, the last one because: " +
+                                      causetexts::sentence(last.cause, last.detail));
 }
 
 /// So often a reader looks whether there still is somebody who sends anything.
@@ -138,11 +145,13 @@ int QOR_CALL QorReadDtcStream(QorHandle handle, unsigned int timeoutMs, QorDtc* 
         if (read.found == CodeBox::Found::closed)
             refuse(Cause::wrongOrder, "no trouble codes are being read");
         if (read.found == CodeBox::Found::nothing) return nothingYet(&session);
-        if (read.found == CodeBox::Found::silence)
-            return failure(Cause::noData, "four reads in a row have failed");
+        if (read.found == CodeBox::Found::silence) return silenceOf(read.silence);
         if (timeMs != nullptr) *timeMs = static_cast<double>(read.arrival.ms());
         if (missed != nullptr) *missed = read.missed;
-        return out.put(*session.keep(cinterface::resultOf(std::move(read.codes)))->dtcs);
+        Outcome outcome;
+        outcome.mayBelongToEarlier = read.mayBelongToEarlier;
+        const auto result = session.keep(cinterface::resultOf(std::move(read.codes)));
+        return cinterface::with(outcome, out.put(*result->dtcs));
     });
 }
 

@@ -20,7 +20,7 @@ bool ClientCommandStartEdit::onReply(Replyer*, ClientExternalOperating*) {
 }
 
 bool ClientCommandGetParamInfo::onReply(Replyer*, ClientExternalOperating* client) {
-    client->onParamInfo(*this);
+    client->onParamInfo(*this, answered());
     return true;
 }
 
@@ -30,12 +30,12 @@ bool ClientCommandReceiveParamData::onReply(Replyer*, ClientExternalOperating* c
 }
 
 bool ClientCommandDirectCtrl::onReply(Replyer*, ClientExternalOperating* client) {
-    client->onDirectCtrl(std::move(payload()));
+    client->onDirectCtrl(std::move(payload()), answered());
     return true;
 }
 
 bool ClientCommandGetDTC::onReply(Replyer*, ClientExternalOperating* client) {
-    client->onDtcs(std::move(payload()));
+    client->onDtcs(std::move(payload()), answered());
     return true;
 }
 
@@ -53,7 +53,7 @@ bool ClientCommandGetHex::onReply(Replyer*, ClientExternalOperating* client) {
 }
 
 bool ClientCommandStaticParam::onReply(Replyer*, ClientExternalOperating* client) {
-    client->onStaticParam(std::move(payload()));
+    client->onStaticParam(std::move(payload()), answered());
     return true;
 }
 
@@ -62,12 +62,12 @@ bool ClientCommandEcuSegment::onReply(Replyer*, ClientExternalOperating*) {
 }
 
 bool ClientCommandExecKwp::onReply(Replyer*, ClientExternalOperating* client) {
-    client->onKwpAnswer(std::move(payload()));
+    client->onKwpAnswer(std::move(payload()), answered());
     return true;
 }
 
 bool ClientCommandCanBusData::onReply(Replyer*, ClientExternalOperating* client) {
-    client->onCanBusData(std::move(payload()));
+    client->onCanBusData(std::move(payload()), answered());
     return true;
 }
 
@@ -78,7 +78,8 @@ bool ClientCommandReadTogether::onReply(Replyer*, ClientExternalOperating* clien
         last[paramIndices[i]] = i;
     for (std::size_t i = 0; i < paramIndices.size(); ++i) {
         if (values.size() <= i) {
-            client->onIncompleteAnswer();
+            client->onTrouble(id, answered(), qorcontrol::Cause::badAnswer,
+                              "QOR's answer lacks values");
             return false;
         }
         if (last[paramIndices[i]] != i) continue;
@@ -86,7 +87,7 @@ bool ClientCommandReadTogether::onReply(Replyer*, ClientExternalOperating* clien
         record.paramIndex = paramIndices[i];
         record.operation = protocol::DirectCtrl::readValues;
         record.values = std::move(values[i]);
-        client->onDirectCtrl(std::move(record));
+        client->onDirectCtrl(std::move(record), answered());
     }
     return true;
 }

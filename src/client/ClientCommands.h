@@ -1,5 +1,8 @@
 #pragma once
 
+#include <optional>
+
+#include "client/ClientState.h"
 #include "protocol/Commands.h"
 #include "protocol/IClientCommand.h"
 
@@ -16,6 +19,11 @@ public:
 
     IExternalCommand* createFromPayload(std::string_view bytes) const override {
         return Command::template createAs<Self>(bytes);
+    }
+
+protected:
+    Answered answered() const {
+        return this->isReply() ? Answered(this->requestId()) : std::nullopt;
     }
 };
 

@@ -21,6 +21,11 @@ constexpr unsigned int settleMs = 50;
 constexpr std::uint32_t noProtocol = 0;
 
 constexpr const char* lostWithRequest = "it was lost after the request had left";
+constexpr const char* hangs = "its window takes no messages at all";
+constexpr const char* hasMoreRights =
+    "QOR's window takes no messages of this program, QOR runs with more rights";
+constexpr const char* sameRights =
+    "Start the host and QOR with the same rights: both as administrator, or neither of them.";
 
 template <class... Commands>
 ICommandReceiver::Prototypes makePrototypes() {
@@ -87,8 +92,11 @@ IExternalCommandFactory::Permit ClientExternalOperating::permit(unsigned int tim
 }
 
 void ClientExternalOperating::beginSend() {
-    trouble_ = Cause::none;
-    sentIn_ = epoch();
+    {
+        const auto state = state_.lock();
+        state->asked = {};
+        sentIn_ = state->epoch;
+    }
     if (caller_ != nullptr)
         caller_->notePresent(transport_->isConnected() ? Cause::agentBusy : Cause::noConnection);
 }
@@ -102,10 +110,14 @@ bool ClientExternalOperating::endSend(Delivery delivery) {
             return fail(Cause::refused);
         case Delivery::silent:
             return fail(Cause::qorSilent);
+        case Delivery::hung:
+            return fail(Cause::qorSilent, hangs);
         case Delivery::lost:
             return fail(Cause::noConnection, lostWithRequest);
         case Delivery::noConnection:
             return fail(Cause::noConnection);
+        case Delivery::forbidden:
+            return fail(Cause::systemFailure, hasMoreRights, sameRights);
         case Delivery::notBegun:
             return fail(Cause::agentBusy,
                         "the request has not left, a message box of QOR's may be open");
@@ -119,17 +131,24 @@ bool ClientExternalOperating::endSend(Delivery delivery) {
     return false;
 }
 
-bool ClientExternalOperating::fail(Cause cause, const char* detail) {
-    // Only an answer can belong to another request, and only one failure is an answer.
-    const bool isAnswer = cause == Cause::unknownName;
-    verdict_ = {cause, detail, isAnswer && verdict_.mayBelongToEarlier};
+bool ClientExternalOperating::fail(Cause cause, const char* detail, const char* check) {
+    // Only an answer can belong to another request, and only these failures are answers.
+    const bool isAnswer = cause == Cause::unknownName || cause == Cause::badAnswer;
+    verdict_ = {cause, detail, isAnswer && verdict_.mayBelongToEarlier, check};
     return false;
+}
+
+bool ClientExternalOperating::isAnswerCertain() {
+    if (!isBehindAnother_) return false;  // nobody asks
+    const auto state = state_.lock();
+    return state->asked.loan != nullptr && state->asked.loan->isCertain();
 }
 
 bool ClientExternalOperating::failForLackOfData() {
     if (epoch() != sentIn_) return fail(Cause::qorChanged);
-    const Cause trouble = trouble_;
-    if (trouble != Cause::none) return fail(trouble, "while QOR's answer was taken");
+    const Asked asked = state_.lock()->asked;
+    if (asked.isTroubleCertain) verdict_.mayBelongToEarlier = wasMarked_;
+    if (asked.trouble != Cause::none) return fail(asked.trouble, asked.detail);
     if (transport_->isPeerGone()) return fail(Cause::noConnection, lostWithRequest);
     return fail(Cause::noData);
 }

@@ -161,16 +161,19 @@ public:
     /// parameters from then on.
     void onNewQor() override;
     void onRefused(std::uint32_t requestId) override;
+    void onUnreadable(std::uint32_t commandId, std::uint32_t requestId, bool isReply) override;
     void onParamValue(std::int32_t id, double value);
-    void onParamInfo(const protocol::ParamInfo& record);
-    void onDirectCtrl(protocol::DirectCtrl record);
-    void onStaticParam(protocol::StaticParam record);
-    void onDtcs(protocol::GetDtc record);
-    void onCanBusData(protocol::CanBusData record);
-    void onKwpAnswer(protocol::ExecKwp record);
+    void onParamInfo(const protocol::ParamInfo& record, const Answered& answered = {});
+    void onDirectCtrl(protocol::DirectCtrl record, const Answered& answered = {});
+    void onStaticParam(protocol::StaticParam record, const Answered& answered = {});
+    void onDtcs(protocol::GetDtc record, const Answered& answered = {});
+    void onCanBusData(protocol::CanBusData record, const Answered& answered = {});
+    void onKwpAnswer(protocol::ExecKwp record, const Answered& answered = {});
     void onModelDescription(const protocol::GetHex& record);
-    /// An answer that does not tell all that it must.
-    void onIncompleteAnswer() { trouble_ = qorcontrol::Cause::badAnswer; }
+    /// Something has come in place of data: of this kind, for the request that it names. Told of
+    /// the request that waits, if that is the one, once its time has passed without data.
+    void onTrouble(std::uint32_t commandId, const Answered& answered, qorcontrol::Cause cause,
+                   const char* detail);
 
     /// For the handlers that act by themselves.
     IExternalCommandFactory& transport() { return *transport_; }
@@ -202,11 +205,13 @@ private:
     /// Pumps until `isThere` is true, the time-out has passed or the client ends.
     template <class Condition>
     bool waitUntil(unsigned int timeoutMs, Condition isThere);
-    /// The same for the data that a command has asked for.
+    /// The same for the data that a command has asked for. An answer that names its request is no
+    /// earlier one's.
     template <class Condition>
-    bool awaitData(unsigned int timeoutMs, Condition isThere) {
-        return waitUntil(timeoutMs, isThere) || failForLackOfData();
-    }
+    bool awaitData(unsigned int timeoutMs, Condition isThere);
+    bool isAnswerCertain();
+    /// A record names a request; is it of the kind that that one awaits?
+    void noteKind(std::uint32_t commandId, std::uint32_t requestId);
 
     bool directCtrl(const std::string& name, std::uint32_t operation, std::vector<double> values,
                     std::string text);
@@ -234,7 +239,7 @@ private:
     bool endSend(Delivery delivery);
 
     /// Both are always false.
-    bool fail(qorcontrol::Cause cause, const char* detail = "");
+    bool fail(qorcontrol::Cause cause, const char* detail = "", const char* check = "");
     bool failForLackOfData();
 
     bool startProcess(const std::string& executable, unsigned int timeoutMs);
@@ -248,9 +253,9 @@ private:
     std::shared_ptr<common::Interest> caller_;
     std::optional<Epoch> requestEpoch_;
     common::Verdict verdict_;
-    Epoch sentIn_ = 0;  // the last command
-    /// What the receiving side has met since then in place of data.
-    std::atomic<qorcontrol::Cause> trouble_{qorcontrol::Cause::none};
+    Epoch sentIn_ = 0;              // the last command
+    bool isBehindAnother_ = false;  // the last one that has asked for data
+    bool wasMarked_ = false;        // and the verdict before it
     std::unique_ptr<IExternalCommandFactory> transport_;
     std::unique_ptr<IProcessStarter> processStarter_;
     std::unique_ptr<IMessageBox> messageBox_;

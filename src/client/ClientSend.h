@@ -78,18 +78,20 @@ bool ClientExternalOperating::ask(typename Command::Payload payload, unsigned in
         const auto state = state_.lock();
         loan->take(*state);
         *leftIn = state->epoch;
-        if (loan->size() <= Owed<Key>::maxKeys) state->loans.keep(requestId, loan);
+        if (loan->size() <= Owed<Key>::maxKeys) state->loans.keep(requestId, Command::id, loan);
         return true;
     };
     beginSend();
+    state_.lock()->asked = {requestId, Command::id, loan};
     const Delivery delivery = transport_->sendIf(leaves, std::move(command), timeoutMs);
     {
         const auto state = state_.lock();
         sentIn_ = *leftIn;  // the send itself may have met a new QOR
-        if (loan->isBehindAnother()) verdict_.mayBelongToEarlier = true;
-        if (delivery == Delivery::refused) loan->giveBack(*state);
-        // Only one that QOR has not answered may be refused later.
-        if (delivery != Delivery::silent) state->loans.take(requestId);
+        wasMarked_ = verdict_.mayBelongToEarlier;
+        isBehindAnother_ = loan->isBehindAnother();
+        if (isBehindAnother_) verdict_.mayBelongToEarlier = true;
+        const bool isUndone = delivery == Delivery::refused || delivery == Delivery::forbidden;
+        if (isUndone) loan->giveBack(*state);
     }
     return endSend(delivery);
 }
@@ -103,4 +105,19 @@ bool ClientExternalOperating::waitUntil(unsigned int timeoutMs, Condition isTher
         if (deadline.hasPassed()) return false;
     }
     return false;
+}
+
+template <class Condition>
+bool ClientExternalOperating::awaitData(unsigned int timeoutMs, Condition isThere) {
+    // What comes between the two looks may replace what was certain.
+    bool isCertain = false;
+    const auto isThereForCertain = [&] {
+        const bool wasCertain = isAnswerCertain();
+        if (!isThere()) return false;
+        isCertain = wasCertain && isAnswerCertain();
+        return true;
+    };
+    if (!waitUntil(timeoutMs, isThereForCertain)) return failForLackOfData();
+    if (isCertain) verdict_.mayBelongToEarlier = wasMarked_;
+    return true;
 }

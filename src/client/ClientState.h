@@ -2,12 +2,15 @@
 
 #include <cstdint>
 #include <deque>
+#include <memory>
+#include <optional>
 #include <vector>
 
 #include "client/Loans.h"
 #include "client/Owed.h"
 #include "client/ParamTables.h"
 #include "protocol/Records.h"
+#include "qorcontrol/Cause.h"
 
 /// One answer that is not kept by a key: whether it is waited for, whether it has come, and what
 /// it carried. One that nobody waits for is not kept at all.
@@ -20,6 +23,31 @@ struct Arrival {
 
 /// The answers that QOR gives without a key, for the count of what it owes.
 enum class Answer { troubleCodes, canValues, kwp };
+
+/// The id of the request that a record of QOR's names as the one that it answers; not every record
+/// does.
+using Answered = std::optional<std::uint32_t>;
+
+/// The request whose data is awaited, and what has come in place of it.
+struct Asked {
+    std::uint32_t requestId = 0;
+    std::uint32_t commandId = 0;
+    std::shared_ptr<ILoan> loan;  ///< null: there is no such request
+    qorcontrol::Cause trouble = qorcontrol::Cause::none;
+    const char* detail = "";
+    bool isTroubleCertain = false;  ///< it has named this request
+
+    /// Whether a record may answer this request: by the id that it names or, if it names none, by
+    /// its kind.
+    bool mayBeAnsweredBy(std::uint32_t kind, const Answered& answered) const {
+        return loan != nullptr && (answered ? *answered == requestId : kind == commandId);
+    }
+    void note(qorcontrol::Cause cause, const char* what, bool isCertain) {
+        trouble = cause;
+        detail = what;
+        isTroubleCertain = isCertain;
+    }
+};
 
 /// The time for which QOR's parameter indices hold: another QOR, or another model in it, begins
 /// the next epoch.
@@ -52,4 +80,5 @@ struct ClientState {
     Owed<std::int32_t> owedValues;   ///< by a read of one or of several
     Owed<std::int32_t> owedSamples;  ///< the three arrays
     Loans loans;
+    Asked asked;
 };

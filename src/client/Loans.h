@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <deque>
@@ -18,6 +19,8 @@ public:
     virtual ~ILoan() = default;
     /// QOR has refused the command and will send no data; only the first time counts.
     virtual void giveBack(ClientState& state) = 0;
+    /// Whether all the data that has come last names this very command.
+    virtual bool isCertain() const = 0;
 
 protected:
     ILoan() = default;
@@ -30,7 +33,9 @@ class Loan final : public ILoan {
 public:
     using Debts = Owed<Key> ClientState::*;
 
-    Loan(Debts debts, std::vector<Key> keys) : debts_(debts), keys_(std::move(keys)) {
+    /// The keys in their order, each once.
+    Loan(Debts debts, std::vector<Key> keys)
+        : debts_(debts), keys_(std::move(keys)), isOwn_(keys_.size(), false) {
         tickets_.reserve(keys_.size());
     }
 
@@ -47,39 +52,97 @@ public:
         tickets_.clear();
     }
 
+    /// Data has come that names this command; false if that is not about one of its keys.
+    bool settle(ClientState& state, const Key& key) {
+        const std::size_t at = placeOf(key);
+        if (at == keys_.size()) return false;
+        if (at < tickets_.size()) {
+            (state.*debts_).cancel(key, tickets_[at]);
+            tickets_[at] = {};  // which is of no debt
+        }
+        return true;
+    }
+
+    /// Data has come, whosever it is; `isOwn`: it names this command.
+    void noteData(const Key& key, bool isOwn) {
+        const std::size_t at = placeOf(key);
+        if (at < keys_.size()) isOwn_[at] = isOwn;
+    }
+    bool isCertain() const override {
+        return std::find(isOwn_.begin(), isOwn_.end(), false) == isOwn_.end();
+    }
+
+    bool isOf(Debts debts) const { return debts_ == debts; }
     std::size_t size() const { return keys_.size(); }
     bool isBehindAnother() const { return isBehindAnother_; }
 
 private:
+    /// Behind the end if there is none.
+    std::size_t placeOf(const Key& key) const {
+        const auto found = std::lower_bound(keys_.begin(), keys_.end(), key);
+        if (found == keys_.end() || *found != key) return keys_.size();
+        return static_cast<std::size_t>(found - keys_.begin());
+    }
+
     const Debts debts_;
     const std::vector<Key> keys_;
-    std::vector<typename Owed<Key>::Ticket> tickets_;
+    std::vector<bool> isOwn_;
+    std::vector<typename Owed<Key>::Ticket> tickets_;  // none, or one per key
     bool isBehindAnother_ = false;
 };
 
-/// The loans of the commands that QOR has not acknowledged, by request id: its refusal may come
-/// when the sender waits no longer. No more than `maxLoans` are known, the newest; what QOR refuses
-/// of older ones stays owed.
+/// The loan of this type and these debts; null if it is another one, or none.
+template <class Key>
+Loan<Key>* loanOf(ILoan* loan, Owed<Key> ClientState::*debts) {
+    auto* const typed = dynamic_cast<Loan<Key>*>(loan);
+    return typed != nullptr && typed->isOf(debts) ? typed : nullptr;
+}
+
+/// The loans of the latest commands, by request id: a refusal may come when the sender waits no
+/// longer, and data that names its request may come then, and more than once. No more than
+/// `maxLoans` are known, the newest; what QOR refuses of older ones stays owed, and data that names
+/// one of them counts like data that names none.
 class Loans {
 public:
     static constexpr std::size_t maxLoans = 100;
 
-    void keep(std::uint32_t requestId, std::shared_ptr<ILoan> loan) {
-        loans_.emplace_back(requestId, std::move(loan));
-        if (loans_.size() > maxLoans) loans_.pop_front();
+    void keep(std::uint32_t requestId, std::uint32_t commandId, std::shared_ptr<ILoan> loan) {
+        loans_.push_front({requestId, commandId, std::move(loan)});
+        if (loans_.size() > maxLoans) loans_.pop_back();
     }
 
-    /// Null if there is none. It is not kept any more.
-    std::shared_ptr<ILoan> take(std::uint32_t requestId) {
-        for (auto loan = loans_.begin(); loan != loans_.end(); ++loan) {
-            if (loan->first != requestId) continue;
-            const std::shared_ptr<ILoan> taken = std::move(loan->second);
-            loans_.erase(loan);
-            return taken;
-        }
-        return nullptr;
+    /// Of the command of this kind with that id; null if there is none.
+    ILoan* find(std::uint32_t requestId, std::uint32_t commandId) const {
+        const Kept* const kept = find(requestId);
+        return kept != nullptr && kept->commandId == commandId ? kept->loan.get() : nullptr;
+    }
+
+    /// The request that data names has got it; false if that is not known.
+    template <class Key>
+    bool settle(ClientState& state, std::uint32_t requestId, Owed<Key> ClientState::*debts,
+                const Key& key) const {
+        const Kept* const kept = find(requestId);
+        Loan<Key>* const loan = kept == nullptr ? nullptr : loanOf(kept->loan.get(), debts);
+        return loan != nullptr && loan->settle(state, key);
+    }
+
+    /// QOR has refused the request.
+    void giveBack(ClientState& state, std::uint32_t requestId) const {
+        if (const Kept* const kept = find(requestId)) kept->loan->giveBack(state);
     }
 
 private:
-    std::deque<std::pair<std::uint32_t, std::shared_ptr<ILoan>>> loans_;  // oldest first
+    struct Kept {
+        std::uint32_t requestId;
+        std::uint32_t commandId;
+        std::shared_ptr<ILoan> loan;
+    };
+
+    const Kept* find(std::uint32_t requestId) const {
+        for (const Kept& kept : loans_)
+            if (kept.requestId == requestId) return &kept;
+        return nullptr;
+    }
+
+    std::deque<Kept> loans_;  // newest first
 };

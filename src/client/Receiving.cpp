@@ -6,6 +6,9 @@
 #include "client/ClientExternalOperating.h"
 #include "client/ClientSend.h"
 #include "common/Clock.h"
+#include "protocol/Commands.h"
+
+using qorcontrol::Cause;
 
 namespace {
 
@@ -33,6 +36,29 @@ void arrive(Arrival<T>& arrival, T content) {
     arrival.arrived = true;
 }
 
+/// Data has come, for the request that it names or else for the oldest.
+template <class Key>
+void settle(ClientState& state, Owed<Key> ClientState::*debts, const Key& key,
+            const Answered& answered) {
+    if (!answered || !state.loans.settle(state, *answered, debts, key)) (state.*debts).pay(key);
+    if (Loan<Key>* const asked = loanOf(state.asked.loan.get(), debts))
+        asked->noteData(key, answered == state.asked.requestId);
+}
+
+/// Data that cannot be read has come, of this kind and for nobody knows whom.
+void payUnread(ClientState& state, std::uint32_t commandId) {
+    switch (commandId) {
+        case CommandGetDTC::id:
+            return state.owedAnswers.pay(Answer::troubleCodes);
+        case CommandCanBusData::id:
+            return state.owedAnswers.pay(Answer::canValues);
+        case CommandExecKwp::id:
+            return state.owedAnswers.pay(Answer::kwp);
+        default:
+            return;  // of the others it is not known what it was about
+    }
+}
+
 void keepValue(ParamTables& params, std::int32_t id, double value) {
     const common::Moment tick = common::now();
     params.storeSample(id, {{value}, {}, {}, tick});
@@ -43,14 +69,31 @@ void keepValue(ParamTables& params, std::int32_t id, double value) {
 
 bool ClientExternalOperating::handleCommand(IExternalCommand& command,
                                             IExternalCommand::ICommandReplyer& replyer) {
+    const auto& received = static_cast<const ExternalCommand&>(command);
+    const Answered answered = received.isReply() ? Answered(received.requestId()) : std::nullopt;
     try {
-        if (auto* const ours = dynamic_cast<IClientCommand*>(&command))
-            return ours->onReply(&replyer, this);
-        return command.execute(&replyer);
+        auto* const ours = dynamic_cast<IClientCommand*>(&command);
+        if (ours == nullptr) return command.execute(&replyer);
+        if (answered) noteKind(received.getId(), *answered);
+        return ours->onReply(&replyer, this);
     } catch (const std::bad_alloc&) {
-        trouble_ = qorcontrol::Cause::outOfMemory;
+        onTrouble(received.getId(), answered, Cause::outOfMemory, "while QOR's answer was taken");
         return false;
     }
+}
+
+void ClientExternalOperating::noteKind(std::uint32_t commandId, std::uint32_t requestId) {
+    const auto state = state_.lock();
+    Asked& asked = state->asked;
+    if (!asked.mayBeAnsweredBy(commandId, requestId) || asked.commandId == commandId) return;
+    asked.note(Cause::badAnswer, "QOR answered with a record of another kind", true);
+}
+
+void ClientExternalOperating::onTrouble(std::uint32_t commandId, const Answered& answered,
+                                        Cause cause, const char* detail) {
+    const auto state = state_.lock();
+    if (state->asked.mayBeAnsweredBy(commandId, answered))
+        state->asked.note(cause, detail, answered.has_value());
 }
 
 void ClientExternalOperating::onParamValue(std::int32_t id, double value) {
@@ -74,44 +117,48 @@ void ClientExternalOperating::onParamValue(std::int32_t id, double value) {
     }
 }
 
-void ClientExternalOperating::onParamInfo(const protocol::ParamInfo& record) {
+void ClientExternalOperating::onParamInfo(const protocol::ParamInfo& record,
+                                          const Answered& answered) {
     const auto state = state_.lock();
-    state->owedDescriptions.pay(record.name);
+    settle(*state, &ClientState::owedDescriptions, record.name, answered);
     state->params.storeDescription(record.name, record);
 }
 
-void ClientExternalOperating::onDirectCtrl(protocol::DirectCtrl record) {
+void ClientExternalOperating::onDirectCtrl(protocol::DirectCtrl record, const Answered& answered) {
     const auto index = static_cast<std::int32_t>(record.paramIndex);
     const auto state = state_.lock();
     // What tells of a write or of direct control is no answer to a read.
-    if (record.operation <= protocol::DirectCtrl::readValues) state->owedValues.pay(index);
+    if (record.operation <= protocol::DirectCtrl::readValues)
+        settle(*state, &ClientState::owedValues, index, answered);
     state->params.storeValues(index, std::move(record.values));
 }
 
-void ClientExternalOperating::onStaticParam(protocol::StaticParam record) {
+void ClientExternalOperating::onStaticParam(protocol::StaticParam record,
+                                            const Answered& answered) {
     SampledValue sample{std::move(record.first), std::move(record.second), std::move(record.third),
                         common::now()};
     const auto index = static_cast<std::int32_t>(record.paramIndex);
     const auto state = state_.lock();
-    if (record.operation != protocol::StaticParam::writeArrays) state->owedSamples.pay(index);
+    if (record.operation != protocol::StaticParam::writeArrays)
+        settle(*state, &ClientState::owedSamples, index, answered);
     state->params.storeSample(index, std::move(sample));
 }
 
-void ClientExternalOperating::onDtcs(protocol::GetDtc record) {
+void ClientExternalOperating::onDtcs(protocol::GetDtc record, const Answered& answered) {
     const auto state = state_.lock();
-    state->owedAnswers.pay(Answer::troubleCodes);
+    settle(*state, &ClientState::owedAnswers, Answer::troubleCodes, answered);
     arrive(state->dtcs, std::move(record.dtcs));
 }
 
-void ClientExternalOperating::onCanBusData(protocol::CanBusData record) {
+void ClientExternalOperating::onCanBusData(protocol::CanBusData record, const Answered& answered) {
     const auto state = state_.lock();
-    state->owedAnswers.pay(Answer::canValues);
+    settle(*state, &ClientState::owedAnswers, Answer::canValues, answered);
     arrive(state->canFrames, std::move(record.items));
 }
 
-void ClientExternalOperating::onKwpAnswer(protocol::ExecKwp record) {
+void ClientExternalOperating::onKwpAnswer(protocol::ExecKwp record, const Answered& answered) {
     const auto state = state_.lock();
-    state->owedAnswers.pay(Answer::kwp);
+    settle(*state, &ClientState::owedAnswers, Answer::kwp, answered);
     arrive(state->kwpAnswer, std::move(record));
 }
 
@@ -121,8 +168,21 @@ void ClientExternalOperating::onModelDescription(const protocol::GetHex&) {
 
 void ClientExternalOperating::onRefused(std::uint32_t requestId) {
     const auto state = state_.lock();
-    const std::shared_ptr<ILoan> loan = state->loans.take(requestId);
-    if (loan != nullptr) loan->giveBack(*state);
+    state->loans.giveBack(*state, requestId);
+}
+
+void ClientExternalOperating::onUnreadable(std::uint32_t commandId, std::uint32_t requestId,
+                                           bool isReply) {
+    const Answered answered = isReply ? Answered(requestId) : std::nullopt;
+    {
+        const auto state = state_.lock();
+        ILoan* const loan = answered ? state->loans.find(requestId, commandId) : nullptr;
+        if (loan != nullptr)
+            loan->giveBack(*state);  // it will not come again
+        else
+            payUnread(*state, commandId);
+    }
+    onTrouble(commandId, answered, Cause::badAnswer, "QOR's record cannot be read");
 }
 
 void ClientExternalOperating::onNewQor() {

@@ -10,6 +10,7 @@ struct Verdict {
     qorcontrol::Cause cause = qorcontrol::Cause::none;
     const char* detail = "";  ///< what the cause does not tell by itself; a constant text, or none
     bool mayBelongToEarlier = false;  ///< see qorcontrol::Outcome
+    const char* check = "";  ///< what to check, if not what the cause says; a constant text
 };
 
 }  // namespace common

@@ -49,6 +49,14 @@ public:
         return true;
     }
 
+    /// Of the answer, see qorcontrol::Outcome.
+    bool mayBelongToEarlier() const { return verdict_.mayBelongToEarlier; }
+    /// Without an answer of the agent's. Always true.
+    bool succeed(bool mayBelongToEarlierOne) {
+        verdict_.mayBelongToEarlier = mayBelongToEarlierOne;
+        return true;
+    }
+
     /// Milliseconds since the start.
     unsigned int elapsedMs() const;
 

@@ -54,7 +54,8 @@ qorcontrol::Outcome qorcontrol::lastOutcome() {
         const std::string* const reason = kept.ended.reason.get();
         outcome.sentence = causetexts::sentence(
             outcome.cause, reason != nullptr ? reason->c_str() : kept.ended.verdict.detail);
-        outcome.check = causetexts::of(outcome.cause).check;
+        const char* const check = kept.ended.verdict.check;
+        outcome.check = *check != '\0' ? check : causetexts::of(outcome.cause).check;
     } catch (const std::bad_alloc&) {
         outcome.cause = Cause::outOfMemory;
         outcome.sentence.clear();

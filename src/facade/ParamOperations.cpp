@@ -43,14 +43,16 @@ bool QorControlFacade::getParamData(const std::string& name, std::vector<double>
     TimedCall<Kind::getParamData> call(*impl_, timeoutMs);
     auto& shared = call.channel();
     if (!call.mayBeOperating()) return false;
-    if (shared.values.find(name, values, second, third)) return true;
+    bool isMarked = false;
+    if (shared.values.find(name, values, second, third, isMarked)) return call.succeed(isMarked);
     if (auto* const answer = call.ask(name, timeoutMs)) {
         values = answer->values;
         second = answer->second;
         third = answer->third;
         const std::string shown = text::ofValues(answer->values);
-        shared.values.store(name, {std::move(answer->values), std::move(answer->second),
-                                   std::move(answer->third), answer->stamp});
+        shared.values.store(
+            name, {std::move(answer->values), std::move(answer->second), std::move(answer->third),
+                   answer->stamp, call.mayBelongToEarlier()});
         paramlines::traceValue(call, "get", name, shown);
         return true;
     }
@@ -85,7 +87,7 @@ bool QorControlFacade::setParamData(const std::string& name, const std::vector<d
     TimedCall<Kind::setParamData> call(*impl_, timeoutMs);
     if (call.run(name, values, second, third, timeoutMs)) {
         paramlines::traceValue(call, "set", name, text::ofValues(values));
-        call.channel().values.store(name, {values, second, third, call.request().stamp});
+        call.channel().values.store(name, {values, second, third, call.request().stamp, false});
         return true;
     }
     if (call.hasFailed()) {

@@ -10,6 +10,10 @@ namespace {
 /// So often a watchful wait looks around.
 constexpr std::uint32_t lookMs = 50;
 
+constexpr const char* waitsForNobody =
+    "with a time-out of 0 the call does not wait; the request is carried out all the same";
+constexpr const char* giveTime = "Give a time-out if the result is wanted.";
+
 }  // namespace
 
 TimedCallBase::TimedCallBase(const FacadeState& state, channel::AnswerTable& answers,
@@ -33,7 +37,12 @@ bool TimedCallBase::await(std::uint32_t waitMs) {
     waits_ = waitMs != 0;
     answered_ = popWithin(waitMs);
     if (answered_) return noteAnswer(response_);
-    return failWithoutAnswer(*queue_);
+    return waits_ ? failWithoutAnswer(*queue_) : failWithoutWaiting();
+}
+
+bool TimedCallBase::failWithoutWaiting() {
+    if (isOperating()) note({qorcontrol::Cause::notReady, waitsForNobody, false, giveTime});
+    return false;
 }
 
 bool TimedCallBase::popWithin(std::uint32_t waitMs) {

@@ -44,6 +44,8 @@ protected:
 
 private:
     bool popWithin(std::uint32_t waitMs);
+    /// Always false.
+    bool failWithoutWaiting();
 
     channel::AnswerTable& answers_;
     const char* const name_;

@@ -11,8 +11,9 @@ namespace qorcontrol {
 struct Outcome {
     Cause cause = Cause::none;
     /// The answer may belong to an earlier request: one for the same thing had timed out after QOR
-    /// had taken it, and its data has not been seen since. QOR's answers do not tell whose they
-    /// are. Also set of operations that were successful.
+    /// had taken it, and its data has not been seen since. Not set where the answer names its
+    /// request, which not all of QOR's do. Also set of operations that were successful, also of a
+    /// value that was read so before and now comes out of the cache.
     bool mayBelongToEarlier = false;
     unsigned int elapsedMs = 0;
     std::string sentence;  ///< one sentence on what happened; empty if the operation worked

@@ -67,19 +67,26 @@ Delivery ExternalCommandFactory::sendIf(Permit permit, std::unique_ptr<IExternal
                                         unsigned int timeoutMs) {
     releaseHeldSender();
     if (isTooLong(*command)) return Delivery::tooLong;
-    const HWND server = findServer();
-    if (server == nullptr) return Delivery::noConnection;
+    if (findServer() == nullptr) return Delivery::noConnection;
     if (permit != nullptr && !permit()) return Delivery::withdrawn;
     if (timeoutMs == useDefault) timeoutMs = defaultTimeout(command->getId());
     std::string bytes;
     command->write(bytes);
+    return deliver(bytes, timeoutMs);
+}
+
+Delivery ExternalCommandFactory::deliver(const std::string& bytes, unsigned int timeoutMs) {
     const unsigned int flags =
         timeoutMs <= abortIfHungMs ? SMTO_BLOCK | SMTO_ABORTIFHUNG : SMTO_BLOCK;
     unsigned long result = 0;
     const Peer asked = peer_;  // which may change meanwhile
-    if (platform_->sendCopyData(server, messageTag, bytes, flags, timeoutMs, result))
-        return result != 0 ? Delivery::taken : Delivery::refused;
-    return platform_->processOf(asked.window) != asked.process ? Delivery::lost : Delivery::silent;
+    const MessageEnd end =
+        platform_->sendCopyData(asked.window, messageTag, bytes, flags, timeoutMs, result);
+    if (end == MessageEnd::handled) return result != 0 ? Delivery::taken : Delivery::refused;
+    if (end == MessageEnd::forbidden) return Delivery::forbidden;
+    if (end == MessageEnd::gone || platform_->processOf(asked.window) != asked.process)
+        return Delivery::lost;
+    return end == MessageEnd::hung ? Delivery::hung : Delivery::silent;
 }
 
 bool ExternalCommandFactory::isPeerGone() {
@@ -129,7 +136,10 @@ bool ExternalCommandFactory::onCopyData(const COPYDATASTRUCT* record) {
 
 bool ExternalCommandFactory::handleBytes(const std::string& bytes) {
     const ReceivedCommand received = recognise(bytes, receiver_.prototypes(), pingPrototype_);
-    if (!received.command) return false;
+    if (!received.command) {
+        tellUnreadable(bytes, receiver_);
+        return false;
+    }
     if (received.isPing) return true;
     auto& command = static_cast<ExternalCommand&>(*received.command);
     CommandReplyer replyer(*this, command);

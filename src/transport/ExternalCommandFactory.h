@@ -56,6 +56,7 @@ private:
         unsigned long process = 0;
     };
 
+    Delivery deliver(const std::string& bytes, unsigned int timeoutMs);
     HWND findServer();
     void lookAfterPeer();
     void releaseHeldSender();

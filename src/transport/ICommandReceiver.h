@@ -45,6 +45,14 @@ public:
     /// messages the result of a send is all there is.
     virtual void onRefused(std::uint32_t requestId) { static_cast<void>(requestId); }
 
+    /// A record has come that no prototype takes: of an unknown id, with unreasonable counts, or
+    /// too long for the memory that is left. `isReply`: it names the request that it answers.
+    virtual void onUnreadable(std::uint32_t commandId, std::uint32_t requestId, bool isReply) {
+        static_cast<void>(commandId);
+        static_cast<void>(requestId);
+        static_cast<void>(isReply);
+    }
+
 protected:
     ~ICommandReceiver() = default;
 };

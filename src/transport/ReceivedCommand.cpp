@@ -1,5 +1,9 @@
 #include "transport/ReceivedCommand.h"
 
+#include "protocol/RecordHead.h"
+
+using protocol::RecordHead;
+
 std::uint32_t ReceivedCommand::pingStatus() const {
     return isPing ? static_cast<const CommandPing&>(*command).status : 0;
 }
@@ -15,4 +19,11 @@ ReceivedCommand recognise(const std::string& record, const ICommandReceiver::Pro
     auto parsed = ping.parse(record, consumed);
     const bool isPing = parsed != nullptr;
     return {std::move(parsed), isPing};
+}
+
+void tellUnreadable(const std::string& record, ICommandReceiver& receiver) {
+    if (record.size() < RecordHead::encodedBytes) return;
+    const RecordHead head = RecordHead::read(record, 0);
+    receiver.onUnreadable(head.header & ExternalCommand::idMask, head.requestId,
+                          (head.header & ExternalCommand::replyFlag) != 0);
 }

@@ -18,3 +18,6 @@ struct ReceivedCommand {
 /// Offers `record` to the prototypes in their order, then to `ping`; the first that takes it wins.
 ReceivedCommand recognise(const std::string& record, const ICommandReceiver::Prototypes& prototypes,
                           const CommandPing& ping);
+
+/// Tells the receiver of a record that none of them has taken, as far as it has a head.
+void tellUnreadable(const std::string& record, ICommandReceiver& receiver);

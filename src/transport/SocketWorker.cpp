@@ -115,7 +115,8 @@ void SocketWorker::handleRecord(const std::string& bytes, std::uint32_t requestI
     const bool refused = received.pingStatus() == protocol::Ping::notHandled;
     if (refused) factory_.receiver_.onRefused(requestId);
     pending_.complete(requestId, refused ? CmdResult::failure : CmdResult::success);
-    if (received.command) handleCommand(*received.command);
+    if (!received.command) return tellUnreadable(bytes, factory_.receiver_);
+    handleCommand(*received.command);
 }
 
 void SocketWorker::handleCommand(IExternalCommand& command) {

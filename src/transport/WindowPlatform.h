@@ -4,6 +4,15 @@
 
 #include <string>
 
+/// How a message to another window has ended.
+enum class MessageEnd {
+    handled,    ///< its handler has given a result
+    late,       ///< there was none in time
+    hung,       ///< the same, and the window's thread has not looked for messages for seconds
+    gone,       ///< there is no such window
+    forbidden,  ///< the system does not pass it on to a program of more rights
+};
+
 /// The window calls of the message transport; tests put their own.
 class IWindowPlatform {
 public:
@@ -17,10 +26,10 @@ public:
     virtual unsigned long processOf(HWND window) = 0;
 
     /// Sends `bytes` as one copy-data message with this tag and waits at most `timeoutMs` for the
-    /// receiver's result. False if the message was not taken in time.
-    virtual bool sendCopyData(HWND window, unsigned long tag, const std::string& bytes,
-                              unsigned int flags, unsigned int timeoutMs,
-                              unsigned long& result) = 0;
+    /// receiver's result.
+    virtual MessageEnd sendCopyData(HWND window, unsigned long tag, const std::string& bytes,
+                                    unsigned int flags, unsigned int timeoutMs,
+                                    unsigned long& result) = 0;
 
     /// Whether the calling thread handles a message that another one sent and still waits for.
     virtual bool holdsSender() = 0;
@@ -34,8 +43,9 @@ class WindowPlatform final : public IWindowPlatform {
 public:
     HWND findWindow(const std::string& title) override;
     unsigned long processOf(HWND window) override;
-    bool sendCopyData(HWND window, unsigned long tag, const std::string& bytes, unsigned int flags,
-                      unsigned int timeoutMs, unsigned long& result) override;
+    MessageEnd sendCopyData(HWND window, unsigned long tag, const std::string& bytes,
+                            unsigned int flags, unsigned int timeoutMs,
+                            unsigned long& result) override;
     bool holdsSender() override;
     void releaseSender(long result) override;
 };

@@ -75,8 +75,15 @@ void FakeQor::knows(const std::string& name, std::int32_t index, bool threeArray
 bool FakeQor::send(const IExternalCommand& command) {
     std::string record;
     command.write(record);
+    return sendRecord(record);
+}
+
+bool FakeQor::sendRecord(const std::string& record) {
     const ReceivedCommand received = recognise(record, client_->prototypes(), CommandPing());
-    if (!received.command) return false;
+    if (!received.command) {
+        tellUnreadable(record, *client_);
+        return false;
+    }
     Replyer replyer(*this);
     return client_->handleCommand(*received.command, replyer);
 }

@@ -57,6 +57,12 @@ public:
     /// QOR's own command to the client; the result is that of its handler, false if no prototype
     /// takes it.
     bool send(const IExternalCommand& command);
+    bool sendRecord(const std::string& record);
+    /// The same as the answer to that request, which it names.
+    bool answer(const ExternalCommand& request, ExternalCommand&& command) {
+        command.stampAsReplyTo(request.requestId());
+        return send(command);
+    }
     bool sendValue(std::int32_t index, double value);
     /// The same without a record, for tests with very many values: no bytes, no request ids.
     void handOverValue(std::int32_t index, double value) {

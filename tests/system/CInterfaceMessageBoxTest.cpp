@@ -1,6 +1,11 @@
 // QOR's message boxes through the C interface: answered or put before the host, and always told.
 
+#include <windows.h>
+
 #include <algorithm>
+#include <atomic>
+#include <future>
+#include <vector>
 
 #include "CStation.h"
 
@@ -111,6 +116,40 @@ TEST_P(CMessageBox, IsToldAgainUntilItsTextsHaveBeenCopied) {
     EXPECT_STREQ("Go on?", text);
     EXPECT_THAT(QorNextMessageBox(qor(), &box, text, 7, nullptr, caption, 12, nullptr),
                 IsCause(QOR_NOT_READY));
+}
+
+TEST_P(CMessageBox, IsHandedToOneOnlyOfManyWhoAskAtOnce) {
+    constexpr int boxes = 40;
+    std::string all;
+    for (int i = 0; i < boxes; ++i)
+        all += std::string(i == 0 ? "" : ",") +
+               R"({"since":"client","afterMs":100,"messageBox":{"caption":"C","text":"T"}})";
+    ASSERT_THAT(QorSetMessageBoxPolicy(nullptr, QOR_BOX_ANSWER, QOR_CHOICE_OK, 0), IsCause(QOR_OK));
+    station.script = R"({"at":[)" + all + "]}";
+    ASSERT_TRUE(station.start());
+    std::atomic<int> told{0};
+    std::vector<std::future<std::vector<unsigned>>> askers;
+    for (int i = 0; i < 4; ++i)
+        askers.push_back(std::async(std::launch::async, [&] {
+            std::vector<unsigned> ids;
+            QorMessageBox box = {};
+            box.size = sizeof box;
+            char text[2] = "";
+            const ULONGLONG end = GetTickCount64() + amplyMs;
+            while (told < boxes && GetTickCount64() < end) {
+                if (QorNextMessageBox(qor(), &box, text, 2, nullptr, nullptr, 0, nullptr) != QOR_OK)
+                    continue;
+                ids.push_back(box.id);
+                ++told;
+            }
+            return ids;
+        }));
+    std::vector<unsigned> ids;
+    for (auto& asker : askers)
+        for (const unsigned id : asker.get()) ids.push_back(id);
+    std::sort(ids.begin(), ids.end());
+    ASSERT_EQ(boxes, static_cast<int>(ids.size()));
+    for (int i = 0; i < boxes; ++i) EXPECT_EQ(static_cast<unsigned>(i) + 1, ids[i]);
 }
 
 TEST_P(CMessageBox, APolicyThatIsNoneIsRefused) {

@@ -246,12 +246,21 @@ TEST_P(COperations, TheStateIsToldWithoutARequest) {
 }
 
 TEST_P(COperations, ARefusalAndAnUnknownNameAreFailures) {
-    EXPECT_NE(QOR_OK, QorGetParamDescription(qor(), "NoSuchParameter", nullptr));
+    EXPECT_THAT(QorGetParamDescription(qor(), "NoSuchParameter", nullptr),
+                IsCause(QOR_UNKNOWN_NAME));
     EXPECT_THAT(lastSentence(), Not(IsEmpty()));
     EXPECT_THAT(lastCheck(), Not(IsEmpty()));
     const double tooMuch = 99999;
-    EXPECT_NE(QOR_OK, QorSetParamData(qor(), "IdleSpeedTarget", &tooMuch, 1, nullptr, 0, nullptr, 0,
-                                      amplyMs));
+    EXPECT_THAT(
+        QorSetParamData(qor(), "IdleSpeedTarget", &tooMuch, 1, nullptr, 0, nullptr, 0, amplyMs),
+        IsCause(QOR_REFUSED));
+}
+
+TEST_P(COperations, WithoutATimeOutNobodyHasWaited) {
+    double value = 0;
+    EXPECT_THAT(QorGetParamData(qor(), "EngineSpeed", QOR_DO_NOT_WAIT, &value, 1, nullptr),
+                IsCause(QOR_NOT_READY));
+    EXPECT_THAT(lastSentence(), testing::HasSubstr("with a time-out of 0 the call does not wait"));
 }
 
 // A host's call must not end up with another thread's result, nor with that of another handle.

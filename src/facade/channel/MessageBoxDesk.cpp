@@ -100,10 +100,12 @@ std::optional<MessageBoxDesk::Box> MessageBoxDesk::next() {
     return std::nullopt;
 }
 
-void MessageBoxDesk::markTold(std::uint32_t id) {
+bool MessageBoxDesk::markTold(std::uint32_t id) {
     const auto state = state_.lock();
     Kept* const kept = find(*state, id);
-    if (kept != nullptr) kept->isTold = true;
+    if (kept == nullptr || kept->isTold) return false;
+    kept->isTold = true;
+    return true;
 }
 
 bool MessageBoxDesk::answer(std::uint32_t id, std::uint32_t choice) {

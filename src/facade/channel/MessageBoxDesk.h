@@ -49,7 +49,8 @@ public:
 
     /// The oldest box that is not marked as told.
     std::optional<Box> next();
-    void markTold(std::uint32_t id);
+    /// False if somebody else has done so before: one box is told once.
+    bool markTold(std::uint32_t id);
     /// The host's answer; false if that box does not wait for one.
     bool answer(std::uint32_t id, std::uint32_t choice);
 

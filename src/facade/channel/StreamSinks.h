@@ -34,7 +34,9 @@ public:
 class DtcSink {
 public:
     virtual ~DtcSink() = default;
-    virtual void take(std::vector<QorControlFacade::DtcDescription> dtcs) = 0;
+    /// `mayBelongToEarlier`: see qorcontrol::Outcome.
+    virtual void take(std::vector<QorControlFacade::DtcDescription> dtcs,
+                      bool mayBelongToEarlier) = 0;
     /// Some reads in a row have failed, the last one for this.
     virtual void noteSilence(const common::Verdict& verdict) = 0;
 };

@@ -15,7 +15,8 @@ std::uint32_t ValueCache::readPeriodMs() {
 }
 
 bool ValueCache::find(const std::string& name, std::vector<double>& values,
-                      std::vector<double>& second, std::vector<double>& third) {
+                      std::vector<double>& second, std::vector<double>& third,
+                      bool& mayBelongToEarlier) {
     const auto state = state_.lock();
     const auto found = state->paramValueCache.find(name);
     if (found == state->paramValueCache.end()) return false;
@@ -26,6 +27,7 @@ bool ValueCache::find(const std::string& name, std::vector<double>& values,
     values = cached.values;
     second = cached.second;
     third = cached.third;
+    mayBelongToEarlier = cached.mayBelongToEarlier;
     return true;
 }
 

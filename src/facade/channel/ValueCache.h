@@ -16,6 +16,7 @@ struct CachedValue {
     std::vector<double> second;
     std::vector<double> third;
     common::Moment stamp;
+    bool mayBelongToEarlier = false;  ///< as the read was that had them
 };
 
 /// The values last read, written or streamed, and the refresh period that says how long they hold.
@@ -31,7 +32,7 @@ public:
     /// Copies the arrays out; false (and nothing changed) if there are none or they are half a
     /// refresh period old. A period of 0 or 1 thus never answers.
     bool find(const std::string& name, std::vector<double>& values, std::vector<double>& second,
-              std::vector<double>& third);
+              std::vector<double>& third, bool& mayBelongToEarlier);
     void store(const std::string& name, CachedValue value);
 
     /// All of them, of whatever age; for tests.

@@ -246,10 +246,11 @@ TEST_F(StreamPreparation, WhatTheHostReadOfTheOldQorIsNoLongerFresh) {
     qor.sendValue(speed, 1.0);
     idleRound();
     std::vector<double> values, second, third;
-    EXPECT_TRUE(channel->values.find("Speed", values, second, third));
+    bool isMarked = false;
+    EXPECT_TRUE(channel->values.find("Speed", values, second, third, isMarked));
     qor.newQor();
     idleRound();
-    EXPECT_FALSE(channel->values.find("Speed", values, second, third));
+    EXPECT_FALSE(channel->values.find("Speed", values, second, third, isMarked));
 }
 
 TEST_F(StreamPreparation, AnotherQorIsPreparedOnlyOnceItHasAnEcuOnline) {

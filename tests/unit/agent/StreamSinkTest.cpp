@@ -153,8 +153,9 @@ TEST_F(StreamSink, StopsWithItsRegistration) {
 
 class NotingDtcSink final : public channel::DtcSink {
 public:
-    void take(std::vector<QorControlFacade::DtcDescription> dtcs) override {
-        told += std::to_string(dtcs.size()) + " codes ";
+    void take(std::vector<QorControlFacade::DtcDescription> dtcs,
+              bool mayBelongToEarlier) override {
+        told += std::to_string(dtcs.size()) + (mayBelongToEarlier ? " codes? " : " codes ");
     }
     void noteSilence(const common::Verdict& verdict) override {
         told += "silence(" + std::to_string(static_cast<int>(verdict.cause)) + ") ";
@@ -182,6 +183,18 @@ TEST_F(DtcStreamSink, GetsTheListsAndIsToldOfSilence) {
     sink->told.clear();
     roundsEvery(100, 4);
     EXPECT_EQ(sink->told, "silence(5) ");
+}
+
+TEST_F(DtcStreamSink, IsToldOfAListThatMayBelongToAnEarlierReadAndNotOfTheNext) {
+    qor.on<CommandGetDTC>([](const CommandGetDTC&) { return true; });
+    streams(sink);
+    roundsEvery(100, 1);
+    qorHasCodes({{1, 2, "", "", "", ""}});
+    roundsEvery(100, 1);
+    EXPECT_EQ(sink->told, "1 codes? ");
+    qor.send(CommandGetDTC());
+    roundsEvery(100, 1);
+    EXPECT_EQ(sink->told, "1 codes? 1 codes ");
 }
 
 TEST_F(DtcStreamSink, MakesRoomForAQueueAndEndsWithTheStream) {

@@ -41,6 +41,9 @@ protected:
 TEST_F(Causes, OfASendAreThoseOfTheTransport) {
     EXPECT_EQ(causeOfSend(Delivery::refused), Cause::refused);
     EXPECT_EQ(causeOfSend(Delivery::silent), Cause::qorSilent);
+    EXPECT_EQ(detail(), "");
+    EXPECT_EQ(causeOfSend(Delivery::hung), Cause::qorSilent);
+    EXPECT_EQ(detail(), "its window takes no messages at all");
     EXPECT_EQ(causeOfSend(Delivery::noConnection), Cause::noConnection);
     EXPECT_EQ(detail(), "");
     EXPECT_EQ(causeOfSend(Delivery::lost), Cause::noConnection);
@@ -48,6 +51,9 @@ TEST_F(Causes, OfASendAreThoseOfTheTransport) {
     EXPECT_EQ(causeOfSend(Delivery::notBegun), Cause::agentBusy);
     EXPECT_EQ(causeOfSend(Delivery::tooLong), Cause::requestTooLarge);
     EXPECT_EQ(causeOfSend(Delivery::broken), Cause::systemFailure);
+    EXPECT_STREQ(client().verdict().check, "");
+    EXPECT_EQ(causeOfSend(Delivery::forbidden), Cause::systemFailure);
+    EXPECT_THAT(client().verdict().check, testing::StartsWith("Start the host and QOR with the"));
 }
 
 TEST_F(Causes, AreForgottenWithTheNextRequest) {
@@ -143,7 +149,38 @@ TEST_F(Causes, OfAnAnswerThatLacksValuesIsThatItIsBad) {
     std::vector<std::vector<double>> all;
     EXPECT_FALSE(client().readTogether({"S1"}, all, 100));
     EXPECT_EQ(cause(), Cause::badAnswer);
+    EXPECT_EQ(detail(), "QOR's answer lacks values");
     EXPECT_FALSE(client().getParamData("S1", values, 100, true));
+    EXPECT_EQ(cause(), Cause::noData);
+}
+
+TEST_F(Causes, OfAnAnswerThatCannotBeReadIsThatItIsBad) {
+    qor.on<CommandGetDTC>([this](const CommandGetDTC&) {
+        // A list of 4,294,967,295 codes in four bytes.
+        return !qor.sendRecord(std::string("\x09\0\0\0\x01\0\0\0\x04\0\0\0\xFF\xFF\xFF\xFF", 16));
+    });
+    std::vector<protocol::DtcRecord> dtcs;
+    EXPECT_FALSE(client().getDtc(1, dtcs, 100));
+    EXPECT_EQ(cause(), Cause::badAnswer);
+    EXPECT_EQ(detail(), "QOR's record cannot be read");
+    // Another one's record is no matter of this request.
+    qor.on<CommandCanBusData>([this](const CommandCanBusData&) {
+        return !qor.sendRecord(std::string("\x09\0\0\0\x01\0\0\0\x04\0\0\0\xFF\xFF\xFF\xFF", 16));
+    });
+    std::vector<protocol::CanBusItem> frames;
+    EXPECT_FALSE(client().getCanBusData({{1, 0}}, frames, 100));
+    EXPECT_EQ(cause(), Cause::noData);
+}
+
+TEST_F(Causes, OfAnAnswerOfAnotherKindThatNamesTheRequestIsThatItIsBad) {
+    qor.on<CommandGetDTC>(
+        [this](const CommandGetDTC& request) { return qor.answer(request, CommandGetHex()); });
+    std::vector<protocol::DtcRecord> dtcs;
+    EXPECT_FALSE(client().getDtc(1, dtcs, 100));
+    EXPECT_EQ(cause(), Cause::badAnswer);
+    EXPECT_EQ(detail(), "QOR answered with a record of another kind");
+    qor.on<CommandGetDTC>([this](const CommandGetDTC&) { return qor.send(CommandGetHex()); });
+    EXPECT_FALSE(client().getDtc(1, dtcs, 100));
     EXPECT_EQ(cause(), Cause::noData);
 }
 

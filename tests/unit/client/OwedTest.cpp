@@ -234,6 +234,106 @@ TEST_F(OwedAnswers, OfOneParameterDoNotMarkThoseOfAnother) {
     EXPECT_EQ(read("S1"), marked);
 }
 
+TEST_F(OwedAnswers, ThatNameTheirRequestAreNotMarkedThoughOthersAreOwed) {
+    EXPECT_EQ(dtcs(), "false");
+    EXPECT_EQ(read("S1"), "false");
+    EXPECT_EQ(readMap(), "false");
+    EXPECT_EQ(describe("Late"), "false");
+    qor.on<CommandGetDTC>(
+        [this](const CommandGetDTC& request) { return qor.answer(request, CommandGetDTC()); });
+    qor.on<CommandDirectCtrl>([this](const CommandDirectCtrl& request) {
+        CommandDirectCtrl answer(protocol::DirectCtrl{request.paramIndex, 1, {1.0}, ""});
+        return qor.answer(request, std::move(answer));
+    });
+    qor.on<CommandStaticParam>([this](const CommandStaticParam& request) {
+        CommandStaticParam answer;
+        answer.paramIndex = request.paramIndex;
+        answer.operation = 1;
+        return qor.answer(request, std::move(answer));
+    });
+    qor.on<CommandGetParamInfo>([this](const CommandGetParamInfo& request) {
+        CommandGetParamInfo answer;
+        answer.name = request.name;
+        answer.paramIndex = 8;
+        return qor.answer(request, std::move(answer));
+    });
+    for (int time = 0; time < 2; ++time) {
+        EXPECT_EQ(dtcs(), "true");
+        EXPECT_EQ(read("S1"), "true");
+        EXPECT_EQ(readMap(), "true");
+        EXPECT_EQ(describe("Late"), "true");
+    }
+    // What was owed before still is.
+    answersAfter<CommandGetDTC>(10, [&] { qor.send(CommandGetDTC()); });
+    answersAfter<CommandDirectCtrl>(10, [&] { tellValue(5); });
+    EXPECT_EQ(dtcs(), marked);
+    EXPECT_EQ(read("S1"), marked);
+}
+
+TEST_F(OwedAnswers, ThatNameAnEarlierRequestAreMarkedAndPayForThatOne) {
+    EXPECT_EQ(dtcs(), "false");
+    EXPECT_EQ(dtcs(), "false");
+    const auto requests = qor.all<CommandGetDTC>();
+    const std::uint32_t second = requests[1]->requestId();
+    answersAfter<CommandGetDTC>(10, [&] {
+        CommandGetDTC late;
+        late.stampAsReplyTo(second);
+        for (int time = 0; time < 3; ++time) qor.send(late);  // once is enough
+    });
+    EXPECT_EQ(dtcs(), marked);
+    qor.send(CommandGetDTC());
+    EXPECT_EQ(dtcs(), marked);  // one is still to come
+    qor.send(CommandGetDTC());
+    qor.send(CommandGetDTC());
+    answersAfter<CommandGetDTC>(10, [&] { qor.send(CommandGetDTC()); });
+    EXPECT_EQ(dtcs(), "true");
+}
+
+TEST_F(OwedAnswers, ThatNameTheirRequestAreMarkedWhenAnotherOneHasComeUponThem) {
+    EXPECT_EQ(dtcs(), "false");
+    qor.on<CommandGetDTC>([this](const CommandGetDTC& request) {
+        qor.answer(request, CommandGetDTC());
+        return qor.send(CommandGetDTC());
+    });
+    EXPECT_EQ(dtcs(), marked);
+}
+
+TEST_F(OwedAnswers, OfAReadOfSeveralMustAllNameItNotToBeMarked) {
+    EXPECT_EQ(read("S1"), "false");
+    EXPECT_EQ(read("S2"), "false");
+    const auto tellBoth = [this](const CommandReadTogether& request) {
+        CommandReadTogether answer;
+        answer.paramIndices = request.paramIndices;
+        answer.values = {{1.0}, {2.0}};
+        return qor.answer(request, std::move(answer));
+    };
+    qor.on<CommandReadTogether>(tellBoth);
+    EXPECT_EQ(readAll({"S1", "S2"}), "true");
+    qor.on<CommandReadTogether>([=](const CommandReadTogether& request) {
+        tellBoth(request);
+        tellValue(6);
+        return true;
+    });
+    EXPECT_EQ(readAll({"S1", "S2"}), marked);
+}
+
+TEST_F(OwedAnswers, ThatCannotBeReadAreNotOwedAnyMore) {
+    const std::string lying("\x09\0\0\0\x01\0\0\0\x04\0\0\0\xFF\xFF\xFF\xFF", 16);
+    answersAfter<CommandGetDTC>(10, [&] { qor.sendRecord(lying); });
+    EXPECT_EQ(dtcs(), "false");
+    qor.on<CommandGetDTC>([&](const CommandGetDTC& request) {
+        std::string record;
+        CommandGetDTC answer;
+        answer.stampAsReplyTo(request.requestId());
+        answer.write(record);
+        qor.sendRecord(record.substr(0, 8) + lying.substr(8));
+        return true;
+    });
+    EXPECT_EQ(dtcs(), "false");
+    answersAfter<CommandGetDTC>(10, [&] { qor.send(CommandGetDTC()); });
+    EXPECT_EQ(dtcs(), "true");
+}
+
 TEST_F(OwedAnswers, OfAReadOfSeveralMarkThoseOfEachAlone) {
     EXPECT_EQ(readAll({"S1", "S2"}), "false");
     answersAfter<CommandDirectCtrl>(10, [&] { tellValue(6); });
@@ -304,7 +404,8 @@ TEST_F(OwedAnswers, AreNotPaidByWhatTellsOfAWriteNorByAStream) {
 }
 
 TEST_F(OwedAnswers, AreNoneOfWhatHasNotLeftOrWasRefused) {
-    for (const Delivery failure : {Delivery::refused, Delivery::noConnection, Delivery::notBegun}) {
+    for (const Delivery failure :
+         {Delivery::refused, Delivery::forbidden, Delivery::noConnection, Delivery::notBegun}) {
         qor.failure = failure;
         answersAfter<CommandGetDTC>(0, nullptr);
         qor.on<CommandGetDTC>([](const CommandGetDTC&) { return false; });

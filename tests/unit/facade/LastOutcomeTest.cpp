@@ -50,6 +50,16 @@ TEST_F(LastOutcome, IsWhatTheAgentAnswered) {
     EXPECT_THAT(outcome.check, HasSubstr("spelling"));
 }
 
+TEST_F(LastOutcome, TellsToCheckWhatTheAgentSaysInPlaceOfWhatTheCauseSays) {
+    agent.script().onRequest = [](Channel&, const Cmd& command) {
+        command.replyQueue->push({channel::CmdResponse::failure,
+                                  nullptr,
+                                  {Cause::systemFailure, "of this test", false, "This."}});
+    };
+    ASSERT_FALSE(start().pingQor(100));
+    EXPECT_EQ(lastOutcome().check, "This.");
+}
+
 TEST_F(LastOutcome, TellsOfASuccessThatItMayBelongToAnEarlierRequest) {
     agent.script().onRequest = [](Channel&, const Cmd& command) {
         command.replyQueue->push({channel::CmdResponse::success, nullptr, {Cause::none, "", true}});

@@ -56,7 +56,8 @@ TEST_F(MessageBoxDesk, ReportsEachBoxInOrderWhateverBecameOfIt) {
     EXPECT_FALSE(first->isWaiting);
     EXPECT_EQ(first->choice, 6u);
     EXPECT_EQ(desk.next()->id, 1u);  // until it is marked
-    desk.markTold(1);
+    EXPECT_TRUE(desk.markTold(1));
+    EXPECT_FALSE(desk.markTold(1));  // who asked at the same time
     EXPECT_EQ(desk.next()->text, "second");
     desk.markTold(2);
     EXPECT_FALSE(desk.next());

@@ -94,6 +94,17 @@ TEST_F(Unanswered, WhatIsUnderWayTellsHowFarItIs) {
     }
 }
 
+TEST_F(Unanswered, WithoutAWaitIsThatNobodyHasWaited) {
+    start();
+    keepBusy();
+    for (const unsigned int none : {0u, 0x80000000u}) {
+        EXPECT_FALSE(facade->pingQor(none));
+        EXPECT_EQ(lastOutcome().cause, Cause::notReady);
+        EXPECT_THAT(lastOutcome().sentence, testing::HasSubstr("with a time-out of 0"));
+        EXPECT_EQ(lastOutcome().check, "Give a time-out if the result is wanted.");
+    }
+}
+
 TEST_F(Unanswered, AQueueThatIsUsedAgainTellsNothingOfBefore) {
     start();
     ASSERT_TRUE(facade->pingQor(1000));

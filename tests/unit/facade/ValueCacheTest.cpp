@@ -1,4 +1,5 @@
 #include "FacadeFixture.h"
+#include "qorcontrol/Outcome.h"
 
 namespace {
 
@@ -38,6 +39,26 @@ TEST_F(ValueCache, ASecondReadWithinHalfThePeriodAsksNobodyAndWritesNoLine) {
     EXPECT_THAT(third, ElementsAre(3.0));
     EXPECT_THAT(agent.requests(), SizeIs(1));
     EXPECT_THAT(trace(), SizeIs(1));
+}
+
+TEST_F(ValueCache, ServesWhatMayBelongToAnEarlierRequestWithThatMark) {
+    agent.script().onRequest = [](Channel&, const Cmd& command) {
+        auto answer = valuesOf({1.0});
+        command.replyQueue->push(
+            {channel::CmdResponse::success, answer, {qorcontrol::Cause::none, "", true}});
+    };
+    start(200);
+    get();
+    EXPECT_TRUE(qorcontrol::lastOutcome().mayBelongToEarlier);
+    get();
+    EXPECT_TRUE(qorcontrol::lastOutcome().mayBelongToEarlier);
+    EXPECT_THAT(agent.requests(), SizeIs(1));
+    agent.script().onRequest = [](Channel&, const Cmd& command) {
+        ScriptedAgent::succeed(command);
+    };
+    ASSERT_TRUE(facade->setParamData("Speed", {2.0}, {}, {}, 500));
+    get();
+    EXPECT_FALSE(qorcontrol::lastOutcome().mayBelongToEarlier);
 }
 
 TEST_F(ValueCache, AReadAfterMoreThanHalfThePeriodAsksQor) {

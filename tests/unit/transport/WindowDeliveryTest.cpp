@@ -31,16 +31,34 @@ TEST_F(WindowDelivery, AResultOfNullSaysRefused) {
 }
 
 TEST_F(WindowDelivery, NoResultInTimeIsSilence) {
-    platform->isTaken = false;
+    platform->end = MessageEnd::late;
     EXPECT_EQ(Delivery::silent, deliver());
     EXPECT_FALSE(transport.isPeerGone());
 }
 
-TEST_F(WindowDelivery, AWindowThatGoesMeanwhileIsLost) {
-    platform->isTaken = false;
-    platform->whileSending = [this] { platform->server = nullptr; };
+TEST_F(WindowDelivery, AWindowThatTakesNoMessagesHangs) {
+    platform->end = MessageEnd::hung;
+    EXPECT_EQ(Delivery::hung, deliver());
+}
+
+TEST_F(WindowDelivery, AWindowThatTheSystemDoesNotLetUsSpeakToIsForbidden) {
+    platform->end = MessageEnd::forbidden;
+    EXPECT_EQ(Delivery::forbidden, deliver());
+}
+
+TEST_F(WindowDelivery, AWindowThatTheSystemDoesNotKnowAnyMoreIsLost) {
+    platform->end = MessageEnd::gone;
     EXPECT_EQ(Delivery::lost, deliver());
-    EXPECT_TRUE(transport.isPeerGone());
+}
+
+TEST_F(WindowDelivery, AWindowThatGoesMeanwhileIsLost) {
+    for (const MessageEnd end : {MessageEnd::late, MessageEnd::hung}) {
+        platform->end = end;
+        platform->whileSending = [this] { platform->server = nullptr; };
+        EXPECT_EQ(Delivery::lost, deliver());
+        EXPECT_TRUE(transport.isPeerGone());
+        platform->server = reinterpret_cast<HWND>(0x1234);
+    }
 }
 
 TEST_F(WindowDelivery, WithoutAWindowThereIsNoConnectionAndThePermitIsNotAsked) {

@@ -22,13 +22,14 @@ public:
         return server;
     }
     unsigned long processOf(HWND window) override { return window == server ? process : 0; }
-    bool sendCopyData(HWND window, unsigned long tag, const std::string& bytes, unsigned int flags,
-                      unsigned int timeoutMs, unsigned long& result) override {
+    MessageEnd sendCopyData(HWND window, unsigned long tag, const std::string& bytes,
+                            unsigned int flags, unsigned int timeoutMs,
+                            unsigned long& result) override {
         calls.push_back("send");
         sent.push_back({window, tag, bytes, flags, timeoutMs});
         whileSending();
         result = receiverResult;
-        return isTaken;
+        return end;
     }
     bool holdsSender() override { return isHolding; }
     void releaseSender(long result) override {
@@ -38,7 +39,7 @@ public:
 
     HWND server = reinterpret_cast<HWND>(0x1234);
     unsigned long process = 77;
-    bool isTaken = true;
+    MessageEnd end = MessageEnd::handled;
     unsigned long receiverResult = 1;
     bool isHolding = false;
     std::function<void()> whileSending = [] {};

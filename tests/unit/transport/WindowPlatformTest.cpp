@@ -16,7 +16,7 @@ protected:
     const std::string title = uniqueTitle("platform");
     unsigned long result = 77;
 
-    bool send(HWND to, const std::string& bytes, unsigned int timeoutMs = 5000) {
+    MessageEnd send(HWND to, const std::string& bytes, unsigned int timeoutMs = 5000) {
         return platform.sendCopyData(to, 3084, bytes, SMTO_BLOCK, timeoutMs, result);
     }
 };
@@ -50,7 +50,7 @@ TEST_F(WindowCalls, BytesArriveAsTheyAreAndTheReceiversResultComesBack) {
     peer.onMessage([](const peer::Message&) { return LRESULT{0x12345}; });
     const std::string bytes("a\0b\xFF", 4);
 
-    ASSERT_TRUE(send(peer.handle(), bytes));
+    ASSERT_EQ(MessageEnd::handled, send(peer.handle(), bytes));
 
     EXPECT_EQ(0x12345u, result);
     ASSERT_EQ(1u, peer.received().size());
@@ -63,7 +63,7 @@ TEST_F(WindowCalls, ATimeOutIsTheErrorToTellUnlessTheSystemSaysAnother) {
     const peer::WindowThread peer(title);
     SetLastError(0);
 
-    ASSERT_TRUE(send(peer.handle(), "x"));
+    ASSERT_EQ(MessageEnd::handled, send(peer.handle(), "x"));
 
     EXPECT_EQ(DWORD{ERROR_TIMEOUT}, GetLastError());
 }
@@ -76,7 +76,7 @@ TEST_F(WindowCalls, AMessageToAWindowThatIsGoneFailsAtOnceAndIsNoTimeOut) {
     }
     const Elapsed elapsed;
 
-    EXPECT_FALSE(send(gone, "x"));
+    EXPECT_EQ(MessageEnd::gone, send(gone, "x"));
 
     EXPECT_NE(DWORD{ERROR_TIMEOUT}, GetLastError());
     EXPECT_LT(elapsed.ms(), 2000u);
@@ -91,11 +91,23 @@ TEST_F(WindowCalls, APeerThatHangsIsATimeOut) {
     });
     const Elapsed elapsed;
 
-    EXPECT_FALSE(send(peer.handle(), "x", 100));
+    EXPECT_EQ(MessageEnd::late, send(peer.handle(), "x", 100));
 
     EXPECT_EQ(DWORD{ERROR_TIMEOUT}, GetLastError());
     EXPECT_GE(elapsed.ms(), 80u);
     EXPECT_LT(elapsed.ms(), 3000u);
+    end.set_value();
+}
+
+TEST_F(WindowCalls, APeerThatHasTakenNoMessagesForSecondsHangs) {
+    peer::WindowThread peer(title);
+    std::promise<void> end;
+    peer.onMessage([hanging = end.get_future().share()](const peer::Message&) {
+        hanging.wait();
+        return LRESULT{1};
+    });
+
+    EXPECT_EQ(MessageEnd::hung, send(peer.handle(), "x", 6000));
     end.set_value();
 }
 

@@ -129,7 +129,7 @@ TEST_F(WindowSend, AnyResultButZeroIsASuccess) {
 }
 
 TEST_F(WindowSend, AMessageThatWasNotTakenIsAFailureWhateverItsResult) {
-    platform->isTaken = false;
+    platform->end = MessageEnd::late;
     platform->receiverResult = 1;
 
     EXPECT_FALSE(transport.sendRoutine(500));
