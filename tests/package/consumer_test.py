@@ -52,11 +52,13 @@ class Consumer(unittest.TestCase):
         shutil.copytree(HERE / "consumer", cls.project)
         shutil.copy(SOURCE / "tools/example/minimal_host.cpp", cls.project / "cpp_host.cpp")
 
+    def configure(self, project, build):
+        return run("cmake", "-S", project, "-B", build, "-G", "Ninja",
+                   "-DCMAKE_SYSTEM_NAME=Windows", f"-DCMAKE_PREFIX_PATH={self.folder}",
+                   f"-DCMAKE_C_COMPILER={TOOLS}gcc-posix", f"-DCMAKE_CXX_COMPILER={TOOLS}g++-posix")
+
     def build(self, project, build, *target):
-        status, told = run("cmake", "-S", project, "-B", build, "-G", "Ninja",
-                           "-DCMAKE_SYSTEM_NAME=Windows", f"-DCMAKE_PREFIX_PATH={self.folder}",
-                           f"-DCMAKE_C_COMPILER={TOOLS}gcc-posix",
-                           f"-DCMAKE_CXX_COMPILER={TOOLS}g++-posix")
+        status, told = self.configure(project, build)
         self.assertEqual(0, status, told)
         status, told = run("cmake", "--build", build, *target)
         self.assertEqual(0, status, told)
@@ -88,11 +90,31 @@ class Consumer(unittest.TestCase):
         project = self.folder.parent / "of the notes"
         project.mkdir()
         block = re.search(r"```cmake\n(.*?)```", NOTES.read_text(encoding="utf-8"), re.DOTALL)[1]
-        (project / "CMakeLists.txt").write_text(
-            f"cmake_minimum_required(VERSION 3.16)\nproject(Notes LANGUAGES C)\n{block}")
+        (project / "CMakeLists.txt").write_text(block)
         shutil.copy(self.project / "c_host.c", project / "station.c")
         self.build(project, project / "build")
         self.assertTrue((project / "build/QorControlC.dll").is_file())
+
+    def test_the_dlls_come_through_libraries_of_the_hosts_too(self):
+        project = self.folder.parent / "layers"
+        shutil.copytree(HERE / "layers", project)
+        build = project / "build"
+        self.build(project, build)
+        for host, dlls in (("by_interface", {"QorControlC.dll"}), ("by_static", {"QorControlC.dll"}),
+                           ("by_shared", {"QorControlC.dll"}),
+                           ("by_both", {"QorControlC.dll", "QorControlFacade.dll", *unzipped.RUN_TIMES})):
+            with self.subTest(host):
+                self.assertTrue((build / host / f"{host}.exe").is_file())
+                self.assertEqual(dlls, {path.name for path in (build / host).glob("*.dll")})
+
+    def test_a_host_that_is_linked_to_neither_library_is_told(self):
+        project = self.folder.parent / "neither"
+        shutil.copytree(HERE / "layers", project)
+        with (project / "CMakeLists.txt").open("a") as lists:
+            lists.write("add_executable(neither host.c)\nqor_control_copy_dlls(neither)\n")
+        status, told = self.configure(project, project / "build")
+        self.assertNotEqual(0, status)
+        self.assertIn("neither is linked to neither QorControl::C nor", told)
 
     def test_a_64_bit_project_does_not_find_it(self):
         status, told = run("cmake", "-S", self.project, "-B", self.project / "build-64", "-G",
