@@ -9,6 +9,7 @@ import shutil
 import socket
 import subprocess
 import sys
+import tempfile
 import unittest
 from pathlib import Path
 
@@ -128,6 +129,19 @@ class Consumer(unittest.TestCase):
             windows_path(self.folder / "bin/qor-settings.ini"), "EngineSpeed",
             closing=r"^EngineSpeed: [1-9]")
         self.assertEqual(0, status, told)
+
+    def test_qorctl_starts_with_the_dlls_that_the_notes_name_and_without_none_of_them(self):
+        dlls = [Path(word.replace("\\", "/")).name for word in unzipped.command_of_the_notes("dir")
+                if word.endswith(".dll")]
+        self.assertEqual({"QorControlFacade.dll", *unzipped.RUN_TIMES}, set(dlls))
+        for missing in [None, *dlls]:
+            with self.subTest(missing), tempfile.TemporaryDirectory() as folder:
+                for name in ["qorctl.exe", *(dll for dll in dlls if dll != missing)]:
+                    shutil.copy(self.folder / "bin" / name, folder)
+                status, told = run(SOURCE / "cmake/wine-run.sh", Path(folder) / "qorctl.exe", "--help",
+                                   stdin=subprocess.DEVNULL)
+                self.assertEqual(missing is None, status == 0, told)
+                self.assertEqual(missing is None, "doctor" in told, told)
 
 
 if __name__ == "__main__":
