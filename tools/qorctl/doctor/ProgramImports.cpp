@@ -52,7 +52,7 @@ public:
         if (section == nullptr || !seek(placeOf(*section, address))) return {};
         std::string text(maxNameChars, '\0');
         file_.read(text.data(), static_cast<std::streamsize>(text.size()));
-        return text.c_str();
+        return text.substr(0, text.find('\0'));
     }
 
 private:
