@@ -10,7 +10,7 @@ from pathlib import Path
 import programs
 from programs import Station, run_node, run_windows, windows_path
 
-SCRIPT = {"bootstrap": {"durationMs": 300, "steps": 3}}
+SCRIPT = {"bootstrap": {"durationMs": 450, "steps": 3}}
 BOX = {"caption": "Ignition", "text": "Is it on?", "type": 4}
 REFUSAL = {"match": {"id": 7}, "action": {"answer": "refuse"}}
 SEEN = r"^EngineSpeed = \d{3}\n$"
