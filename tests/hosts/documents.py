@@ -24,7 +24,7 @@ OTHER_WORDS = {"QorControl", "QorControlC", "QorControlFacade", "QorError", "QOR
                "QOR_WINDOWS_PYTHON"}
 IN_A_COMMAND = re.compile(r"\b(?:examples|include|bin|lib)\\([\w.-]+)")
 # What the commands use or make besides the examples.
-OTHER_FILES = {"qor-simulator", "simulator.ini", "first.exe", "First.exe", "first.py", "tour.exe", "tour", "Tour.exe",
+OTHER_FILES = {"qor-simulator", "qorctl", "simulator.ini", "first.exe", "First.exe", "first.py", "tour.exe", "tour", "Tour.exe",
                "Tour", "QorControlC.lib", "QorControlC.dll", "libQorControlC.dll.a", "libQorControlFacade.dll.a"}
 
 

@@ -10,7 +10,7 @@ from pathlib import Path
 import programs
 from programs import Station, run_node, run_windows, windows_path
 
-SCRIPT = {"bootstrap": {"durationMs": 300, "steps": 3}}
+SCRIPT = {"bootstrap": {"durationMs": 450, "steps": 3}}
 BOX = {"caption": "Ignition", "text": "Is it on?", "type": 4}
 REFUSAL = {"match": {"id": 7}, "action": {"answer": "refuse"}}
 SEEN = r"^EngineSpeed = \d{3}\n$"
@@ -49,7 +49,8 @@ class Guide(unittest.TestCase):
             runs = {name: pool.submit(run_host, *run) for name, run in {
                 "guide": (guide_in_c, {"at": [{"since": "connect", "afterMs": 500, "messageBox": BOX}]}),
                 "c": (first_in_c, {}), "node": (first_in_node, {}),
-                "failure": (first_in_c, {"rules": [REFUSAL]})}.items()}
+                "failure": (first_in_c, {"rules": [REFUSAL]}),
+                "failure in node": (first_in_node, {"rules": [REFUSAL]})}.items()}
         cls.runs = {name: run.result() for name, run in runs.items()}
 
     def test_the_pieces_of_the_guide_for_c_work(self):
@@ -66,10 +67,13 @@ class Guide(unittest.TestCase):
             self.assertEqual(0, ended.exit_code, ended.output + ended.errors)
             self.assertRegex(ended.output, SEEN)
 
-    def test_the_first_program_tells_why_there_is_no_value(self):
-        ended, _ = self.runs["failure"]
-        self.assertNotEqual(0, ended.exit_code)
-        self.assertEqual("QOR_REFUSED: QOR refused the request.\n", ended.output)
+    def test_the_first_programs_tell_why_there_is_no_value(self):
+        for run in ("failure", "failure in node"):
+            ended, _ = self.runs[run]
+            self.assertNotEqual(0, ended.exit_code)
+            sentence, *check = ended.output.splitlines()
+            self.assertEqual("QOR_REFUSED: QOR refused the request.", sentence)
+        self.assertRegex(check[0], r"^  See in QOR whether the ECU is online .*\.$")
 
 
 if __name__ == "__main__":

@@ -6,7 +6,7 @@ from pathlib import Path
 import header
 
 sys.path.insert(0, str(header.ROOT / "tests/system/terminal"))
-from station import Station, windows_path  # noqa: E402  pylint: disable=wrong-import-position
+from station import Station, free_port, windows_path  # noqa: E402  pylint: disable=wrong-import-position
 
 WINE_TEST = header.ROOT / "cmake/wine-test.sh"
 WINE_RUN = header.ROOT / "cmake/wine-run.sh"

@@ -1,6 +1,6 @@
 """The tours through the real library and the simulated QOR: each language sees the same.
 
-usage: tour_test.py tcp|window PROGRAM-FOLDER NODE-FOLDER
+usage: tour_test.py tcp|window PROGRAM-FOLDER NODE-FOLDER PACKAGE-FOLDER
 
 The tour in Python runs, too, if QOR_WINDOWS_PYTHON is the path of a python.exe of 32 bits. That in C#
 cannot run here; standin_test.py runs both in another way.
@@ -25,7 +25,7 @@ LIMITS = {"EngineSpeed": (0, 8000), "OilPressure": (0, 10)}
 STREAM_MS, REFRESH_MS = 1000, 100
 CONNECT, ONLINE_QUERY = 2, "02000000"  # the record, and its mode when it only asks
 MODE = slice(48, 56)
-transport, program_folder, node_folder = "tcp", Path("."), Path(".")
+transport, program_folder, node_folder, package_folder = "tcp", Path("."), Path("."), Path(".")
 
 
 def in_c(station):
@@ -33,7 +33,7 @@ def in_c(station):
 
 
 def in_c_with_microsofts_interface(station):
-    return run_windows(program_folder / "hosts_tour_msvc.exe", windows_path(station.settings))
+    return run_windows(package_folder / "bin/hosts_tour_msvc.exe", windows_path(station.settings))
 
 
 def in_cpp(station):
@@ -143,7 +143,7 @@ class Tours(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    transport, *folders = sys.argv[1:4]
-    program_folder, node_folder = map(Path, folders)
+    transport, *folders = sys.argv[1:5]
+    program_folder, node_folder, package_folder = map(Path, folders)
     del sys.argv[1:]
     unittest.main()

@@ -9,6 +9,7 @@ import shutil
 import socket
 import subprocess
 import sys
+import tempfile
 import unittest
 from pathlib import Path
 
@@ -52,11 +53,13 @@ class Consumer(unittest.TestCase):
         shutil.copytree(HERE / "consumer", cls.project)
         shutil.copy(SOURCE / "tools/example/minimal_host.cpp", cls.project / "cpp_host.cpp")
 
+    def configure(self, project, build):
+        return run("cmake", "-S", project, "-B", build, "-G", "Ninja",
+                   "-DCMAKE_SYSTEM_NAME=Windows", f"-DCMAKE_PREFIX_PATH={self.folder}",
+                   f"-DCMAKE_C_COMPILER={TOOLS}gcc-posix", f"-DCMAKE_CXX_COMPILER={TOOLS}g++-posix")
+
     def build(self, project, build, *target):
-        status, told = run("cmake", "-S", project, "-B", build, "-G", "Ninja",
-                           "-DCMAKE_SYSTEM_NAME=Windows", f"-DCMAKE_PREFIX_PATH={self.folder}",
-                           f"-DCMAKE_C_COMPILER={TOOLS}gcc-posix",
-                           f"-DCMAKE_CXX_COMPILER={TOOLS}g++-posix")
+        status, told = self.configure(project, build)
         self.assertEqual(0, status, told)
         status, told = run("cmake", "--build", build, *target)
         self.assertEqual(0, status, told)
@@ -88,11 +91,31 @@ class Consumer(unittest.TestCase):
         project = self.folder.parent / "of the notes"
         project.mkdir()
         block = re.search(r"```cmake\n(.*?)```", NOTES.read_text(encoding="utf-8"), re.DOTALL)[1]
-        (project / "CMakeLists.txt").write_text(
-            f"cmake_minimum_required(VERSION 3.16)\nproject(Notes LANGUAGES C)\n{block}")
+        (project / "CMakeLists.txt").write_text(block)
         shutil.copy(self.project / "c_host.c", project / "station.c")
         self.build(project, project / "build")
         self.assertTrue((project / "build/QorControlC.dll").is_file())
+
+    def test_the_dlls_come_through_libraries_of_the_hosts_too(self):
+        project = self.folder.parent / "layers"
+        shutil.copytree(HERE / "layers", project)
+        build = project / "build"
+        self.build(project, build)
+        for host, dlls in (("by_interface", {"QorControlC.dll"}), ("by_static", {"QorControlC.dll"}),
+                           ("by_shared", {"QorControlC.dll"}),
+                           ("by_both", {"QorControlC.dll", "QorControlFacade.dll", *unzipped.RUN_TIMES})):
+            with self.subTest(host):
+                self.assertTrue((build / host / f"{host}.exe").is_file())
+                self.assertEqual(dlls, {path.name for path in (build / host).glob("*.dll")})
+
+    def test_a_host_that_is_linked_to_neither_library_is_told(self):
+        project = self.folder.parent / "neither"
+        shutil.copytree(HERE / "layers", project)
+        with (project / "CMakeLists.txt").open("a") as lists:
+            lists.write("add_executable(neither host.c)\nqor_control_copy_dlls(neither)\n")
+        status, told = self.configure(project, project / "build")
+        self.assertNotEqual(0, status)
+        self.assertIn("neither is linked to neither QorControl::C nor", told)
 
     def test_a_64_bit_project_does_not_find_it(self):
         status, told = run("cmake", "-S", self.project, "-B", self.project / "build-64", "-G",
@@ -106,6 +129,19 @@ class Consumer(unittest.TestCase):
             windows_path(self.folder / "bin/qor-settings.ini"), "EngineSpeed",
             closing=r"^EngineSpeed: [1-9]")
         self.assertEqual(0, status, told)
+
+    def test_qorctl_starts_with_the_dlls_that_the_notes_name_and_without_none_of_them(self):
+        dlls = [Path(word.replace("\\", "/")).name for word in unzipped.command_of_the_notes("dir")
+                if word.endswith(".dll")]
+        self.assertEqual({"QorControlFacade.dll", *unzipped.RUN_TIMES}, set(dlls))
+        for missing in [None, *dlls]:
+            with self.subTest(missing), tempfile.TemporaryDirectory() as folder:
+                for name in ["qorctl.exe", *(dll for dll in dlls if dll != missing)]:
+                    shutil.copy(self.folder / "bin" / name, folder)
+                status, told = run(SOURCE / "cmake/wine-run.sh", Path(folder) / "qorctl.exe", "--help",
+                                   stdin=subprocess.DEVNULL)
+                self.assertEqual(missing is None, status == 0, told)
+                self.assertEqual(missing is None, "doctor" in told, told)
 
 
 if __name__ == "__main__":

@@ -18,7 +18,7 @@ from unzipped import OURS, RUN_TIMES, SOURCE  # noqa: E402
 
 MAX_BYTES = 5_000_000
 FILES = {
-    "": {"MANIFEST", "README.txt"},
+    "": {"MANIFEST", "MANIFEST.settings", "README.txt"},
     "bin": {*OURS, *RUN_TIMES, "engine.json", "qor-settings.ini",
             "simulator.ini"},
     "lib": {"QorControlC.lib", "libQorControlC.dll.a", "libQorControlFacade.dll.a"},
@@ -87,16 +87,41 @@ class Contents(unittest.TestCase):
         self.assertEqual(1, len({entry.date_time for entry in entries}))
         self.assertEqual([], [name for name in names if not re.fullmatch(r"[\w./+-]+", name, re.ASCII)])
 
-    def test_the_manifest_has_the_sum_of_every_file(self):
-        command = unzipped.command_of_the_notes("sha256sum")
-        checked = subprocess.run([*command, "--strict"], cwd=self.folder, stdout=subprocess.PIPE,
-                                 stderr=subprocess.STDOUT, text=True, check=False)
-        self.assertEqual((0, ""), (checked.returncode, checked.stdout))
-        listed = {line.split("  ", 1)[1] for line in
-                  (self.folder / "MANIFEST").read_text().splitlines()}
+    def test_both_zips_hold_one_folder_of_the_same_name(self):
+        for path in (self.package, self.package.with_name(self.package.stem + "-symbols.zip")):
+            with zipfile.ZipFile(path) as archive:
+                self.assertEqual({unzipped.top_folder()},
+                                 {name.split("/")[0] for name in archive.namelist()})
+
+    def check_manifest(self, folder, *which):
+        """As the notes say; the exit code and what it prints."""
+        *command, manifest = unzipped.command_of_the_notes("sha256sum")
+        checked = subprocess.run([*command, "--strict", *(which or [manifest])], cwd=folder,
+                                 stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, check=False)
+        return checked.returncode, checked.stdout
+
+    def test_the_manifests_have_the_sum_of_every_file(self):
+        listed = []
+        for manifest in ("MANIFEST", "MANIFEST.settings"):
+            self.assertEqual((0, ""), self.check_manifest(self.folder, manifest))
+            listed += [line.split("  ", 1)[1] for line in
+                       (self.folder / manifest).read_text().splitlines()]
         there = {path.relative_to(self.folder).as_posix()
                  for path in self.folder.rglob("*") if path.is_file()}
-        self.assertEqual(there - {"MANIFEST"}, listed)
+        self.assertEqual(sorted(there - {"MANIFEST", "MANIFEST.settings"}), sorted(listed))
+
+    def test_a_package_with_another_port_in_its_settings_is_whole_one_with_another_dll_is_not(self):
+        folder = unzipped.unzip(self.package)
+        for settings in (folder / "bin").glob("*.ini"):
+            text, count = re.subn(r"(?m)^TcpPort=.*$", "TcpPort=4711", settings.read_text())
+            self.assertEqual(1, count, settings)
+            settings.write_text(text)
+        self.assertEqual((0, ""), self.check_manifest(folder))
+        with (folder / "bin/QorControlC.dll").open("ab") as dll:
+            dll.write(b"x")
+        status, told = self.check_manifest(folder)
+        self.assertEqual(1, status)
+        self.assertIn("bin/QorControlC.dll: FAILED", told)
 
     def test_each_page_opens_and_each_link_of_it_leads_somewhere(self):
         pages = {path: Links(path.read_text(encoding="utf-8"))

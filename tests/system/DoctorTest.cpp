@@ -105,6 +105,13 @@ std::vector<std::string> problemsIn(const json& findings) {
     return ids;
 }
 
+/// It is linked to the class.
+std::string pathOfThisTest() {
+    char path[MAX_PATH] = "";
+    GetModuleFileNameA(nullptr, path, MAX_PATH);
+    return path;
+}
+
 /// The head of a program for the processor of that number.
 std::string programFor(const std::string& machine) {
     return "MZ" + std::string(0x3A, '\0') + std::string("\x40\0\0\0PE\0\0", 8) + machine +
@@ -149,9 +156,9 @@ TEST_P(Doctor, AHealthyStationWouldWorkAndIsLeftAsItWas) {
     EXPECT_EQ(wouldWork, exitCode) << findings;
     EXPECT_THAT(problemsIn(findings), IsEmpty());
     for (const char* const id :
-         {"this.program", "this.QorControlFacade.dll", "this.libstdc++-6.dll", "trace.file",
-          "export.file", "settings.file", "settings.TcpPort", "codepage", "executable.file",
-          "executable.program", "qor.place"})
+         {"this.program", "this.QorControlFacade.dll", "this.libstdc++-6.dll",
+          "this.QorControlC.dll", "trace.file", "export.file", "settings.file", "settings.TcpPort",
+          "codepage", "executable.file", "executable.program", "qor.place"})
         EXPECT_EQ("ok", statusOf(findings, id)) << id;
     EXPECT_THAT(finding(findings, "qor.place").at("what"), HasSubstr("so a host starts QOR"));
     EXPECT_EQ(before, filesOfStation()) << "QOR was started";
@@ -343,11 +350,38 @@ TEST_P(Doctor, AnotherHostIsLookedAtInItsPlace) {
     EXPECT_EQ(wouldNotWork, exitCode);
     EXPECT_THAT(problemsIn(large), testing::ElementsAre("host.program"));
     EXPECT_EQ("ok", statusOf(large, "executable.file"));
-    EXPECT_EQ("warning", statusOf(large, "host.QorControlFacade.dll"));
 
     station.folder.write("other.exe", programFor("\x4C\x01"));
-    diagnose({"--host", station.folder.pathOf("other.exe")});
+    const json small = diagnose({"--host", station.folder.pathOf("other.exe")});
     EXPECT_EQ(wouldWork, exitCode);
+    EXPECT_EQ("warning", statusOf(small, "host.QorControlC.dll")) << "loaded when it runs";
+    EXPECT_TRUE(finding(small, "host.QorControlFacade.dll").is_null());
+}
+
+TEST_P(Doctor, AHostOfTheClassNeedsItsDllsBesideIt) {
+    const std::string program = pathOfThisTest();
+    const std::string folder = program.substr(0, program.rfind('\\') + 1);
+    const std::string host = station.folder.write("other.exe", bytesOfFile(program));
+    const std::vector<std::string> dlls = {"QorControlFacade.dll", "libstdc++-6.dll",
+                                           "libgcc_s_dw2-1.dll", "libwinpthread-1.dll"};
+    const json bare = diagnose({"--host", host});
+    EXPECT_EQ(wouldNotWork, exitCode);
+    EXPECT_EQ(dlls.size(), problemsIn(bare).size());
+    EXPECT_TRUE(finding(bare, "host.QorControlC.dll").is_null());
+
+    for (const std::string& dll : dlls) station.folder.write(dll, bytesOfFile(folder + dll));
+    const json whole = diagnose({"--host", host});
+    EXPECT_EQ(wouldWork, exitCode) << whole;
+    for (const std::string& dll : dlls) EXPECT_EQ("ok", statusOf(whole, "host." + dll));
+}
+
+TEST_P(Doctor, AMarkThatHidesTheFirstSectionIsFound) {
+    const json hidden = diagnose({}, "[CommonSettings]", "\xEF\xBB\xBF[CommonSettings]");
+    EXPECT_EQ(wouldNotWork, exitCode);
+    EXPECT_EQ("problem", statusOf(hidden, "settings.file"));
+    const json harmless = diagnose({}, "[CommonSettings]", "\xEF\xBB\xBF;\n[CommonSettings]");
+    EXPECT_EQ(wouldWork, exitCode);
+    EXPECT_EQ("warning", statusOf(harmless, "settings.file"));
 }
 
 TEST_P(Doctor, AnotherTransportIsLookedAtWithoutAChangeOfTheFile) {

@@ -13,12 +13,19 @@ const QorGetParamData = lib.func('int QorGetParamData(QorHandle handle, const ch
     + ' unsigned int timeoutMs, _Out_ double* values, unsigned int capacity, _Out_ unsigned int* needed)');
 const QorClose = lib.func('int QorClose(QorHandle handle)');
 const QorCauseName = lib.func('const char* QorCauseName(int cause)');
+const [QorLastSentence, QorLastCheck] = ['QorLastSentence', 'QorLastCheck'].map((name) => lib.func(
+    `int ${name}(_Out_ char* text, unsigned int capacity, _Out_ unsigned int* needed)`));
+const text = Buffer.alloc(1000), needed = [0];
+const textOf = (last) => (last(text, text.length, needed) ? '' : text.toString('utf8', 0, needed[0] - 1));
 
 const handle = [0], speed = [0];
 let cause = QorOpen(settings, 100, '', handle);
 cause ||= QorPingQor(handle[0], 10000); // QOR may still be starting
 cause ||= QorConnect(handle[0], null, 1, 60000);
 cause ||= QorGetParamData(handle[0], 'EngineSpeed', 1000, speed, 1, null);
-console.log(cause ? QorCauseName(cause) : `EngineSpeed = ${speed[0].toFixed(0)}`);
+if (cause) // ask at once: the next call has a cause of its own
+    console.log(`${QorCauseName(cause)}: ${textOf(QorLastSentence)}\n  ${textOf(QorLastCheck)}`);
+else
+    console.log(`EngineSpeed = ${speed[0].toFixed(0)}`);
 QorClose(handle[0]); // disconnects the ECU, shuts QOR down
 process.exitCode = cause;

@@ -21,11 +21,6 @@ ExecutableFacts::File fileAt(const std::string& path) {
                                          : ExecutableFacts::File::closed;
 }
 
-bool is64BitSystem() {
-    BOOL isGuest = FALSE;  // a 32-bit program on a 64-bit system
-    return sizeof(void*) == 8 || (IsWow64Process(GetCurrentProcess(), &isGuest) && isGuest);
-}
-
 std::string shownPath(const ExecutableFacts& facts) {
     return facts.resolved == facts.written
                ? facts.resolved
@@ -90,6 +85,11 @@ Finding checkProgram(const ExecutableFacts& facts) {
 
 }  // namespace
 
+bool systemRuns64Bit() {
+    BOOL isGuest = FALSE;  // a 32-bit program on a 64-bit system
+    return sizeof(void*) == 8 || (IsWow64Process(GetCurrentProcess(), &isGuest) && isGuest);
+}
+
 ExecutableFacts ExecutableFacts::gather(const std::string& written, const HostPlace& host) {
     ExecutableFacts facts;
     facts.written = written;
@@ -98,7 +98,7 @@ ExecutableFacts ExecutableFacts::gather(const std::string& written, const HostPl
     facts.file = fileAt(facts.resolved);
     facts.isThereWithExe = fileAt(facts.resolved + ".exe") == File::readable;
     if (facts.file == File::readable) facts.program = ProgramFile::read(facts.resolved);
-    facts.systemRuns64Bit = is64BitSystem();
+    facts.systemRuns64Bit = doctor::systemRuns64Bit();
     return facts;
 }
 

@@ -8,6 +8,9 @@
 
 namespace qorctl::doctor {
 
+/// Whether this Windows has 64 bits.
+bool systemRuns64Bit();
+
 /// What stands where the settings say that QOR's program is.
 struct ExecutableFacts {
     enum class File { missing, folder, closed, readable };

@@ -10,6 +10,7 @@ namespace qorctl::doctor {
 namespace {
 
 const char* const fileId = "settings.file";
+const char* const saveWithoutMark = "save it without the mark (ANSI, or UTF-8 without BOM)";
 
 Finding checkFile(const SettingsFacts& facts) {
     switch (facts.file) {
@@ -26,12 +27,19 @@ Finding checkFile(const SettingsFacts& facts) {
         default:
             break;
     }
-    if (facts.isSectionHidden)
+    if (!facts.hiddenLine.empty())
         return Finding::problem(
             fileId,
-            fmt::format("{} begins with a UTF-8 mark, which hides section {} from Windows",
-                        facts.path, settingsSection),
-            "save it without the mark (ANSI, or UTF-8 without BOM)");
+            fmt::format("{} begins with a UTF-8 mark, which hides the line {} from Windows",
+                        facts.path, facts.hiddenLine),
+            saveWithoutMark);
+    if (facts.hasMark)
+        return Finding::warning(
+            fileId,
+            facts.path +
+                " begins with a UTF-8 mark; it hides nothing only because the first line "
+                "is blank or a comment",
+            saveWithoutMark);
     return Finding::ok(fileId, facts.path);
 }
 

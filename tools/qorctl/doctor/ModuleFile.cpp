@@ -27,6 +27,14 @@ std::string versionOf(const std::string& path) {
 
 }  // namespace
 
+bool ModuleFile::isProgramOrDll() const {
+    return program.kind == ProgramFile::Kind::program || program.kind == ProgramFile::Kind::library;
+}
+
+std::string ModuleFile::folder() const {
+    return path.substr(0, path.find_last_of("\\/") + 1);
+}
+
 std::string ModuleFile::description() const {
     const std::string size = fmt::format("{} bytes", bytes);
     return fmt::format("{}, {}, {}", version.empty() ? size : "version " + version,

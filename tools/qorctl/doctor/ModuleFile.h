@@ -15,6 +15,9 @@ struct ModuleFile {
     ProgramFile program;
 
     bool isThere() const { return !path.empty(); }
+    bool isProgramOrDll() const;
+    /// Where it is, with a backslash at its end.
+    std::string folder() const;
     /// Version (or size) and path.
     std::string description() const;
 

@@ -41,13 +41,13 @@ void findSockets(PeerFacts& facts, std::uint32_t address, unsigned port) {
 PeerFacts gatherPort(const std::string& host, unsigned port) {
     PeerFacts facts;
     facts.isTcp = true;
-    facts.place = fmt::format("port {} of {}", port, host.empty() ? "this machine" : host);
+    const std::string machine = host.empty() ? "this machine" : host;
     facts.isUsable = port >= 1 && port <= maxPort;
-    if (!facts.isUsable) return facts;
+    facts.place = facts.isUsable ? fmt::format("port {} of {}", port, machine) : machine;
     const SocketLibrary sockets;
     const auto address = TcpAddress::lookUp(host, port, facts.reason);
     facts.isFound = address.has_value();
-    if (!address) return facts;
+    if (!facts.isFound || !facts.isUsable) return facts;
     facts.isRemote = !address->isOfThisMachine();
     if (facts.isRemote)
         facts.accepts = address->takesConnection();

@@ -104,11 +104,11 @@ Findings checkAnswers(const QorAnswers& answers) {
 }  // namespace
 
 Findings checkQor(const PeerFacts& peer, const QorAnswers& answers, const std::string& executable) {
-    if (!peer.isUsable) return {};  // the settings' own findings say so
     if (!peer.isFound)
         return {Finding::problem(
             placeId, fmt::format("{}: the address is not found: {}", peer.place, peer.reason),
             "write ServerIp as a number such as 127.0.0.1, with nothing behind it")};
+    if (!peer.isUsable) return {};  // the settings' own findings say so
     Findings findings = {peer.isSomebodyThere() ? checkHeldPlace(peer, answers, executable)
                                                 : checkEmptyPlace(peer, executable)};
     append(findings, checkClients(peer));

@@ -97,14 +97,17 @@ SettingsFacts::File fileAt(const std::string& path) {
                                          : SettingsFacts::File::closed;
 }
 
-/// The section is not seen where the mark stands right before it; another first line is the mark's
-/// only victim.
-bool hidesSection(const std::string& path) {
-    const std::string hidden = "\xEF\xBB\xBF[" + std::string(settingsSection) + "]";
-    std::string head(hidden.size(), '\0');
-    std::ifstream(path, std::ios::binary)
-        .read(head.data(), static_cast<std::streamsize>(head.size()));
-    return isSameName(head, hidden);
+void findMark(SettingsFacts& facts) {
+    const std::string mark = "\xEF\xBB\xBF";
+    const std::string blanks = " \t\r";
+    std::string line;
+    std::ifstream file(facts.path, std::ios::binary);
+    std::getline(file, line);
+    facts.hasMark = line.compare(0, mark.size(), mark) == 0;
+    const std::size_t first =
+        facts.hasMark ? line.find_first_not_of(blanks, mark.size()) : std::string::npos;
+    if (first == std::string::npos || line[first] == ';') return;
+    facts.hiddenLine = line.substr(first, line.find_last_not_of(blanks) + 1 - first);
 }
 
 }  // namespace
@@ -119,7 +122,7 @@ SettingsFacts SettingsFacts::read(const std::string& path) {
     facts.path = path;
     facts.file = fileAt(path);
     if (facts.file == File::readable) {
-        facts.isSectionHidden = hidesSection(path);
+        findMark(facts);
         facts.sections = sectionsOf(path);
     }
     for (const SettingsKey& key : settingsKeys()) {

@@ -25,9 +25,12 @@ struct SettingsFacts {
 
     std::string path;
     File file = File::missing;
-    /// Whether the three bytes that some editors put in front of UTF-8 hide the section from
+    /// The three bytes that some editors put in front of UTF-8 are part of the first line to
     /// Windows.
-    bool isSectionHidden = false;
+    bool hasMark = false;
+    /// What they hide in this way: a section's or a key's line. Empty: nothing, the line is blank
+    /// or a comment.
+    std::string hiddenLine;
     std::vector<Section> sections;
     std::map<std::string, Value> values;  ///< one for each known key
 

@@ -44,12 +44,19 @@ TEST_F(KeyNames, AMissingFileAndAFolderAreProblemsAndEndTheCheck) {
     EXPECT_THAT(whole[0].what, HasSubstr("is a folder"));
 }
 
-TEST_F(KeyNames, AUtf8MarkHidesTheFirstSection) {
-    const Findings findings = check("\xEF\xBB\xBF[CommonSettings]\nUseTcp=true\n");
-    EXPECT_EQ(Status::problem, found(findings, "settings.file").status);
-    EXPECT_THAT(found(findings, "settings.file").what, HasSubstr("UTF-8 mark"));
-    const auto other = check("\xEF\xBB\xBF; a comment\n[CommonSettings]\nUseTcp=true\n");
-    EXPECT_EQ(Status::ok, found(other, "settings.file").status);
+TEST_F(KeyNames, AUtf8MarkHidesTheFirstLineIfThatIsASectionOrAKey) {
+    const std::string mark = "\xEF\xBB\xBF";
+    const std::string section = "[CommonSettings]\nUseTcp=true\n";
+    const auto file = [&](const std::string& text) { return found(check(text), "settings.file"); };
+    for (const std::string& text :
+         {section, " \t" + section, "[Other]\nX=1\n" + section, "X=1\n" + section})
+        EXPECT_EQ(Status::problem, file(mark + text).status) << text;
+    EXPECT_THAT(file(mark + " " + section).what,
+                HasSubstr("UTF-8 mark, which hides the line [CommonSettings] from"));
+    for (const std::string& text : {"; a comment\n" + section, "\n" + section, "  \n" + section})
+        EXPECT_EQ(Status::warning, file(mark + text).status) << text;
+    EXPECT_THAT(file(mark + "\n" + section).remedy, HasSubstr("without the mark"));
+    EXPECT_EQ(Status::ok, file(section + mark).status);
 }
 
 TEST_F(KeyNames, AMisspeltKeyIsAProblemWhereItIsWanted) {

@@ -16,12 +16,17 @@ ModuleFile fileOf(const std::string& path, std::uint16_t machine = ProgramFile::
         path.substr(path.rfind('\\') + 1), path, 1000, "", {ProgramFile::Kind::library, machine}};
 }
 
-const ModuleFile host = fileOf("c:\\eol\\host.exe");
+const char* const besides = "c:\\eol\\QorControlC.dll";
+const ModuleFile program{"host.exe",
+                         "c:\\eol\\host.exe",
+                         1000,
+                         "1.2.3.0",
+                         {ProgramFile::Kind::program, ProgramFile::machine32}};
 
 TEST(ModulesCheck, ADllFromElsewhereIsAWarning) {
     const ModuleFile missing{"c.dll", "", 0, "", {}};
-    const auto findings =
-        checkOwnModules(host, {fileOf("C:\\EOL\\a.dll"), fileOf("c:\\other\\b.dll"), missing});
+    const auto findings = checkOwnModules(
+        program, {fileOf("C:\\EOL\\a.dll"), fileOf("c:\\other\\b.dll"), missing}, fileOf(besides));
     EXPECT_EQ(Status::ok, found(findings, "this.program").status);
     EXPECT_EQ(Status::ok, found(findings, "this.a.dll").status);
     EXPECT_EQ("1000 bytes, 32-bit, C:\\EOL\\a.dll", found(findings, "this.a.dll").what);
@@ -29,24 +34,28 @@ TEST(ModulesCheck, ADllFromElsewhereIsAWarning) {
     EXPECT_EQ(Status::ok, found(findings, "this.c.dll").status);
 }
 
-TEST(ModulesCheck, A64BitHostIsAProblem) {
-    EXPECT_EQ(Status::ok, found(checkHostModules(host, {}), "host.program").status);
-    const auto large = fileOf("c:\\eol\\host.exe", ProgramFile::machine64);
-    EXPECT_EQ(Status::problem, found(checkHostModules(large, {}), "host.program").status);
-    const ModuleFile missing{"host.exe", "", 0, "", {}};
-    const auto findings = checkHostModules(missing, {host});
-    ASSERT_EQ(1u, findings.size());
-    EXPECT_EQ(Status::problem, findings[0].status);
+TEST(ModulesCheck, TheLibraryForOtherHostsIsOf32BitsAndOfThisProgramsVersion) {
+    const auto statusOf = [](const ModuleFile& file) {
+        return found(checkOwnModules(program, {}, file), "this.QorControlC.dll").status;
+    };
+    ModuleFile file = fileOf(besides);
+    file.version = "1.2.3.0";
+    EXPECT_EQ(Status::ok, statusOf(file));
+    file.version = "1.2.4.0";
+    EXPECT_EQ(Status::warning, statusOf(file));
+    file.version.clear();
+    EXPECT_EQ(Status::warning, statusOf(file));
+    EXPECT_EQ(Status::problem, statusOf(fileOf(besides, ProgramFile::machine64)));
+    EXPECT_EQ(Status::ok, statusOf({"QorControlC.dll", "", 0, "", {}})) << "it is not needed here";
 }
 
-TEST(ModulesCheck, WhatAHostNeedsLiesBesideIt) {
-    const ModuleFile missing{"m.dll", "", 0, "", {}};
-    const auto findings = checkHostModules(
-        host,
-        {fileOf("c:\\eol\\a.dll"), missing, fileOf("c:\\eol\\b.dll", ProgramFile::machine64)});
-    EXPECT_EQ(Status::ok, found(findings, "host.a.dll").status);
-    EXPECT_EQ(Status::warning, found(findings, "host.m.dll").status);
-    EXPECT_EQ(Status::problem, found(findings, "host.b.dll").status);
+TEST(ModulesCheck, TheLibraryInThisProgramIsOfItsVersion) {
+    ModuleFile file = fileOf("c:\\eol\\QorControlFacade.dll");
+    file.version = "1.2.4.0";
+    const auto findings = checkOwnModules(program, {file}, fileOf(besides));
+    EXPECT_EQ(Status::warning, found(findings, "this.QorControlFacade.dll").status);
+    EXPECT_THAT(found(findings, "this.QorControlFacade.dll").what,
+                HasSubstr("not of version 1.2.3.0"));
 }
 
 TEST(ModuleFileAt, HasTheVersionOfItsResourceOrItsSize) {

@@ -123,8 +123,17 @@ TEST_F(Sockets, AnAddressThatIsNoneIsNotFound) {
     const PeerFacts facts = gather(5000, "127.0.0.1 ; here");
     EXPECT_FALSE(facts.isFound);
     EXPECT_NE("", facts.reason);
-    EXPECT_FALSE(gather(0).isUsable);
-    EXPECT_FALSE(gather(70000).isUsable);
+}
+
+TEST_F(Sockets, APortThatIsNoneDoesNotHideAnAddressThatIsNone) {
+    for (const unsigned port : {0u, 70000u}) {
+        EXPECT_FALSE(gather(port).isUsable);
+        EXPECT_TRUE(gather(port).isFound);
+        const PeerFacts facts = gather(port, "127.0.0.1 ; here");
+        EXPECT_FALSE(facts.isUsable);
+        EXPECT_FALSE(facts.isFound);
+        EXPECT_EQ("127.0.0.1 ; here", facts.place);
+    }
 }
 
 class Windows : public testing::Test {

@@ -143,7 +143,13 @@ TEST_F(QorCheck, AnAddressThatIsNotFoundIsAProblem) {
     EXPECT_EQ(Status::problem, place().status);
     EXPECT_THAT(place().what, HasSubstr("no such host"));
     peer.isUsable = false;
+    EXPECT_EQ(Status::problem, place().status) << "whatever the port is";
+}
+
+TEST_F(QorCheck, OfAPlaceThatTheSettingsDoNotNameTheirOwnFindingsTell) {
+    peer.isUsable = false;
     EXPECT_THAT(check(), IsEmpty());
+    EXPECT_FALSE(mayBeAsked(peer));
 }
 
 }  // namespace

@@ -1,0 +1,5 @@
+#include <QorControl.h>
+
+unsigned int station_version(void) {
+    return QorVersion();
+}
