@@ -5,6 +5,7 @@
 #include <exception>
 
 #include "Interrupt.h"
+#include "Numbers.h"
 #include "Subcommands.h"
 #include "VersionText.h"
 
@@ -26,7 +27,7 @@ const char* const footer =
 /// Declares all commands; parsing sets `action` to the chosen one's.
 void declareAll(CLI::App& app, Action& action) {
     app.allow_windows_style_options(false);  // else "/home/..." would be an option
-    app.footer(footer);
+    app.footer(numbersHelp + ("\n" + std::string(footer)));
     app.require_subcommand(0, 1);  // none at all is found out later, after unknown words
     for (const Subcommand& row : subcommands()) {
         CLI::App* const command = app.add_subcommand(row.name, row.summary)->group(row.group);

@@ -9,13 +9,16 @@
 
 #include "batch/BatchLine.h"
 #include "Interrupt.h"
+#include "Numbers.h"
 
 namespace qorctl {
 namespace {
 
 OperationWork declareSleep(CLI::App& command) {
     const auto ms = std::make_shared<unsigned int>(0);
-    command.add_option("MS", *ms, "Milliseconds")->required()->check(CLI::Range(1u, 86400000u));
+    whole(command.add_option("MS", *ms, "Milliseconds"))
+        ->required()
+        ->check(CLI::Range(1u, 86400000u));
     return [ms](Session&) {
         return interrupt::sleepMs(*ms) ? Reply::success() : Reply::failure("cancelled with Ctrl-C");
     };
