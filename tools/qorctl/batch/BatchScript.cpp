@@ -10,6 +10,7 @@
 #include "batch/BatchLine.h"
 #include "Interrupt.h"
 #include "Numbers.h"
+#include "Spelling.h"
 
 namespace qorctl {
 namespace {
@@ -34,6 +35,17 @@ const std::vector<Operation>& batchOperations() {
     return table;
 }
 
+/// Throws std::invalid_argument if there is no such operation.
+void demandKnown(const std::string& name) {
+    std::vector<std::string> names;
+    for (const Operation& operation : batchOperations()) names.emplace_back(operation.name);
+    if (std::find(names.begin(), names.end(), name) != names.end()) return;
+    const std::string nearest = nearestOf(name, names);
+    throw std::invalid_argument(
+        fmt::format("there is no operation \"{}\"{}", name,
+                    nearest.empty() ? "" : fmt::format("; did you mean \"{}\"?", nearest)));
+}
+
 /// Throws CLI::ParseError, or std::invalid_argument if there is no such operation.
 BatchStep stepOf(std::vector<std::string> words) {
     CLI::App app;
@@ -50,11 +62,7 @@ BatchStep stepOf(std::vector<std::string> words) {
             step.work = work;
         });
     }
-    const auto& table = batchOperations();
-    const bool isKnown = std::any_of(table.begin(), table.end(), [&](const Operation& operation) {
-        return words.front() == operation.name;
-    });
-    if (!isKnown) throw std::invalid_argument("there is no operation \"" + words.front() + "\"");
+    demandKnown(words.front());
     std::reverse(words.begin(), words.end());  // as the parser wants them
     app.parse(std::move(words));
     return step;

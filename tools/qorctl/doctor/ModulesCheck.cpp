@@ -2,8 +2,8 @@
 
 #include <fmt/format.h>
 
-#include "doctor/Spelling.h"
 #include "HostPaths.h"
+#include "Spelling.h"
 
 namespace qorctl::doctor {
 namespace {
