@@ -8,6 +8,9 @@
 #include "Station.h"
 #include "Waiting.h"
 
+using testing::Contains;
+using testing::HasSubstr;
+using testing::Not;
 using testing::SizeIs;
 
 namespace {
@@ -17,26 +20,37 @@ protected:
     Station station{GetParam()};
     guide::ConnectWindow window;
     std::unique_ptr<guide::ValueQueue> values = std::make_unique<guide::ValueQueue>(1);
-    std::unique_ptr<guide::CodeQueue> codes = std::make_unique<guide::CodeQueue>(4);
 
     bool startConnected() {
         return station.start() && guide::connectEcu(station.facade(), window).empty();
     }
     bool awaitSpeedAbove(double limit, unsigned patienceMs) {
-        return guide::awaitAbove(station.facade(), *values, "EngineSpeed", limit, patienceMs);
+        return guide::awaitAbove(station.facade(), "EngineSpeed", limit, patienceMs, &station.log);
+    }
+    /// Whether the host's own queue has a speed above it in time.
+    bool ownQueueFlows() {
+        guide::beginValues(station.facade(), "EngineSpeed", *values);
+        guide::Values batch;
+        return eventually(8000, [&] { return values->pop(batch, 200); });
     }
     /// Whether the codes' stream comes to this state in time.
-    bool awaitCodes(guide::Watched state, guide::Codes& list) {
-        return eventually(8000, [&] { return guide::nextCodes(*codes, 200, list) == state; });
+    static bool awaitCodes(guide::CodeStream& stream, guide::Watched state, guide::Codes& list) {
+        return eventually(8000, [&] { return guide::nextCodes(stream, 200, list) == state; });
     }
 };
 
 INSTANTIATE_TEST_SUITE_P(Over, GuideStreams, everyTransport(), transportName);
 
-TEST_P(GuideStreams, AMeasurementIsWatchedAndItsQueueFreed) {
+TEST_P(GuideStreams, AMeasurementIsWatched) {
     ASSERT_TRUE(startConnected());
     EXPECT_TRUE(awaitSpeedAbove(1, 8000));
     EXPECT_FALSE(awaitSpeedAbove(100000, 300));
+    EXPECT_THAT(station.logLines(), Not(Contains(HasSubstr("FAILED"))));
+}
+
+TEST_P(GuideStreams, AQueueOfTheHostsOwnIsFreedAfterTheStop) {
+    ASSERT_TRUE(startConnected());
+    EXPECT_TRUE(ownQueueFlows());
     EXPECT_TRUE(guide::endValues(station.facade(), values));
     EXPECT_EQ(nullptr, values);
 }
@@ -44,7 +58,6 @@ TEST_P(GuideStreams, AMeasurementIsWatchedAndItsQueueFreed) {
 TEST_P(GuideStreams, WithoutAnEcuNothingFlows) {
     ASSERT_TRUE(station.start());
     EXPECT_FALSE(awaitSpeedAbove(1, 600));
-    EXPECT_TRUE(guide::endValues(station.facade(), values));
 }
 
 TEST_P(GuideStreams, ValuesAreRepeatedUntilNewOnesCome) {
@@ -64,27 +77,27 @@ TEST_P(GuideStreams, ValuesAreRepeatedUntilNewOnesCome) {
 
 TEST_P(GuideStreams, TroubleCodesAreWatchedUntilTheStop) {
     ASSERT_TRUE(startConnected());
-    ASSERT_TRUE(guide::watchCodes(station.facade(), *codes));
+    const auto codes = guide::watchCodes(station.facade(), &station.log);
     guide::Codes list;
-    ASSERT_TRUE(awaitCodes(guide::Watched::codes, list));
+    ASSERT_TRUE(awaitCodes(*codes, guide::Watched::codes, list));
     EXPECT_THAT(list, SizeIs(5));
     ASSERT_TRUE(station->clearDtc(2000));
-    EXPECT_TRUE(awaitCodes(guide::Watched::noCodes, list));
-    EXPECT_TRUE(guide::endCodes(station.facade(), codes));
-    EXPECT_EQ(nullptr, codes);
+    EXPECT_TRUE(awaitCodes(*codes, guide::Watched::noCodes, list));
+    EXPECT_TRUE(guide::endCodes(*codes));
+    EXPECT_EQ(nullptr, codes->queue());
 }
 
 TEST_P(GuideStreams, WithoutAnEcuFourPausesBringTheMarkOfFailure) {
     ASSERT_TRUE(station.start());
-    ASSERT_TRUE(guide::watchCodes(station.facade(), *codes));
+    const auto codes = guide::watchCodes(station.facade(), &station.log);
     guide::Codes list;
-    EXPECT_TRUE(awaitCodes(guide::Watched::readingFails, list));
-    EXPECT_TRUE(guide::endCodes(station.facade(), codes));
+    EXPECT_TRUE(awaitCodes(*codes, guide::Watched::readingFails, list));
+    EXPECT_TRUE(guide::endCodes(*codes));
 }
 
 TEST_P(GuideStreams, AfterARestartOfQorAStreamFlowsAgainOnceTheEcuIsConnected) {
     ASSERT_TRUE(startConnected());
-    ASSERT_TRUE(awaitSpeedAbove(1, 8000));
+    ASSERT_TRUE(ownQueueFlows());
     qor::killAll();
     // What the old QOR sent is fresh for three periods. A single pop may end early.
     guide::Values batch;
@@ -99,14 +112,14 @@ TEST_P(GuideStreams, AfterARestartOfQorAStreamFlowsAgainOnceTheEcuIsConnected) {
 
 TEST_P(GuideStreams, AfterAQuickShutdownTheQueuesMayGo) {
     ASSERT_TRUE(startConnected());
-    ASSERT_TRUE(awaitSpeedAbove(1, 8000));
+    ASSERT_TRUE(ownQueueFlows());
     EXPECT_TRUE(guide::shutDown(station.facade()));
     values.reset();
 }
 
 TEST_P(GuideStreams, WhileQorIsGoneAQueueIsFreedByTheShutdownOnly) {
     ASSERT_TRUE(startConnected());
-    ASSERT_TRUE(awaitSpeedAbove(1, 8000));
+    ASSERT_TRUE(ownQueueFlows());
     qor::killAll();
     EXPECT_FALSE(guide::endValues(station.facade(), values));
     EXPECT_NE(nullptr, values);
@@ -116,7 +129,7 @@ TEST_P(GuideStreams, WhileQorIsGoneAQueueIsFreedByTheShutdownOnly) {
 TEST_P(GuideStreams, AnAgentThatIsLetGoKeepsTheQueues) {
     station.script = R"({"rules":[{"match":{"id":16},"action":{"hangMs":12000}}]})";
     ASSERT_TRUE(startConnected());
-    ASSERT_TRUE(awaitSpeedAbove(1, 8000));
+    ASSERT_TRUE(ownQueueFlows());
     ASSERT_TRUE(station->connectCanBus({500000, true, false}, {}));
     EXPECT_FALSE(guide::endValues(station.facade(), values));
     EXPECT_FALSE(guide::shutDown(station.facade()));
@@ -132,7 +145,9 @@ TEST_P(GuideStreams, TheEndOfAFacadeEndsItsStreams) {
         std::make_unique<QorControlFacade>(station.settingsPath, nullptr, 200, station.hostPath);
     ASSERT_TRUE(qor->pingQor(6000));
     ASSERT_EQ("", guide::connectEcu(*qor, window));
-    ASSERT_TRUE(guide::awaitAbove(*qor, *values, "EngineSpeed", 1, 8000));
+    guide::beginValues(*qor, "EngineSpeed", *values);
+    guide::Values batch;
+    ASSERT_TRUE(eventually(8000, [&] { return values->pop(batch, 200); }));
     guide::endAll(std::move(qor), std::move(values));
     EXPECT_TRUE(eventually(5000, [] { return qor::running().empty(); }));
 }

@@ -148,6 +148,7 @@ INSTANTIATE_TEST_SUITE_P(
                     std::vector<std::string>{"set", "none.ini", "Name", "many"},
                     std::vector<std::string>{"kwp", "none.ini", "0x27", "0G"},
                     std::vector<std::string>{"kwp", "none.ini", "0x27", "012"},
+                    std::vector<std::string>{"kwp", "none.ini", "1A"},
                     std::vector<std::string>{"send-can", "none.ini", "1", "2", "xy"},
                     std::vector<std::string>{"connect", "none.ini", "--protocol", "9"},
                     std::vector<std::string>{"open-model", "none.ini", "m", "--extra", "=x"},
@@ -163,6 +164,21 @@ TEST(QorctlVersion, IsThatOfTheProgramAndOfTheLoadedLibrary) {
     EXPECT_THAT(ended.out, StartsWith("qorctl " QOR_VERSION_TEXT
                                       "\nQorControlFacade.dll " QOR_VERSION_TEXT ".0 ("));
     EXPECT_THAT(ended.out, EndsWith("\\QorControlFacade.dll)\n"));
+}
+
+TEST(QorctlHints, NameTheNearestCommandAndHowToWriteANumber) {
+    const auto command = runQorctl({"gett", "none.ini", "Name"});
+    EXPECT_EQ(2, command.exitCode);
+    EXPECT_THAT(command.err, HasSubstr("there is no command \"gett\"; did you mean \"get\"?"));
+    const auto number = runQorctl({"get", "none.ini", "Name", "--timeout", "abc"});
+    EXPECT_EQ(2, number.exitCode);
+    EXPECT_THAT(number.err, HasSubstr("--timeout: abc is not a number: write 26 or 0x1A"));
+    const auto service = runQorctl({"kwp", "none.ini", "010", "90"});
+    EXPECT_EQ(2, service.exitCode);
+    EXPECT_THAT(service.err, HasSubstr("SERVICE: 010 is ambiguous: write 10 (decimal) or 0x10"));
+    const auto message = runQorctl({"send-can", "none.ini", "0x201", "0102"});
+    EXPECT_EQ(2, message.exitCode);
+    EXPECT_THAT(message.err, HasSubstr("SECOND: 0102 is ambiguous"));
 }
 
 TEST(QorctlHelp, IsThereForEveryCommandWithAnExample) {

@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 
 #include "HostPaths.h"
+#include "Numbers.h"
 
 namespace qorctl {
 namespace {
@@ -16,7 +17,7 @@ void ConnectOptions::declare(CLI::App& command, bool listed) {
         return option->group(listed ? "Connection" : "");
     };
     const auto number = [&](const char* name, unsigned int& value, const char* help) {
-        return grouped(command.add_option(name, value, help))
+        return grouped(whole(command.add_option(name, value, help)))
             ->type_name("NUMBER")
             ->capture_default_str();
     };

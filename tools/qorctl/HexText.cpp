@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cctype>
 #include <stdexcept>
 
@@ -13,13 +14,12 @@ bool isHexDigit(char character) {
 }
 
 void addBytes(const std::string& word, std::string& bytes) {
-    if (word.size() % 2 != 0)
-        throw std::invalid_argument(word + " is no row of bytes: two hexadecimal digits each");
-    for (std::size_t i = 0; i < word.size(); i += 2) {
-        if (!isHexDigit(word[i]) || !isHexDigit(word[i + 1]))
-            throw std::invalid_argument(word + " is no hexadecimal number");
+    const bool fits = word.size() % 2 == 0 && std::all_of(word.begin(), word.end(), isHexDigit);
+    if (!fits)
+        throw std::invalid_argument(word +
+                                    " is no row of bytes: write 0A 1F or 0A1F, for instance");
+    for (std::size_t i = 0; i < word.size(); i += 2)
         bytes += static_cast<char>(std::stoi(word.substr(i, 2), nullptr, 16));
-    }
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include "ConnectMonitor.h"
 #include "HostPaths.h"
 #include "Interrupt.h"
+#include "Numbers.h"
 
 namespace qorctl {
 namespace {
@@ -60,11 +61,12 @@ void SessionOptions::declare(CLI::App& command) {
         .add_option("--transport", transport,
                     "Speak over this transport whatever the settings choose: tcp or window")
         ->check(CLI::IsMember({"tcp", "window"}));
-    command.add_option("--timeout", timeoutMs, "Time that QOR has for one request")
+    whole(command.add_option("--timeout", timeoutMs, "Time that QOR has for one request"))
         ->type_name("MS")
         ->check(CLI::Range(1u, 60000u))
         ->capture_default_str();
-    command.add_option("--refresh", refreshMs, "Refresh period; a value is reused for half of it")
+    whole(command.add_option("--refresh", refreshMs,
+                             "Refresh period; a value is reused for half of it"))
         ->type_name("MS")
         ->check(CLI::Range(100u, 5000u))
         ->capture_default_str();

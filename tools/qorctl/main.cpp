@@ -1,10 +1,13 @@
 // qorctl: remote control of QOR from a command line, through the QorControlFacade library.
 
+#include <algorithm>
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <exception>
 
 #include "Interrupt.h"
+#include "Numbers.h"
+#include "Spelling.h"
 #include "Subcommands.h"
 #include "VersionText.h"
 
@@ -26,7 +29,7 @@ const char* const footer =
 /// Declares all commands; parsing sets `action` to the chosen one's.
 void declareAll(CLI::App& app, Action& action) {
     app.allow_windows_style_options(false);  // else "/home/..." would be an option
-    app.footer(footer);
+    app.footer(numbersHelp + ("\n" + std::string(footer)));
     app.require_subcommand(0, 1);  // none at all is found out later, after unknown words
     for (const Subcommand& row : subcommands()) {
         CLI::App* const command = app.add_subcommand(row.name, row.summary)->group(row.group);
@@ -36,12 +39,27 @@ void declareAll(CLI::App& app, Action& action) {
     }
 }
 
+/// Whether the first word is a command, or an option. The parser would only say that it did not
+/// expect a word that is none.
+bool isCommand(const std::string& word) {
+    std::vector<std::string> names;
+    for (const Subcommand& row : subcommands()) names.emplace_back(row.name);
+    if (word.empty() || word.front() == '-') return true;
+    if (std::find(names.begin(), names.end(), word) != names.end()) return true;
+    const std::string nearest = nearestOf(word, names);
+    std::fprintf(stderr, "qorctl: there is no command \"%s\"", word.c_str());
+    if (!nearest.empty()) std::fprintf(stderr, "; did you mean \"%s\"?", nearest.c_str());
+    std::fprintf(stderr, "\nRun with --help for more information.\n");
+    return false;
+}
+
 /// The exit code of `qorctl` with this command line.
 int run(int argc, char** argv) {
     CLI::App app("Remote control of QOR, the ECU calibration application.", "qorctl");
     Action action;
     app.set_version_flag("--version", versionText, "Print the versions of qorctl and the library");
     declareAll(app, action);
+    if (argc > 1 && !isCommand(argv[1])) return exitUsage;
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

@@ -67,6 +67,8 @@ TEST(BatchScript, LinesAreUnderstoodAsOnTheCommandLine) {
 
 TEST(BatchScript, TheFirstLineThatIsWrongIsToldWithItsNumber) {
     EXPECT_EQ("line 2: there is no operation \"fly\"", reasonAgainst("ping\nfly\nfall\n"));
+    EXPECT_EQ("line 1: there is no operation \"start_contrl\"; did you mean \"start-control\"?",
+              reasonAgainst("start_contrl CoolingFan\n"));
     EXPECT_EQ("line 1: a quote is not closed", reasonAgainst("get \"A\nping\n"));
     EXPECT_THAT(reasonAgainst("\nget\n"), StartsWith("line 2: NAME is required"));
     EXPECT_THAT(reasonAgainst("kwp 0x27 0G\n"), StartsWith("line 1: BYTES: 0G is no"));

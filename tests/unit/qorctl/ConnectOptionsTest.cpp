@@ -72,5 +72,5 @@ TEST(ConnectOptions, TheKindIsAWord) {
 TEST(ConnectOptions, NumbersOutOfRangeAreErrors) {
     EXPECT_THROW(parsed("--protocol 5"), CLI::ValidationError);
     EXPECT_THROW(parsed("--address-byte1 256"), CLI::ValidationError);
-    EXPECT_THROW(parsed("--can-baud fast"), CLI::ConversionError);
+    EXPECT_THROW(parsed("--can-baud fast"), CLI::ValidationError);
 }

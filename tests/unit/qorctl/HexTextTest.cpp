@@ -19,7 +19,7 @@ TEST(HexText, WhatIsNoByteIsToldWithItsWord) {
         EXPECT_THROW(bytesOf({"00", word}), std::invalid_argument) << word;
         EXPECT_NE("", whyNoBytes(word)) << word;
     }
-    EXPECT_EQ("0G is no hexadecimal number", whyNoBytes("0G"));
+    EXPECT_EQ("0G is no row of bytes: write 0A 1F or 0A1F, for instance", whyNoBytes("0G"));
     EXPECT_EQ("", whyNoBytes("0A"));
 }
 

@@ -2,6 +2,8 @@
 
 #include <windows.h>
 
+#include "qorcontrol/DirectControl.h"
+
 namespace guide {
 
 // [getParamDescription]
@@ -61,18 +63,19 @@ bool writeAsText(const QorControlFacade& qor, const std::string& name, const std
 // [/setDynamicData]
 
 // [startDirectCtrl]
-// Moves an actuator, looks at what that does, and gives the actuator back whatever happens.
+// Moves an actuator and looks at what that does. The guard gives the actuator back whatever
+// happens.
 bool driveActuator(const QorControlFacade& qor, const std::string& actuator, double position,
                    const std::string& measured, std::vector<double>& values) {
-    bool done =
-        qor.startDirectCtrl(actuator, 1000) && qor.setParamData(actuator, {position}, {}, {}, 1000);
+    qorcontrol::DirectControl control(qor, actuator, 1000);
+    bool done = control.set(position);
     for (int i = 0; done && i < 5; ++i) {
         Sleep(200);
         std::vector<std::vector<double>> now;
         done = qor.getParamDataAtOnce({measured}, now, 1000) && !now[0].empty();
         if (done) values.push_back(now[0].front());
     }
-    return qor.stopDirectCtrl(actuator, 1000) && done;
+    return control.giveBack() && done;
 }
 // [/startDirectCtrl]
 

@@ -7,18 +7,26 @@
 namespace guide {
 
 // [startParamRead]
-// Waits until a measurement rises above a limit. A queue of one slot always holds the newest.
-bool awaitAbove(const QorControlFacade& qor, ValueQueue& queue, const std::string& name,
-                double limit, unsigned int patienceMs) {
-    qor.startParamRead(&queue, {name});
+// Waits until a measurement rises above a limit. A stream of one slot always holds the newest, and
+// ends with this function.
+bool awaitAbove(const QorControlFacade& qor, const std::string& name, double limit,
+                unsigned int patienceMs, const EolLog* log) {
+    ValueStream stream(qor, {name}, 1, log);
     const ULONGLONG end = GetTickCount64() + patienceMs;
     while (GetTickCount64() < end) {
         Values fresh;  // only what is fresh is in it, so look at the names when there are several
-        if (queue.pop(fresh, 50) && fresh.front().values.front() > limit) return true;
+        if (stream.pop(fresh, 50) && fresh.front().values.front() > limit) return true;
     }
-    return false;  // the stream goes on until stopParamRead
+    return false;
 }
 // [/startParamRead]
+
+// [queue of its own]
+// Without the guard, and for a queue of your own. It must stay alive until `endValues` is true.
+void beginValues(const QorControlFacade& qor, const std::string& name, ValueQueue& queue) {
+    qor.startParamRead(&queue, {name});  // the stream goes on until stopParamRead
+}
+// [/queue of its own]
 
 // [stopParamRead]
 // Ends a stream and frees its queue. False: the queue must stay; call this again later.
@@ -32,12 +40,12 @@ bool endValues(const QorControlFacade& qor, std::unique_ptr<ValueQueue>& queue) 
 
 // [startDtcRead]
 // A list every 500 ms; four slots are two seconds of them.
-bool watchCodes(const QorControlFacade& qor, CodeQueue& queue) {
-    return qor.startDtcRead(&queue, 300, 500);
+std::unique_ptr<CodeStream> watchCodes(const QorControlFacade& qor, const EolLog* log) {
+    return std::make_unique<CodeStream>(qor, 300, 500, 4, log);
 }
 
-Watched nextCodes(CodeQueue& queue, unsigned int waitMs, Codes& codes) {
-    if (!queue.pop(codes, waitMs)) return Watched::nothingYet;
+Watched nextCodes(CodeStream& stream, unsigned int waitMs, Codes& codes) {
+    if (!stream.pop(codes, waitMs)) return Watched::nothingYet;
     if (codes.empty()) return Watched::noCodes;
     const bool isMark = codes.size() == 1 && codes[0].code == 0 && codes[0].text1.empty();
     return isMark ? Watched::readingFails : Watched::codes;
@@ -45,16 +53,14 @@ Watched nextCodes(CodeQueue& queue, unsigned int waitMs, Codes& codes) {
 // [/startDtcRead]
 
 // [stopDtcRead]
-// The same rule as for values. The answer to the ping came after the agent had seen the stop.
-bool endCodes(const QorControlFacade& qor, std::unique_ptr<CodeQueue>& queue) {
-    if (!qor.stopDtcRead() || !qor.pingQor(2000)) return false;
-    queue.reset();
-    return true;
+// False: ask again later. What is not ended here ends with the object, as well as it can.
+bool endCodes(CodeStream& stream) {
+    return stream.end(2000);
 }
 // [/stopDtcRead]
 
 // [queues after shutdown]
-// Without a stop: the end of the agent thread ends all streams.
+// A queue of your own without a stop: the end of the agent thread ends all streams.
 void endAll(std::unique_ptr<QorControlFacade> qor, std::unique_ptr<ValueQueue> values) {
     if (!shutDown(*qor)) static_cast<void>(values.release());  // let go: leak it on purpose
 }

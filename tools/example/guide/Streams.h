@@ -4,27 +4,30 @@
 #include <string>
 #include <vector>
 
+#include "qorcontrol/Streams.h"
 #include "QorControlFacade.h"
 
 /// The examples of the host guide: streams and the life of their queues.
 namespace guide {
 
 // [queue types]
-using Values = std::vector<QorControlFacade::ParamValue>;
+using qorcontrol::ValueStream;
+using CodeStream = qorcontrol::TroubleCodeStream;
+using Values = ValueStream::Values;
 using ValueQueue = ThreadSafeQueue<Values>;
-using Codes = std::vector<QorControlFacade::DtcDescription>;
-using CodeQueue = ThreadSafeQueue<Codes>;
+using Codes = CodeStream::Codes;
 
-/// What a pop from a queue of trouble codes says.
+/// What a pop from a stream of trouble codes says.
 enum class Watched { codes, noCodes, readingFails, nothingYet };
 // [/queue types]
 
-bool awaitAbove(const QorControlFacade& qor, ValueQueue& queue, const std::string& name,
-                double limit, unsigned int patienceMs);
+bool awaitAbove(const QorControlFacade& qor, const std::string& name, double limit,
+                unsigned int patienceMs, const EolLog* log);
+void beginValues(const QorControlFacade& qor, const std::string& name, ValueQueue& queue);
 bool endValues(const QorControlFacade& qor, std::unique_ptr<ValueQueue>& queue);
-Watched nextCodes(CodeQueue& queue, unsigned int waitMs, Codes& codes);
-bool watchCodes(const QorControlFacade& qor, CodeQueue& queue);
-bool endCodes(const QorControlFacade& qor, std::unique_ptr<CodeQueue>& queue);
+Watched nextCodes(CodeStream& stream, unsigned int waitMs, Codes& codes);
+std::unique_ptr<CodeStream> watchCodes(const QorControlFacade& qor, const EolLog* log);
+bool endCodes(CodeStream& stream);
 void endAll(std::unique_ptr<QorControlFacade> qor, std::unique_ptr<ValueQueue> values);
 
 }  // namespace guide

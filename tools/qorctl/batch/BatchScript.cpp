@@ -9,13 +9,17 @@
 
 #include "batch/BatchLine.h"
 #include "Interrupt.h"
+#include "Numbers.h"
+#include "Spelling.h"
 
 namespace qorctl {
 namespace {
 
 OperationWork declareSleep(CLI::App& command) {
     const auto ms = std::make_shared<unsigned int>(0);
-    command.add_option("MS", *ms, "Milliseconds")->required()->check(CLI::Range(1u, 86400000u));
+    whole(command.add_option("MS", *ms, "Milliseconds"))
+        ->required()
+        ->check(CLI::Range(1u, 86400000u));
     return [ms](Session&) {
         return interrupt::sleepMs(*ms) ? Reply::success() : Reply::failure("cancelled with Ctrl-C");
     };
@@ -29,6 +33,17 @@ const std::vector<Operation>& batchOperations() {
         return rows;
     }();
     return table;
+}
+
+/// Throws std::invalid_argument if there is no such operation.
+void demandKnown(const std::string& name) {
+    std::vector<std::string> names;
+    for (const Operation& operation : batchOperations()) names.emplace_back(operation.name);
+    if (std::find(names.begin(), names.end(), name) != names.end()) return;
+    const std::string nearest = nearestOf(name, names);
+    throw std::invalid_argument(
+        fmt::format("there is no operation \"{}\"{}", name,
+                    nearest.empty() ? "" : fmt::format("; did you mean \"{}\"?", nearest)));
 }
 
 /// Throws CLI::ParseError, or std::invalid_argument if there is no such operation.
@@ -47,11 +62,7 @@ BatchStep stepOf(std::vector<std::string> words) {
             step.work = work;
         });
     }
-    const auto& table = batchOperations();
-    const bool isKnown = std::any_of(table.begin(), table.end(), [&](const Operation& operation) {
-        return words.front() == operation.name;
-    });
-    if (!isKnown) throw std::invalid_argument("there is no operation \"" + words.front() + "\"");
+    demandKnown(words.front());
     std::reverse(words.begin(), words.end());  // as the parser wants them
     app.parse(std::move(words));
     return step;

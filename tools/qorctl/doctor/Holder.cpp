@@ -9,7 +9,7 @@
 
 #include <memory>
 
-#include "doctor/Spelling.h"
+#include "Spelling.h"
 
 namespace qorctl::doctor {
 namespace {

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "doctor/Spelling.h"
+#include "Spelling.h"
 
 namespace qorctl::doctor {
 namespace {

@@ -3,8 +3,8 @@
 #include <fmt/format.h>
 
 #include "doctor/HostModulesCheck.h"
-#include "doctor/Spelling.h"
 #include "HostPaths.h"
+#include "Spelling.h"
 
 namespace qorctl::doctor {
 namespace {

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <fstream>
 
-#include "doctor/Spelling.h"
+#include "Spelling.h"
 
 namespace qorctl::doctor {
 namespace {

@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "HexText.h"
+#include "Numbers.h"
 #include "operations/Operation.h"
 
 namespace qorctl {
@@ -33,7 +34,7 @@ constexpr unsigned int openingMs = 10000;
 
 void declareBus(CLI::App& command, Bus& bus) {
     const char* const group = "CAN bus";
-    command.add_option("--bus-param", bus.busParam, "Bus setting, a bit rate")
+    whole(command.add_option("--bus-param", bus.busParam, "Bus setting, a bit rate"))
         ->group(group)
         ->type_name("NUMBER")
         ->capture_default_str();
@@ -100,16 +101,16 @@ OperationWork declareConnectCan(CLI::App& command) {
 
 OperationWork declareReadCan(CLI::App& command) {
     const auto wanted = std::make_shared<BusRead>();
-    command.add_option("ID", wanted->ids, "CAN identifiers, 0x201 for instance")->required();
+    whole(command.add_option("ID", wanted->ids, "CAN identifiers, 0x201 for instance"))->required();
     declareBus(command, wanted->bus);
     return [wanted](Session& session) { return readCan(session, *wanted); };
 }
 
 OperationWork declareSendCan(CLI::App& command) {
     const auto message = std::make_shared<BusMessage>();
-    command.add_option("FIRST", message->first, "QOR's first number, the CAN identifier")
+    whole(command.add_option("FIRST", message->first, "QOR's first number, the CAN identifier"))
         ->required();
-    command.add_option("SECOND", message->second, "QOR's second number")->required();
+    whole(command.add_option("SECOND", message->second, "QOR's second number"))->required();
     command.add_option("BYTES", message->words, "The message, in hexadecimal digits")
         ->check(whyNoBytes);
     declareBus(command, message->bus);

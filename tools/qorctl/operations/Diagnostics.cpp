@@ -5,6 +5,7 @@
 
 #include "HexText.h"
 #include "JsonText.h"
+#include "Numbers.h"
 #include "operations/Operation.h"
 #include "TroubleCodes.h"
 
@@ -63,7 +64,7 @@ OperationWork declareClearDtc(CLI::App&) {
 
 OperationWork declareKwp(CLI::App& command) {
     const auto request = std::make_shared<KwpRequest>();
-    command.add_option("SERVICE", request->service, "Service identifier, 0x21 for instance")
+    whole(command.add_option("SERVICE", request->service, "Service identifier, 0x21 for instance"))
         ->required();
     command.add_option("BYTES", request->words, "Bytes behind it, in hexadecimal digits")
         ->check(whyNoBytes);

@@ -9,6 +9,7 @@
 #include "HostPaths.h"
 #include "Interrupt.h"
 #include "JsonText.h"
+#include "Numbers.h"
 #include "operations/Operation.h"
 
 namespace qorctl {
@@ -128,7 +129,7 @@ Reply openModel(Session& session, const ModelRequest& request) {
 OperationWork declareOpenModel(CLI::App& command) {
     const auto request = std::make_shared<ModelRequest>();
     const auto option = [&command](const char* name, unsigned int& value, const char* help) {
-        command.add_option(name, value, help)->type_name("NUMBER")->capture_default_str();
+        whole(command.add_option(name, value, help))->type_name("NUMBER")->capture_default_str();
     };
     command.add_option("MODEL", request->model.model, "Model file")
         ->required()
@@ -147,7 +148,7 @@ OperationWork declareOpenModel(CLI::App& command) {
         ->type_name("KEY=VALUE")
         ->take_all()
         ->check(checkExtra);
-    command.add_option("--export-wait", request->exportWaitS, "Time to wait for export files")
+    real(command.add_option("--export-wait", request->exportWaitS, "Time to wait for export files"))
         ->type_name("SECONDS")
         ->check(CLI::Range(0.0, 3600.0))
         ->capture_default_str();

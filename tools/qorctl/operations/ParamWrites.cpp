@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "Interrupt.h"
+#include "Numbers.h"
 #include "operations/Operation.h"
 #include "operations/Values.h"
 
@@ -64,7 +65,7 @@ OperationWork declareSet(CLI::App& command) {
     const auto data = std::make_shared<Written>();
     declareName(command, data->name);
     const auto values = [&command](const char* name, std::vector<double>& into, const char* help) {
-        return command.add_option(name, into, help)->delimiter(',')->type_name("NUMBER");
+        return real(command.add_option(name, into, help))->delimiter(',')->type_name("NUMBER");
     };
     values("VALUE", data->values, "Values, in physical units")->required();
     values("--second", data->second, "Second array, of a parameter of three arrays");
@@ -90,8 +91,8 @@ OperationWork declareSetDynamic(CLI::App& command) {
 OperationWork declareStartControl(CLI::App& command) {
     const auto held = std::make_shared<Held>();
     declareName(command, held->name);
-    command
-        .add_option("--hold", held->seconds, "Keep it so long, or until Ctrl-C, and give it back")
+    real(command.add_option("--hold", held->seconds,
+                            "Keep it so long, or until Ctrl-C, and give it back"))
         ->type_name("SECONDS")
         ->check(CLI::Range(0.001, 86400.0));
     return [held](Session& session) { return startAndHold(session, *held); };

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <memory>
 
+#include "Numbers.h"
 #include "watch/DtcWatch.h"
 
 namespace qorctl {
@@ -40,11 +41,12 @@ int runWatchDtc(const DtcWatchOptions& options) {
 Action declareWatchDtc(CLI::App& command) {
     const auto options = std::make_shared<DtcWatchOptions>();
     options->session.declare(command);
-    command.add_option("--period", options->watch.periodMs, "Time between two readings")
+    whole(command.add_option("--period", options->watch.periodMs, "Time between two readings"))
         ->type_name("MS")
         ->check(CLI::Range(10u, 3600000u))
         ->capture_default_str();
-    command.add_option("--for", options->watch.forS, "End after that long; without it, at Ctrl-C")
+    real(command.add_option("--for", options->watch.forS,
+                            "End after that long; without it, at Ctrl-C"))
         ->type_name("SECONDS")
         ->check(CLI::Range(0.1, 1e7));
     command.add_flag("--json", options->watch.json, "Print one JSON object per line");

@@ -7,6 +7,7 @@
 #include <optional>
 
 #include "HostPaths.h"
+#include "Numbers.h"
 #include "watch/ParamWatch.h"
 #include "watch/plot/PlotFile.h"
 
@@ -92,7 +93,7 @@ Action declareWatch(CLI::App& command) {
     const auto options = std::make_shared<WatchOptions>();
     options->session.declare(command);
     command.add_option("NAME", options->names, "Parameters")->required();
-    command.add_option("--for", options->forS, "End after that long; without it, at Ctrl-C")
+    real(command.add_option("--for", options->forS, "End after that long; without it, at Ctrl-C"))
         ->type_name("SECONDS")
         ->check(CLI::Range(0.1, 1e7));
     CLI::Option* const csv =

@@ -1,8 +1,9 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
-namespace qorctl::doctor {
+namespace qorctl {
 
 /// The same but for the case of ASCII letters, as names in a settings file are compared.
 bool isSameName(const std::string& left, const std::string& right);
@@ -11,4 +12,7 @@ bool isSameName(const std::string& left, const std::string& right);
 /// apart by blanks and dashes only.
 bool isMisspelling(const std::string& written, const std::string& known);
 
-}  // namespace qorctl::doctor
+/// The name that `written` is the nearest misspelling of; empty if it is one of none.
+std::string nearestOf(const std::string& written, const std::vector<std::string>& names);
+
+}  // namespace qorctl

@@ -1,8 +1,8 @@
-#include "doctor/Spelling.h"
+#include "Spelling.h"
 
 #include <gtest/gtest.h>
 
-using namespace qorctl::doctor;
+using namespace qorctl;
 
 TEST(Spelling, TheCaseOfLettersDoesNotCount) {
     EXPECT_TRUE(isSameName("tcpport", "TcpPort"));
@@ -23,4 +23,15 @@ TEST(Spelling, AnotherNameIsNone) {
         EXPECT_FALSE(isMisspelling(text, "TcpPort")) << text;
     EXPECT_FALSE(isMisspelling("UseCan", "UseTcp"));
     EXPECT_FALSE(isMisspelling("ClientPipeName", "ServerPipeName"));
+}
+
+TEST(Spelling, TheNearestOfManyIsFound) {
+    const std::vector<std::string> names = {"get", "set", "get-string", "start-control"};
+    EXPECT_EQ("get", nearestOf("gett", names));
+    EXPECT_EQ("set", nearestOf("SETT", names));
+    EXPECT_EQ("get-string", nearestOf("getstring", names));
+    EXPECT_EQ("start-control", nearestOf("strat-control", names));
+    EXPECT_EQ("", nearestOf("fly", names));
+    EXPECT_EQ("", nearestOf("", names));
+    EXPECT_EQ("", nearestOf("get", {}));
 }

@@ -1,9 +1,10 @@
-#include "doctor/Spelling.h"
+#include "Spelling.h"
 
 #include <algorithm>
+#include <limits>
 #include <vector>
 
-namespace qorctl::doctor {
+namespace qorctl {
 namespace {
 
 char lowered(char letter) {
@@ -59,4 +60,16 @@ bool isMisspelling(const std::string& written, const std::string& known) {
     return longer - shorter <= allowed && distanceOf(left, right) <= allowed;
 }
 
-}  // namespace qorctl::doctor
+std::string nearestOf(const std::string& written, const std::vector<std::string>& names) {
+    std::string nearest;
+    std::size_t least = std::numeric_limits<std::size_t>::max();
+    for (const std::string& name : names) {
+        const std::size_t distance = distanceOf(lowered(written), lowered(name));
+        if (distance >= least || !isMisspelling(written, name)) continue;
+        least = distance;
+        nearest = name;
+    }
+    return nearest;
+}
+
+}  // namespace qorctl
