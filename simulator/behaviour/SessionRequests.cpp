@@ -66,6 +66,7 @@ Outcome shutDown(Ecu& ecu, std::string_view payload) {
     Outcome outcome;
     if ((request.flags & ShutdownPayload::EndProcess) != 0) {
         outcome.then.push_back({0, ExitEffect{0, true}});
+        outcome.note = "told to end";
     }
     return outcome;
 }
