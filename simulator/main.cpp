@@ -24,7 +24,7 @@ int runWith(const std::string& settingsPath, Log& log) {
     const Settings settings = readSettingsFile(settingsPath);
     const EcuModel model = loadModel(settings.modelPath);
     Script script;
-    const ScriptUse use{settings.connectMs, settings.transport};
+    const ScriptUse use{settings.connectMs, settings.transport, namesOf(model.parameters)};
     if (!settings.scriptPath.empty()) script = loadScript(settings.scriptPath, use);
     return Simulator(settings, model, std::move(script), log).run();
 }

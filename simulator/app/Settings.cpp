@@ -11,7 +11,6 @@ namespace simulator {
 namespace {
 
 constexpr const char* commonSection = "CommonSettings";
-constexpr const char* ownSection = "Simulator";
 constexpr std::uint32_t maxMs = 86400000;  // a day
 
 std::string lower(std::string text) {
@@ -116,6 +115,20 @@ void readPaths(const SettingsReader& read, const Places& places, Settings& setti
 }
 
 }  // namespace
+
+void refuseUnknownKeys(const Names& keysOfOwnSection) {
+    static const Names known = {
+        "Model",        "Script",      "AnswerStyle",         "WindowAnswer",
+        "WindowSendMs", "ConnectMs",   "ExitWithoutClientMs", "RecordLog",
+        "Log",          "ExportPrefix"};
+    for (const std::string& key : keysOfOwnSection) {
+        // The system finds keys whatever their case.
+        const bool isKnown = std::any_of(known.begin(), known.end(), [&](const std::string& name) {
+            return lower(name) == lower(key);
+        });
+        if (!isKnown) fail(ownSection, key, "unknown key" + hintFor(key, known));
+    }
+}
 
 std::string logPathFrom(const SettingsReader& read, const Places& places) {
     return resolved(read(ownSection, "Log"), places.settingsFolder);

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "behaviour/Answer.h"
+#include "config/Names.h"
 #include "script/Transport.h"
 
 namespace simulator {
@@ -42,6 +43,12 @@ using SettingsReader =
 /// The human-readable log that the settings ask for; empty = none. Cannot fail, so that all other
 /// mistakes can be written there.
 std::string logPathFrom(const SettingsReader& read, const Places& places);
+
+/// The section that is the simulator's own.
+inline constexpr const char* ownSection = "Simulator";
+
+/// A key of our own section that nothing reads is a spelling mistake. Throws ConfigError.
+void refuseUnknownKeys(const Names& keysOfOwnSection);
 
 /// Throws ConfigError, which names the section, the key and the reason.
 Settings settingsFrom(const SettingsReader& read, const Places& places);

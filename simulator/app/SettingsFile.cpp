@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include <algorithm>
 #include <vector>
 
 #include "config/JsonNode.h"
@@ -27,6 +28,20 @@ SettingsReader readerOf(const std::string& settingsPath) {
                                             settingsPath.c_str());
         });
     };
+}
+
+Names keysOf(const std::string& section, const std::string& settingsPath) {
+    const std::string list = filled([&](char* buffer, DWORD size) {
+        return GetPrivateProfileStringA(section.c_str(), nullptr, "", buffer, size,
+                                        settingsPath.c_str());
+    });
+    Names keys;
+    for (std::size_t begin = 0; begin < list.size();) {
+        const std::size_t end = std::min(list.find('\0', begin), list.size());
+        if (end > begin) keys.push_back(list.substr(begin, end - begin));
+        begin = end + 1;
+    }
+    return keys;
 }
 
 Places placesFor(const std::string& settingsPath) {
@@ -64,6 +79,7 @@ Settings readSettingsFile(const std::string& settingsPath) {
         attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
     if (!isFile) throw ConfigError(settingsPath + ": there is no such settings file");
     try {
+        refuseUnknownKeys(keysOf(ownSection, settingsPath));
         return settingsFrom(readerOf(settingsPath), placesFor(settingsPath));
     } catch (const ConfigError& error) {
         throw ConfigError(settingsPath + ": " + error.what());

@@ -204,15 +204,7 @@ void Conversation::postOwn(CommandId id, std::string payload, std::uint64_t nowM
 }
 
 void Conversation::happen(const PushEffect& push, std::uint64_t nowMs) {
-    ParamDataPayload value{push.index, push.value};
-    if (!push.name.empty()) {
-        const ParameterModel* model = ecu_.parameters.find(push.name);
-        if (model == nullptr) {
-            log_.error("the script pushes \"" + push.name + "\", which is no parameter");
-            return;
-        }
-        value.index = ecu_.parameters.indexOf(*model);
-    }
+    const ParamDataPayload value{push.index, push.value};
     postOwn(CommandId::ReceiveParamData, value.write(), nowMs);
 }
 
@@ -276,13 +268,10 @@ void Conversation::happen(const OnlineEffect& online, std::uint64_t /*nowMs*/) {
 }
 
 void Conversation::happen(const StallEffect& stall, std::uint64_t /*nowMs*/) {
-    if (stall.name.empty()) {
-        ecu_.subscription.stallAll(stall.stalled);
-    } else if (const ParameterModel* model = ecu_.parameters.find(stall.name)) {
-        const auto index = static_cast<std::uint32_t>(ecu_.parameters.indexOf(*model));
-        ecu_.subscription.stall(index, stall.stalled);
+    if (stall.index) {
+        ecu_.subscription.stall(*stall.index, stall.stalled);
     } else {
-        log_.error("the script stalls \"" + stall.name + "\", which is no parameter");
+        ecu_.subscription.stallAll(stall.stalled);
     }
 }
 

@@ -16,7 +16,7 @@ bool isConnection(const ConnectPayload& request) {
 Outcome onlineState(const Ecu& ecu) {
     Outcome outcome;
     const double value = ecu.bootstrap.isOnline() ? 1.0 : 0.0;
-    outcome.then.push_back({0, PushEffect{"", ParamDataPayload::Online, value}});
+    outcome.then.push_back({0, PushEffect{ParamDataPayload::Online, value}});
     return outcome;
 }
 
@@ -66,15 +66,16 @@ Outcome shutDown(Ecu& ecu, std::string_view payload) {
     Outcome outcome;
     if ((request.flags & ShutdownPayload::EndProcess) != 0) {
         outcome.then.push_back({0, ExitEffect{0, true}});
+        outcome.note = "told to end";
     }
     return outcome;
 }
 
 Outcome selectSegment(Ecu& ecu, std::string_view payload) {
     const SegmentPayload request = SegmentPayload::read(payload);
-    if (request.segment == "WorkingPage") {
+    if (request.segment == pageNames[0]) {
         ecu.parameters.select(Page::Working);
-    } else if (request.segment == "ReferencePage") {
+    } else if (request.segment == pageNames[1]) {
         ecu.parameters.select(Page::Reference);
     } else {
         return Outcome::refused("there is no segment \"" + request.segment + "\"");

@@ -144,13 +144,25 @@ std::vector<JsonNode> JsonNode::items(const char* key) const {
     return has(key) ? at(key).items() : std::vector<JsonNode>();
 }
 
-void JsonNode::allowOnly(std::initializer_list<const char*> keys) const {
+void JsonNode::allowOnly(const Names& keys) const {
     requireObject();
     for (const auto& member : value_->items()) {
         if (std::find(keys.begin(), keys.end(), member.key()) == keys.end()) {
-            fail("unknown key \"" + member.key() + "\"");
+            failUnknownKey(member.key(), keys);
         }
     }
+}
+
+void JsonNode::failUnknownKey(const std::string& key, const Names& known) const {
+    fail("unknown key \"" + key + "\"" + hintFor(key, known));
+}
+
+void JsonNode::failUnknownChoice(const Names& known) const {
+    fail("unknown word \"" + text() + "\"" + hintFor(text(), known));
+}
+
+void JsonNode::failUnknownParameter(const std::string& name, const Names& known) const {
+    fail("there is no parameter \"" + name + "\"" + hintFor(name, known));
 }
 
 void JsonNode::requireObject() const {

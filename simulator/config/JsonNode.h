@@ -1,10 +1,11 @@
 #pragma once
 
-#include <initializer_list>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 #include <string>
 #include <vector>
+
+#include "config/Names.h"
 
 namespace simulator {
 
@@ -53,7 +54,12 @@ public:
     std::vector<JsonNode> items(const char* key) const;
 
     /// A key that nothing reads is a spelling mistake: refuse it rather than ignore it.
-    void allowOnly(std::initializer_list<const char*> keys) const;
+    void allowOnly(const Names& keys) const;
+    [[noreturn]] void failUnknownKey(const std::string& key, const Names& known) const;
+    /// For a text that is none of the choices.
+    [[noreturn]] void failUnknownChoice(const Names& known) const;
+    /// For the name of a parameter that the model lacks.
+    [[noreturn]] void failUnknownParameter(const std::string& name, const Names& known) const;
 
 private:
     void requireObject() const;

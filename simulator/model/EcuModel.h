@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "config/Names.h"
 #include "model/LiveValue.h"
 #include "wire/Payloads.h"
 
@@ -35,6 +36,8 @@ struct ParameterModel {
 
     bool threeArrays() const { return kind == ParameterKind::Curve || kind == ParameterKind::Map; }
 };
+
+Names namesOf(const std::vector<ParameterModel>& parameters);
 
 struct KwpServiceModel {
     std::uint32_t service = 0;

@@ -57,7 +57,7 @@ LiveTerm liveTerm(const JsonNode& node) {
     if (kind == "ramp") return rampTerm(node);
     if (kind == "noise") return noiseTerm(node);
     if (kind == "follow") return followTerm(node);
-    node.at("kind").fail("\"" + kind + "\" is none of sine, ramp, noise, follow");
+    node.at("kind").failUnknownChoice({"sine", "ramp", "noise", "follow"});
 }
 
 }  // namespace

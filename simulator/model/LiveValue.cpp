@@ -35,8 +35,11 @@ double valueAt(const NoiseTerm& term, double timeS) {
     return term.amplitude * (2.0 * fraction - 1.0);
 }
 
-double lagTowards(double current, double target, double elapsedS, double timeConstantS) {
-    return target + (current - target) * std::exp(-elapsedS / timeConstantS);
+double lagTowards(double current, double before, double target, double elapsedS,
+                  double timeConstantS) {
+    // Behind a target that moves evenly a lag ends up by its speed times the time constant.
+    const double behind = (target - before) / elapsedS * timeConstantS;
+    return target - behind + (current - before + behind) * std::exp(-elapsedS / timeConstantS);
 }
 
 }  // namespace simulator

@@ -31,7 +31,8 @@ struct NoiseTerm {
     std::uint32_t stepMs = 100;
 };
 
-/// Approaches gain x (first value of another parameter) + offset with a first-order lag.
+/// Approaches gain x (value of a scalar, an actuator or another measurement) + offset with a
+/// first-order lag.
 struct FollowTerm {
     std::string source;
     double gain = 1.0;
@@ -45,8 +46,10 @@ double valueAt(const SineTerm& term, double timeS);
 double valueAt(const RampTerm& term, double timeS);
 double valueAt(const NoiseTerm& term, double timeS);
 
-/// Where a lag that stands at `current` gets to when its target stays the same for elapsedS. Exact,
-/// so the number of steps in which time is advanced makes no difference.
-double lagTowards(double current, double target, double elapsedS, double timeConstantS);
+/// Where a lag that stands at `current` gets to while its target goes evenly from `before` to
+/// `target` in elapsedS. Exact, so for a target that stands still the number of steps in which time
+/// is advanced makes no difference.
+double lagTowards(double current, double before, double target, double elapsedS,
+                  double timeConstantS);
 
 }  // namespace simulator

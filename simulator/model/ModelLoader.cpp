@@ -4,6 +4,7 @@
 #include <limits>
 #include <set>
 
+#include "model/Followers.h"
 #include "model/LiveTermLoader.h"
 
 namespace simulator {
@@ -120,25 +121,35 @@ std::vector<ParameterModel> parametersFrom(const JsonNode& root) {
     return parameters;
 }
 
-bool isReadable(const ParameterModel& parameter) {
-    return parameter.kind == ParameterKind::Scalar || parameter.kind == ParameterKind::Actuator;
+bool canBeFollowed(const ParameterModel& parameter) {
+    return parameter.kind == ParameterKind::Scalar || parameter.kind == ParameterKind::Actuator ||
+           parameter.kind == ParameterKind::Live;
 }
 
-/// A lag follows something that stands still between two writes; a live value does not.
+void checkSource(const JsonNode& node, const std::string& source,
+                 const std::vector<ParameterModel>& parameters) {
+    const auto found =
+        std::find_if(parameters.begin(), parameters.end(),
+                     [&](const ParameterModel& parameter) { return parameter.name == source; });
+    if (found == parameters.end()) node.failUnknownParameter(source, namesOf(parameters));
+    if (!canBeFollowed(*found)) {
+        node.fail("follows \"" + source + "\", which is no scalar, actuator or live parameter");
+    }
+}
+
 void checkFollowed(const JsonNode& root, const std::vector<ParameterModel>& parameters) {
     for (const ParameterModel& parameter : parameters) {
         const JsonNode node = root.renamed(root.where() + ": parameter \"" + parameter.name + "\"");
         for (const LiveTerm& term : parameter.live) {
             const auto* follow = std::get_if<FollowTerm>(&term);
-            if (follow == nullptr) continue;
-            const auto found = std::find_if(
-                parameters.begin(), parameters.end(),
-                [&](const ParameterModel& p) { return p.name == follow->source && isReadable(p); });
-            if (found == parameters.end()) {
-                node.fail("follows \"" + follow->source + "\", which is no scalar or actuator");
-            }
+            if (follow != nullptr) checkSource(node, follow->source, parameters);
         }
     }
+    std::string circle;
+    for (const std::string& name : circleIn(parameters)) {
+        circle += (circle.empty() ? "\"" : "\" follows \"") + name;
+    }
+    if (!circle.empty()) root.fail("a circle: " + circle + "\"");
 }
 
 TroubleCode troubleCodeFrom(const JsonNode& node) {
@@ -175,7 +186,7 @@ CanModel canFrameFrom(const JsonNode& node, const std::vector<ParameterModel>& p
     const bool known = frame.source.empty() ||
                        std::any_of(parameters.begin(), parameters.end(),
                                    [&](const ParameterModel& p) { return p.name == frame.source; });
-    if (!known) node.at("source").fail("there is no parameter \"" + frame.source + "\"");
+    if (!known) node.at("source").failUnknownParameter(frame.source, namesOf(parameters));
     return frame;
 }
 

@@ -4,9 +4,14 @@
 #include <cmath>
 #include <cstdlib>
 
+#include "model/Followers.h"
+
 namespace simulator {
 
 namespace {
+
+/// A measurement that is followed is taken for a straight line for so long.
+constexpr std::uint64_t maxStepMs = 10;
 
 Refusal refusalOfSize(const char* what, std::size_t given, std::size_t wanted) {
     if (given == wanted) return std::nullopt;
@@ -46,19 +51,34 @@ ParameterStore::ParameterStore(const std::vector<ParameterModel>& parameters) {
     for (const ParameterModel& parameter : parameters) {
         entries_.push_back({&parameter, parameter.arrays, false, {}});
     }
-    for (Entry& entry : entries_) {
-        for (const LiveTerm& term : entry.model->live) {
-            const auto* follow = std::get_if<FollowTerm>(&term);
-            entry.lags.push_back(follow != nullptr ? target(*follow) : 0.0);
+    followers_ = followersOf(parameters);
+    startLags();
+}
+
+void ParameterStore::startLags() {
+    for (Entry& entry : entries_) entry.lags.resize(entry.model->live.size());
+    for (const std::size_t place : followers_) {
+        Entry& entry = entries_[place];
+        for (std::size_t i = 0; i < entry.lags.size(); ++i) {
+            const auto* follow = std::get_if<FollowTerm>(&entry.model->live[i]);
+            if (follow == nullptr) continue;
+            const auto source = static_cast<std::size_t>(indexOf(*find(follow->source)));
+            const double start = target(*follow, source);
+            entry.lags[i] = {source, start, start};
+            followsLive_ = followsLive_ || isLive(source);
         }
     }
 }
 
 void ParameterStore::advanceTo(std::uint64_t timeMs) {
-    if (timeMs <= timeMs_) return;
-    const double elapsedS = static_cast<double>(timeMs - timeMs_) / 1000.0;
-    timeMs_ = timeMs;
-    for (Entry& entry : entries_) advanceLags(entry, elapsedS);
+    while (timeMs_ < timeMs) {
+        const std::uint64_t leftMs = timeMs - timeMs_;
+        const std::uint64_t stepMs = followsLive_ ? std::min(leftMs, maxStepMs) : leftMs;
+        timeMs_ += stepMs;
+        for (const std::size_t place : followers_) {
+            advanceLags(entries_[place], static_cast<double>(stepMs) / 1000.0);
+        }
+    }
 }
 
 const ParameterModel* ParameterStore::find(const std::string& name) const {
@@ -149,25 +169,34 @@ void ParameterStore::releaseActuators() {
     for (std::uint32_t index = 0; index < entries_.size(); ++index) stopControl(index);
 }
 
-double ParameterStore::target(const FollowTerm& term) const {
-    const ParameterModel* source = find(term.source);
-    const auto index = static_cast<std::size_t>(indexOf(*source));
-    return term.gain * entries_[index].working.first.front() + term.offset;
+// Of a scalar the working page counts, whatever page is selected.
+double ParameterStore::target(const FollowTerm& term, std::size_t source) const {
+    const Entry& entry = entries_[source];
+    const double value = isLive(source) ? liveValue(entry) : entry.working.first.front();
+    return term.gain * value + term.offset;
+}
+
+bool ParameterStore::isLive(std::size_t place) const {
+    return entries_[place].model->kind == ParameterKind::Live;
 }
 
 void ParameterStore::advanceLags(Entry& entry, double elapsedS) {
     for (std::size_t i = 0; i < entry.lags.size(); ++i) {
-        if (const auto* follow = std::get_if<FollowTerm>(&entry.model->live[i])) {
-            entry.lags[i] =
-                lagTowards(entry.lags[i], target(*follow), elapsedS, follow->timeConstantS);
-        }
+        const auto* follow = std::get_if<FollowTerm>(&entry.model->live[i]);
+        if (follow == nullptr) continue;
+        Lag& lag = entry.lags[i];
+        const double now = target(*follow, lag.source);
+        // What is written jumps, and did so at the beginning.
+        const double before = isLive(lag.source) ? lag.target : now;
+        lag.value = lagTowards(lag.value, before, now, elapsedS, follow->timeConstantS);
+        lag.target = now;
     }
 }
 
 double ParameterStore::liveValue(const Entry& entry) const {
     double sum = 0.0;
     for (std::size_t i = 0; i < entry.lags.size(); ++i) {
-        const double lag = entry.lags[i];
+        const double lag = entry.lags[i].value;
         sum += std::visit(
             [&](const auto& term) {
                 if constexpr (std::is_same_v<std::decay_t<decltype(term)>, FollowTerm>) {

@@ -14,6 +14,9 @@ using Refusal = std::optional<std::string>;
 
 enum class Page { Working, Reference };
 
+/// By which clients select them, in the order above.
+inline constexpr const char* pageNames[] = {"WorkingPage", "ReferencePage"};
+
 /// The ECU's parameters with their present values. Written values stay until the process ends; the
 /// reference page keeps what the model file says and cannot be written.
 class ParameterStore {
@@ -44,20 +47,30 @@ public:
     Page page() const { return page_; }
 
 private:
+    struct Lag {
+        std::size_t source = 0;  // place in entries_
+        double value = 0.0;
+        double target = 0.0;  // when time was advanced last
+    };
     struct Entry {
         const ParameterModel* model = nullptr;
         Arrays working;
         bool underControl = false;
-        std::vector<double> lags;  // state of the follow terms, one per term of the model
+        std::vector<Lag> lags;  // of the follow terms, one per term of the model
     };
 
     double timeS() const { return static_cast<double>(timeMs_) / 1000.0; }
-    double target(const FollowTerm& term) const;
+    double target(const FollowTerm& term, std::size_t source) const;
+    bool isLive(std::size_t place) const;
+    void startLags();
     void advanceLags(Entry& entry, double elapsedS);
     double liveValue(const Entry& entry) const;
     Refusal refusalToWrite(const Entry& entry) const;
 
     std::vector<Entry> entries_;
+    /// Places in entries_ of what follows something, behind all that it follows.
+    std::vector<std::size_t> followers_;
+    bool followsLive_ = false;  // whether any follows a measurement
     Page page_ = Page::Working;
     std::uint64_t timeMs_ = 0;
 };

@@ -13,9 +13,8 @@ namespace simulator {
 
 // Things that the simulated QOR does of its own accord, at a time that a script or a request sets.
 
-/// Sends a ReceiveParamData. The name is looked up when the effect happens; empty = index counts.
+/// Sends a ReceiveParamData.
 struct PushEffect {
-    std::string name;
     std::int32_t index = -1;
     double value = 0.0;
 };
@@ -65,9 +64,9 @@ struct OnlineEffect {
     bool online = true;
 };
 
-/// Stops or resumes the pushing of one subscribed parameter; an empty name means all of them.
+/// Stops or resumes the pushing of one subscribed parameter; without an index, of all of them.
 struct StallEffect {
-    std::string name;
+    std::optional<std::uint32_t> index;
     bool stalled = true;
 };
 

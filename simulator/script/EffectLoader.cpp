@@ -1,5 +1,6 @@
 #include "script/EffectLoader.h"
 
+#include <algorithm>
 #include <cstring>
 #include <limits>
 
@@ -13,19 +14,28 @@ constexpr std::int64_t maxFloodMessages = 1000000;
 constexpr std::int64_t maxFloodMessageBytes = 65536;
 constexpr std::int64_t maxMessageBytes = 64 * 1024 * 1024;
 
-Effect pushFrom(const JsonNode& node) {
+/// The node is the name of a parameter.
+std::uint32_t indexFrom(const JsonNode& node, const Names& parameters) {
+    const auto found = std::find(parameters.begin(), parameters.end(), node.text());
+    if (found == parameters.end()) node.failUnknownParameter(node.text(), parameters);
+    return static_cast<std::uint32_t>(found - parameters.begin());
+}
+
+Effect pushFrom(const JsonNode& node, const Names& parameters) {
     node.allowOnly({"name", "index", "value"});
     if (node.has("name") == node.has("index")) node.fail("needs either \"name\" or \"index\"");
     PushEffect push;
-    push.name = node.text("name", "");
-    push.index = static_cast<std::int32_t>(node.integer("index", -1,
-                                                        std::numeric_limits<std::int32_t>::min(),
-                                                        std::numeric_limits<std::int32_t>::max()));
+    if (node.has("name")) {
+        push.index = static_cast<std::int32_t>(indexFrom(node.at("name"), parameters));
+    } else {
+        push.index = static_cast<std::int32_t>(node.at("index").integer(
+            std::numeric_limits<std::int32_t>::min(), std::numeric_limits<std::int32_t>::max()));
+    }
     push.value = node.at("value").number();
     return push;
 }
 
-Effect messageBoxFrom(const JsonNode& node) {
+Effect messageBoxFrom(const JsonNode& node, const Names& /*parameters*/) {
     node.allowOnly({"caption", "text", "type"});
     MessageBoxPayload box;
     box.caption = node.text("caption", "");
@@ -34,7 +44,7 @@ Effect messageBoxFrom(const JsonNode& node) {
     return MessageBoxEffect{box};
 }
 
-Effect editFrom(const JsonNode& node) {
+Effect editFrom(const JsonNode& node, const Names& /*parameters*/) {
     node.allowOnly({"stage", "path", "info", "files", "addFiles", "exportBytes"});
     EditEffect effect;
     effect.edit.stage = node.at("stage").word();
@@ -53,7 +63,7 @@ Effect editFrom(const JsonNode& node) {
     return effect;
 }
 
-Effect recordFrom(const JsonNode& node) {
+Effect recordFrom(const JsonNode& node, const Names& /*parameters*/) {
     node.allowOnly({"id", "payloadHex", "reply", "requestId"});
     RecordEffect effect;
     effect.id = static_cast<CommandId>(node.at("id").integer(0, 0xFFFF));
@@ -64,7 +74,7 @@ Effect recordFrom(const JsonNode& node) {
 }
 
 /// A length with bytes fills up with zeros or cuts; without bytes it is only announced.
-Effect messageFrom(const JsonNode& node) {
+Effect messageFrom(const JsonNode& node, const Names& /*parameters*/) {
     node.allowOnly({"tag", "hex", "length", "null"});
     MessageEffect effect;
     if (node.has("tag")) effect.form.tag = node.at("tag").word();
@@ -82,7 +92,7 @@ Effect messageFrom(const JsonNode& node) {
     return effect;
 }
 
-Effect floodFrom(const JsonNode& node) {
+Effect floodFrom(const JsonNode& node, const Names& /*parameters*/) {
     node.allowOnly({"count", "seed", "maxBytes"});
     FloodEffect effect;
     effect.count = static_cast<std::uint32_t>(node.at("count").integer(1, maxFloodMessages));
@@ -92,20 +102,40 @@ Effect floodFrom(const JsonNode& node) {
     return effect;
 }
 
-Effect closeFrom(const JsonNode& node) {
+Effect closeFrom(const JsonNode& node, const Names& /*parameters*/) {
     if (!node.boolean()) node.fail("can only be true");
     return CloseEffect{};
 }
 
 /// "*" stands for every subscribed parameter.
-Effect stallFrom(const JsonNode& node, bool stalled) {
-    const std::string name = node.text();
-    return StallEffect{name == "*" ? "" : name, stalled};
+Effect stallFrom(const JsonNode& node, const Names& parameters, bool stalled) {
+    if (node.text() == "*") return StallEffect{std::nullopt, stalled};
+    return StallEffect{indexFrom(node, parameters), stalled};
+}
+
+Effect rawFrom(const JsonNode& node, const Names& /*parameters*/) {
+    return RawEffect{node.hexBytes()};
+}
+
+Effect onlineFrom(const JsonNode& node, const Names& /*parameters*/) {
+    return OnlineEffect{node.boolean()};
+}
+
+Effect stallOf(const JsonNode& node, const Names& parameters) {
+    return stallFrom(node, parameters, true);
+}
+
+Effect resumeOf(const JsonNode& node, const Names& parameters) {
+    return stallFrom(node, parameters, false);
+}
+
+Effect exitFrom(const JsonNode& node, const Names& /*parameters*/) {
+    return ExitEffect{static_cast<int>(node.integer(0, 255))};
 }
 
 struct EffectKind {
     const char* key;
-    Effect (*load)(const JsonNode& node);
+    Effect (*load)(const JsonNode& node, const Names& parameters);
     std::optional<Transport> only = {};
 };
 
@@ -114,18 +144,22 @@ constexpr EffectKind kinds[] = {
     {"messageBox", messageBoxFrom},
     {"edit", editFrom},
     {"record", recordFrom},
-    {"rawHex", [](const JsonNode& node) -> Effect { return RawEffect{node.hexBytes()}; }},
+    {"rawHex", rawFrom},
     {"message", messageFrom, Transport::WindowMessages},
     {"flood", floodFrom, Transport::WindowMessages},
     {"close", closeFrom, Transport::Tcp},
-    {"online", [](const JsonNode& node) -> Effect { return OnlineEffect{node.boolean()}; }},
-    {"stall", [](const JsonNode& node) { return stallFrom(node, true); }},
-    {"resume", [](const JsonNode& node) { return stallFrom(node, false); }},
-    {"exit",
-     [](const JsonNode& node) -> Effect {
-         return ExitEffect{static_cast<int>(node.integer(0, 255))};
-     }},
+    {"online", onlineFrom},
+    {"stall", stallOf},
+    {"resume", resumeOf},
+    {"exit", exitFrom},
 };
+
+Names keysBeside(const char* more) {
+    Names keys = {"afterMs"};
+    if (more != nullptr) keys.emplace_back(more);
+    for (const EffectKind& kind : kinds) keys.emplace_back(kind.key);
+    return keys;
+}
 
 const EffectKind* kindOf(const std::string& key) {
     for (const EffectKind& known : kinds) {
@@ -142,16 +176,16 @@ void requireTransport(const JsonNode& node, Transport needed, Transport actual) 
                                        : "needs window messages, and this run is over TCP");
 }
 
-TimedEffect timedEffectFrom(const JsonNode& node, Transport transport, const char* more) {
+TimedEffect timedEffectFrom(const JsonNode& node, const ScriptUse& use, const char* more) {
     TimedEffect timed;
     timed.afterMs = static_cast<std::uint32_t>(node.integer("afterMs", 0, 0, maxMs));
     int effects = 0;
     for (const auto& [key, value] : node.members()) {
         if (key == "afterMs" || (more != nullptr && key == more)) continue;
         const EffectKind* kind = kindOf(key);
-        if (kind == nullptr) node.fail("unknown key \"" + key + "\"");
-        if (kind->only) requireTransport(value, *kind->only, transport);
-        timed.effect = kind->load(value);
+        if (kind == nullptr) node.failUnknownKey(key, keysBeside(more));
+        if (kind->only) requireTransport(value, *kind->only, use.transport);
+        timed.effect = kind->load(value, use.parameters);
         ++effects;
     }
     if (effects != 1) node.fail("needs exactly one effect such as \"push\"");

@@ -2,7 +2,7 @@
 
 #include "config/JsonNode.h"
 #include "script/Effect.h"
-#include "script/Transport.h"
+#include "script/ScriptUse.h"
 
 namespace simulator {
 
@@ -11,6 +11,6 @@ void requireTransport(const JsonNode& node, Transport needed, Transport actual);
 
 /// {"afterMs": 20, "push": {...}}: a time and exactly one effect. `more` names further keys of the
 /// same object that the caller reads itself. An effect of the other transport is an error.
-TimedEffect timedEffectFrom(const JsonNode& node, Transport transport, const char* more = nullptr);
+TimedEffect timedEffectFrom(const JsonNode& node, const ScriptUse& use, const char* more = nullptr);
 
 }  // namespace simulator

@@ -1,8 +1,10 @@
 #include "script/ScriptLoader.h"
 
+#include <algorithm>
 #include <limits>
 #include <utility>
 
+#include "model/ParameterStore.h"
 #include "script/EffectLoader.h"
 
 namespace simulator {
@@ -16,12 +18,12 @@ constexpr std::int64_t maxDuplicates = 1000;
 template <class Choice, std::size_t Size>
 Choice choiceFrom(const JsonNode& node, const std::pair<const char*, Choice> (&choices)[Size]) {
     const std::string text = node.text();
-    std::string known;
+    Names known;
     for (const auto& [name, choice] : choices) {
         if (text == name) return choice;
-        known += known.empty() ? name : std::string(", ") + name;
+        known.emplace_back(name);
     }
-    node.fail("\"" + text + "\" is none of " + known);
+    node.failUnknownChoice(known);
 }
 
 constexpr std::pair<const char*, AnswerKind> answers[] = {
@@ -66,12 +68,32 @@ BootstrapPlan bootstrapFrom(const JsonNode& node, std::uint32_t connectMs) {
     return plan;
 }
 
-Match matchFrom(const JsonNode& node) {
+/// What a request of this rule can name: a page where it selects one, else a parameter.
+Names namesFor(const Match& match, const Names& parameters) {
+    const Names pages(std::begin(pageNames), std::end(pageNames));
+    if (match.id == CommandId::EcuSegment) return pages;
+    if (match.id) return parameters;
+    Names both = parameters;
+    both.insert(both.end(), pages.begin(), pages.end());
+    return both;
+}
+
+void checkName(const JsonNode& node, const Match& match, const Names& parameters) {
+    const Names known = namesFor(match, parameters);
+    if (std::find(known.begin(), known.end(), *match.name) != known.end()) return;
+    if (match.id != CommandId::EcuSegment) node.failUnknownParameter(*match.name, known);
+    node.failUnknownChoice(known);
+}
+
+Match matchFrom(const JsonNode& node, const Names& parameters) {
     node.allowOnly({"id", "operation", "name", "index", "nth", "every"});
     Match match;
     if (node.has("id")) match.id = static_cast<CommandId>(node.at("id").integer(0, 0xFFFF));
     match.operation = optionalWord(node, "operation");
-    if (node.has("name")) match.name = node.at("name").text();
+    if (node.has("name")) {
+        match.name = node.at("name").text();
+        checkName(node.at("name"), match, parameters);
+    }
     match.index = optionalWord(node, "index");
     match.nth = optionalWord(node, "nth", 1);
     match.every = optionalWord(node, "every", 1);
@@ -115,20 +137,20 @@ Action actionFrom(const JsonNode& node, const ScriptUse& use) {
     if (node.has("bootstrap"))
         action.bootstrap = bootstrapFrom(node.at("bootstrap"), use.connectMs);
     for (const JsonNode& item : node.items("then")) {
-        action.then.push_back(timedEffectFrom(item, use.transport));
+        action.then.push_back(timedEffectFrom(item, use));
     }
     return action;
 }
 
 Rule ruleFrom(const JsonNode& node, const ScriptUse& use) {
     node.allowOnly({"match", "action"});
-    return {matchFrom(node.at("match")), actionFrom(node.at("action"), use)};
+    return {matchFrom(node.at("match"), use.parameters), actionFrom(node.at("action"), use)};
 }
 
-ScheduledEffect scheduledFrom(const JsonNode& node, Transport transport) {
+ScheduledEffect scheduledFrom(const JsonNode& node, const ScriptUse& use) {
     ScheduledEffect scheduled;
     scheduled.since = choiceFrom(node.at("since"), sinces);
-    scheduled.timed = timedEffectFrom(node, transport, "since");
+    scheduled.timed = timedEffectFrom(node, use, "since");
     return scheduled;
 }
 
@@ -140,7 +162,7 @@ Script scriptFromJson(const JsonNode& root, const ScriptUse& use) {
     for (const JsonNode& node : root.items("rules")) rules.push_back(ruleFrom(node, use));
     std::vector<ScheduledEffect> scheduled;
     for (const JsonNode& node : root.items("at")) {
-        scheduled.push_back(scheduledFrom(node, use.transport));
+        scheduled.push_back(scheduledFrom(node, use));
     }
     std::optional<BootstrapPlan> bootstrap;
     if (root.has("bootstrap")) bootstrap = bootstrapFrom(root.at("bootstrap"), use.connectMs);

@@ -1,5 +1,7 @@
 #include "model/LiveValue.h"
 
+#include <cmath>
+
 #include "TestSupport.h"
 
 namespace simulator::test {
@@ -40,9 +42,17 @@ TEST(LiveValue, NoiseFillsItsBandAndStaysWithinIt) {
 
 TEST(LiveValue, ALagGetsToTheSameValueInOneStepOrInMany) {
     double many = 0.0;
-    for (int i = 0; i < 100; ++i) many = lagTowards(many, 10.0, 0.02, 1.5);
-    EXPECT_NEAR(many, lagTowards(0.0, 10.0, 2.0, 1.5), 1e-9);
-    EXPECT_NEAR(lagTowards(0.0, 10.0, 1.5, 1.5), 6.3212, 1e-4);
+    for (int i = 0; i < 100; ++i) many = lagTowards(many, 10.0, 10.0, 0.02, 1.5);
+    EXPECT_NEAR(many, lagTowards(0.0, 10.0, 10.0, 2.0, 1.5), 1e-9);
+    EXPECT_NEAR(lagTowards(0.0, 10.0, 10.0, 1.5, 1.5), 6.3212, 1e-4);
+}
+
+// x' = (4 t - x) / 1.5 from x = 0: x = 4 t - 6 + 6 exp(-t / 1.5).
+TEST(LiveValue, ALagBehindATargetThatRisesEvenlyIsExact) {
+    const double exact = 4.0 * 2.0 - 6.0 + 6.0 * std::exp(-2.0 / 1.5);
+    EXPECT_NEAR(lagTowards(0.0, 0.0, 8.0, 2.0, 1.5), exact, 1e-9);
+    const double half = lagTowards(0.0, 0.0, 4.0, 1.0, 1.5);
+    EXPECT_NEAR(lagTowards(half, 4.0, 8.0, 1.0, 1.5), exact, 1e-9);
 }
 
 }  // namespace

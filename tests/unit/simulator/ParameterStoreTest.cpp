@@ -116,5 +116,39 @@ TEST_F(ParameterStoreTest, AnIndexBeyondTheListIsUnknown) {
     EXPECT_EQ(store_.find("Nope"), nullptr);
 }
 
+// A ramp of 10 a second, behind it a lag of 2 s, and behind that one of 0.5 s, named the other way
+// round.
+const char* chainModel() {
+    return R"({'parameters': [
+        {'name': 'Last', 'limits': [-1000, 1000], 'live': [
+            {'kind': 'follow', 'source': 'Middle', 'gain': 3, 'offset': 1, 'timeConstantS': 0.5}]},
+        {'name': 'Middle', 'limits': [-1000, 1000], 'live': [
+            {'kind': 'follow', 'source': 'Ramp', 'timeConstantS': 2}]},
+        {'name': 'Ramp', 'limits': [0, 1000], 'live': [
+            {'kind': 'ramp', 'from': 0, 'to': 1000, 'periodS': 100}]}]})";
+}
+
+// Middle = 10 t - 20 + 20 exp(-t/2); Last - 1 = 3 (10 t - 25 + 80/3 exp(-t/2) - 5/3 exp(-2 t)).
+TEST(ParameterStoreChain, AMeasurementFollowsAMeasurement) {
+    const EcuModel model = modelOf(chainModel());
+    ParameterStore store(model.parameters);
+    EXPECT_EQ(store.firstValue(0), 1);
+    store.advanceTo(3000);
+    EXPECT_NEAR(store.firstValue(2), 30, 1e-9);
+    EXPECT_NEAR(store.firstValue(1), 10 + 20 * std::exp(-1.5), 1e-6);
+    const double last = 5 + 80.0 / 3 * std::exp(-1.5) - 5.0 / 3 * std::exp(-6.0);
+    EXPECT_NEAR(store.firstValue(0), 1 + 3 * last, 1e-3);
+}
+
+TEST(ParameterStoreChain, ItMakesNoDifferenceHowOftenTimeIsTold) {
+    const EcuModel model = modelOf(chainModel());
+    ParameterStore often(model.parameters);
+    ParameterStore once(model.parameters);
+    for (std::uint64_t ms = 0; ms <= 3000; ms += 7) often.advanceTo(ms);
+    often.advanceTo(3000);
+    once.advanceTo(3000);
+    EXPECT_NEAR(often.firstValue(0), once.firstValue(0), 1e-3);
+}
+
 }  // namespace
 }  // namespace simulator::test

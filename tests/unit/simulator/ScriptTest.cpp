@@ -16,14 +16,14 @@ std::string errorOf(const std::string& text) {
 
 TEST(Script, ARuleFitsWhenEverythingThatItNamesIsEqual) {
     Script script = scriptOf(R"({'rules': [{
-        'match': {'id': 7, 'operation': 4, 'name': 'P', 'index': 3},
+        'match': {'id': 7, 'operation': 4, 'name': 'Map', 'index': 3},
         'action': {'answer': 'refuse'}}]})");
     const auto decide = [&](const RequestFacts& f) { return script.actionFor(f).answer; };
-    EXPECT_EQ(decide(facts(CommandId::DirectCtrl, 4, "P", 3)), AnswerKind::Refuse);
-    EXPECT_EQ(decide(facts(CommandId::StaticParam, 4, "P", 3)), AnswerKind::Normal);
-    EXPECT_EQ(decide(facts(CommandId::DirectCtrl, 1, "P", 3)), AnswerKind::Normal);
-    EXPECT_EQ(decide(facts(CommandId::DirectCtrl, 4, "Q", 3)), AnswerKind::Normal);
-    EXPECT_EQ(decide(facts(CommandId::DirectCtrl, 4, "P", 2)), AnswerKind::Normal);
+    EXPECT_EQ(decide(facts(CommandId::DirectCtrl, 4, "Map", 3)), AnswerKind::Refuse);
+    EXPECT_EQ(decide(facts(CommandId::StaticParam, 4, "Map", 3)), AnswerKind::Normal);
+    EXPECT_EQ(decide(facts(CommandId::DirectCtrl, 1, "Map", 3)), AnswerKind::Normal);
+    EXPECT_EQ(decide(facts(CommandId::DirectCtrl, 4, "Curve", 3)), AnswerKind::Normal);
+    EXPECT_EQ(decide(facts(CommandId::DirectCtrl, 4, "Map", 2)), AnswerKind::Normal);
     EXPECT_EQ(decide(facts(CommandId::DirectCtrl)), AnswerKind::Normal);
 }
 
@@ -148,7 +148,8 @@ TEST(Script, ErrorsNameFilePlaceAndReason) {
         const char* text;
         const char* error;
     } cases[] = {
-        {"{'rule': []}", "s.json: unknown key \"rule\""},
+        {"{'rule': []}",
+         "s.json: unknown key \"rule\" - did you mean \"rules\"? Known: rules, at, bootstrap"},
         {"{'rules': [{'match': {}}]}", "s.json: rules[0]: \"action\" is missing"},
         {"{'rules': [{'match': {'nth': 0}, 'action': {}}]}",
          "s.json: rules[0]: match: nth: must be a whole number from 1 to 4294967295"},
@@ -157,20 +158,60 @@ TEST(Script, ErrorsNameFilePlaceAndReason) {
         {"{'rules': [{'match': {'id': 70000}, 'action': {}}]}",
          "s.json: rules[0]: match: id: must be a whole number from 0 to 65535"},
         {"{'rules': [{'match': {}, 'action': {'close': 'now'}}]}",
-         "s.json: rules[0]: action: close: \"now\" is none of before, mid, after"},
+         "s.json: rules[0]: action: close: unknown word \"now\" - known: before, mid, after"},
         {"{'rules': [{'match': {}, 'action': {'then': [{}]}}]}",
          "s.json: rules[0]: action: then[0]: needs exactly one effect such as \"push\""},
         {"{'rules': [{'match': {}, 'action': {'then': [{'push': {'value': 1}}]}}]}",
          "s.json: rules[0]: action: then[0]: push: needs either \"name\" or \"index\""},
         {"{'at': [{'close': true}]}", "s.json: at[0]: \"since\" is missing"},
         {"{'at': [{'since': 'noon', 'close': true}]}",
-         "s.json: at[0]: since: \"noon\" is none of start, client, connect"},
+         "s.json: at[0]: since: unknown word \"noon\" - known: start, client, connect"},
         {"{'at': [{'since': 'start', 'rawHex': '0g'}]}",
          "s.json: at[0]: rawHex: must be hexadecimal bytes such as \"5A 80\""},
-        {"{'at': [{'since': 'start', 'stop': true}]}", "s.json: at[0]: unknown key \"stop\""},
+        {"{'at': [{'since': 'start', 'stop': true}]}",
+         "s.json: at[0]: unknown key \"stop\" - known: afterMs, since, push, messageBox, edit, "
+         "record, rawHex, message, flood, close, online, stall, resume, exit"},
         {"{'at': [{'since': 'start', 'close': false}]}", "s.json: at[0]: close: can only be true"},
     };
     for (const auto& c : cases) EXPECT_EQ(errorOf(c.text), c.error) << c.text;
+}
+
+TEST(Script, ANameThatTheModelLacksIsAnErrorWithTheNearestOne) {
+    const std::string known = "Scalar, Array, Curve, Map, Text, Actuator, Live";
+    const std::string line =
+        "there is no parameter \"Line\" - did you mean \"Live\"? Known: " + known;
+    EXPECT_EQ(errorOf("{'at': [{'since': 'start', 'stall': 'Line'}]}"),
+              "s.json: at[0]: stall: " + line);
+    EXPECT_EQ(errorOf("{'at': [{'since': 'start', 'resume': 'Line'}]}"),
+              "s.json: at[0]: resume: " + line);
+    EXPECT_EQ(errorOf("{'at': [{'since': 'start', 'push': {'name': 'Line', 'value': 1}}]}"),
+              "s.json: at[0]: push: name: " + line);
+    EXPECT_EQ(errorOf("{'rules': [{'match': {'id': 7, 'name': 'Line'}, 'action': {}}]}"),
+              "s.json: rules[0]: match: name: " + line);
+    EXPECT_EQ(errorOf("{'rules': [{'match': {'name': 'Line'}, 'action': {}}]}"),
+              "s.json: rules[0]: match: name: " + line + ", WorkingPage, ReferencePage");
+    EXPECT_EQ(errorOf("{'rules': [{'match': {'id': 14, 'name': 'Map'}, 'action': {}}]}"),
+              "s.json: rules[0]: match: name: unknown word \"Map\" - known: WorkingPage, "
+              "ReferencePage");
+}
+
+TEST(Script, ParametersAndPagesAreNamedByTheRequestsThatCarryThem) {
+    for (const char* match : {"{'id': 3, 'name': 'Live'}", "{'name': 'Live'}",
+                              "{'id': 14, 'name':"
+                              " 'WorkingPage'}",
+                              "{'name': 'ReferencePage'}"}) {
+        EXPECT_EQ(errorOf("{'rules': [{'match': " + std::string(match) + ", 'action': {}}]}"), "");
+    }
+}
+
+TEST(Script, EffectsOnAParameterTakeItsIndex) {
+    const Script script = scriptOf(R"({'at': [
+        {'since': 'start', 'stall': 'Curve'}, {'since': 'start', 'resume': '*'},
+        {'since': 'start', 'push': {'name': 'Text', 'value': 1}}]})");
+    const auto effects = script.scheduledSince(Since::Start);
+    EXPECT_EQ(std::get<StallEffect>(effects.at(0).effect).index, 2U);
+    EXPECT_EQ(std::get<StallEffect>(effects.at(1).effect).index, std::nullopt);
+    EXPECT_EQ(std::get<PushEffect>(effects.at(2).effect).index, 4);
 }
 
 }  // namespace

@@ -100,6 +100,31 @@ TEST(Settings, EveryBadValueIsNamedWithItsKey) {
     }
 }
 
+TEST(Settings, AKeyThatNothingReadsIsAnErrorWithTheNearestOne) {
+    const auto errorOfKey = [](const std::string& key) {
+        return configErrorOf([&] { refuseUnknownKeys({"Model", key}); });
+    };
+    const std::string known =
+        "nown: Model, Script, AnswerStyle, WindowAnswer, WindowSendMs, ConnectMs, "
+        "ExitWithoutClientMs, RecordLog, Log, ExportPrefix";
+    EXPECT_EQ(errorOfKey("ConectMs"),
+              "[Simulator] ConectMs: unknown key - did you mean \"ConnectMs\"? K" + known);
+    EXPECT_EQ(errorOfKey("TcpPort"), "[Simulator] TcpPort: unknown key - k" + known);
+    EXPECT_EQ(errorOfKey("connectms"), "");
+}
+
+TEST(Settings, EveryKeyThatIsReadIsKnown) {
+    Names keys;
+    const SettingsReader read = [&](const std::string& section, const std::string& key) {
+        if (section == "Simulator") keys.push_back(key);
+        return std::string(key == "UseTcp" ? "true" : key == "TcpPort" ? "1" : "");
+    };
+    settingsFrom(read, {});
+    logPathFrom(read, {});
+    EXPECT_GE(keys.size(), 10U);
+    EXPECT_EQ(configErrorOf([&] { refuseUnknownKeys(keys); }), "");
+}
+
 TEST(Settings, TheStyleOfAnsweringIsChosen) {
     EXPECT_EQ(settingsOf({{"AnswerStyle", "separate"}}).answerStyle, AnswerStyle::Separate);
 }

@@ -34,9 +34,13 @@ inline EcuModel modelOf(const std::string& text) {
     return modelFromJson(JsonNode(document, "m.json"));
 }
 
+inline const char* smallModel();
+
+/// A script for the small model.
 inline Script scriptOf(const std::string& text, Transport transport = Transport::Tcp) {
     const nlohmann::json document = json(text);
-    return scriptFromJson(JsonNode(document, "s.json"), {600, transport});
+    return scriptFromJson(JsonNode(document, "s.json"),
+                          {600, transport, namesOf(modelOf(smallModel()).parameters)});
 }
 
 // The text of the ConfigError that the call throws; empty when it throws none.
