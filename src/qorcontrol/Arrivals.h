@@ -60,7 +60,7 @@ public:
 
     /// The present time on the clock of `Arrival::timeMs`: the milliseconds of the system's tick
     /// count, continued beyond 32 bits (its low half is what GetTickCount returns). It moves in
-    /// steps of 10 to 16 ms, so values that came in one step have the same time. For the time of
+    /// steps of up to 16 ms, so values that came in one step have the same time. For the time of
     /// day ask for both at one moment and add the difference.
     static std::uint64_t nowMs();
 

@@ -34,7 +34,7 @@ const char* const footer =
     "--json prints the same as one object per line, {\"t\":1.2,\"values\":{\"NAME\":3}}; the last\n"
     "line is an object of its own: parameters, steps, log.\n"
     "Times are those of arrival, in seconds from the begin of the watch; the clock moves in steps\n"
-    "of 10 to 20 ms, so values of one step have the same time.\n"
+    "of up to 20 ms, so values of one step have the same time.\n"
     "\n"
     "Ctrl-C ends the watch in order and counts as success. A name that QOR does not know makes\n"
     "the command fail before anything is watched.\n"
