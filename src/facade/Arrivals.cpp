@@ -13,7 +13,6 @@
 
 using qorcontrol::Arrival;
 using qorcontrol::Arrivals;
-using qorcontrol::Cause;
 using sinkstreams::ValueRing;
 
 namespace {
