@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "cinterface/Awaited.h"
+#include "common/Awaited.h"
 #include "common/Moment.h"
 #include "facade/channel/StreamSinks.h"
 
@@ -37,7 +37,7 @@ private:
         bool closed = false;
     };
 
-    Awaited<Content> content_;
+    common::Awaited<Content> content_;
 };
 
 }  // namespace cinterface

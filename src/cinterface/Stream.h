@@ -3,10 +3,12 @@
 #include <memory>
 #include <utility>
 
-#include "cinterface/ValueRing.h"
+#include "facade/ValueRing.h"
 #include "qorcontrol/Outcome.h"
 
 namespace cinterface {
+
+using sinkstreams::ValueRing;
 
 class Session;
 

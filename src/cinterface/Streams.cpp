@@ -1,6 +1,5 @@
 // Streams of values and of trouble codes.
 
-#include <algorithm>
 #include <optional>
 #include <utility>
 
@@ -10,8 +9,8 @@
 #include "cinterface/Stream.h"
 #include "cinterface/TroubleCodes.h"
 #include "common/Clock.h"
-#include "common/SlicedWait.h"
 #include "facade/CauseTexts.h"
+#include "facade/ReadWithin.h"
 
 using cinterface::call;
 using cinterface::callOn;
@@ -25,7 +24,8 @@ using cinterface::refuse;
 using cinterface::refuseArgument;
 using cinterface::Session;
 using cinterface::Stream;
-using cinterface::ValueRing;
+using sinkstreams::readWithin;
+using sinkstreams::ValueRing;
 
 namespace {
 
@@ -59,20 +59,13 @@ Outcome silenceOf(const common::Verdict& last) {
                                       causetexts::sentence(last.cause, last.detail));
 }
 
-/// So often a reader looks whether there still is somebody who sends anything.
-constexpr unsigned int lookMs = 50;
+/// Null where there is no session any more.
+const channel::AgentLife* agentOf(const Session* session) {
+    return session == nullptr ? nullptr : &session->channel().agent;
+}
 
-/// Lets `read` wait, given a time, until it has found something (true) or the time has passed, or
-/// until it has found nothing and the agent has ended. `session` may be null.
-template <class Read>
-void readWithin(unsigned int timeoutMs, const Session* session, Read&& read) {
-    common::SlicedWait wait(timeoutMs);
-    do {
-        if (read(std::min(wait.sliceMs(), lookMs))) return;
-        if (session == nullptr || session->isOperating()) continue;
-        read(0);  // what came at the last moment
-        return;
-    } while (wait.goesOn());
+QorSample sampleOf(const qorcontrol::Arrival& arrival) {
+    return {arrival.name, arrival.missed, arrival.value, static_cast<double>(arrival.timeMs)};
 }
 
 }  // namespace
@@ -104,8 +97,10 @@ int QOR_CALL QorReadParamStream(QorStream stream, QorSample* samples, unsigned i
         if (capacity == 0) refuseArgument("capacity is 0");
         const auto session = found->session();
         std::optional<unsigned int> got;
-        readWithin(timeoutMs, session.get(), [&](unsigned int waitMs) {
-            got = found->ring().read(samples, capacity, waitMs);
+        readWithin(timeoutMs, agentOf(session.get()), [&](unsigned int waitMs) {
+            got = found->ring().read(capacity, waitMs, [&](unsigned int i, const auto& arrival) {
+                samples[i] = sampleOf(arrival);
+            });
             return !got || *got != 0;
         });
         if (!got) refuseStream();
@@ -138,7 +133,7 @@ int QOR_CALL QorReadDtcStream(QorHandle handle, unsigned int timeoutMs, QorDtc* 
         CodeBox::Read read;
         read.found = CodeBox::Found::closed;
         if (box != nullptr)
-            readWithin(timeoutMs, &session, [&](unsigned int waitMs) {
+            readWithin(timeoutMs, agentOf(&session), [&](unsigned int waitMs) {
                 read = box->read(waitMs);
                 return read.found != CodeBox::Found::nothing;
             });

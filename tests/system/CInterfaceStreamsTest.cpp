@@ -1,7 +1,6 @@
 // Streams of the C interface: each value once, with its time and with what was missed before it.
 
 #include <atomic>
-#include <cstring>
 #include <map>
 #include <thread>
 
@@ -46,19 +45,7 @@ protected:
             }
         }
     }
-    /// How many values of a parameter QOR has sent by itself.
-    unsigned sent(std::uint32_t index) const {
-        constexpr unsigned idReceiveParamData = 6;
-        unsigned count = 0;
-        for (const WireRecord& record : station.wire()) {
-            std::uint32_t of = 0;
-            if (record.toQor || record.id != idReceiveParamData || record.payload.size() < 4)
-                continue;
-            std::memcpy(&of, record.payload.data(), sizeof of);
-            if (of == index) ++count;
-        }
-        return count;
-    }
+    unsigned sent(std::uint32_t index) const { return valuesSentIn(station.wire(), index); }
     /// From some time after the connect on QOR sends nothing any more.
     void stallAfter(unsigned ms) {
         station.script =

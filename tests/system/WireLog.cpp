@@ -1,6 +1,7 @@
 #include "WireLog.h"
 
 #include <algorithm>
+#include <cstring>
 #include <iterator>
 #include <nlohmann/json.hpp>
 #include <set>
@@ -81,6 +82,17 @@ std::vector<WireRecord> requestsIn(const std::vector<WireRecord>& records) {
 
 std::vector<WireRecord> answersIn(const std::vector<WireRecord>& records) {
     return selected(records, false);
+}
+
+unsigned valuesSentIn(const std::vector<WireRecord>& records, std::uint32_t index) {
+    const auto isOne = [&](const WireRecord& record) {
+        std::uint32_t of = 0;
+        if (record.toQor || record.id != idReceiveParamData || record.payload.size() < sizeof of)
+            return false;
+        std::memcpy(&of, record.payload.data(), sizeof of);
+        return of == index;
+    };
+    return static_cast<unsigned>(std::count_if(records.begin(), records.end(), isOne));
 }
 
 std::vector<std::string> asText(const std::vector<WireRecord>& records) {

@@ -31,5 +31,8 @@ std::vector<WireRecord> requestsIn(const std::vector<WireRecord>& records);
 /// What QOR answered or told: no acknowledgements, no answer to a question for the ECU's state.
 std::vector<WireRecord> answersIn(const std::vector<WireRecord>& records);
 
+/// How many values of the parameter with that index QOR has sent by itself.
+unsigned valuesSentIn(const std::vector<WireRecord>& records, std::uint32_t index);
+
 /// Each record as a line such as "DirectCtrl 33 op=4 [1500] ''".
 std::vector<std::string> asText(const std::vector<WireRecord>& records);

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "facade/QorControlFacade.h"
+#include "qorcontrol/Arrivals.h"
 
 // The records hold texts and so are not of the simplest kind of class, but they have no base and
 // nothing virtual: the places are well defined for this compiler.
@@ -101,6 +102,15 @@ TEST(Layout, ParamValueIsANameAndAList) {
     const Places places = {offsetof(Value, name), offsetof(Value, values)};
     EXPECT_EQ(places, (Places{0, 24}));
     EXPECT_EQ(sizeof(Value), 36u);
+}
+
+TEST(Layout, AnArrivalIsTwoWordsAValueAndATime) {
+    using qorcontrol::Arrival;
+    const Places places = {offsetof(Arrival, name), offsetof(Arrival, missed),
+                           offsetof(Arrival, value), offsetof(Arrival, timeMs)};
+    EXPECT_EQ(places, (Places{0, 4, 8, 16}));
+    EXPECT_EQ(sizeof(Arrival), 24u);
+    EXPECT_EQ(sizeof(qorcontrol::Arrivals), 4u);
 }
 
 TEST(Layout, ParamDescriptionIsANameFourTextsAWordAndAFlag) {

@@ -30,7 +30,7 @@ TEST(CsvText, ANumberHasAllItsDigitsAndNoMore) {
               csvRow({12.3456, {0.1, 835.2102589784537, 1e300}}));
 }
 
-TEST(JsonLine, HoldsTheFreshValuesByName) {
+TEST(JsonLine, HoldsTheValuesByName) {
     EXPECT_EQ(R"({"t":1.25,"values":{"Pressure":2.5,"Speed":800.0}})",
               jsonLine({"Speed", "Pressure"}, {1.25, {800, 2.5}}));
     EXPECT_EQ(R"({"t":1.235,"values":{"Pressure":2.5}})",
@@ -53,10 +53,17 @@ TEST_F(LinesOfChange, AValueIsToldAgainOnlyWhenItHasChanged) {
     EXPECT_THAT(lines.linesOf({0.6, {800, 3}}), IsEmpty());
 }
 
+TEST_F(LinesOfChange, WhatDidNotArriveIsNotTold) {
+    lines.linesOf({0.2, {800, 2}});
+    EXPECT_THAT(lines.linesOf({0.4, {std::nullopt, 2}}), IsEmpty());
+    EXPECT_THAT(lines.linesOf({0.6, {std::nullopt, 3}}), ElementsAre("0.600 Pressure 3"));
+}
+
 TEST_F(LinesOfChange, AStallIsToldOnceAndTheReturnToo) {
+    const Sample stall = {0.4, {std::nullopt, std::nullopt}, {0}};
     lines.linesOf({0.2, {800, std::nullopt}});
-    EXPECT_THAT(lines.linesOf({0.4, {std::nullopt, std::nullopt}}), ElementsAre("0.400 Speed -"));
-    EXPECT_THAT(lines.linesOf({0.6, {std::nullopt, std::nullopt}}), IsEmpty());
+    EXPECT_THAT(lines.linesOf(stall), ElementsAre("0.400 Speed -"));
+    EXPECT_THAT(lines.linesOf(stall), IsEmpty());
     EXPECT_THAT(lines.linesOf({0.8, {800, std::nullopt}}), ElementsAre("0.800 Speed 800"));
 }
 

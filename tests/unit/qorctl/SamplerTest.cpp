@@ -3,108 +3,142 @@
 #include <gmock/gmock.h>
 
 #include <cmath>
+#include <sstream>
 
 using namespace qorctl;
 using testing::ElementsAre;
-using testing::Eq;
 using testing::IsEmpty;
-using testing::Optional;
 
 namespace {
 
-constexpr double periodS = 0.25;
+constexpr double staleS = 0.75;
+constexpr std::size_t speedName = 0;
+constexpr std::size_t pressureName = 1;
 
 class SamplerAtWork : public testing::Test {
 protected:
-    Sampler sampler{{"Speed", "Pressure"}, periodS};
+    Sampler sampler{{"Speed", "Pressure"}, staleS};
 
-    const ParamHistory& speed() const { return sampler.histories()[0]; }
-    const ParamHistory& pressure() const { return sampler.histories()[1]; }
+    const ParamHistory& speed() const { return sampler.histories()[speedName]; }
+    const ParamHistory& pressure() const { return sampler.histories()[pressureName]; }
+    void takeSpeed(double value, double timeS) { sampler.take(speedName, value, 0, timeS); }
+    void takePressure(double value, double timeS) { sampler.take(pressureName, value, 0, timeS); }
+
+    /// All that are complete, each as "time: values" with "." for none, or "time: -name".
+    std::vector<std::string> samples() {
+        std::vector<std::string> texts;
+        while (const auto sample = sampler.next()) {
+            std::ostringstream text;
+            text << sample->timeS << ":";
+            for (const auto& value : sample->values)
+                if (sample->hasValues()) text << " " << (value ? std::to_string(int(*value)) : ".");
+            for (const std::size_t name : sample->stalled) text << " -" << name;
+            texts.push_back(text.str());
+        }
+        return texts;
+    }
 };
 
-TEST_F(SamplerAtWork, BeforeTheFirstBatchThereIsNoSample) {
-    EXPECT_EQ(std::nullopt, sampler.sampleAt(100));
+TEST_F(SamplerAtWork, BeforeTheFirstValueThereIsNoSample) {
+    sampler.settle(100);
+    EXPECT_EQ(std::nullopt, sampler.next());
     EXPECT_THAT(sampler.unseen(), ElementsAre("Speed", "Pressure"));
 }
 
-TEST_F(SamplerAtWork, AnEmptyBatchBeginsNothing) {
-    sampler.take({}, 1);
-    EXPECT_EQ(std::nullopt, sampler.sampleAt(100));
+TEST_F(SamplerAtWork, WhatArrivedAtOneTimeIsOneSample) {
+    takeSpeed(800, 1);
+    takePressure(2, 1);
+    takePressure(3, 1.02);
+    takeSpeed(810, 1.2);
+    sampler.finish();
+    EXPECT_THAT(samples(), ElementsAre("1: 800 2", "1.02: . 3", "1.2: 810 ."));
+    EXPECT_EQ(3u, sampler.samples());
 }
 
-TEST_F(SamplerAtWork, TheFirstSampleComesAPeriodAfterTheFirstBatch) {
-    sampler.take({{"Speed", {800}}}, 1);
-    EXPECT_EQ(std::nullopt, sampler.sampleAt(1.24));
-    sampler.take({{"Speed", {810}}, {"Pressure", {2}}}, 1.24);
-    const auto sample = sampler.sampleAt(1.25);
-    ASSERT_TRUE(sample);
-    EXPECT_EQ(1.25, sample->timeS);
-    EXPECT_THAT(sample->values, ElementsAre(Optional(810.0), Optional(2.0)));
+TEST_F(SamplerAtWork, TwoValuesOfOneParameterAtOneTimeAreTwoSamples) {
+    takeSpeed(800, 1);
+    takeSpeed(801, 1);
+    takePressure(2, 1);
+    sampler.finish();
+    EXPECT_THAT(samples(), ElementsAre("1: 800 .", "1: 801 2"));
+    EXPECT_EQ(2u, speed().samples);
 }
 
-TEST_F(SamplerAtWork, ManyBatchesOfOnePeriodMakeOneSample) {
-    for (int i = 0; i < 20; ++i) sampler.take({{"Speed", {800.0 + i}}}, 1 + i * 0.0125);
-    EXPECT_TRUE(sampler.sampleAt(1.25));
-    EXPECT_FALSE(sampler.sampleAt(1.26));
+TEST_F(SamplerAtWork, ASampleIsCompleteOnceNothingOfItsTimeCanCome) {
+    takeSpeed(800, 1);
+    sampler.settle(1.04);
+    EXPECT_THAT(samples(), IsEmpty());
+    takePressure(2, 1);
+    sampler.settle(1.06);
+    EXPECT_THAT(samples(), ElementsAre("1: 800 2"));
+}
+
+TEST_F(SamplerAtWork, AValueIsGivenOutOnceHoweverLongNoOtherComes) {
+    takeSpeed(800, 1);
+    for (double nowS = 1; nowS < 10; nowS += 0.1) sampler.settle(nowS);
+    sampler.finish();
+    EXPECT_THAT(samples(), ElementsAre("1: 800 .", "1.75: -0"));
     EXPECT_EQ(1u, sampler.samples());
-    EXPECT_EQ(800, speed().lowest);
-    EXPECT_EQ(819, speed().highest);
+    EXPECT_EQ(1u, speed().samples);
 }
 
-TEST_F(SamplerAtWork, AValueThatIsLeftOutForAPeriodIsStale) {
-    sampler.take({{"Speed", {800}}, {"Pressure", {2}}}, 1);
-    sampler.take({{"Pressure", {3}}}, 1.2);
-    EXPECT_TRUE(sampler.isFresh(speed(), 1.24));
-    EXPECT_FALSE(sampler.isFresh(speed(), 1.25));
-    EXPECT_THAT(sampler.sampleAt(1.25)->values, ElementsAre(Eq(std::nullopt), Optional(3.0)));
+TEST_F(SamplerAtWork, AStallIsToldInItsPlaceAmongTheOthers) {
+    takeSpeed(800, 1);
+    for (int i = 0; i <= 4; ++i) takePressure(i, 1.1 + 0.2 * i);
+    takeSpeed(900, 2);
+    sampler.finish();
+    EXPECT_THAT(samples(), ElementsAre("1: 800 .", "1.1: . 0", "1.3: . 1", "1.5: . 2", "1.7: . 3",
+                                       "1.75: -0", "1.9: . 4", "2: 900 ."));
 }
 
-TEST_F(SamplerAtWork, WhenAllStallTheSamplesGoOnWithoutValues) {
-    sampler.take({{"Speed", {800}}}, 1);
-    sampler.take({{"Speed", {800}}}, 1.2);
-    EXPECT_THAT(sampler.sampleAt(1.25)->values, ElementsAre(Optional(800.0), Eq(std::nullopt)));
-    EXPECT_THAT(sampler.sampleAt(1.5)->values, ElementsAre(Eq(std::nullopt), Eq(std::nullopt)));
-    EXPECT_TRUE(sampler.sampleAt(1.75));
+TEST_F(SamplerAtWork, StallsComeInTheOrderInWhichTheyAreDue) {
+    takePressure(2, 1);
+    takeSpeed(800, 1.1);
+    sampler.settle(3);
+    EXPECT_THAT(samples(), ElementsAre("1: . 2", "1.1: 800 .", "1.75: -1", "1.85: -0"));
 }
 
 TEST_F(SamplerAtWork, AnInterruptionCountsOnceAndOnlyAfterAValue) {
-    sampler.take({{"Speed", {800}}}, 1);
-    sampler.take({{"Speed", {800}}}, 1.2);
-    for (double nowS = 1.25; nowS < 2.5; nowS += periodS) sampler.sampleAt(nowS);
-    sampler.take({{"Speed", {900}}}, 2.45);
-    EXPECT_THAT(sampler.sampleAt(2.5)->values, ElementsAre(Optional(900.0), Eq(std::nullopt)));
+    takeSpeed(800, 1);
+    sampler.settle(1.5);
+    EXPECT_EQ(0u, speed().interruptions);
+    for (double nowS = 1.7; nowS < 4; nowS += 0.1) sampler.settle(nowS);
     EXPECT_EQ(1u, speed().interruptions);
-    EXPECT_EQ(2u, speed().samples);
+    takeSpeed(900, 4);
+    EXPECT_FALSE(speed().isStalled);
+    takeSpeed(900, 5);  // which nobody had looked for meanwhile
+    EXPECT_EQ(2u, speed().interruptions);
     EXPECT_EQ(0u, pressure().interruptions);
 }
 
-TEST_F(SamplerAtWork, PeriodsThatWereSleptThroughGetNoSample) {
-    sampler.take({{"Speed", {800}}}, 1);
-    EXPECT_TRUE(sampler.sampleAt(3));
-    EXPECT_FALSE(sampler.sampleAt(3.2));
-    EXPECT_TRUE(sampler.sampleAt(3.25));
+TEST_F(SamplerAtWork, AValueIsFreshUntilItHasStalled) {
+    EXPECT_FALSE(sampler.isFresh(speed(), 1));
+    takeSpeed(800, 1);
+    EXPECT_TRUE(sampler.isFresh(speed(), 1.74));
+    EXPECT_FALSE(sampler.isFresh(speed(), 1.75));
 }
 
-TEST_F(SamplerAtWork, ALateSampleDoesNotShiftTheNextOnes) {
-    sampler.take({{"Speed", {800}}}, 1);
-    EXPECT_TRUE(sampler.sampleAt(1.35));
-    EXPECT_TRUE(sampler.sampleAt(1.5));
+TEST_F(SamplerAtWork, WhatWasMissedIsKept) {
+    sampler.take(speedName, 800, 3, 1);
+    sampler.take(speedName, 800, 5, 1.1);
+    EXPECT_EQ(5u, speed().missed);
+    EXPECT_EQ(0u, pressure().missed);
 }
 
 TEST_F(SamplerAtWork, WhatIsNoNumberDoesNotSpoilTheRange) {
-    sampler.take({{"Speed", {NAN}}}, 1);
+    takeSpeed(NAN, 1);
     EXPECT_FALSE(speed().hasRange);
-    sampler.take({{"Speed", {5}}}, 1.1);
-    sampler.take({{"Speed", {INFINITY}}}, 1.2);
+    takeSpeed(5, 1.1);
+    takeSpeed(INFINITY, 1.2);
     EXPECT_EQ(5, speed().lowest);
     EXPECT_EQ(5, speed().highest);
     EXPECT_TRUE(std::isinf(speed().last));
 }
 
-TEST_F(SamplerAtWork, NamesThatNobodyAskedForAndValuesThatAreMissingDoNotCount) {
-    sampler.take({{"Other", {1}}, {"Speed", {}}}, 1);
-    EXPECT_THAT(sampler.unseen(), ElementsAre("Speed", "Pressure"));
-    sampler.take({{"Speed", {1}}, {"Pressure", {1}}}, 1.1);
+TEST_F(SamplerAtWork, WhatHasNotComeYetIsNamed) {
+    takePressure(1, 1);
+    EXPECT_THAT(sampler.unseen(), ElementsAre("Speed"));
+    takeSpeed(1, 1.1);
     EXPECT_THAT(sampler.unseen(), IsEmpty());
 }
 

@@ -8,19 +8,28 @@
 #include "Interrupt.h"
 #include "JsonText.h"
 #include "operations/Values.h"
-#include "watch/StreamQueue.h"
-#include "watch/WatchClock.h"
 
 namespace qorctl {
 namespace {
 
-using ValueQueue = StreamQueue<QorControlFacade::ParamValue>;
+using qorcontrol::Arrivals;
 
-constexpr unsigned int popMs = 20;
+// A minute of a hundred parameters at 100 ms, should the disk or the reader of the output hold this
+// program up.
+constexpr unsigned int slots = 60000;
+constexpr unsigned int pauseMs = 20;
 constexpr double refreshS = 0.1;
+// QOR sends a value per refresh period. The library's clock moves in steps of up to 20 ms, so a
+// short period says nothing.
+constexpr double stalePeriods = 3;
+constexpr double leastStaleS = 0.2;
 // A value comes within a refresh period or two; after this long a person wonders.
 constexpr double patienceS = 3;
 constexpr double patienceInPeriods = 3;
+
+double staleAfterS(unsigned int refreshMs) {
+    return std::max(leastStaleS, stalePeriods * refreshMs / 1000.0);
+}
 
 std::string listOf(const std::vector<std::string>& names) {
     return fmt::format("{}", fmt::join(names, ", "));
@@ -33,7 +42,7 @@ ParamWatch::ParamWatch(Conversation& conversation, const Options& options, PlotS
       session_(conversation.session()),
       options_(options),
       series_(series),
-      sampler_(options.names, session_.options().refreshMs / 1000.0) {}
+      sampler_(options.names, staleAfterS(session_.options().refreshMs)) {}
 
 void ParamWatch::run() {
     if (!conversation_.step("describe parameters", [this] { return describe(); })) return;
@@ -55,26 +64,19 @@ Outcome ParamWatch::describe() {
 }
 
 Outcome ParamWatch::stream() {
-    ValueQueue queue;
     const auto view =
         makeSampleView(options_.format, conversation_.console(), options_.names, units_);
     view->begin();
     CallNotes calls;
-    calls.note(session_.facade().startParamRead(queue.get(), options_.names));
     const WatchClock clock(options_.forS);
+    Arrivals arrivals(session_.facade(), options_.names, slots);
     double refreshedS = 0;
-    while (!clock.isOver() && !interrupt::isRequested() && canPrint()) {
-        ValueBatch batch;
-        unsigned int waitMs = popMs;
-        // Everything that is there before the sample: else a pause of ours would look like one of
-        // the parameters.
-        for (unsigned int i = 0; i < ValueQueue::slots && queue.pop(batch, waitMs); ++i, waitMs = 0)
-            sampler_.take(batch, clock.seconds());
+    while (!clock.isOver() && canPrint() && interrupt::sleepMs(pauseMs)) {
+        // Before the values are taken: one that is on its way meanwhile is not late.
         const double nowS = clock.seconds();
-        if (const auto sample = sampler_.sampleAt(nowS)) {
-            view->show(*sample);
-            if (series_ != nullptr) series_->take(*sample);
-        }
+        takeWhatArrived(arrivals, clock);
+        sampler_.settle(nowS);
+        show(*view);
         if (nowS - refreshedS >= refreshS) {
             view->refresh(sampler_, nowS);
             refreshedS = nowS;
@@ -82,11 +84,27 @@ Outcome ParamWatch::stream() {
         tellWhatIsMissing(nowS);
     }
     elapsedS_ = clock.seconds();
+    arrivals.stop();
+    takeWhatArrived(arrivals, clock);
+    sampler_.finish();
+    show(*view);
     view->end(sampler_, elapsedS_);
-    session_.facade().stopParamRead(queue.get());
-    const bool stopIsSeen =
-        calls.note(queue.retire(session_.facade(), session_.options().timeoutMs));
+    const bool stopIsSeen = calls.note(session_.facade().pingQor(session_.options().timeoutMs));
     return judge(stopIsSeen, calls);
+}
+
+void ParamWatch::takeWhatArrived(Arrivals& arrivals, const WatchClock& clock) {
+    std::vector<qorcontrol::Arrival> values;
+    if (!arrivals.read(values, 0)) return;
+    for (const qorcontrol::Arrival& each : values)
+        sampler_.take(each.name, each.value, each.missed, clock.secondsAt(each.timeMs));
+}
+
+void ParamWatch::show(SampleView& view) {
+    while (const auto sample = sampler_.next()) {
+        view.show(*sample);
+        if (series_ != nullptr) series_->take(*sample);
+    }
 }
 
 void ParamWatch::tellWhatIsMissing(double nowS) {
@@ -109,11 +127,12 @@ Outcome ParamWatch::judge(bool stopIsSeen, const CallNotes& calls) const {
     const std::vector<std::string> unseen = sampler_.unseen();
     if (!canPrint()) return Outcome::failure(text + ", then nobody read the output any more");
     if (sampler_.samples() == 0 && !interrupt::isRequested())
-        return calls.failure(fmt::format("no {} came in {:.1f} s",
-                                         unseen.empty() ? "whole refresh period" : "value",
-                                         elapsedS_));
+        return calls.failure(fmt::format("no value came in {:.1f} s", elapsedS_));
     if (!stopIsSeen) return calls.failure(text + ", then QOR did not answer any more");
     if (!unseen.empty()) text += ", no value of " + listOf(unseen);
+    unsigned int missed = 0;
+    for (const ParamHistory& history : sampler_.histories()) missed += history.missed;
+    if (missed != 0) text += fmt::format(", {} values came too fast to be read", missed);
     return Outcome::success(text);
 }
 
@@ -126,6 +145,7 @@ void ParamWatch::addResults() {
         nlohmann::json row = {{"name", utf8Of(history.name)},
                               {"unit", utf8Of(units_[i])},
                               {"samples", history.samples},
+                              {"missed", history.missed},
                               {"interruptions", history.interruptions}};
         if (history.hasRange) {
             row["lowest"] = history.lowest;

@@ -5,9 +5,11 @@
 
 #include "CallNotes.h"
 #include "Conversation.h"
+#include "qorcontrol/Arrivals.h"
 #include "watch/plot/PlotSeries.h"
 #include "watch/Sampler.h"
 #include "watch/SampleView.h"
+#include "watch/WatchClock.h"
 
 namespace qorctl {
 
@@ -28,6 +30,8 @@ public:
 private:
     Outcome describe();
     Outcome stream();
+    void takeWhatArrived(qorcontrol::Arrivals& arrivals, const WatchClock& clock);
+    void show(SampleView& view);
     void tellWhatIsMissing(double nowS);
     Outcome judge(bool stopIsSeen, const CallNotes& calls) const;
     void addResults();

@@ -60,14 +60,14 @@ ChangeLines::ChangeLines(std::vector<std::string> names)
 
 std::vector<std::string> ChangeLines::linesOf(const Sample& sample) {
     std::vector<std::string> lines;
-    for (std::size_t i = 0; i < names_.size(); ++i) {
-        const auto& value = sample.values[i];
-        if (!value && shown_[i].empty()) continue;  // it has not begun
-        std::string now = value ? textOf(*value) : noValue;
-        if (now == shown_[i]) continue;
+    const auto show = [&](std::size_t i, std::string now) {
+        if (now == shown_[i]) return;
         lines.push_back(fmt::format("{} {} {}", textOfTime(sample.timeS), names_[i], now));
         shown_[i] = std::move(now);
-    }
+    };
+    for (std::size_t i = 0; i < names_.size(); ++i)
+        if (sample.values[i]) show(i, textOf(*sample.values[i]));
+    for (const std::size_t i : sample.stalled) show(i, noValue);
     return lines;
 }
 

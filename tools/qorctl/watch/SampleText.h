@@ -15,7 +15,7 @@ std::string textOfTime(double timeS);
 std::string csvHeader(const std::vector<std::string>& names);
 std::string csvRow(const Sample& sample);
 
-/// {"t":1.25,"values":{"EngineSpeed":812}}: a parameter without a fresh value is left out.
+/// {"t":1.25,"values":{"EngineSpeed":812}}: a parameter that brought nothing then is left out.
 std::string jsonLine(const std::vector<std::string>& names, const Sample& sample);
 
 /// "time_s NAME value" for each value that differs from the one before, and "-" in place of a

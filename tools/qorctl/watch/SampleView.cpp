@@ -57,7 +57,9 @@ public:
         : LineView(console), names_(std::move(names)) {}
 
     void begin() override { print(csvHeader(names_)); }
-    void show(const Sample& sample) override { print(csvRow(sample)); }
+    void show(const Sample& sample) override {
+        if (sample.hasValues()) print(csvRow(sample));
+    }
 
 private:
     const std::vector<std::string> names_;
@@ -68,7 +70,9 @@ public:
     JsonView(Console& console, std::vector<std::string> names)
         : LineView(console), names_(std::move(names)) {}
 
-    void show(const Sample& sample) override { print(jsonLine(names_, sample)); }
+    void show(const Sample& sample) override {
+        if (sample.hasValues()) print(jsonLine(names_, sample));
+    }
 
 private:
     const std::vector<std::string> names_;

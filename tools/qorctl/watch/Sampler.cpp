@@ -2,54 +2,85 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace qorctl {
 
-Sampler::Sampler(const std::vector<std::string>& names, double periodS)
-    : periodS_(periodS), wasFresh_(names.size(), false) {
+Sampler::Sampler(const std::vector<std::string>& names, double staleAfterS)
+    : staleAfterS_(staleAfterS) {
     for (const std::string& name : names) {
         histories_.emplace_back();
         histories_.back().name = name;
     }
 }
 
-void Sampler::take(const ValueBatch& batch, double nowS) {
-    if (!nextS_ && !batch.empty()) nextS_ = nowS + periodS_;
-    for (const auto& value : batch)
-        for (ParamHistory& history : histories_)
-            if (history.name == value.name && !value.values.empty())
-                note(history, value.values.front(), nowS);
+void Sampler::take(std::size_t name, double value, unsigned int missed, double timeS) {
+    if (open_ && (open_->timeS != timeS || open_->values[name])) completeOpen();
+    if (!open_) {
+        tellStalls(timeS);
+        open_ = Sample{timeS, std::vector<std::optional<double>>(histories_.size()), {}};
+    }
+    open_->values[name] = value;
+    histories_[name].missed = missed;
+    note(histories_[name], value, timeS);
 }
 
-void Sampler::note(ParamHistory& history, double value, double nowS) const {
+void Sampler::settle(double nowS) {
+    const double settledS = nowS - handOnS;
+    if (open_ && open_->timeS < settledS) completeOpen();
+    if (!open_) tellStalls(settledS);
+}
+
+void Sampler::finish() {
+    if (open_) completeOpen();
+}
+
+std::optional<Sample> Sampler::next() {
+    if (complete_.empty()) return std::nullopt;
+    std::optional<Sample> sample = std::move(complete_.front());
+    complete_.pop_front();
+    return sample;
+}
+
+void Sampler::completeOpen() {
+    complete_.push_back(std::move(*open_));
+    open_.reset();
+    ++samples_;
+}
+
+/// In the order in which they were due.
+void Sampler::tellStalls(double nowS) {
+    std::vector<std::size_t> due;
+    for (std::size_t i = 0; i < histories_.size(); ++i)
+        if (histories_[i].isSeen && !histories_[i].isStalled && !isFresh(histories_[i], nowS))
+            due.push_back(i);
+    std::stable_sort(due.begin(), due.end(), [this](std::size_t one, std::size_t other) {
+        return histories_[one].seenS < histories_[other].seenS;
+    });
+    for (const std::size_t i : due) {
+        ParamHistory& history = histories_[i];
+        history.isStalled = true;
+        ++history.interruptions;
+        complete_.push_back({history.seenS + staleAfterS_,
+                             std::vector<std::optional<double>>(histories_.size()),
+                             {i}});
+    }
+}
+
+void Sampler::note(ParamHistory& history, double value, double timeS) {
     history.isSeen = true;
-    history.seenS = nowS;
+    history.isStalled = false;
+    history.seenS = timeS;
     history.last = value;
+    ++history.samples;
     if (!std::isfinite(value)) return;
     history.lowest = history.hasRange ? std::min(history.lowest, value) : value;
     history.highest = history.hasRange ? std::max(history.highest, value) : value;
     history.hasRange = true;
 }
 
-std::optional<Sample> Sampler::sampleAt(double nowS) {
-    if (!nextS_ || nowS < *nextS_) return std::nullopt;
-    nextS_ = nowS < *nextS_ + periodS_ ? *nextS_ + periodS_ : nowS + periodS_;
-    ++samples_;
-    Sample sample;
-    sample.timeS = nowS;
-    for (std::size_t i = 0; i < histories_.size(); ++i) {
-        ParamHistory& history = histories_[i];
-        const bool fresh = isFresh(history, nowS);
-        if (fresh) ++history.samples;
-        if (wasFresh_[i] && !fresh) ++history.interruptions;
-        wasFresh_[i] = fresh;
-        sample.values.push_back(fresh ? std::optional<double>(history.last) : std::nullopt);
-    }
-    return sample;
-}
-
 bool Sampler::isFresh(const ParamHistory& history, double nowS) const {
-    return history.isSeen && nowS - history.seenS < periodS_;
+    return history.isSeen && nowS - history.seenS < staleAfterS_;
 }
 
 std::vector<std::string> Sampler::unseen() const {

@@ -1,63 +1,75 @@
 #pragma once
 
+#include <deque>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "QorControlFacade.h"
-
 namespace qorctl {
 
-using ValueBatch = std::vector<QorControlFacade::ParamValue>;
-
-/// One moment of a watch: the value of each parameter, in the order of their names, where it is
-/// fresh.
+/// One moment of a watch: the values that arrived in it, in the order of the parameters' names; or
+/// that some have ceased to come.
 struct Sample {
     double timeS = 0;
-    std::vector<std::optional<double>> values;
+    std::vector<std::optional<double>> values = {};
+    std::vector<std::size_t> stalled = {};  ///< which ones; then there are no values
+
+    bool hasValues() const { return stalled.empty(); }
 };
 
 /// What a watch has learnt of one parameter.
 struct ParamHistory {
     std::string name;
     double last = 0;     ///< the latest value; meaningless before the first one
-    double seenS = 0;    ///< when a batch last had it
+    double seenS = 0;    ///< when that arrived
     double lowest = 0;   ///< of all finite values
     double highest = 0;  ///< of all finite values
     bool isSeen = false;
+    bool isStalled = false;
     bool hasRange = false;           ///< whether there was a finite value
-    unsigned int samples = 0;        ///< in which it had a value
+    unsigned int samples = 0;        ///< the values that arrived
+    unsigned int missed = 0;         ///< those that did and could not be read
     unsigned int interruptions = 0;  ///< how often it stalled after it had had one
 };
 
-/// Makes samples at regular times out of the batches, which come far more often and repeat what
-/// QOR has sent until it is three refresh periods old. A value is fresh in a sample if a batch of
-/// the last period had it: the library leaves a parameter out once it has stalled.
+/// Makes samples of values as they arrive: what arrived at one time is one sample, and every value
+/// is in one. A parameter that brings nothing for longer than it may has stalled, which is told as
+/// a sample of its own. All times are seconds on the clock of the arrivals.
 class Sampler {
 public:
-    Sampler(const std::vector<std::string>& names, double periodS);
+    /// So long the library may take to hand on what has arrived.
+    static constexpr double handOnS = 0.05;
 
-    /// Times are seconds of one clock and never go back.
-    void take(const ValueBatch& batch, double nowS);
+    Sampler(const std::vector<std::string>& names, double staleAfterS);
 
-    /// The sample that is due by now; the first one a period after the first batch. Periods that
-    /// were slept through get none.
-    std::optional<Sample> sampleAt(double nowS);
+    /// In the order of their arrival. `missed`: see qorcontrol::Arrival.
+    void take(std::size_t name, double value, unsigned int missed, double timeS);
+    /// All that had been handed on at `nowS` has been taken.
+    void settle(double nowS);
+    /// Nothing more will be taken.
+    void finish();
+
+    /// The oldest sample that is complete and was not given out; their times never go back, unless
+    /// the library was held up for longer than `handOnS`.
+    std::optional<Sample> next();
 
     bool isFresh(const ParamHistory& history, double nowS) const;
     const std::vector<ParamHistory>& histories() const { return histories_; }
+    /// Those with values.
     unsigned int samples() const { return samples_; }
 
     /// The parameters that have not had a value yet.
     std::vector<std::string> unseen() const;
 
 private:
-    void note(ParamHistory& history, double value, double nowS) const;
+    static void note(ParamHistory& history, double value, double timeS);
+    void completeOpen();
+    void tellStalls(double nowS);
 
-    const double periodS_;
+    const double staleAfterS_;
     std::vector<ParamHistory> histories_;
-    std::vector<bool> wasFresh_;  // in the last sample
-    std::optional<double> nextS_;
+    std::optional<Sample> open_;  // whose time may still bring more
+    std::deque<Sample> complete_;
     unsigned int samples_ = 0;
 };
 

@@ -1,23 +1,28 @@
 #pragma once
 
-#include <chrono>
+#include <cstdint>
+
+#include "qorcontrol/Arrivals.h"
 
 namespace qorctl {
 
-/// Seconds since its construction, and whether the time that a watch was given is over.
+/// Seconds since its construction, on the clock of what arrives, and whether the time that a watch
+/// was given is over.
 class WatchClock {
 public:
     /// `limitS`: 0 for no limit.
     explicit WatchClock(double limitS) : limitS_(limitS) {}
 
-    double seconds() const {
-        return std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count();
+    double seconds() const { return secondsAt(qorcontrol::Arrivals::nowMs()); }
+    /// At a moment that is not before the construction.
+    double secondsAt(std::uint64_t timeMs) const {
+        return static_cast<double>(timeMs - startMs_) / 1000;
     }
     bool isOver() const { return limitS_ > 0 && seconds() >= limitS_; }
 
 private:
     const double limitS_;
-    const std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+    const std::uint64_t startMs_ = qorcontrol::Arrivals::nowMs();
 };
 
 }  // namespace qorctl

@@ -26,12 +26,16 @@ struct WatchOptions {
 
 const char* const footer =
     "On a terminal the values stand in a table that is redrawn in place. Elsewhere a value is\n"
-    "printed as \"time_s NAME value\" when it has changed, at most once per refresh period (see\n"
-    "--refresh), and with \"-\" as its value when it has ceased to come.\n"
-    "--csv prints one row per refresh period, with empty cells where nothing came.\n"
-    "--json prints one object per line and refresh period, {\"t\":1.2,\"values\":{\"NAME\":3}}; "
-    "the\n"
-    "last line is an object of its own: parameters, steps, log.\n"
+    "printed as \"time_s NAME value\" when it arrives and has changed, and with \"-\" as its "
+    "value\n"
+    "when it has ceased to come: nothing for three refresh periods (see --refresh), 0.2 s at "
+    "least.\n"
+    "--csv prints a row for each moment in which values arrived, with empty cells for those that\n"
+    "did not. Each value that QOR has sent stands there once; a stall adds no row.\n"
+    "--json prints the same as one object per line, {\"t\":1.2,\"values\":{\"NAME\":3}}; the last\n"
+    "line is an object of its own: parameters, steps, log.\n"
+    "Times are those of arrival, in seconds from the begin of the watch; the clock moves in steps\n"
+    "of up to 20 ms, so values of one step have the same time.\n"
     "\n"
     "Ctrl-C ends the watch in order and counts as success. A name that QOR does not know makes\n"
     "the command fail before anything is watched.\n"
@@ -68,7 +72,7 @@ int runWatch(const WatchOptions& options, const PlotFile* plot) {
         watch.run();
         if (plot == nullptr) return;
         conversation.closingStep("write the plot", [&] {
-            return series.isEmpty() ? Outcome::failure("there is no sample to draw")
+            return series.isEmpty() ? Outcome::failure("there is no value to draw")
                                     : plot->write(series, conversation.session());
         });
     });

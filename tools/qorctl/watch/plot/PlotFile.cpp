@@ -28,10 +28,9 @@ bool writeFile(const std::string& path, const std::string& bytes) {
     return file.good();
 }
 
-std::string samplesText(const PlotSeries& series, unsigned int refreshMs) {
-    std::string text = fmt::format("{}, one every {} ms", series.rows(),
-                                   static_cast<unsigned long long>(refreshMs) * series.stride());
-    if (series.stride() > 1) text += fmt::format(" (every {}th kept)", series.stride());
+std::string valuesText(const PlotSeries& series, unsigned int refreshMs) {
+    std::string text = fmt::format("{}, refresh period {} ms", series.values(), refreshMs);
+    if (series.stride() > 1) text += fmt::format(" (one in {} is drawn)", series.stride());
     return text;
 }
 
@@ -70,7 +69,7 @@ std::string PlotFile::pageOf(const PlotSeries& series, const Session& session) c
     tell("Settings", utf8Of(session.options().settingsPath));
     tell("Transport", utf8Of(session.settings().transport()));
     tell("Begun", begun_);
-    tell("Samples", samplesText(series, session.options().refreshMs));
+    tell("Values", valuesText(series, session.options().refreshMs));
     std::string names;
     for (const auto& curve : data["curves"])
         names += (names.empty() ? "" : ", ") + curve["name"].get<std::string>();

@@ -8,9 +8,9 @@
 
 namespace qorctl {
 
-/// What a page of curves is drawn from: the samples of a whole watch. Its memory is bounded: when
-/// it is full, every second sample goes and from then on only every second, fourth ... is kept. A
-/// gap never goes that way.
+/// What a page of curves is drawn from: the values of a whole watch, each at its time, and where a
+/// curve stalled a gap. Its memory is bounded: when it is full, every second value of each curve
+/// goes and from then on only every second, fourth ... is kept. A gap never goes that way.
 class PlotSeries {
 public:
     struct Curve {
@@ -27,25 +27,33 @@ public:
     void add(Curve curve);
     void take(const Sample& sample);
 
-    bool isEmpty() const { return times_.empty(); }
-    std::size_t rows() const { return times_.size(); }
-    std::size_t curves() const { return curves_.size(); }
-    /// One for all samples, 2 if every second one is kept ...
+    bool isEmpty() const { return points_ == 0; }
+    /// Of all curves, with their gaps.
+    std::size_t points() const { return points_; }
+    /// Of all that were taken, whatever is kept of them.
+    std::size_t values() const { return values_; }
+    /// One for all values, 2 if every second one is kept ...
     std::size_t stride() const { return stride_; }
 
-    /// {"times": [...], "curves": [{name, unit, meaning, values}]}; null where there is no value.
+    /// {"curves": [{name, unit, meaning, times, values}]}; null where there is a gap.
     nlohmann::json asJson() const;
 
 private:
+    struct Points {
+        std::vector<double> times;
+        std::vector<double> values;  // not a number where there is none
+        std::size_t taken = 0;
+    };
+
+    void addPoint(Points& points, double timeS, double value);
     void thinOut();
-    void mergeGaps(std::size_t row, const Sample& sample);
 
     const std::size_t maxNumbers_;
     std::vector<Curve> curves_;
-    std::vector<double> times_;
-    std::vector<std::vector<double>> values_;  // per curve; not a number where there is none
+    std::vector<Points> all_;  // per curve
+    std::size_t points_ = 0;
+    std::size_t values_ = 0;
     std::size_t stride_ = 1;
-    std::size_t taken_ = 0;
 };
 
 }  // namespace qorctl

@@ -7,6 +7,11 @@
     const chartHeight = 260;
     const axisWidth = 78; // the same everywhere: the charts' time axes stand below each other
     const noValue = "\u2013";
+    const keepGaps = 2; // of uPlot: what stands beside a gap in time belongs to it
+    // Each curve has times of its own. Where others have a value and it has none it is undefined,
+    // which its line passes over; only a gap is null.
+    const columns = uPlot.join(data.curves.map((curve) => [curve.times, curve.values]),
+        data.curves.map(() => [0, keepGaps]));
     let charts = [];
 
     const element = (name, parent, text = "") => {
@@ -48,8 +53,10 @@
         const values = chart.data[seriesIndex];
         const alone = [];
         if (show) return null; // every point is drawn anyway
-        values.forEach((value, i) => {
-            if (value != null && values[i - 1] == null && values[i + 1] == null) alone.push(i);
+        const own = values.flatMap((value, i) => (value === undefined ? [] : [i]));
+        own.forEach((at, i) => {
+            if (values[at] != null && values[own[i - 1]] == null && values[own[i + 1]] == null)
+                alone.push(at);
         });
         return alone;
     };
@@ -86,8 +93,8 @@
             element("h2", box, curves[0].unit || "without a unit");
             const style = getComputedStyle(box);
             const width = box.clientWidth - parseFloat(style.paddingLeft) - parseFloat(style.paddingRight);
-            const columns = [data.times, ...curves.map((curve) => curve.values)];
-            return new uPlot(optionsOf(curves, width), columns, box);
+            const own = [columns[0], ...curves.map((curve) => columns[curve.index + 1])];
+            return new uPlot(optionsOf(curves, width), own, box);
         });
     };
 

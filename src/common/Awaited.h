@@ -7,7 +7,7 @@
 #include "qorcontrol/Event.h"
 #include "qorcontrol/Sleep.h"
 
-namespace cinterface {
+namespace common {
 
 /// A value under a lock whose changes any number of threads can await. Who changes it pays for a
 /// kernel call only if somebody waits.
@@ -72,4 +72,4 @@ private:
     common::Event changed_;
 };
 
-}  // namespace cinterface
+}  // namespace common

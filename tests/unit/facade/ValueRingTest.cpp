@@ -1,10 +1,11 @@
-#include "cinterface/ValueRing.h"
+#include "facade/ValueRing.h"
 
 #include <gmock/gmock.h>
 
 #include <thread>
 
-using cinterface::ValueRing;
+using qorcontrol::Arrival;
+using sinkstreams::ValueRing;
 using testing::ElementsAre;
 
 namespace {
@@ -16,11 +17,15 @@ channel::Sample sample(std::size_t name, double value, std::uint64_t missed = 0)
 class Ring : public testing::Test {
 protected:
     ValueRing ring{3, 2};
-    QorSample samples[8] = {};
+    Arrival samples[8] = {};
 
+    std::optional<unsigned> readInto(unsigned capacity, unsigned timeoutMs) {
+        return ring.read(capacity, timeoutMs,
+                         [this](unsigned i, const Arrival& each) { samples[i] = each; });
+    }
     /// What is read at once, as values.
     std::vector<double> read(unsigned capacity = 8) {
-        const auto got = ring.read(samples, capacity, 0);
+        const auto got = readInto(capacity, 0);
         std::vector<double> values;
         for (unsigned i = 0; got && i < *got; ++i) values.push_back(samples[i].value);
         return values;
@@ -33,7 +38,7 @@ TEST_F(Ring, GivesTheOldestFirstAndNoMoreThanThereIsRoomFor) {
     ring.take(sample(0, 3));
     EXPECT_THAT(read(2), ElementsAre(1, 2));
     EXPECT_EQ(1u, samples[1].name);
-    EXPECT_EQ(1000.0, samples[1].timeMs);
+    EXPECT_EQ(1000u, samples[1].timeMs);
     EXPECT_THAT(read(2), ElementsAre(3));
     EXPECT_THAT(read(2), ElementsAre());
 }
@@ -65,7 +70,7 @@ TEST_F(Ring, AReaderWaitsForAValue) {
         common::sleepMs(50);
         ring.take(sample(0, 4));
     });
-    const auto got = ring.read(samples, 8, 10000);
+    const auto got = readInto(8, 10000);
     writer.join();
     EXPECT_EQ(1u, got);
 }
@@ -75,13 +80,20 @@ TEST_F(Ring, ClosingSendsAllReadersAway) {
     std::atomic<int> sentAway{0};
     for (int i = 0; i < 4; ++i)
         readers.emplace_back([&] {
-            QorSample to[1];
-            if (!ring.read(to, 1, 60000)) ++sentAway;
+            if (!ring.read(1, 60000, [](unsigned, const Arrival&) {})) ++sentAway;
         });
     common::sleepMs(50);
     ring.close();
     for (std::thread& reader : readers) reader.join();
     EXPECT_EQ(4, sentAway);
+}
+
+TEST_F(Ring, WhatIsThereWhenItIsClosedCanBeReadAndNothingComesBehindIt) {
+    ring.take(sample(0, 1));
+    ring.close();
+    ring.take(sample(0, 2));
+    EXPECT_THAT(read(), ElementsAre(1));
+    EXPECT_EQ(std::nullopt, readInto(8, 0));
 }
 
 }  // namespace

@@ -1,14 +1,15 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <optional>
 #include <vector>
 
-#include "cinterface/Awaited.h"
-#include "cinterface/QorControl.h"
+#include "common/Awaited.h"
 #include "facade/channel/StreamSinks.h"
+#include "qorcontrol/Arrivals.h"
 
-namespace cinterface {
+namespace sinkstreams {
 
 /// What QOR has sent of a stream and the reader has not got yet: as many values as the reader
 /// wanted, then the oldest go. It takes all its memory at the beginning, so the agent never fails
@@ -23,12 +24,23 @@ public:
     /// How the last preparation ended; `notReady` before the first one.
     common::Verdict preparation();
 
-    /// At most so many of the oldest, when there are any or the time has passed. Nothing if it is
-    /// closed.
-    std::optional<unsigned int> read(QorSample* samples, unsigned int capacity,
-                                     unsigned int timeoutMs);
+    /// Hands at most so many of the oldest to `put(number, arrival)`, which must be quick, when
+    /// there are any or the time has passed; how many. Nothing once it is closed and empty.
+    template <class Put>
+    std::optional<unsigned int> read(unsigned int capacity, unsigned int timeoutMs, Put&& put) {
+        unsigned int got = 0;
+        bool isOver = false;
+        content_.await(timeoutMs, [&](Content& content) {
+            isOver = content.closed && content.count == 0;
+            got = static_cast<unsigned int>(std::min<std::size_t>(capacity, content.count));
+            for (unsigned int i = 0; i < got; ++i) put(i, content.remove());
+            return isOver || got != 0;
+        });
+        if (isOver) return std::nullopt;
+        return got;
+    }
 
-    /// Sends away who waits.
+    /// It takes nothing more; sends away who waits.
     void close();
 
 private:
@@ -52,10 +64,10 @@ private:
 
         void drop();
         void add(const channel::Sample& sample);
-        QorSample remove();
+        qorcontrol::Arrival remove();
     };
 
-    Awaited<Content> content_;
+    common::Awaited<Content> content_;
 };
 
-}  // namespace cinterface
+}  // namespace sinkstreams

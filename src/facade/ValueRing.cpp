@@ -1,8 +1,6 @@
-#include "cinterface/ValueRing.h"
+#include "facade/ValueRing.h"
 
-#include <algorithm>
-
-namespace cinterface {
+namespace sinkstreams {
 
 ValueRing::ValueRing(unsigned int slots, std::size_t nameCount) {
     content_.change([&](Content& content) {
@@ -13,6 +11,7 @@ ValueRing::ValueRing(unsigned int slots, std::size_t nameCount) {
 
 void ValueRing::take(const channel::Sample& sample) {
     content_.change([&](Content& content) {
+        if (content.closed) return;
         if (content.count == content.slots.size()) content.drop();
         content.add(sample);
     });
@@ -26,21 +25,6 @@ common::Verdict ValueRing::preparation() {
     common::Verdict verdict;
     content_.change([&](Content& content) { verdict = content.preparation; });
     return verdict;
-}
-
-std::optional<unsigned int> ValueRing::read(QorSample* samples, unsigned int capacity,
-                                            unsigned int timeoutMs) {
-    unsigned int got = 0;
-    bool closed = false;
-    content_.await(timeoutMs, [&](Content& content) {
-        closed = content.closed;
-        if (closed || content.count == 0) return closed;
-        got = static_cast<unsigned int>(std::min<std::size_t>(capacity, content.count));
-        for (unsigned int i = 0; i < got; ++i) samples[i] = content.remove();
-        return true;
-    });
-    if (closed) return std::nullopt;
-    return got;
 }
 
 void ValueRing::close() {
@@ -64,14 +48,14 @@ void ValueRing::Content::add(const channel::Sample& sample) {
     ++count;
 }
 
-QorSample ValueRing::Content::remove() {
+qorcontrol::Arrival ValueRing::Content::remove() {
     const Slot& slot = slots[first];
     // All that were dropped are older than what is still here.
-    const QorSample sample = {slot.name, slot.missed + names[slot.name].dropped, slot.value,
-                              static_cast<double>(slot.arrivalMs)};
+    const qorcontrol::Arrival arrival = {slot.name, slot.missed + names[slot.name].dropped,
+                                         slot.value, slot.arrivalMs};
     first = (first + 1) % slots.size();
     --count;
-    return sample;
+    return arrival;
 }
 
-}  // namespace cinterface
+}  // namespace sinkstreams
