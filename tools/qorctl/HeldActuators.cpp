@@ -32,10 +32,15 @@ bool HeldActuators::giveBack(const std::string& name, unsigned int timeoutMs, Ca
 }
 
 bool HeldActuators::giveBackForGood(const std::string& name, CallNotes& calls) {
+    CallNotes first;
+    if (giveBack(name, patienceMs, first)) return true;
+    // QOR may have carried that out late; then there is nothing left to give back.
+    const bool mayBeGiven = first.cause() != qorcontrol::Cause::refused;
     CallNotes second;
-    const bool given = giveBack(name, patienceMs, second) || giveBack(name, patienceMs, calls);
-    if (given) return true;
+    if (giveBack(name, patienceMs, second)) return true;
     remove(name);
+    if (mayBeGiven && second.cause() == qorcontrol::Cause::refused) return true;
+    calls = second;
     const std::lock_guard<std::mutex> guard(mutex_);
     lost_.push_back(name);
     return false;

@@ -60,6 +60,45 @@ class Interrupt(unittest.TestCase):
         self.assertIn(STOP_CONTROL, controls[1]["payload"])
 
 
+    def stops(self):
+        return [r for r in self.station.requests()
+                if r["id"] == DIRECT_CONTROL and STOP_CONTROL in r["payload"]]
+
+    def run_batch(self, lines):
+        terminal = self.open(None, "batch", "{folder}/lines.txt", lines=lines)
+        self.await_request(lambda record: record["id"] == DIRECT_CONTROL)
+        return terminal
+
+    def test_a_batch_gives_back_what_it_took(self):
+        terminal = self.run_batch("start-control ThrottleActuator\nset ThrottleActuator 40\n"
+                                  "sleep 20000\n")
+        terminal.press(CTRL_C)
+        self.assertEqual(1, terminal.exit_code(), terminal.text())
+        self.assertIn("ok give back ThrottleActuator", terminal.text())
+        self.assertEqual(1, len(self.stops()))
+
+    def test_without_a_time_an_actuator_is_held_until_then(self):
+        terminal = self.open(None, "start-control", "CoolingFan")
+        terminal.await_text("CoolingFan is held until Ctrl-C")
+        time.sleep(1)
+        self.assertEqual([], self.stops())
+        terminal.press(CTRL_C)
+        self.assertEqual(0, terminal.exit_code(), terminal.text())
+        self.assertEqual(1, len(self.stops()))
+
+    def test_the_second_one_ends_it_at_once_and_tells_what_is_not_given_back(self):
+        script = {"rules": [{"match": {"id": DIRECT_CONTROL, "operation": 3},
+                             "action": {"hangMs": 8000}}]}
+        terminal = self.open(script, "start-control", "CoolingFan")
+        terminal.await_text("CoolingFan is held until Ctrl-C")
+        terminal.press(CTRL_C)
+        self.await_request(lambda record: record in self.stops())
+        terminal.press(CTRL_C)
+        self.assertEqual(4, terminal.exit_code(), terminal.text())
+        self.assertIn("NOT GIVEN BACK, perhaps still under direct control: CoolingFan",
+                      terminal.text())
+
+
 class InterruptOverWindowMessages(Interrupt):
     transport = "window"
 
