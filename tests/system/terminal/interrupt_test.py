@@ -14,8 +14,8 @@ programs = ""
 class Interrupt(unittest.TestCase):
     transport = "tcp"
 
-    def open(self, script, command, *arguments, lines=None):
-        self.station = Station(programs, self.transport, script)
+    def open(self, script, command, *arguments, lines=None, **settings):
+        self.station = Station(programs, self.transport, script, **settings)
         self.addCleanup(self.station.close)
         if lines is not None:
             (self.station.folder / "lines.txt").write_text(lines)
@@ -60,6 +60,13 @@ class Interrupt(unittest.TestCase):
         self.assertIn(STOP_CONTROL, controls[1]["payload"])
 
 
+    def await_end_of_qor(self):
+        """It is nobody's any more, and ends by itself."""
+        end = time.monotonic() + 60
+        while "ending with code" not in (self.station.folder / "qor.log").read_text():
+            self.assertLess(time.monotonic(), end, "QOR does not end")
+            time.sleep(0.1)
+
     def stops(self):
         return [r for r in self.station.requests()
                 if r["id"] == DIRECT_CONTROL and STOP_CONTROL in r["payload"]]
@@ -89,7 +96,7 @@ class Interrupt(unittest.TestCase):
     def test_the_second_one_ends_it_at_once_and_tells_what_is_not_given_back(self):
         script = {"rules": [{"match": {"id": DIRECT_CONTROL, "operation": 3},
                              "action": {"hangMs": 8000}}]}
-        terminal = self.open(script, "start-control", "CoolingFan")
+        terminal = self.open(script, "start-control", "CoolingFan", exit_without_client_ms=1000)
         terminal.await_text("CoolingFan is held until Ctrl-C")
         terminal.press(CTRL_C)
         self.await_request(lambda record: record in self.stops())
@@ -97,6 +104,7 @@ class Interrupt(unittest.TestCase):
         self.assertEqual(4, terminal.exit_code(), terminal.text())
         self.assertIn("NOT GIVEN BACK, perhaps still under direct control: CoolingFan",
                       terminal.text())
+        self.await_end_of_qor()
 
 
 class InterruptOverWindowMessages(Interrupt):
