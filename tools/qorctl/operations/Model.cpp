@@ -149,7 +149,8 @@ OperationWork declareOpenModel(CLI::App& command) {
         ->type_name("KEY=VALUE")
         ->take_all()
         ->check(checkExtra);
-    real(command.add_option("--export-wait", request->exportWaitS, "Time to wait for export files"))
+    finite(
+        command.add_option("--export-wait", request->exportWaitS, "Time to wait for export files"))
         ->type_name("SECONDS")
         ->check(CLI::Range(0.0, 3600.0))
         ->capture_default_str();

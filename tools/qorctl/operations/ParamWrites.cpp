@@ -104,8 +104,8 @@ OperationWork declareSetDynamic(CLI::App& command) {
 OperationWork declareStartControl(CLI::App& command) {
     const auto held = std::make_shared<Held>();
     declareName(command, held->name);
-    real(command.add_option("--hold", held->seconds,
-                            "Keep it so long, or until Ctrl-C, and give it back"))
+    finite(command.add_option("--hold", held->seconds,
+                              "Keep it so long, or until Ctrl-C, and give it back"))
         ->type_name("SECONDS")
         ->check(CLI::Range(0.001, 86400.0));
     return [held](Session& session) { return startAndHold(session, *held); };
