@@ -6,6 +6,8 @@
 // By its bare name, which is how hosts have it on their path.
 #include <QorControlFacade.h>
 
+#include "qorcontrol/Outcome.h"
+
 namespace qorcontrol {
 
 /// An actuator under direct control, given back when this goes, whatever way that is: at the end of
@@ -22,6 +24,10 @@ public:
                   const EolLog* log = nullptr)
         : qor_(qor), actuator_(std::move(actuator)), timeoutMs_(timeoutMs), log_(log) {
         isTaken_ = qor_.startDirectCtrl(actuator_, timeoutMs_);
+        if (isTaken_) return;
+        // A clear no leaves nothing to give back; somebody else may have the actuator.
+        const Cause cause = lastOutcome().cause;
+        isGivenBack_ = cause == Cause::refused || cause == Cause::unknownName;
     }
 
     /// Gives the actuator back, and asks once more if that fails: up to 8 s with a QOR that is
@@ -66,8 +72,8 @@ public:
 
 private:
     unsigned int patienceMs() const noexcept {
-        constexpr unsigned int least = 2000;
-        return timeoutMs_ < least ? least : timeoutMs_;
+        constexpr unsigned int least = 2000, most = 30000;
+        return timeoutMs_ < least ? least : timeoutMs_ > most ? most : timeoutMs_;
     }
 
     const QorControlFacade& qor_;

@@ -34,6 +34,9 @@ public:
         return queue != nullptr && queue->pop(item, timeoutMs);
     }
 
+    /// False: the library's agent has ended, so nothing will ever come, and the queue is gone.
+    bool isBegun() const noexcept { return isBegun_; }
+
     /// The queue, for what else it can do (its event, whether it overflowed). Null after the end.
     ThreadSafeQueue<Item>* queue() const noexcept { return queue_.get(); }
 
@@ -46,6 +49,12 @@ protected:
     }
 
     const QorControlFacade& facade() const noexcept { return qor_; }
+
+    /// With what the start has returned.
+    void noteStart(bool isBegun) noexcept {
+        isBegun_ = isBegun;
+        if (!isBegun) queue_.takeBack();
+    }
 
     /// `stop` posts the stop: after it, a ping that is answered shows that the stop was seen.
     template <class Stop>
@@ -64,6 +73,7 @@ private:
     const QorControlFacade& qor_;
     const EolLog* const log_;
     LentQueue<Item> queue_;
+    bool isBegun_ = false;
 };
 
 }  // namespace detail
@@ -78,7 +88,7 @@ public:
     ValueStream(const QorControlFacade& qor, const std::vector<std::string>& names,
                 unsigned int slots, const EolLog* log = nullptr)
         : Stream(qor, slots, log) {
-        facade().startParamRead(queue(), names);
+        noteStart(facade().startParamRead(queue(), names));
     }
 
     /// Ends it; with a QOR that is silent that takes up to 4 s.
@@ -106,7 +116,7 @@ public:
     TroubleCodeStream(const QorControlFacade& qor, unsigned int readTimeoutMs,
                       unsigned int periodMs, unsigned int slots, const EolLog* log = nullptr)
         : Stream(qor, slots, log) {
-        facade().startDtcRead(queue(), readTimeoutMs, periodMs);
+        noteStart(facade().startDtcRead(queue(), readTimeoutMs, periodMs));
     }
 
     /// Ends it; with a QOR that is silent that takes up to 4 s.

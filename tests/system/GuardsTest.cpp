@@ -102,6 +102,32 @@ TEST_P(Guards, WhatWasNeverTakenIsNoFailureToGiveBack) {
         EXPECT_FALSE(speed.set(3000));
     }
     EXPECT_THAT(station.logLines(), Not(Contains(HasSubstr("FAILED to give back"))));
+    EXPECT_THAT(controls(), ElementsAre(HasSubstr("op=2")));
+}
+
+// QOR refuses it to the second: whose end must not take it from the first.
+TEST_P(Guards, ARefusedOneLeavesTheActuatorToWhoHasIt) {
+    station.script = R"({"rules":[{"match":{"id":7,"operation":2,"nth":2},
+                                   "action":{"answer":"refuse"}}]})";
+    ASSERT_TRUE(startConnected());
+    DirectControl first(station.facade(), "ThrottleActuator", amply);
+    ASSERT_TRUE(first.isTaken());
+    {
+        const DirectControl second(station.facade(), "ThrottleActuator", amply);
+        EXPECT_FALSE(second.isTaken());
+    }
+    EXPECT_TRUE(first.set(40));
+}
+
+TEST_P(Guards, AStreamThatTheAgentNeverGotHasNotBegun) {
+    ASSERT_TRUE(startConnected());
+    station->shutdown();
+    {
+        const TroubleCodeStream codes(station.facade(), 1000, 100, 4, &station.log);
+        EXPECT_FALSE(codes.isBegun());
+        EXPECT_EQ(nullptr, codes.queue());
+    }
+    EXPECT_THAT(station.logLines(), Not(Contains(HasSubstr("FAILED to end"))));
 }
 
 // QOR takes it late, when its caller has long given up: a guard that asked only for what it knows

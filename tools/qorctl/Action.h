@@ -12,5 +12,7 @@ constexpr int exitSuccess = 0;
 constexpr int exitFailure = 1;
 constexpr int exitUsage = 2;
 constexpr int exitWouldNotWork = 3;  ///< of the doctor
+/// An actuator may still be under direct control, whatever else happened.
+constexpr int exitNotGivenBack = 4;
 
 }  // namespace qorctl

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include "Action.h"
+#include "Interrupt.h"
 #include "JsonText.h"
 
 namespace qorctl {
@@ -22,14 +23,50 @@ Conversation::Conversation(const char* command, const SessionOptions& options, c
 
 int Conversation::run(const ConnectOptions* connection, const Work& work) {
     tellBeginning();
+    const interrupt::LastWords lastWords([this] {
+        const std::vector<std::string> held = session_.actuators().names();
+        tellLost(held);
+        return held.empty() ? exitFailure : exitNotGivenBack;
+    });
     if (step("start QOR", [this] { return startQor(); })) {
         const auto connect = [&] { return session_.connectEcu(*connection); };
-        if (connection == nullptr || step("connect the ECU", connect)) work();
+        if (connection == nullptr || step("connect the ECU", connect)) carryOut(work);
+        giveActuatorsBack();
         report_.runAlways("shut down", [this] { return session_.shutDown(); });
     }
     console_.line(report_.summary());
     finishResults();
+    const std::vector<std::string> lost = session_.actuators().lost();
+    tellLost(lost);
+    if (!lost.empty()) return exitNotGivenBack;
     return report_.allSucceeded() ? exitSuccess : exitFailure;
+}
+
+void Conversation::carryOut(const Work& work) {
+    try {
+        work();
+    } catch (const std::exception& error) {
+        const std::string reason = error.what();
+        report_.runAlways("go on", [&] { return Outcome::failure(reason); });
+    }
+}
+
+void Conversation::giveActuatorsBack() {
+    HeldActuators& held = session_.actuators();
+    while (const auto name = held.latest())
+        report_.runAlways("give back " + *name, [&] {
+            CallNotes calls;
+            return held.giveBackForGood(*name, calls)
+                       ? calls.success()
+                       : calls.failure("it may still be under direct control");
+        });
+}
+
+void Conversation::tellLost(const std::vector<std::string>& names) {
+    if (names.empty()) return;
+    std::fprintf(stderr, "qorctl: NOT GIVEN BACK, perhaps still under direct control: %s\n",
+                 fmt::format("{}", fmt::join(names, ", ")).c_str());
+    std::fflush(stderr);
 }
 
 Outcome Conversation::startQor() {
@@ -52,6 +89,9 @@ void Conversation::tellBeginning() {
 void Conversation::finishResults() {
     results_["ok"] = report_.allSucceeded();
     results_["steps"] = report_.asJson();
+    results_["notGivenBack"] = nlohmann::json::array();
+    for (const std::string& name : session_.actuators().lost())
+        results_["notGivenBack"].push_back(utf8Of(name));
     for (const std::string& line : session_.log().lines()) results_["log"].push_back(utf8Of(line));
     if (!output_.json) return;
     const std::string text = output_.onOneLine ? printedOnOneLine(results_) : printed(results_);

@@ -2,6 +2,8 @@
 
 #include <functional>
 #include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
 
 #include "Console.h"
 #include "Session.h"
@@ -47,6 +49,12 @@ public:
 
 private:
     Outcome startQor();
+    /// What it throws is one more failure.
+    void carryOut(const Work& work);
+    /// Ctrl-C does not stop it, nor does what went wrong before.
+    void giveActuatorsBack();
+    /// The last line on standard error, whatever else was told.
+    static void tellLost(const std::vector<std::string>& names);
     void tellBeginning();
     void finishResults();
 

@@ -4,6 +4,9 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstdlib>
+#include <mutex>
+#include <utility>
 
 namespace qorctl::interrupt {
 namespace {
@@ -12,17 +15,46 @@ constexpr unsigned int sliceMs = 20;
 
 std::atomic<bool> requested{false};
 
-/// Called by the system on a thread of its own. FALSE leaves the event to the system, which ends
-/// the process.
+std::mutex wordsMutex;
+std::function<int()> lastWords;  // guarded by wordsMutex
+
+[[noreturn]] void endAtOnce() {
+    int code = EXIT_FAILURE;
+    {
+        const std::lock_guard<std::mutex> guard(wordsMutex);
+        if (lastWords) code = lastWords();
+    }
+    // No orderly exit: its other threads may be in the middle of anything.
+    TerminateProcess(GetCurrentProcess(), static_cast<UINT>(code));
+    std::abort();
+}
+
+/// Called by the system on a thread of its own.
 BOOL WINAPI onConsoleEvent(DWORD event) {
-    if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) return FALSE;
-    return requested.exchange(true) ? FALSE : TRUE;
+    const bool isSecond = requested.exchange(true);
+    if (event == CTRL_C_EVENT || event == CTRL_BREAK_EVENT) {
+        if (isSecond) endAtOnce();
+        return TRUE;
+    }
+    // The console goes, or the session: the system ends the process as soon as this returns.
+    Sleep(INFINITE);
+    return TRUE;
 }
 
 }  // namespace
 
 void install() {
     SetConsoleCtrlHandler(onConsoleEvent, TRUE);
+}
+
+LastWords::LastWords(std::function<int()> words) {
+    const std::lock_guard<std::mutex> guard(wordsMutex);
+    lastWords = std::move(words);
+}
+
+LastWords::~LastWords() {
+    const std::lock_guard<std::mutex> guard(wordsMutex);
+    lastWords = nullptr;
 }
 
 bool isRequested() {

@@ -15,7 +15,10 @@ namespace qorctl {
 /// For unsigned numbers of 32 bits. Returns what it was given.
 CLI::Option* whole(CLI::Option* option);
 
-/// For numbers that may have a sign, a fraction and an exponent, or are "nan" or "inf".
+/// For numbers that may have a sign, a fraction and an exponent, such as times.
+CLI::Option* finite(CLI::Option* option);
+
+/// For values of parameters, which may also be "nan" or "inf".
 CLI::Option* real(CLI::Option* option);
 
 /// @}
@@ -24,6 +27,7 @@ CLI::Option* real(CLI::Option* option);
 /// is one that every conversion reads alike.
 /// @{
 std::string whyNotWhole(std::string& word);
+std::string whyNotFinite(std::string& word);
 std::string whyNotReal(std::string& word);
 /// @}
 

@@ -81,12 +81,17 @@ Session::Session(const SessionOptions& options, Console& console)
       settings_(options_.settingsPath, options_.transport),
       console_(console),
       trace_(paths::traceFileOf(options_.hostPath())),
-      log_(console) {
-    trace_.removeOld();
-    facade_ = std::make_unique<QorControlFacade>(settings_.path(), &log_, options_.refreshMs,
-                                                 options_.hostPath());
+      log_(console),
+      facade_(startedFacade()),
+      actuators_(*facade_) {
     if (!trace_.exists())
         console_.line("note    no trace, the library cannot write " + trace_.path());
+}
+
+std::unique_ptr<QorControlFacade> Session::startedFacade() const {
+    trace_.removeOld();
+    return std::make_unique<QorControlFacade>(settings_.path(), &log_, options_.refreshMs,
+                                              options_.hostPath());
 }
 
 Outcome Session::awaitQor() {
@@ -102,7 +107,13 @@ Outcome Session::awaitQor() {
     }
 }
 
+void Session::giveActuatorsBack() {
+    for (const std::string& name : actuators_.giveAllBackForGood())
+        console_.line("note    " + name + " was given back first");
+}
+
 Outcome Session::connectEcu(const ConnectOptions& connection) {
+    giveActuatorsBack();
     ConnectMonitor monitor;
     const auto state = [&]() -> std::string {
         if (!monitor.isAccepted()) return "waiting for QOR to accept";

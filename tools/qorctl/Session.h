@@ -6,6 +6,7 @@
 #include "ConnectOptions.h"
 #include "Console.h"
 #include "ConsoleLog.h"
+#include "HeldActuators.h"
 #include "Outcome.h"
 #include "QorControlFacade.h"
 #include "SettingsFile.h"
@@ -45,13 +46,22 @@ public:
     const TraceFile& trace() const { return trace_; }
     const ConsoleLog& log() const { return log_; }
     QorControlFacade& facade() { return *facade_; }
+    HeldActuators& actuators() { return actuators_; }
     Console& console() { return console_; }
+
+    /// Whether the operation is one of many in this conversation, so that what it takes may be used
+    /// by the next.
+    bool hasMore() const { return hasMore_; }
+    void expectMore() { hasMore_ = true; }
 
     /// Waits until QOR answers or the library has given up starting it.
     Outcome awaitQor();
 
-    /// Connects the ECU; Ctrl-C cancels.
+    /// Connects the ECU; Ctrl-C cancels. Actuators are given back before.
     Outcome connectEcu(const ConnectOptions& connection = {});
+
+    /// For what makes QOR let the ECU go.
+    void giveActuatorsBack();
 
     Outcome shutDown();
 
@@ -60,12 +70,16 @@ public:
     unsigned int staleAfterMs() const;
 
 private:
+    std::unique_ptr<QorControlFacade> startedFacade() const;
+
     const SessionOptions options_;
     const SettingsFile settings_;
     Console& console_;
     const TraceFile trace_;
     const ConsoleLog log_;
-    std::unique_ptr<QorControlFacade> facade_;  // last: it uses the log
+    bool hasMore_ = false;
+    std::unique_ptr<QorControlFacade> facade_;  // behind the log, which it uses
+    HeldActuators actuators_;
 };
 
 }  // namespace qorctl

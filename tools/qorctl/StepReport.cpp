@@ -9,6 +9,18 @@
 #include "JsonText.h"
 
 namespace qorctl {
+namespace {
+
+/// A step that throws has failed: those behind it still have to be carried out.
+Outcome outcomeOf(const StepReport::Step& step) {
+    try {
+        return step();
+    } catch (const std::exception& error) {
+        return Outcome::failure(error.what());
+    }
+}
+
+}  // namespace
 
 bool StepReport::run(const std::string& title, const Step& step) {
     return runAlways(title, [&] {
@@ -18,7 +30,7 @@ bool StepReport::run(const std::string& title, const Step& step) {
 
 bool StepReport::runAlways(const std::string& title, const Step& step) {
     const auto start = std::chrono::steady_clock::now();
-    const Outcome outcome = step();
+    const Outcome outcome = outcomeOf(step);
     const std::chrono::duration<double, std::milli> elapsed =
         std::chrono::steady_clock::now() - start;
     tell(title, outcome, elapsed.count());

@@ -17,7 +17,9 @@ using namespace qorctl;
 
 const char* const footer =
     "Exit codes: 0 everything succeeded, 1 something failed, 2 the command line is wrong; of the\n"
-    "doctor 3: a host would not work.\n"
+    "doctor 3: a host would not work; 4: an actuator could not be given back and may still be "
+    "under\n"
+    "direct control, whatever else happened.\n"
     "\n"
     "Paths may be relative to the current directory or Unix-style. The library's trace goes to\n"
     "qorctl.log beside the program unless --trace names another file. Of a failed step the cause\n"

@@ -14,8 +14,8 @@ programs = ""
 class Interrupt(unittest.TestCase):
     transport = "tcp"
 
-    def open(self, script, command, *arguments, lines=None):
-        self.station = Station(programs, self.transport, script)
+    def open(self, script, command, *arguments, lines=None, **settings):
+        self.station = Station(programs, self.transport, script, **settings)
         self.addCleanup(self.station.close)
         if lines is not None:
             (self.station.folder / "lines.txt").write_text(lines)
@@ -58,6 +58,53 @@ class Interrupt(unittest.TestCase):
         controls = [r for r in self.station.requests() if r["id"] == DIRECT_CONTROL]
         self.assertEqual(2, len(controls))
         self.assertIn(STOP_CONTROL, controls[1]["payload"])
+
+
+    def await_end_of_qor(self):
+        """It is nobody's any more, and ends by itself."""
+        end = time.monotonic() + 60
+        while "ending with code" not in (self.station.folder / "qor.log").read_text():
+            self.assertLess(time.monotonic(), end, "QOR does not end")
+            time.sleep(0.1)
+
+    def stops(self):
+        return [r for r in self.station.requests()
+                if r["id"] == DIRECT_CONTROL and STOP_CONTROL in r["payload"]]
+
+    def run_batch(self, lines):
+        terminal = self.open(None, "batch", "{folder}/lines.txt", lines=lines)
+        self.await_request(lambda record: record["id"] == DIRECT_CONTROL)
+        return terminal
+
+    def test_a_batch_gives_back_what_it_took(self):
+        terminal = self.run_batch("start-control ThrottleActuator\nset ThrottleActuator 40\n"
+                                  "sleep 20000\n")
+        terminal.press(CTRL_C)
+        self.assertEqual(1, terminal.exit_code(), terminal.text())
+        self.assertIn("ok give back ThrottleActuator", terminal.text())
+        self.assertEqual(1, len(self.stops()))
+
+    def test_without_a_time_an_actuator_is_held_until_then(self):
+        terminal = self.open(None, "start-control", "CoolingFan")
+        terminal.await_text("CoolingFan is held until Ctrl-C")
+        time.sleep(1)
+        self.assertEqual([], self.stops())
+        terminal.press(CTRL_C)
+        self.assertEqual(0, terminal.exit_code(), terminal.text())
+        self.assertEqual(1, len(self.stops()))
+
+    def test_the_second_one_ends_it_at_once_and_tells_what_is_not_given_back(self):
+        script = {"rules": [{"match": {"id": DIRECT_CONTROL, "operation": 3},
+                             "action": {"hangMs": 8000}}]}
+        terminal = self.open(script, "start-control", "CoolingFan", exit_without_client_ms=1000)
+        terminal.await_text("CoolingFan is held until Ctrl-C")
+        terminal.press(CTRL_C)
+        self.await_request(lambda record: record in self.stops())
+        terminal.press(CTRL_C)
+        self.assertEqual(4, terminal.exit_code(), terminal.text())
+        self.assertIn("NOT GIVEN BACK, perhaps still under direct control: CoolingFan",
+                      terminal.text())
+        self.await_end_of_qor()
 
 
 class InterruptOverWindowMessages(Interrupt):

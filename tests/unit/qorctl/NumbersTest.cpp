@@ -62,6 +62,24 @@ TEST(Numbers, WhatDoesNotFitIsTold) {
                   wholeOf(word));
 }
 
+TEST(Numbers, ThatAreTimesAreFinite) {
+    for (const char* const text : {"nan", "inf", "-Infinity"}) {
+        std::string word = text;
+        EXPECT_EQ(text + std::string(" is not a number: write 26, -0.5 or 0x1A"),
+                  whyNotFinite(word));
+        EXPECT_EQ("", whyNotReal(word));
+    }
+}
+
+TEST(Numbers, OfAMillionCharactersAreRefusedToo) {
+    const std::string nines(1000000, '9'), zeros(1000000, '0'), dots = nines + "..";
+    EXPECT_THAT(wholeOf(nines), HasSubstr("... is too large"));
+    EXPECT_THAT(wholeOf(zeros), HasSubstr("... is ambiguous"));
+    EXPECT_THAT(wholeOf("0x" + nines), HasSubstr("... is too large"));
+    EXPECT_THAT(realOf(dots), HasSubstr("... is not a number"));
+    EXPECT_EQ(nines, realOf(nines));
+}
+
 TEST(Numbers, RealOnesStayAsTheyAre) {
     for (const char* const word : {"0", "26", "-0.5", "+1e-3", ".5", "5.", "nan", "-inf", "0.25"})
         EXPECT_EQ(word, realOf(word));

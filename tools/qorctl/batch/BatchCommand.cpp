@@ -31,7 +31,8 @@ const char* const footer =
     "\"sleep MS\" too. Words with blanks stand between double quotes, # begins a comment. All "
     "lines\n"
     "are checked before QOR is started. The ECU is connected first if an operation needs it and\n"
-    "no line says \"connect\" before.\n"
+    "no line says \"connect\" before. Actuators that were not given back are given back in the\n"
+    "end, the last one first, also after a failure or Ctrl-C.\n"
     "\n"
     "Example:  start-control ThrottleActuator\n"
     "          set ThrottleActuator 30\n"
@@ -64,6 +65,7 @@ bool runStep(Conversation& conversation, const BatchStep& step, const BatchOptio
 int runBatch(const BatchOptions& options, const BatchScript& script) {
     Conversation conversation("batch", options.session, {stderr, options.json});
     conversation.results()["operations"] = nlohmann::json::array();
+    conversation.session().expectMore();
     const bool connects = script.wantsConnection() && !options.withoutEcu;
     return conversation.run(connects ? &options.connection : nullptr, [&] {
         for (const BatchStep& step : script.steps())

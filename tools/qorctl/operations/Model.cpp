@@ -103,6 +103,7 @@ Reply openModel(Session& session, const ModelRequest& request) {
     const QorControlFacade& facade = session.facade();
     const std::vector<Export> before(std::begin(exportPaths), std::end(exportPaths));
     CallNotes calls;
+    session.giveActuatorsBack();
     if (!calls.note(facade.openModel(descriptionOf(request))))
         return Reply::of(calls.failure("the library has ended"));
     {
@@ -148,7 +149,8 @@ OperationWork declareOpenModel(CLI::App& command) {
         ->type_name("KEY=VALUE")
         ->take_all()
         ->check(checkExtra);
-    real(command.add_option("--export-wait", request->exportWaitS, "Time to wait for export files"))
+    finite(
+        command.add_option("--export-wait", request->exportWaitS, "Time to wait for export files"))
         ->type_name("SECONDS")
         ->check(CLI::Range(0.0, 3600.0))
         ->capture_default_str();

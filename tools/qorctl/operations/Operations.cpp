@@ -43,8 +43,9 @@ constexpr Operation table[] = {
     {"set-dynamic", "Write a value as text, in QOR's own notation (setDynamicData)",
      "Example:  qorctl set-dynamic settings.ini CylinderCount 6", true, &declareSetDynamic},
     {"start-control", "Take an actuator under direct control (startDirectCtrl)",
-     "Without --hold control ends with the command, which lets the ECU go. To write meanwhile\n"
-     "use a batch.\n\n"
+     "Without --hold it is held until Ctrl-C; in a batch until stop-control or the batch's end. "
+     "To\n"
+     "write meanwhile use a batch. Whatever happens it is given back; exit code 4: that failed.\n\n"
      "Example:  qorctl start-control settings.ini CoolingFan --hold 10",
      true, &declareStartControl},
     {"stop-control", "Give an actuator back (stopDirectCtrl)",

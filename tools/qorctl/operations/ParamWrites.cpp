@@ -1,5 +1,6 @@
 #include <fmt/format.h>
 
+#include <chrono>
 #include <CLI/CLI.hpp>
 #include <memory>
 
@@ -28,6 +29,8 @@ struct Held {
     double seconds = 0;
 };
 
+constexpr unsigned int holdSliceMs = 50;
+
 void declareName(CLI::App& command, std::string& name) {
     command.add_option("NAME", name, "Parameter")->required();
 }
@@ -37,26 +40,36 @@ Reply written(bool taken, const std::string& what) {
     return Reply::ofCall(taken, what, what + " was not taken by QOR");
 }
 
-/// Of a release that has just returned `given`.
-Reply givenBack(bool given, const std::string& name, const std::string& success,
-                const CallNotes& calls = {}) {
-    return Reply::ofCall(given, success, "control of " + name + " was not given back", calls);
+Reply giveBack(Session& session, const std::string& name, const std::string& success,
+               CallNotes calls = {}) {
+    const bool given = session.actuators().giveBack(name, session.options().timeoutMs, calls);
+    return Reply::of(given ? calls.success(success)
+                           : calls.failure("control of " + name + " was not given back"));
+}
+
+/// Until the time is over or Ctrl-C, which is no failure; 0: without an end. False if the ECU was
+/// lost meanwhile.
+bool hold(const QorControlFacade& facade, double seconds) {
+    const auto span = std::chrono::duration<double>(seconds);
+    const auto start = std::chrono::steady_clock::now();
+    while (seconds == 0 || std::chrono::steady_clock::now() - start < span) {
+        if (!facade.isEcuOnline()) return false;
+        if (!interrupt::sleepMs(holdSliceMs)) break;
+    }
+    return true;
 }
 
 Reply startAndHold(Session& session, const Held& held) {
-    QorControlFacade& facade = session.facade();
-    const unsigned int timeoutMs = session.options().timeoutMs;
     CallNotes calls;
-    if (!calls.note(facade.startDirectCtrl(held.name, timeoutMs))) {
-        // A QOR that was only slow may still give it.
-        facade.stopDirectCtrl(held.name, timeoutMs);
+    if (!session.actuators().take(held.name, session.options().timeoutMs, calls))
         return Reply::of(calls.failure("control of " + held.name + " was not given by QOR"));
-    }
-    if (held.seconds == 0) return Reply::of(calls.success(held.name));
-    // Ctrl-C ends the holding, and that is no failure.
-    interrupt::sleepMs(static_cast<unsigned int>(held.seconds * 1000));
-    return givenBack(facade.stopDirectCtrl(held.name, timeoutMs), held.name,
-                     held.name + ", given back", calls);
+    // Without --hold it is the next operations that use it, if there are any.
+    if (held.seconds == 0 && session.hasMore()) return Reply::of(calls.success(held.name));
+    if (held.seconds == 0) session.console().line("note    " + held.name + " is held until Ctrl-C");
+    if (hold(session.facade(), held.seconds))
+        return giveBack(session, held.name, held.name + ", given back", calls);
+    giveBack(session, held.name, "");
+    return Reply::failure("the ECU was lost while " + held.name + " was held");
 }
 
 }  // namespace
@@ -91,8 +104,8 @@ OperationWork declareSetDynamic(CLI::App& command) {
 OperationWork declareStartControl(CLI::App& command) {
     const auto held = std::make_shared<Held>();
     declareName(command, held->name);
-    real(command.add_option("--hold", held->seconds,
-                            "Keep it so long, or until Ctrl-C, and give it back"))
+    finite(command.add_option("--hold", held->seconds,
+                              "Keep it so long, or until Ctrl-C, and give it back"))
         ->type_name("SECONDS")
         ->check(CLI::Range(0.001, 86400.0));
     return [held](Session& session) { return startAndHold(session, *held); };
@@ -101,10 +114,7 @@ OperationWork declareStartControl(CLI::App& command) {
 OperationWork declareStopControl(CLI::App& command) {
     const auto name = std::make_shared<std::string>();
     declareName(command, *name);
-    return [name](Session& session) {
-        return givenBack(session.facade().stopDirectCtrl(*name, session.options().timeoutMs), *name,
-                         *name);
-    };
+    return [name](Session& session) { return giveBack(session, *name, *name); };
 }
 
 }  // namespace qorctl

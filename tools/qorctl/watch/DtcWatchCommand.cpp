@@ -45,8 +45,8 @@ Action declareWatchDtc(CLI::App& command) {
         ->type_name("MS")
         ->check(CLI::Range(10u, 3600000u))
         ->capture_default_str();
-    real(command.add_option("--for", options->watch.forS,
-                            "End after that long; without it, at Ctrl-C"))
+    finite(command.add_option("--for", options->watch.forS,
+                              "End after that long; without it, at Ctrl-C"))
         ->type_name("SECONDS")
         ->check(CLI::Range(0.1, 1e7));
     command.add_flag("--json", options->watch.json, "Print one JSON object per line");

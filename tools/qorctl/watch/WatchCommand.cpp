@@ -97,7 +97,7 @@ Action declareWatch(CLI::App& command) {
     const auto options = std::make_shared<WatchOptions>();
     options->session.declare(command);
     command.add_option("NAME", options->names, "Parameters")->required();
-    real(command.add_option("--for", options->forS, "End after that long; without it, at Ctrl-C"))
+    finite(command.add_option("--for", options->forS, "End after that long; without it, at Ctrl-C"))
         ->type_name("SECONDS")
         ->check(CLI::Range(0.1, 1e7));
     CLI::Option* const csv =

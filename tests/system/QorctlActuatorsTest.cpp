@@ -1,0 +1,141 @@
+// The command-line host gives back what it took, whatever way it ends.
+
+#include <gmock/gmock.h>
+
+#include <nlohmann/json.hpp>
+
+#include "QorctlProcess.h"
+#include "QorProcesses.h"
+#include "Station.h"
+#include "Waiting.h"
+
+using testing::ElementsAre;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+namespace {
+
+class QorctlActuators : public testing::TestWithParam<Transport> {
+protected:
+    Station station{GetParam()};
+
+    std::vector<std::string> words(const std::string& command,
+                                   const std::vector<std::string>& more = {}) {
+        station.writeSettings();
+        std::vector<std::string> all = {command, station.settingsPath, "--trace",
+                                        station.tracePath()};
+        all.insert(all.end(), more.begin(), more.end());
+        return all;
+    }
+    QorctlProcess::Ended batch(const std::string& lines,
+                               const std::vector<std::string>& more = {}) {
+        return runQorctl(words("batch", more), lines);
+    }
+    /// What QOR was asked of direct control: "INDEX start", "INDEX stop".
+    std::vector<std::string> controls() const {
+        std::vector<std::string> found;
+        for (const std::string& line : station.requests()) {
+            const std::string index = line.substr(0, line.find(" op="));
+            if (line.find("DirectCtrl ") != 0) continue;
+            if (line.find(" op=2") != std::string::npos) found.push_back(index + " start");
+            if (line.find(" op=3") != std::string::npos) found.push_back(index + " stop");
+        }
+        return found;
+    }
+    bool awaitControl() const {
+        return eventually(15000, [&] { return !controls().empty(); });
+    }
+};
+
+INSTANTIATE_TEST_SUITE_P(Over, QorctlActuators, everyTransport(), transportName);
+
+const char* const takeTwo =
+    "start-control ThrottleActuator\nset ThrottleActuator 40\nstart-control CoolingFan\n";
+
+void expectReverseOrder(const std::vector<std::string>& all) {
+    ASSERT_EQ(4u, all.size());
+    const auto actuatorOf = [](const std::string& text) { return text.substr(0, text.rfind(' ')); };
+    EXPECT_THAT(all[2], EndsWith(" stop"));
+    EXPECT_EQ(actuatorOf(all[1]), actuatorOf(all[2]));
+    EXPECT_THAT(all[3], EndsWith(" stop"));
+    EXPECT_EQ(actuatorOf(all[0]), actuatorOf(all[3]));
+}
+
+TEST_P(QorctlActuators, AreGivenBackAtTheEndOfABatchTheLastOneFirst) {
+    const auto ended = batch(takeTwo);
+    EXPECT_EQ(0, ended.exitCode) << ended.err;
+    EXPECT_THAT(ended.err, HasSubstr("ok      give back CoolingFan"));
+    EXPECT_THAT(ended.err, HasSubstr("ok      give back ThrottleActuator"));
+    expectReverseOrder(controls());
+}
+
+TEST_P(QorctlActuators, AreGivenBackAfterALineThatFails) {
+    const auto ended = batch(takeTwo + std::string("get NoSuchParameter\nsleep 60000\n"));
+    EXPECT_EQ(1, ended.exitCode) << ended.err;
+    expectReverseOrder(controls());
+    EXPECT_THAT(ended.err, Not(HasSubstr("NOT GIVEN BACK")));
+}
+
+TEST_P(QorctlActuators, ThatTheBatchGaveBackAreNotGivenBackTwice) {
+    const auto ended = batch("start-control CoolingFan\nstop-control CoolingFan\n");
+    EXPECT_EQ(0, ended.exitCode) << ended.err;
+    EXPECT_EQ(2u, controls().size());
+    EXPECT_THAT(ended.err, Not(HasSubstr("give back")));
+}
+
+TEST_P(QorctlActuators, AreGivenBackBeforeTheEcuIsConnectedAnew) {
+    const auto ended = batch("start-control CoolingFan\nconnect\n");
+    EXPECT_EQ(0, ended.exitCode) << ended.err;
+    EXPECT_THAT(ended.err, HasSubstr("note    CoolingFan was given back first"));
+    EXPECT_EQ(2u, controls().size());
+}
+
+TEST_P(QorctlActuators, ThatQorRefusesAreNotHeld) {
+    const auto ended = batch("start-control EngineSpeed\n");
+    EXPECT_EQ(1, ended.exitCode) << ended.err;
+    EXPECT_THAT(ended.err, Not(HasSubstr("give back")));
+    EXPECT_THAT(ended.err, Not(HasSubstr("NOT GIVEN BACK")));
+}
+
+// QOR takes it when nobody waits any more, and answers nothing meanwhile.
+TEST_P(QorctlActuators, ThatQorTakesTooLateAreGivenBackToo) {
+    station.script = R"({"rules":[{"match":{"id":7,"operation":2},"action":{"hangMs":2500}}]})";
+    const auto ended = batch("start-control ThrottleActuator\n", {"--timeout", "100"});
+    EXPECT_EQ(1, ended.exitCode) << ended.err;
+    ASSERT_THAT(controls(), Not(IsEmpty()));
+    EXPECT_THAT(controls().back(), EndsWith(" stop"));
+    EXPECT_THAT(ended.err, Not(HasSubstr("NOT GIVEN BACK")));
+}
+
+TEST_P(QorctlActuators, ThatCannotBeGivenBackAreTheLastLineAndTheExitCode) {
+    QorctlProcess qorctl(words("batch", {"--json"}),
+                         "start-control ThrottleActuator\nsleep 2000\nset ThrottleActuator 10\n");
+    ASSERT_TRUE(awaitControl());
+    qor::killAll();
+    const auto ended = qorctl.wait();
+    EXPECT_EQ(4, ended.exitCode);
+    EXPECT_THAT(ended.err, EndsWith("\nqorctl: NOT GIVEN BACK, perhaps still under direct control: "
+                                    "ThrottleActuator\n"));
+    EXPECT_THAT(nlohmann::json::parse(ended.out).at("notGivenBack"),
+                ElementsAre("ThrottleActuator"));
+}
+
+TEST_P(QorctlActuators, WithATimeAreHeldSoLong) {
+    const auto ended = runQorctl(words("start-control", {"CoolingFan", "--hold", "0.5"}));
+    EXPECT_EQ(0, ended.exitCode) << ended.err;
+    EXPECT_EQ(2u, controls().size());
+    EXPECT_THAT(ended.err, HasSubstr("CoolingFan, given back"));
+}
+
+TEST_P(QorctlActuators, AreHeldUntilTheEcuIsLostAtTheLatest) {
+    QorctlProcess qorctl(words("start-control", {"CoolingFan"}));
+    ASSERT_TRUE(awaitControl());
+    qor::killAll();
+    const auto ended = qorctl.wait();
+    EXPECT_EQ(4, ended.exitCode) << ended.err;
+    EXPECT_THAT(ended.err, HasSubstr("the ECU was lost while CoolingFan was held"));
+}
+
+}  // namespace

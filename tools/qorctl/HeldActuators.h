@@ -1,0 +1,56 @@
+#pragma once
+
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "CallNotes.h"
+#include "QorControlFacade.h"
+
+namespace qorctl {
+
+/// The actuators that a conversation has under direct control, or may have: QOR can take one when
+/// nobody waits for that any more. Whoever takes and gives back through this leaves nothing behind
+/// that `latest` does not name.
+///
+/// One thread takes and gives back; `names` may be called by any.
+class HeldActuators {
+public:
+    explicit HeldActuators(const QorControlFacade& facade) : facade_(facade) {}
+    HeldActuators(const HeldActuators&) = delete;
+    HeldActuators& operator=(const HeldActuators&) = delete;
+
+    /// True once it is under direct control. False: QOR was asked at once to give it back, and
+    /// unless that or a refusal shows that it is free, it counts as held.
+    bool take(const std::string& name, unsigned int timeoutMs, CallNotes& calls);
+
+    /// True once QOR has said so; false: it counts as held, if it did before.
+    bool giveBack(const std::string& name, unsigned int timeoutMs, CallNotes& calls);
+
+    /// For the end: the same with more patience, and twice if need be. Whatever comes of it, it
+    /// does not count as held any more; false: it is one of `lost`.
+    bool giveBackForGood(const std::string& name, CallNotes& calls);
+
+    /// The same for all, the one that was taken last first. Returns the names of those that are
+    /// free now.
+    std::vector<std::string> giveAllBackForGood();
+
+    /// The one that was taken last.
+    std::optional<std::string> latest() const;
+    /// All that are held, in the order in which they were taken.
+    std::vector<std::string> names() const;
+    /// What could not be given back.
+    std::vector<std::string> lost() const;
+
+private:
+    void add(const std::string& name);
+    void remove(const std::string& name);
+
+    const QorControlFacade& facade_;
+    mutable std::mutex mutex_;
+    std::vector<std::string> held_;  // guarded by mutex_
+    std::vector<std::string> lost_;  // guarded by mutex_
+};
+
+}  // namespace qorctl
