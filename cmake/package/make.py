@@ -105,12 +105,12 @@ class Package:
             (self.files / name).write_text("".join(lines), encoding="ascii", newline="\n")
 
     def pack(self, folder, suffix=""):
-        """All in one folder, the same in both: whoever unzips them gets it where the zip lies."""
+        """bin/ and the others are at the top: the folder is that of whoever unzips it."""
         path = self.out / f"{self.name}{suffix}.zip"
         time = datetime.fromtimestamp(self.date, timezone.utc).timetuple()[:6]
         with zipfile.ZipFile(path, "w", zipfile.ZIP_DEFLATED, compresslevel=9) as archive:
             for name, file in files_below(folder):
-                entry = zipfile.ZipInfo(f"{self.name}/{name}", time)
+                entry = zipfile.ZipInfo(name, time)
                 entry.compress_type = zipfile.ZIP_DEFLATED
                 entry.external_attr = 0o100644 << 16
                 archive.writestr(entry, file.read_bytes())

@@ -93,10 +93,10 @@ class Desk:
     """The package in a folder, and a Wine of its own: other tests have simulated QORs, too."""
 
     def __init__(self, package: Path, folder: Path, node: Path, registry: str):
-        with zipfile.ZipFile(package) as archive:
-            archive.extractall(folder)
         self.registry, self.node, self.work = registry, node, folder
         self.folder = folder / package.stem
+        with zipfile.ZipFile(package) as archive:
+            archive.extractall(self.folder)
         self.port, self.lines = programs.free_port(), 0
         for settings in (self.folder / "bin").glob("*.ini"):
             text, count = re.subn(r"(?m)^TcpPort=.*$", f"TcpPort={self.port}", settings.read_text())

@@ -87,11 +87,15 @@ class Contents(unittest.TestCase):
         self.assertEqual(1, len({entry.date_time for entry in entries}))
         self.assertEqual([], [name for name in names if not re.fullmatch(r"[\w./+-]+", name, re.ASCII)])
 
-    def test_both_zips_hold_one_folder_of_the_same_name(self):
-        for path in (self.package, self.package.with_name(self.package.stem + "-symbols.zip")):
+    def test_the_second_zip_adds_symbols_to_the_folder_of_the_first_and_changes_nothing(self):
+        symbols = self.package.with_name(self.package.stem + "-symbols.zip")
+        tops = []
+        for path in (self.package, symbols):
             with zipfile.ZipFile(path) as archive:
-                self.assertEqual({unzipped.top_folder()},
-                                 {name.split("/")[0] for name in archive.namelist()})
+                tops.append({name.split("/")[0] for name in archive.namelist()})
+        self.assertEqual({"symbols"}, tops[1])
+        self.assertLessEqual({"bin", "lib", "include", "cmake", "README.txt"}, tops[0] - tops[1])
+        self.assertEqual(f"QorControl-{unzipped.version()}-win32", self.package.stem)
 
     def check_manifest(self, folder, *which):
         """As the notes say; the exit code and what it prints."""

@@ -22,13 +22,13 @@ def tool(name, *arguments):
 
 
 def unzip(path, inner="package"):
-    """Into a temporary folder that lives as long as the test; gives the one folder in the zip."""
+    """Into a temporary folder that lives as long as the test."""
     folder = tempfile.TemporaryDirectory(prefix="qor-package-")
     _folders.append(folder)
     target = Path(folder.name).resolve() / inner
     with zipfile.ZipFile(path) as archive:
         archive.extractall(target)
-    return target / top_folder()
+    return target
 
 
 def package_path():
@@ -45,10 +45,6 @@ def command_of_the_notes(program):
 def version():
     return re.search(r'QOR_VERSION_TEXT "(.*)"',
                      (SOURCE / "src/qorcontrol/Version.h").read_text())[1]
-
-
-def top_folder():
-    return f"QorControl-{version()}-win32"
 
 
 def imports(program):
