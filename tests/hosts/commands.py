@@ -33,6 +33,7 @@ NOT_RUN = {
     "gc ": "there is no PowerShell",
     r"bin\qorctl doctor SETTINGS ": "a pattern; tests/system runs it with a host",
     "sha256sum ": "run by tests/package/contents_test.py",
+    "grep ": "run by tests/package/contents_test.py",
     TOOLS + "addr2line ": "run by tests/package/binaries_test.py",
 }
 # What each of the others must print; it must end with 0, too.

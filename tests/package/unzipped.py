@@ -36,10 +36,15 @@ def package_path():
     return Path(sys.argv.pop(1))
 
 
-def command_of_the_notes(program):
-    """The words of the one command line there that begins with it."""
+def line_of_the_notes(program):
+    """The one command line there that begins with it."""
     text = NOTES.read_text(encoding="utf-8")
-    return re.search(rf"^    ({re.escape(program)} .*)$", text, re.MULTILINE)[1].split()
+    return re.search(rf"^    ({re.escape(program)} .*)$", text, re.MULTILINE)[1]
+
+
+def command_of_the_notes(program):
+    """Its words."""
+    return line_of_the_notes(program).split()
 
 
 def version():
