@@ -22,8 +22,6 @@ from licences import write_licences  # noqa: E402
 
 MAX_BYTES = 5_000_000  # of the zip without symbols
 OURS = ["QorControlFacade.dll", "QorControlC.dll", "qorctl.exe", "qor-simulator.exe"]
-# To be changed by whoever uses them, so that their sums say nothing about the rest.
-EDITABLE = ["bin/qor-settings.ini", "bin/simulator.ini"]
 RUN_TIMES = ["libstdc++-6.dll", "libgcc_s_dw2-1.dll", "libwinpthread-1.dll"]
 
 
@@ -96,21 +94,18 @@ class Package:
         (self.files / "README.txt").write_bytes(text.replace("\n", "\r\n").encode("ascii"))
 
     def write_manifest(self):
-        """As sha256sum writes and reads it; what may be changed has a list of its own."""
-        lists = {"MANIFEST": [], "MANIFEST.settings": []}
-        for name, path in files_below(self.files):
-            line = f"{hashlib.sha256(path.read_bytes()).hexdigest()}  {name}\n"
-            lists["MANIFEST.settings" if name in EDITABLE else "MANIFEST"].append(line)
-        for name, lines in lists.items():
-            (self.files / name).write_text("".join(lines), encoding="ascii", newline="\n")
+        """As sha256sum writes and reads it."""
+        lines = [f"{hashlib.sha256(path.read_bytes()).hexdigest()}  {name}\n"
+                 for name, path in files_below(self.files)]
+        (self.files / "MANIFEST").write_text("".join(lines), encoding="ascii", newline="\n")
 
     def pack(self, folder, suffix=""):
-        """All in one folder, the same in both: whoever unzips them gets it where the zip lies."""
+        """bin/ and the others are at the top: the folder is that of whoever unzips it."""
         path = self.out / f"{self.name}{suffix}.zip"
         time = datetime.fromtimestamp(self.date, timezone.utc).timetuple()[:6]
         with zipfile.ZipFile(path, "w", zipfile.ZIP_DEFLATED, compresslevel=9) as archive:
             for name, file in files_below(folder):
-                entry = zipfile.ZipInfo(f"{self.name}/{name}", time)
+                entry = zipfile.ZipInfo(name, time)
                 entry.compress_type = zipfile.ZIP_DEFLATED
                 entry.external_attr = 0o100644 << 16
                 archive.writestr(entry, file.read_bytes())

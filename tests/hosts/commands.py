@@ -33,6 +33,7 @@ NOT_RUN = {
     "gc ": "there is no PowerShell",
     r"bin\qorctl doctor SETTINGS ": "a pattern; tests/system runs it with a host",
     "sha256sum ": "run by tests/package/contents_test.py",
+    "grep ": "run by tests/package/contents_test.py",
     TOOLS + "addr2line ": "run by tests/package/binaries_test.py",
 }
 # What each of the others must print; it must end with 0, too.
@@ -93,10 +94,10 @@ class Desk:
     """The package in a folder, and a Wine of its own: other tests have simulated QORs, too."""
 
     def __init__(self, package: Path, folder: Path, node: Path, registry: str):
-        with zipfile.ZipFile(package) as archive:
-            archive.extractall(folder)
         self.registry, self.node, self.work = registry, node, folder
         self.folder = folder / package.stem
+        with zipfile.ZipFile(package) as archive:
+            archive.extractall(self.folder)
         self.port, self.lines = programs.free_port(), 0
         for settings in (self.folder / "bin").glob("*.ini"):
             text, count = re.subn(r"(?m)^TcpPort=.*$", f"TcpPort={self.port}", settings.read_text())

@@ -18,7 +18,7 @@ from unzipped import OURS, RUN_TIMES, SOURCE  # noqa: E402
 
 MAX_BYTES = 5_000_000
 FILES = {
-    "": {"MANIFEST", "MANIFEST.settings", "README.txt"},
+    "": {"MANIFEST", "README.txt"},
     "bin": {*OURS, *RUN_TIMES, "engine.json", "qor-settings.ini",
             "simulator.ini"},
     "lib": {"QorControlC.lib", "libQorControlC.dll.a", "libQorControlFacade.dll.a"},
@@ -28,6 +28,7 @@ FILES = {
     "licences": {"CLI11.txt", "GPL-3.txt", "README.txt", "fmt.txt", "gcc-runtime.txt", "mbedtls.txt",
                  "mingw-w64.txt", "nlohmann-json.txt", "uPlot.txt"},
 }
+SETTINGS = ["bin/qor-settings.ini", "bin/simulator.ini"]
 LANGUAGES = {".c", ".cpp", ".cs", ".py", ".mjs"}
 # What each text must say to be the licence of its part.
 LICENCES = {
@@ -87,41 +88,66 @@ class Contents(unittest.TestCase):
         self.assertEqual(1, len({entry.date_time for entry in entries}))
         self.assertEqual([], [name for name in names if not re.fullmatch(r"[\w./+-]+", name, re.ASCII)])
 
-    def test_both_zips_hold_one_folder_of_the_same_name(self):
-        for path in (self.package, self.package.with_name(self.package.stem + "-symbols.zip")):
+    def test_the_second_zip_adds_symbols_to_the_folder_of_the_first_and_changes_nothing(self):
+        symbols = self.package.with_name(self.package.stem + "-symbols.zip")
+        tops = []
+        for path in (self.package, symbols):
             with zipfile.ZipFile(path) as archive:
-                self.assertEqual({unzipped.top_folder()},
-                                 {name.split("/")[0] for name in archive.namelist()})
+                tops.append({name.split("/")[0] for name in archive.namelist()})
+        self.assertEqual({"symbols"}, tops[1])
+        self.assertLessEqual({"bin", "lib", "include", "cmake", "README.txt"}, tops[0] - tops[1])
+        self.assertEqual(f"QorControl-{unzipped.version()}-win32", self.package.stem)
 
-    def check_manifest(self, folder, *which):
-        """As the notes say; the exit code and what it prints."""
-        *command, manifest = unzipped.command_of_the_notes("sha256sum")
-        checked = subprocess.run([*command, "--strict", *(which or [manifest])], cwd=folder,
-                                 stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, check=False)
+    def check(self, folder, program):
+        """With the line of the notes that begins with it: the exit code and what it prints."""
+        checked = subprocess.run(["bash", "-c", unzipped.line_of_the_notes(program)], cwd=folder,
+                                 env={**os.environ, "LC_ALL": "C"}, stdout=subprocess.PIPE,
+                                 stderr=subprocess.STDOUT, text=True, check=False)
         return checked.returncode, checked.stdout
 
-    def test_the_manifests_have_the_sum_of_every_file(self):
-        listed = []
-        for manifest in ("MANIFEST", "MANIFEST.settings"):
-            self.assertEqual((0, ""), self.check_manifest(self.folder, manifest))
-            listed += [line.split("  ", 1)[1] for line in
-                       (self.folder / manifest).read_text().splitlines()]
+    def edited(self, *settings):
+        """A package with another port in these."""
+        folder = unzipped.unzip(self.package)
+        for name in settings:
+            path = folder / name
+            text, count = re.subn(r"(?m)^TcpPort=.*$", "TcpPort=4711", path.read_text())
+            self.assertEqual(1, count, name)
+            path.write_text(text)
+        return folder
+
+    def test_the_manifest_has_the_sum_of_every_file_but_itself(self):
+        lines = (self.folder / "MANIFEST").read_text().splitlines()
+        listed = [re.fullmatch(r"[0-9a-f]{64}  (\S+)", line)[1] for line in lines]
         there = {path.relative_to(self.folder).as_posix()
                  for path in self.folder.rglob("*") if path.is_file()}
-        self.assertEqual(sorted(there - {"MANIFEST", "MANIFEST.settings"}), sorted(listed))
+        self.assertEqual(sorted(there - {"MANIFEST"}), sorted(listed))
+        for program in ("sha256sum", "grep"):
+            self.assertEqual((0, ""), self.check(self.folder, program))
 
-    def test_a_package_with_another_port_in_its_settings_is_whole_one_with_another_dll_is_not(self):
-        folder = unzipped.unzip(self.package)
-        for settings in (folder / "bin").glob("*.ini"):
-            text, count = re.subn(r"(?m)^TcpPort=.*$", "TcpPort=4711", settings.read_text())
-            self.assertEqual(1, count, settings)
-            settings.write_text(text)
-        self.assertEqual((0, ""), self.check_manifest(folder))
-        with (folder / "bin/QorControlC.dll").open("ab") as dll:
-            dll.write(b"x")
-        status, told = self.check_manifest(folder)
+    def test_another_port_in_the_settings_is_found_by_the_first_check_and_not_by_the_second(self):
+        folder = self.edited(*SETTINGS)
+        self.assertEqual((0, ""), self.check(folder, "grep"))
+        status, told = self.check(folder, "sha256sum")
         self.assertEqual(1, status)
-        self.assertIn("bin/QorControlC.dll: FAILED", told)
+        self.assertEqual(SETTINGS, re.findall(r"(?m)^(\S+): FAILED$", told))
+
+    def test_each_other_file_that_differs_is_found_by_both_checks(self):
+        for name in ("bin/QorControlC.dll", "bin/engine.json", "README.txt"):
+            folder = self.edited(*SETTINGS)
+            with (folder / name).open("ab") as file:
+                file.write(b"x")
+            for program, found in (("sha256sum", sorted([*SETTINGS, name])), ("grep", [name])):
+                with self.subTest(name, program=program):
+                    status, told = self.check(folder, program)
+                    self.assertEqual(1, status)
+                    self.assertEqual(found, sorted(re.findall(r"(?m)^(\S+): FAILED$", told)))
+
+    def test_a_file_that_is_missing_is_found(self):
+        folder = self.edited(*SETTINGS)
+        (folder / "bin/QorControlC.dll").unlink()
+        status, told = self.check(folder, "grep")
+        self.assertEqual(1, status)
+        self.assertIn("bin/QorControlC.dll: FAILED open or read", told)
 
     def test_each_page_opens_and_each_link_of_it_leads_somewhere(self):
         pages = {path: Links(path.read_text(encoding="utf-8"))

@@ -22,13 +22,13 @@ def tool(name, *arguments):
 
 
 def unzip(path, inner="package"):
-    """Into a temporary folder that lives as long as the test; gives the one folder in the zip."""
+    """Into a temporary folder that lives as long as the test."""
     folder = tempfile.TemporaryDirectory(prefix="qor-package-")
     _folders.append(folder)
     target = Path(folder.name).resolve() / inner
     with zipfile.ZipFile(path) as archive:
         archive.extractall(target)
-    return target / top_folder()
+    return target
 
 
 def package_path():
@@ -36,19 +36,20 @@ def package_path():
     return Path(sys.argv.pop(1))
 
 
-def command_of_the_notes(program):
-    """The words of the one command line there that begins with it."""
+def line_of_the_notes(program):
+    """The one command line there that begins with it."""
     text = NOTES.read_text(encoding="utf-8")
-    return re.search(rf"^    ({re.escape(program)} .*)$", text, re.MULTILINE)[1].split()
+    return re.search(rf"^    ({re.escape(program)} .*)$", text, re.MULTILINE)[1]
+
+
+def command_of_the_notes(program):
+    """Its words."""
+    return line_of_the_notes(program).split()
 
 
 def version():
     return re.search(r'QOR_VERSION_TEXT "(.*)"',
                      (SOURCE / "src/qorcontrol/Version.h").read_text())[1]
-
-
-def top_folder():
-    return f"QorControl-{version()}-win32"
 
 
 def imports(program):

@@ -13,7 +13,7 @@ namespace {
 const char* const programId = "host.program";
 
 /// Behind the host's own folder Windows looks into its own two and into those of PATH.
-std::string foundElsewhere(const std::string& name) {
+ModuleFile foundElsewhere(const std::string& name) {
     constexpr DWORD maxChars = 32768;
     std::string folders;
     char folder[MAX_PATH] = "";
@@ -26,7 +26,7 @@ std::string foundElsewhere(const std::string& name) {
     const DWORD length =
         SearchPathA(folders.c_str(), name.c_str(), nullptr, maxChars, found.data(), nullptr);
     found.resize(length < maxChars ? length : 0);
-    return found;
+    return found.empty() ? ModuleFile{name, "", 0, "", {}} : ModuleFile::at(found);
 }
 
 bool isLinked(const ProgramImports& imports, const std::string& dll) {
@@ -70,12 +70,15 @@ Finding checkMissing(const HostModules& host, const HostModules::Dll& dll, const
     if (!dll.isLinked)
         return Finding::warning(id, "is not beside the host, which has to find it when it runs",
                                 remedy + ", or let the host load it by its full path");
-    if (dll.elsewhere.empty())
+    if (!dll.elsewhere.isThere())
         return Finding::problem(id,
                                 "is neither beside the host nor where Windows looks else: " +
                                     host.program.name + " does not start",
                                 remedy);
-    return Finding::warning(id, "is not beside the host, which gets " + dll.elsewhere, remedy);
+    const Finding there = checkDll(id, dll.elsewhere, host.version, remedy);
+    const std::string what = "is not beside the host; found elsewhere: " + there.what;
+    return there.status == Status::problem ? Finding::problem(id, what, remedy)
+                                           : Finding::warning(id, what, remedy);
 }
 
 Finding checkNeeded(const HostModules& host, const HostModules::Dll& dll) {

@@ -13,7 +13,7 @@ namespace qorctl::doctor {
 struct HostModules {
     struct Dll {
         ModuleFile beside;      ///< beside the host
-        std::string elsewhere;  ///< where else Windows finds it for this account; empty: nowhere
+        ModuleFile elsewhere;   ///< where else Windows finds it for this account
         bool isLinked = false;  ///< without it Windows does not start the host
     };
 

@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include <cstdlib>
+
 #include "doctor/ModulesCheck.h"
 #include "Found.h"
 #include "support/TempFolder.h"
@@ -9,6 +11,7 @@
 using namespace qorctl::doctor;
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::Not;
 
 namespace {
 
@@ -79,29 +82,53 @@ TEST_F(HostModulesCheck, TheProgramsLineTellsHowItGetsTheLibrary) {
 }
 
 TEST_F(HostModulesCheck, WithoutALinkedDllWindowsDoesNotStartTheHost) {
-    EXPECT_EQ(Status::problem, check({none("a.dll"), "", true}).status);
-    const Finding another = check({none("a.dll"), "c:\\windows\\a.dll", true});
+    EXPECT_EQ(Status::problem, check({none("a.dll"), none("a.dll"), true}).status);
+    const Finding another = check({none("a.dll"), fileOf("c:\\windows\\a.dll"), true});
     EXPECT_EQ(Status::warning, another.status);
     EXPECT_THAT(another.what, HasSubstr("c:\\windows\\a.dll"));
 }
 
+TEST_F(HostModulesCheck, ALinkedDllElsewhereMustBeOneOf32Bits) {
+    const Finding wide =
+        check({none("a.dll"), fileOf("c:\\windows\\a.dll", ProgramFile::machine64), true});
+    EXPECT_EQ(Status::problem, wide.status) << wide.what;
+    EXPECT_THAT(wide.what, HasSubstr("c:\\windows\\a.dll"));
+    EXPECT_THAT(wide.remedy, HasSubstr("c:\\eol\\"));
+    const ModuleFile text = {"a.dll", "c:\\windows\\a.dll", 10, "", {}};
+    EXPECT_EQ(Status::problem, check({none("a.dll"), text, true}).status);
+}
+
+TEST_F(HostModulesCheck, ALinkedLibraryElsewhereTellsItsVersionToo) {
+    host.version = "1.2.3.0";
+    ModuleFile library = fileOf("c:\\windows\\QorControlC.dll");
+    library.version = "1.2.2.0";
+    const Finding older = check({none("QorControlC.dll"), library, true});
+    EXPECT_EQ(Status::warning, older.status);
+    EXPECT_THAT(older.what, HasSubstr("not of version 1.2.3.0"));
+    EXPECT_THAT(older.what, HasSubstr("not beside the host"));
+    library.version = "1.2.3.0";
+    const Finding same = check({none("QorControlC.dll"), library, true});
+    EXPECT_EQ(Status::warning, same.status) << "it lies elsewhere";
+    EXPECT_THAT(same.what, Not(HasSubstr("not of version")));
+}
+
 TEST_F(HostModulesCheck, WhatIsLoadedLaterMayLieElsewhere) {
-    const Finding finding = check({none("a.dll"), "", false});
+    const Finding finding = check({none("a.dll"), none("a.dll"), false});
     EXPECT_EQ(Status::warning, finding.status);
     EXPECT_THAT(finding.remedy, HasSubstr("by its full path"));
 }
 
 TEST_F(HostModulesCheck, WhatLiesBesideTheHostIsOf32BitsAndOfTheRightVersion) {
     host.version = "1.2.3.0";
-    EXPECT_EQ(Status::ok, check({fileOf("c:\\eol\\a.dll"), "", true}).status)
+    EXPECT_EQ(Status::ok, check({fileOf("c:\\eol\\a.dll"), {}, true}).status)
         << "run-time DLLs have no version";
     EXPECT_EQ(Status::problem,
-              check({fileOf("c:\\eol\\a.dll", ProgramFile::machine64), "", true}).status);
+              check({fileOf("c:\\eol\\a.dll", ProgramFile::machine64), {}, true}).status);
     ModuleFile library = fileOf("c:\\eol\\QorControlC.dll");
     library.version = "1.2.2.0";
-    EXPECT_EQ(Status::warning, check({library, "", true}).status);
+    EXPECT_EQ(Status::warning, check({library, {}, true}).status);
     library.version = "1.2.3.0";
-    EXPECT_EQ(Status::ok, check({library, "", true}).status);
+    EXPECT_EQ(Status::ok, check({library, {}, true}).status);
 }
 
 TEST(HostModulesGather, LooksAtTheProgramAndBesideIt) {
@@ -119,6 +146,25 @@ TEST(HostModulesGather, LooksAtTheProgramAndBesideIt) {
     EXPECT_FALSE(host.dlls[1].beside.isThere());
     EXPECT_TRUE(host.dlls[1].isLinked) << host.dlls[1].beside.name;
     EXPECT_TRUE(HostModules::gather(folder.pathOf("none.exe"), "").dlls.empty());
+}
+
+TEST(HostModulesGather, LooksAtWhatThePathHasInPlaceOfAMissingDll) {
+    const TempFolder folder;
+    const TempFolder another;
+    char own[MAX_PATH] = "";
+    GetModuleFileNameA(nullptr, own, MAX_PATH);
+    const std::string program = folder.write("host.exe", bytesOfFile(own));
+    const std::string elsewhere = another.write("QorControlFacade.dll", "no DLL");
+    const std::string before = std::getenv("PATH");
+
+    SetEnvironmentVariableA("PATH", another.path().c_str());
+    const HostModules host = HostModules::gather(program, "");
+    SetEnvironmentVariableA("PATH", before.c_str());
+
+    ASSERT_FALSE(host.dlls.empty());
+    EXPECT_EQ(bytesOfFile(elsewhere).size(), host.dlls[0].elsewhere.bytes);
+    EXPECT_EQ(Status::problem, found(checkHostModules(host), "host.QorControlFacade.dll").status);
+    EXPECT_FALSE(host.dlls[1].elsewhere.isThere()) << host.dlls[1].elsewhere.path;
 }
 
 }  // namespace
