@@ -32,7 +32,7 @@ bool QorProtocolAgent::readDescription(const Request<channel::CmdDataParamInfo>&
 bool QorProtocolAgent::readParam(const Request<channel::CmdDataParamData>& request) {
     const unsigned int timeoutMs = request->timeoutMs;
     ParamInfo record;
-    if (!client_->getParamInfo(request->name, record, timeoutMs, false)) return false;
+    if (!client_->lookUp(request->name, record, timeoutMs)) return false;
     SampledValue read;
     // A parameter of one array is always asked for afresh: the facade has a cache of its own.
     const bool done = record.threeArrays
@@ -51,7 +51,7 @@ bool QorProtocolAgent::writeParam(const Request<channel::CmdDataParamData>& requ
     SampledValue written{
         std::move(request->values), std::move(request->second), std::move(request->third), {}};
     ParamInfo record;
-    if (!client_->getParamInfo(request->name, record, describeMs, false)) return false;
+    if (!client_->lookUp(request->name, record, describeMs)) return false;
     const bool done = record.threeArrays
                           ? client_->setStaticParam(request->name, std::move(written))
                           : client_->setParamData(request->name, std::move(written.values));

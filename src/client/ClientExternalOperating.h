@@ -103,6 +103,9 @@ public:
     /// not know stays known as unknown, until `refresh` is given.
     bool getParamInfo(const std::string& name, protocol::ParamInfo& description,
                       unsigned int timeoutMs, bool refresh);
+    /// The same on the way to another request about the parameter. Whosever the description was, it
+    /// is that of the name: it does not mark the verdict.
+    bool lookUp(const std::string& name, protocol::ParamInfo& description, unsigned int timeoutMs);
     /// The first array of a parameter; without `refresh` a value that is there already will do.
     bool getParamData(const std::string& name, std::vector<double>& values, unsigned int timeoutMs,
                       bool refresh);
@@ -194,6 +197,8 @@ private:
     /// A description and the epoch in which it holds.
     bool describe(const std::string& name, protocol::ParamInfo& description, Epoch& epoch,
                   unsigned int timeoutMs);
+    bool lookUp(const std::string& name, protocol::ParamInfo& description, Epoch& epoch,
+                unsigned int timeoutMs);
 
     /// A name's place for a request about it; false if there is none to be had in time.
     bool resolve(const std::string& name, unsigned int timeoutMs, Place& place);

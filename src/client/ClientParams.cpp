@@ -51,13 +51,24 @@ bool ClientExternalOperating::describe(const std::string& name, ParamInfo& descr
     return true;
 }
 
+bool ClientExternalOperating::lookUp(const std::string& name, ParamInfo& description,
+                                     unsigned int timeoutMs) {
+    Epoch epoch = 0;
+    return lookUp(name, description, epoch, timeoutMs);
+}
+
+bool ClientExternalOperating::lookUp(const std::string& name, ParamInfo& description, Epoch& epoch,
+                                     unsigned int timeoutMs) {
+    const bool wasMarked = verdict_.mayBelongToEarlier;
+    if (!describe(name, description, epoch, timeoutMs)) return false;
+    verdict_.mayBelongToEarlier = wasMarked;
+    return true;
+}
+
 bool ClientExternalOperating::resolve(const std::string& name, unsigned int timeoutMs,
                                       Place& place) {
     ParamInfo description;
-    const bool wasMarked = verdict_.mayBelongToEarlier;
-    if (!describe(name, description, place.epoch, timeoutMs)) return false;
-    // Whosever the description was, it is that of the name, and the outcome is not about it.
-    verdict_.mayBelongToEarlier = wasMarked;
+    if (!lookUp(name, description, place.epoch, timeoutMs)) return false;
     // What the request has learnt before may not hold any more.
     if (requestEpoch_ && *requestEpoch_ != place.epoch) return fail(Cause::qorChanged);
     place.index = description.paramIndex;

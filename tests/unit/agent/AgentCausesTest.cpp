@@ -70,6 +70,39 @@ TEST_F(AgentCauses, ASuccessTellsThatItMayBelongToAnEarlierRequest) {
     EXPECT_FALSE(answer.verdict.mayBelongToEarlier);
 }
 
+TEST_F(AgentCauses, AWriteIsNotMarkedForItsDescription) {
+    EXPECT_EQ(causeOf(Kind::setParamData, param("Late")), Cause::noData);
+    qor.knows("Late", 8);
+    const channel::CmdResponse answer = carryOut(Kind::setParamData, param("Late"));
+    EXPECT_EQ(answer.result, channel::CmdResponse::success);
+    EXPECT_FALSE(answer.verdict.mayBelongToEarlier);
+}
+
+TEST_F(AgentCauses, AnAnswerThatNamesItsReadIsNotMarkedForTheDescription) {
+    EXPECT_EQ(causeOf(Kind::getParamData, param("Late")), Cause::noData);
+    qor.knows("Late", 8);
+    qor.on<CommandDirectCtrl>([this](const CommandDirectCtrl& request) {
+        protocol::DirectCtrl value;
+        value.paramIndex = 8;
+        value.operation = protocol::DirectCtrl::readValues;
+        value.values = {1.0};
+        return qor.answer(request, CommandDirectCtrl(value));
+    });
+    const channel::CmdResponse answer = carryOut(Kind::getParamData, param("Late"));
+    EXPECT_EQ(answer.result, channel::CmdResponse::success);
+    EXPECT_FALSE(answer.verdict.mayBelongToEarlier);
+}
+
+TEST_F(AgentCauses, ADescriptionThatIsAskedForMayBelongToAnEarlierRequest) {
+    const auto wanted =
+        std::make_shared<channel::CmdDataParamInfo>("Late", wex::ParamDescription());
+    EXPECT_EQ(causeOf(Kind::getParamDescription, wanted), Cause::noData);
+    qor.knows("Late", 8);
+    const channel::CmdResponse answer = carryOut(Kind::getParamDescription, wanted);
+    EXPECT_EQ(answer.result, channel::CmdResponse::success);
+    EXPECT_TRUE(answer.verdict.mayBelongToEarlier);
+}
+
 TEST_F(AgentCauses, ARequestThatIsTakenIsKnownToBe) {
     channel::ProtocolCmd command;
     command.kind = Kind::clearDtc;
