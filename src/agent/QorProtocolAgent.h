@@ -62,7 +62,8 @@ private:
     void forgetCursors(const channel::StreamRegistry::Registrations& registered);
     void streamDtcs();
     bool passOnDtcs();
-    common::Verdict silence() const;
+    /// How a round of reading them has ended; cause `none` if they were passed on.
+    common::Verdict readDtcs();
     bool hasQorAnsweredLately() const;
     void directDtcs(const channel::CmdDataDtc& wanted);
 

@@ -109,22 +109,28 @@ bool QorProtocolAgent::stopParamStream(const Request<channel::CmdRepeatRead>& re
 void QorProtocolAgent::streamDtcs() {
     const bool isWanted = dtcQueue_ != nullptr || dtcSink_ != nullptr;
     if (dtcNextTick_ > common::now() || !isWanted) return;
-    if (hasQorAnsweredLately() && passOnDtcs()) {
+    const common::Verdict verdict = readDtcs();
+    if (verdict.cause == qorcontrol::Cause::none) {
         dtcFailures_ = 0;
     } else if (++dtcFailures_ > silentFailures) {
         if (dtcQueue_ != nullptr)
             dtcQueue_->push({QorControlFacade::DtcDescription()});
         else
-            dtcSink_->noteSilence(silence());
+            dtcSink_->noteSilence(verdict);
         dtcFailures_ = 0;
     }
     // From the end of the read, so that a slow one does not shorten the pause.
     dtcNextTick_ = common::now() + dtcPeriodMs_;
 }
 
-common::Verdict QorProtocolAgent::silence() const {
-    if (hasQorAnsweredLately()) return client_->verdict();
-    return {qorcontrol::Cause::qorSilent, "it tells of no ECU, and until it does it is not asked"};
+common::Verdict QorProtocolAgent::readDtcs() {
+    using qorcontrol::Cause;
+    if (!hasQorAnsweredLately())
+        return {Cause::ecuOffline, "QOR tells of no ECU, and until it does it is not asked"};
+    if (passOnDtcs()) return {};
+    common::Verdict verdict = client_->verdict();
+    if (verdict.cause == Cause::none) verdict.cause = Cause::noData;
+    return verdict;
 }
 
 bool QorProtocolAgent::passOnDtcs() {

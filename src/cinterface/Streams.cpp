@@ -53,10 +53,17 @@ Outcome nothingOf(ValueRing& ring, const Session* session) {
     return nothingYet(session);
 }
 
-/// Of reads of trouble codes of which the last one has ended so.
+/// Of four rounds of reading trouble codes of which the last one has ended so.
 Outcome silenceOf(const common::Verdict& last) {
-    return failure(Cause::noData, "four reads in a row have failed, the last one because: " +
-                                      causetexts::sentence(last.cause, last.detail));
+    Outcome outcome = failure(Cause::noData, "");
+    // What the cause itself says fits neither a read that was not even begun nor one that failed
+    // otherwise.
+    outcome.sentence =
+        last.cause == Cause::ecuOffline
+            ? "Four times in a row the trouble codes were not read: " + std::string(last.detail) + "."
+            : "Four reads of the trouble codes in a row have failed, the last one: " +
+                  causetexts::sentence(last.cause, last.detail);
+    return outcome;
 }
 
 /// Null where there is no session any more.

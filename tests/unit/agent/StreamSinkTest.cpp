@@ -159,9 +159,11 @@ public:
     }
     void noteSilence(const common::Verdict& verdict) override {
         told += "silence(" + std::to_string(static_cast<int>(verdict.cause)) + ") ";
+        detail = verdict.detail;
     }
 
     std::string told;
+    std::string detail;
 };
 
 /// The agent's one stream of trouble codes, into a sink.
@@ -185,10 +187,36 @@ TEST_F(DtcStreamSink, GetsTheListsAndIsToldOfSilence) {
     EXPECT_EQ(sink->told, "silence(5) ");
 }
 
+TEST_F(DtcStreamSink, IsToldHowAReadHasEndedThatTookLongerThanQorWasHeardOfBefore) {
+    clock.msPerRead = 10;
+    qor.on<CommandGetDTC>([](const CommandGetDTC&) { return true; });
+    post(channel::Kind::startDtcRead, std::make_shared<channel::CmdDataDtc>(sink, 1500u, 100u),
+         nullptr);
+    agent.step();
+    roundsEvery(100, 4);
+    EXPECT_EQ(sink->told, "silence(6) ");
+    EXPECT_EQ(sink->detail, "");
+}
+
+TEST_F(DtcStreamSink, IsToldThatQorIsNotAskedWhileItReportsNoEcu) {
+    streams(sink);
+    qor.forgetSent();
+    qorAnsweredAgo(1000);
+    for (int period = 0; period < 4; ++period) {
+        idleRound();
+        clock.advance(100);
+    }
+    EXPECT_THAT(reads(), IsEmpty());
+    EXPECT_EQ(sink->told, "silence(12) ");
+    EXPECT_THAT(sink->detail, ::testing::HasSubstr("is not asked"));
+}
+
 TEST_F(DtcStreamSink, IsToldOfAListThatMayBelongToAnEarlierReadAndNotOfTheNext) {
     qor.on<CommandGetDTC>([](const CommandGetDTC&) { return true; });
+    clock.msPerRead = 10;  // else the read waits for ever
     streams(sink);
     roundsEvery(100, 1);
+    clock.msPerRead = 0;
     qorHasCodes({{1, 2, "", "", "", ""}});
     roundsEvery(100, 1);
     EXPECT_EQ(sink->told, "1 codes? ");
