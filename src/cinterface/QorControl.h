@@ -429,7 +429,8 @@ QOR_IMPORT int QOR_CALL QorStartDtcRead(QorHandle handle, unsigned int timeoutMs
                                         unsigned int periodMs);
 /** The newest list that has not been read yet; QOR_NOT_READY if none comes within `timeoutMs`,
  *  QOR_NO_DATA when four reads in a row have failed, or were left out because QOR tells of no
- *  ECU (QorLastSentence tells why), QOR_WRONG_ORDER if none are being read (any more). The list becomes the thread's last result.
+ *  ECU (QorLastSentence tells why), QOR_WRONG_ORDER if none are being read (any more). The list
+ *  becomes the thread's last result.
  *  @param timeMs  gets when it came, see QorNowMs.
  *  @param missed  gets how many lists the reader has never got. */
 QOR_IMPORT int QOR_CALL QorReadDtcStream(QorHandle handle, unsigned int timeoutMs, QorDtc* dtcs,

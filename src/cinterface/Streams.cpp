@@ -60,7 +60,8 @@ Outcome silenceOf(const common::Verdict& last) {
     // otherwise.
     outcome.sentence =
         last.cause == Cause::ecuOffline
-            ? "Four times in a row the trouble codes were not read: " + std::string(last.detail) + "."
+            ? "Four times in a row the trouble codes were not read: " + std::string(last.detail) +
+                  "."
             : "Four reads of the trouble codes in a row have failed, the last one: " +
                   causetexts::sentence(last.cause, last.detail);
     return outcome;
