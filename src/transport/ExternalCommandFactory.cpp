@@ -83,9 +83,10 @@ Delivery ExternalCommandFactory::deliver(const std::string& bytes, unsigned int 
     const MessageEnd end =
         platform_->sendCopyData(asked.window, messageTag, bytes, flags, timeoutMs, result);
     if (end == MessageEnd::handled) return result != 0 ? Delivery::taken : Delivery::refused;
-    if (end == MessageEnd::forbidden) return Delivery::forbidden;
+    // First of all: a system may call it forbidden when the window has gone with the message.
     if (end == MessageEnd::gone || platform_->processOf(asked.window) != asked.process)
         return Delivery::lost;
+    if (end == MessageEnd::forbidden) return Delivery::forbidden;
     return end == MessageEnd::hung ? Delivery::hung : Delivery::silent;
 }
 

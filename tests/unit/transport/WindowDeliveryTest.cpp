@@ -52,7 +52,7 @@ TEST_F(WindowDelivery, AWindowThatTheSystemDoesNotKnowAnyMoreIsLost) {
 }
 
 TEST_F(WindowDelivery, AWindowThatGoesMeanwhileIsLost) {
-    for (const MessageEnd end : {MessageEnd::late, MessageEnd::hung}) {
+    for (const MessageEnd end : {MessageEnd::late, MessageEnd::hung, MessageEnd::forbidden}) {
         platform->end = end;
         platform->whileSending = [this] { platform->server = nullptr; };
         EXPECT_EQ(Delivery::lost, deliver());
