@@ -62,7 +62,7 @@ Outcome silenceOf(const common::Verdict& last) {
         last.cause == Cause::ecuOffline
             ? "Four times in a row the trouble codes were not read: " + std::string(last.detail) +
                   "."
-            : "Four reads of the trouble codes in a row have failed, the last one: " +
+            : "Four reads of the trouble codes in a row have failed, the last one because: " +
                   causetexts::sentence(last.cause, last.detail);
     return outcome;
 }
