@@ -5,9 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include "QorctlProcess.h"
-#include "QorProcesses.h"
 #include "Station.h"
-#include "Waiting.h"
 
 using testing::ElementsAre;
 using testing::EndsWith;
@@ -43,9 +41,6 @@ protected:
             if (line.find(" op=3") != std::string::npos) found.push_back(index + " stop");
         }
         return found;
-    }
-    bool awaitControl() const {
-        return eventually(15000, [&] { return !controls().empty(); });
     }
 };
 
@@ -110,11 +105,10 @@ TEST_P(QorctlActuators, ThatQorTakesTooLateAreGivenBackToo) {
 }
 
 TEST_P(QorctlActuators, ThatCannotBeGivenBackAreTheLastLineAndTheExitCode) {
-    QorctlProcess qorctl(words("batch", {"--json"}),
-                         "start-control ThrottleActuator\nsleep 2000\nset ThrottleActuator 10\n");
-    ASSERT_TRUE(awaitControl());
-    qor::killAll();
-    const auto ended = qorctl.wait();
+    station.script = R"({"rules":[{"match":{"id":7,"operation":4},
+                                   "action":{"then":[{"afterMs":100,"exit":3}]}}]})";
+    const auto ended =
+        batch("start-control ThrottleActuator\nset ThrottleActuator 10\nsleep 2000\n", {"--json"});
     EXPECT_EQ(4, ended.exitCode);
     EXPECT_THAT(ended.err, EndsWith("\nqorctl: NOT GIVEN BACK, perhaps still under direct control: "
                                     "ThrottleActuator\n"));
@@ -130,10 +124,9 @@ TEST_P(QorctlActuators, WithATimeAreHeldSoLong) {
 }
 
 TEST_P(QorctlActuators, AreHeldUntilTheEcuIsLostAtTheLatest) {
-    QorctlProcess qorctl(words("start-control", {"CoolingFan"}));
-    ASSERT_TRUE(awaitControl());
-    qor::killAll();
-    const auto ended = qorctl.wait();
+    station.script = R"({"rules":[{"match":{"id":7,"operation":2},
+                                   "action":{"then":[{"afterMs":500,"exit":3}]}}]})";
+    const auto ended = runQorctl(words("start-control", {"CoolingFan"}));
     EXPECT_EQ(4, ended.exitCode) << ended.err;
     EXPECT_THAT(ended.err, HasSubstr("the ECU was lost while CoolingFan was held"));
 }

@@ -1,12 +1,21 @@
 #include "HeldActuators.h"
 
 #include <algorithm>
+#include <chrono>
 
 namespace qorctl {
 namespace {
 
 // At the end nobody is in a hurry, and the library may still be busy with what was asked before.
 constexpr unsigned int patienceMs = 2000;
+
+// So long a QOR that does not answer is asked again.
+constexpr std::chrono::seconds enough(5);
+
+bool isLate(qorcontrol::Cause cause) {
+    return cause == qorcontrol::Cause::qorSilent || cause == qorcontrol::Cause::agentBusy ||
+           cause == qorcontrol::Cause::pushedOut;
+}
 
 bool isFree(qorcontrol::Cause cause) {
     return cause == qorcontrol::Cause::refused || cause == qorcontrol::Cause::unknownName;
@@ -19,28 +28,35 @@ bool HeldActuators::take(const std::string& name, unsigned int timeoutMs, CallNo
     const bool taken = facade_.startDirectCtrl(name, timeoutMs);
     calls.note(taken);
     if (taken) return true;
-    const bool wasRefused = isFree(calls.cause());
     CallNotes giving;
-    if (giving.note(facade_.stopDirectCtrl(name, timeoutMs)) || wasRefused) remove(name);
+    if (isFree(calls.cause()))
+        remove(name);
+    else
+        giveBack(name, timeoutMs, giving);
     return false;
 }
 
 bool HeldActuators::giveBack(const std::string& name, unsigned int timeoutMs, CallNotes& calls) {
-    if (!calls.note(facade_.stopDirectCtrl(name, timeoutMs))) return false;
-    remove(name);
-    return true;
+    if (calls.note(facade_.stopDirectCtrl(name, timeoutMs))) {
+        remove(name);
+        isAsked_.erase(name);
+        return true;
+    }
+    if (calls.cause() == qorcontrol::Cause::qorSilent) isAsked_.insert(name);
+    return false;
 }
 
 bool HeldActuators::giveBackForGood(const std::string& name, CallNotes& calls) {
-    CallNotes first;
-    if (giveBack(name, patienceMs, first)) return true;
-    // QOR may have carried that out late; then there is nothing left to give back.
-    const bool mayBeGiven = first.cause() != qorcontrol::Cause::refused;
-    CallNotes second;
-    if (giveBack(name, patienceMs, second)) return true;
+    const auto end = std::chrono::steady_clock::now() + enough;
+    do {
+        CallNotes attempt;
+        if (giveBack(name, patienceMs, attempt)) return true;
+        calls = attempt;
+        if (!isLate(attempt.cause())) break;
+    } while (std::chrono::steady_clock::now() < end);
     remove(name);
-    if (mayBeGiven && second.cause() == qorcontrol::Cause::refused) return true;
-    calls = second;
+    // QOR refuses when it has carried out late what it was asked before.
+    if (calls.cause() == qorcontrol::Cause::refused && isAsked_.count(name) != 0) return true;
     const std::lock_guard<std::mutex> guard(mutex_);
     lost_.push_back(name);
     return false;

@@ -2,6 +2,7 @@
 
 #include <mutex>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -21,15 +22,15 @@ public:
     HeldActuators(const HeldActuators&) = delete;
     HeldActuators& operator=(const HeldActuators&) = delete;
 
-    /// True once it is under direct control. False: QOR was asked at once to give it back, and
-    /// unless that or a refusal shows that it is free, it counts as held.
+    /// True once it is under direct control. False: unless QOR has refused it, it was asked at
+    /// once to give it back, and counts as held until that has worked.
     bool take(const std::string& name, unsigned int timeoutMs, CallNotes& calls);
 
     /// True once QOR has said so; false: it counts as held, if it did before.
     bool giveBack(const std::string& name, unsigned int timeoutMs, CallNotes& calls);
 
-    /// For the end: the same with more patience, and twice if need be. Whatever comes of it, it
-    /// does not count as held any more; false: it is one of `lost`.
+    /// For the end: the same with more patience, again and again for 5 s while QOR does not answer.
+    /// Whatever comes of it, it does not count as held any more; false: it is one of `lost`.
     bool giveBackForGood(const std::string& name, CallNotes& calls);
 
     /// The same for all, the one that was taken last first. Returns the names of those that are
@@ -51,6 +52,7 @@ private:
     mutable std::mutex mutex_;
     std::vector<std::string> held_;  // guarded by mutex_
     std::vector<std::string> lost_;  // guarded by mutex_
+    std::set<std::string> isAsked_;  // those that QOR may give back late
 };
 
 }  // namespace qorctl
