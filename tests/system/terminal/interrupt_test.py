@@ -71,14 +71,11 @@ class Interrupt(unittest.TestCase):
         return [r for r in self.station.requests()
                 if r["id"] == DIRECT_CONTROL and STOP_CONTROL in r["payload"]]
 
-    def run_batch(self, lines):
-        terminal = self.open(None, "batch", "{folder}/lines.txt", lines=lines)
-        self.await_request(lambda record: record["id"] == DIRECT_CONTROL)
-        return terminal
-
     def test_a_batch_gives_back_what_it_took(self):
-        terminal = self.run_batch("start-control ThrottleActuator\nset ThrottleActuator 40\n"
-                                  "sleep 20000\n")
+        terminal = self.open(None, "batch", "{folder}/lines.txt",
+                             lines="start-control ThrottleActuator\nset ThrottleActuator 40\n"
+                                   "sleep 20000\n")
+        terminal.await_text("ok set ThrottleActuator 40")
         terminal.press(CTRL_C)
         self.assertEqual(1, terminal.exit_code(), terminal.text())
         self.assertIn("ok give back ThrottleActuator", terminal.text())
