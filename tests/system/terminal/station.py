@@ -20,7 +20,7 @@ def free_port():
 class Station:
     """A settings file and all that is unique on the machine, in a temporary folder."""
 
-    def __init__(self, programs, transport, script=None, exit_without_client_ms=30000):
+    def __init__(self, programs, transport, script=None):
         self.programs = Path(programs)
         self._folder = tempfile.TemporaryDirectory(prefix="qor-terminal-")
         self.folder = Path(self._folder.name)
@@ -35,7 +35,7 @@ class Station:
                 "ServerPipeName": title + "-qor", "ClientPipeName": title + "-host",
             },
             "Simulator": {
-                "ConnectMs": 100, "ExitWithoutClientMs": exit_without_client_ms, "Model": "",
+                "ConnectMs": 100, "ExitWithoutClientMs": 30000, "Model": "",
                 "RecordLog": windows_path(self.records),
                 "Log": windows_path(self.folder / "qor.log"),
             },
