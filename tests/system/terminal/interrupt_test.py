@@ -14,9 +14,12 @@ programs = ""
 class Interrupt(unittest.TestCase):
     transport = "tcp"
 
-    def open(self, script, command, *arguments):
+    def open(self, script, command, *arguments, lines=None):
         self.station = Station(programs, self.transport, script)
         self.addCleanup(self.station.close)
+        if lines is not None:
+            (self.station.folder / "lines.txt").write_text(lines)
+            arguments += (str(self.station.folder / "lines.txt"),)
         self.terminal = Terminal(self.station, command, *arguments)
         self.addCleanup(self.terminal.close)
         return self.terminal
@@ -56,10 +59,19 @@ class Interrupt(unittest.TestCase):
         self.assertEqual(2, len(controls))
         self.assertIn(STOP_CONTROL, controls[1]["payload"])
 
-
     def stops(self):
         return [r for r in self.station.requests()
                 if r["id"] == DIRECT_CONTROL and STOP_CONTROL in r["payload"]]
+
+    def test_a_batch_gives_back_what_it_took(self):
+        terminal = self.open(None, "batch",
+                             lines="start-control ThrottleActuator\nset ThrottleActuator 40\n"
+                                   "sleep 20000\n")
+        terminal.await_text("ok set ThrottleActuator 40")
+        terminal.press(CTRL_C)
+        self.assertEqual(1, terminal.exit_code(), terminal.text())
+        self.assertIn("ok give back ThrottleActuator", terminal.text())
+        self.assertEqual(1, len(self.stops()))
 
     def test_without_a_time_an_actuator_is_held_until_then(self):
         terminal = self.open(None, "start-control", "CoolingFan")
