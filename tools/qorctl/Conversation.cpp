@@ -24,7 +24,7 @@ Conversation::Conversation(const char* command, const SessionOptions& options, c
 int Conversation::run(const ConnectOptions* connection, const Work& work) {
     tellBeginning();
     const interrupt::LastWords lastWords([this] {
-        const std::vector<std::string> held = session_.actuators().names();
+        const std::vector<std::string> held = session_.actuators().notGivenBack();
         tellLost(held);
         return held.empty() ? exitFailure : exitNotGivenBack;
     });
@@ -36,7 +36,7 @@ int Conversation::run(const ConnectOptions* connection, const Work& work) {
     }
     console_.line(report_.summary());
     finishResults();
-    const std::vector<std::string> lost = session_.actuators().lost();
+    const std::vector<std::string> lost = session_.actuators().notGivenBack();
     tellLost(lost);
     if (!lost.empty()) return exitNotGivenBack;
     return report_.allSucceeded() ? exitSuccess : exitFailure;
@@ -90,7 +90,7 @@ void Conversation::finishResults() {
     results_["ok"] = report_.allSucceeded();
     results_["steps"] = report_.asJson();
     results_["notGivenBack"] = nlohmann::json::array();
-    for (const std::string& name : session_.actuators().lost())
+    for (const std::string& name : session_.actuators().notGivenBack())
         results_["notGivenBack"].push_back(utf8Of(name));
     for (const std::string& line : session_.log().lines()) results_["log"].push_back(utf8Of(line));
     if (!output_.json) return;

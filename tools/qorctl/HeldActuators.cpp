@@ -25,9 +25,8 @@ bool isFree(qorcontrol::Cause cause) {
 
 bool HeldActuators::take(const std::string& name, unsigned int timeoutMs, CallNotes& calls) {
     add(name);  // before it is asked for: a second Ctrl-C may end the program meanwhile
-    const bool taken = facade_.startDirectCtrl(name, timeoutMs);
-    calls.note(taken);
-    if (taken) return true;
+    isAsked_.erase(name);
+    if (calls.note(facade_.startDirectCtrl(name, timeoutMs))) return true;
     CallNotes giving;
     if (isFree(calls.cause()))
         remove(name);
@@ -77,14 +76,11 @@ std::optional<std::string> HeldActuators::latest() const {
     return held_.back();
 }
 
-std::vector<std::string> HeldActuators::names() const {
+std::vector<std::string> HeldActuators::notGivenBack() const {
     const std::lock_guard<std::mutex> guard(mutex_);
-    return held_;
-}
-
-std::vector<std::string> HeldActuators::lost() const {
-    const std::lock_guard<std::mutex> guard(mutex_);
-    return lost_;
+    std::vector<std::string> names = lost_;
+    names.insert(names.end(), held_.begin(), held_.end());
+    return names;
 }
 
 void HeldActuators::add(const std::string& name) {

@@ -15,7 +15,7 @@ namespace qorctl {
 /// nobody waits for that any more. Whoever takes and gives back through this leaves nothing behind
 /// that `latest` does not name.
 ///
-/// One thread takes and gives back; `names` may be called by any.
+/// One thread takes and gives back; `notGivenBack` may be called by any.
 class HeldActuators {
 public:
     explicit HeldActuators(const QorControlFacade& facade) : facade_(facade) {}
@@ -30,7 +30,8 @@ public:
     bool giveBack(const std::string& name, unsigned int timeoutMs, CallNotes& calls);
 
     /// For the end: the same with more patience, again and again for 5 s while QOR does not answer.
-    /// Whatever comes of it, it does not count as held any more; false: it is one of `lost`.
+    /// Whatever comes of it, it does not count as held any more; false: it is `notGivenBack` for
+    /// good.
     bool giveBackForGood(const std::string& name, CallNotes& calls);
 
     /// The same for all, the one that was taken last first. Returns the names of those that are
@@ -39,10 +40,8 @@ public:
 
     /// The one that was taken last.
     std::optional<std::string> latest() const;
-    /// All that are held, in the order in which they were taken.
-    std::vector<std::string> names() const;
-    /// What could not be given back.
-    std::vector<std::string> lost() const;
+    /// What could not be given back, and what is still held, in the order in which it was taken.
+    std::vector<std::string> notGivenBack() const;
 
 private:
     void add(const std::string& name);

@@ -6,10 +6,10 @@
 
 #include "Interrupt.h"
 #include "JsonText.h"
+#include "qorcontrol/LentQueue.h"
 #include "TroubleCodes.h"
 #include "watch/SampleText.h"
 #include "watch/SampleView.h"
-#include "watch/StreamQueue.h"
 #include "watch/WatchClock.h"
 
 namespace qorctl {
@@ -18,6 +18,7 @@ namespace {
 using Code = QorControlFacade::DtcDescription;
 
 constexpr unsigned int popMs = 20;
+constexpr unsigned int slots = 64;
 
 bool isSame(const Code& one, const Code& other) {
     return one.code == other.code && one.status == other.status && one.text1 == other.text1 &&
@@ -52,7 +53,7 @@ void DtcWatch::run() {
 }
 
 Outcome DtcWatch::stream() {
-    StreamQueue<Code> queue;
+    qorcontrol::LentQueue<CodeList> queue(slots);
     Session& session = conversation_.session();
     QorControlFacade& facade = session.facade();
     CallNotes calls;
@@ -62,14 +63,15 @@ Outcome DtcWatch::stream() {
     const WatchClock clock(options_.forS);
     while (!clock.isOver() && !interrupt::isRequested() && canPrint()) {
         CodeList list;
-        if (queue.pop(list, popMs)) show(news_.take(list), clock.seconds());
+        if (queue.get()->pop(list, popMs)) show(news_.take(list), clock.seconds());
         conversation_.console().transient(fmt::format("{:.1f} s, {} codes, read {} times",
                                                       clock.seconds(), news_.codes().size(),
                                                       news_.lists()));
     }
     conversation_.console().eraseTransient();
     facade.stopDtcRead();
-    const bool stopIsSeen = calls.note(queue.retire(facade, session.options().timeoutMs));
+    const bool stopIsSeen = calls.note(facade.pingQor(session.options().timeoutMs));
+    if (stopIsSeen) queue.takeBack();
     return judge(stopIsSeen, calls, clock.seconds());
 }
 
