@@ -1,6 +1,7 @@
 #include "agent/QorProtocolAgent.h"
 
 #include <stdexcept>
+#include <string>
 #include <utility>
 
 #include "agent/DeskMessageBox.h"
@@ -34,9 +35,19 @@ void QorProtocolAgent::start() {
         ClientExternalOperating::create(resolved.empty() ? given : resolved, std::move(messageBox))
             .release());
     channel_->executable.publish(client_->executablePath());
-    if (!client_->launch(launchMs))
-        throw std::runtime_error("Fail to launch QOR external operating");
+    if (!client_->launch(launchMs)) failToLaunch();
     common::sleepMs(afterLaunchMs);
+}
+
+void QorProtocolAgent::failToLaunch() {
+    const char* const what = "Fail to launch QOR external operating";
+    // What the last attempt to reach QOR has met says more to whoever asks than to the trace.
+    const common::Verdict& verdict = client_->verdict();
+    if (*verdict.detail != '\0') {
+        const std::string reason = std::string(what) + ": " + verdict.detail;
+        channel_->agent.noteEnd(qorcontrol::Cause::agentEnded, reason.c_str(), verdict.check);
+    }
+    throw std::runtime_error(what);
 }
 
 void QorProtocolAgent::step() {

@@ -41,6 +41,7 @@ private:
     template <class Data>
     using Handler = bool (QorProtocolAgent::*)(const Request<Data>&);
 
+    [[noreturn]] void failToLaunch();
     void noteOnlineState();
     void noteEpoch();
     void carryOut(const channel::ProtocolCmd& command);

@@ -111,7 +111,10 @@ bool Session::placeConnect(std::shared_ptr<ConnectRun> run) {
 
 Outcome Session::agentsEnd() const {
     const auto end = channel_->agent.end();
-    return end == nullptr ? failure(Cause::agentEnded, "") : failure(end->cause, end->reason);
+    if (end == nullptr) return failure(Cause::agentEnded, "");
+    Outcome outcome = failure(end->cause, end->reason);
+    if (*end->check != '\0') outcome.check = end->check;
+    return outcome;
 }
 
 std::uint32_t Session::startStream(const std::vector<std::string>& names, unsigned int slots) {

@@ -1,6 +1,8 @@
 #include "client/ClientCommands.h"
 
+#include <algorithm>
 #include <map>
+#include <set>
 #include <utility>
 
 #include "client/ClientExternalOperating.h"
@@ -74,14 +76,9 @@ bool ClientCommandCanBusData::onReply(Replyer*, ClientExternalOperating* client)
 bool ClientCommandReadTogether::onReply(Replyer*, ClientExternalOperating* client) {
     // A parameter that stands there more than once is told once, as it was told last.
     std::map<std::uint32_t, std::size_t> last;
-    for (std::size_t i = 0; i < paramIndices.size() && i < values.size(); ++i)
-        last[paramIndices[i]] = i;
-    for (std::size_t i = 0; i < paramIndices.size(); ++i) {
-        if (values.size() <= i) {
-            client->onTrouble(id, answered(), qorcontrol::Cause::badAnswer,
-                              "QOR's answer lacks values");
-            return false;
-        }
+    const std::size_t present = std::min(paramIndices.size(), values.size());
+    for (std::size_t i = 0; i < present; ++i) last[paramIndices[i]] = i;
+    for (std::size_t i = 0; i < present; ++i) {
         if (last[paramIndices[i]] != i) continue;
         protocol::DirectCtrl record;
         record.paramIndex = paramIndices[i];
@@ -89,5 +86,10 @@ bool ClientCommandReadTogether::onReply(Replyer*, ClientExternalOperating* clien
         record.values = std::move(values[i]);
         client->onDirectCtrl(std::move(record), answered());
     }
-    return true;
+    if (present == paramIndices.size()) return true;
+    std::set<std::int32_t> lacking;
+    for (const std::uint32_t index : paramIndices)
+        if (last.count(index) == 0) lacking.insert(static_cast<std::int32_t>(index));
+    client->onValuesLacking(lacking, answered());
+    return false;
 }

@@ -20,7 +20,7 @@ constexpr unsigned int settleMs = 50;
 /// A protocol number that no real connection carries: "no connection".
 constexpr std::uint32_t noProtocol = 0;
 
-constexpr const char* lostWithRequest = "it was lost after the request had left";
+constexpr const char* lostWithRequest = "it was lost while the request was under way";
 constexpr const char* hangs = "its window takes no messages at all";
 constexpr const char* hasMoreRights =
     "QOR's window takes no messages of this program, QOR runs with more rights";

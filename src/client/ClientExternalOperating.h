@@ -4,6 +4,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -164,7 +165,7 @@ public:
     /// parameters from then on.
     void onNewQor() override;
     void onRefused(std::uint32_t requestId) override;
-    void onUnreadable(std::uint32_t commandId, std::uint32_t requestId, bool isReply) override;
+    void onUnreadable(const UnreadRecord& record) override;
     void onParamValue(std::int32_t id, double value);
     void onParamInfo(const protocol::ParamInfo& record, const Answered& answered = {});
     void onDirectCtrl(protocol::DirectCtrl record, const Answered& answered = {});
@@ -173,6 +174,8 @@ public:
     void onCanBusData(protocol::CanBusData record, const Answered& answered = {});
     void onKwpAnswer(protocol::ExecKwp record, const Answered& answered = {});
     void onModelDescription(const protocol::GetHex& record);
+    /// An answer to a read of several names these parameters and has no values for them.
+    void onValuesLacking(const std::set<std::int32_t>& indices, const Answered& answered);
     /// Something has come in place of data: of this kind, for the request that it names. Told of
     /// the request that waits, if that is the one, once its time has passed without data.
     void onTrouble(std::uint32_t commandId, const Answered& answered, qorcontrol::Cause cause,

@@ -78,7 +78,7 @@ bool ClientExternalOperating::ask(typename Command::Payload payload, unsigned in
         const auto state = state_.lock();
         loan->take(*state);
         *leftIn = state->epoch;
-        if (loan->size() <= Owed<Key>::maxKeys) state->loans.keep(requestId, Command::id, loan);
+        if (loan->isSmall()) state->loans.keep(requestId, Command::id, loan);
         return true;
     };
     beginSend();

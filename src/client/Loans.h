@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <deque>
 #include <memory>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -73,7 +74,12 @@ public:
     }
 
     bool isOf(Debts debts) const { return debts_ == debts; }
-    std::size_t size() const { return keys_.size(); }
+    /// Whether it takes no more memory than one that is kept may take.
+    bool isSmall() const {
+        return keys_.size() <= Owed<Key>::maxKeys &&
+               std::all_of(keys_.begin(), keys_.end(),
+                           [](const Key& key) { return Owed<Key>::isShort(key); });
+    }
     bool isBehindAnother() const { return isBehindAnother_; }
 
 private:
@@ -111,10 +117,10 @@ public:
         if (loans_.size() > maxLoans) loans_.pop_back();
     }
 
-    /// Of the command of this kind with that id; null if there is none.
-    ILoan* find(std::uint32_t requestId, std::uint32_t commandId) const {
+    /// The kind of the command with that id; nothing if it is not known.
+    std::optional<std::uint32_t> kindOf(std::uint32_t requestId) const {
         const Kept* const kept = find(requestId);
-        return kept != nullptr && kept->commandId == commandId ? kept->loan.get() : nullptr;
+        return kept == nullptr ? std::nullopt : std::optional<std::uint32_t>(kept->commandId);
     }
 
     /// The request that data names has got it; false if that is not known.

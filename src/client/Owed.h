@@ -25,6 +25,12 @@ public:
         bool isApart = false;  // under its own key
     };
 
+    static bool isShort(const std::string& key) { return key.size() <= maxKeyChars; }
+    template <class Other>
+    static bool isShort(const Other&) {
+        return true;
+    }
+
     bool isOwed(const Key& key) const { return others_ != 0 || debts_.count(key) != 0; }
 
     /// A request has left.
@@ -107,12 +113,6 @@ private:
         std::uint32_t older_ = 0;
     };
     using Debts = std::map<Key, Debt>;  // none is paid
-
-    static bool isShort(const std::string& key) { return key.size() <= maxKeyChars; }
-    template <class Other>
-    static bool isShort(const Other&) {
-        return true;
-    }
 
     void dropIfPaid(typename Debts::iterator debt) {
         if (debt->second.isPaid()) debts_.erase(debt);

@@ -28,6 +28,8 @@ std::int32_t asInteger(double value) {
 /// Far more results than any real connect brings; what a peer gone mad adds beyond it is dropped.
 constexpr std::size_t maxResults = 1000;
 
+constexpr const char* whileTaken = "while QOR's answer was taken";
+
 /// Keeps an answer, if somebody waits for it.
 template <class T>
 void arrive(Arrival<T>& arrival, T content) {
@@ -59,6 +61,19 @@ void payUnread(ClientState& state, std::uint32_t commandId) {
     }
 }
 
+/// What an answer of this kind does not bring will not come again. The request that it names is
+/// owed nothing any more; one of another kind still waits. `payOldest`: for one that names none, or
+/// a request that is not known.
+template <class PayOldest>
+void giveUpAnswer(ClientState& state, std::uint32_t commandId, const Answered& answered,
+                  PayOldest payOldest) {
+    const auto asked = answered ? state.loans.kindOf(*answered) : std::nullopt;
+    if (!asked)
+        payOldest();
+    else if (*asked == commandId)
+        state.loans.giveBack(state, *answered);
+}
+
 void keepValue(ParamTables& params, std::int32_t id, double value) {
     const common::Moment tick = common::now();
     params.storeSample(id, {{value}, {}, {}, tick});
@@ -77,7 +92,7 @@ bool ClientExternalOperating::handleCommand(IExternalCommand& command,
         if (answered) noteKind(received.getId(), *answered);
         return ours->onReply(&replyer, this);
     } catch (const std::bad_alloc&) {
-        onTrouble(received.getId(), answered, Cause::outOfMemory, "while QOR's answer was taken");
+        onTrouble(received.getId(), answered, Cause::outOfMemory, whileTaken);
         return false;
     }
 }
@@ -171,18 +186,28 @@ void ClientExternalOperating::onRefused(std::uint32_t requestId) {
     state->loans.giveBack(*state, requestId);
 }
 
-void ClientExternalOperating::onUnreadable(std::uint32_t commandId, std::uint32_t requestId,
-                                           bool isReply) {
-    const Answered answered = isReply ? Answered(requestId) : std::nullopt;
+void ClientExternalOperating::onValuesLacking(const std::set<std::int32_t>& indices,
+                                              const Answered& answered) {
     {
         const auto state = state_.lock();
-        ILoan* const loan = answered ? state->loans.find(requestId, commandId) : nullptr;
-        if (loan != nullptr)
-            loan->giveBack(*state);  // it will not come again
-        else
-            payUnread(*state, commandId);
+        giveUpAnswer(*state, CommandReadTogether::id, answered, [&] {
+            for (const std::int32_t index : indices) state->owedValues.pay(index);
+        });
     }
-    onTrouble(commandId, answered, Cause::badAnswer, "QOR's record cannot be read");
+    onTrouble(CommandReadTogether::id, answered, Cause::badAnswer, "QOR's answer lacks values");
+}
+
+void ClientExternalOperating::onUnreadable(const UnreadRecord& record) {
+    const Answered answered = record.isReply ? Answered(record.requestId) : std::nullopt;
+    {
+        const auto state = state_.lock();
+        giveUpAnswer(*state, record.commandId, answered,
+                     [&] { payUnread(*state, record.commandId); });
+    }
+    if (record.lacksMemory)
+        onTrouble(record.commandId, answered, Cause::outOfMemory, whileTaken);
+    else
+        onTrouble(record.commandId, answered, Cause::badAnswer, "QOR's record cannot be read");
 }
 
 void ClientExternalOperating::onNewQor() {

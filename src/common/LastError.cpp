@@ -38,4 +38,10 @@ std::string lastErrorText() {
     return result;
 }
 
+KeptLastError::KeptLastError() : code_(GetLastError()) {}
+
+KeptLastError::~KeptLastError() {
+    SetLastError(code_);
+}
+
 }  // namespace common

@@ -65,6 +65,7 @@ bool Call::failForLackOfAgent() {
     const std::shared_ptr<const channel::AgentEnd> end = channel_->agent.end();
     if (end == nullptr) return false;
     verdict_.cause = end->cause;
+    verdict_.check = end->check;
     reason_ = {end, &end->reason};
     return false;
 }

@@ -11,7 +11,8 @@ namespace {
 constexpr std::uint32_t lookMs = 50;
 
 constexpr const char* waitsForNobody =
-    "with a time-out of 0 the call does not wait; the request is carried out all the same";
+    "with a time-out of 0 the call does not wait; the request is carried out all the same, unless "
+    "later ones push it out of the full queue";
 constexpr const char* giveTime = "Give a time-out if the result is wanted.";
 
 }  // namespace

@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <memory>
-#include <new>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -34,16 +33,14 @@ public:
     std::size_t payloadBytes() const override { return wire::encodedBytes(payload()); }
 
 protected:
-    /// A new `Concrete` read from `bytes`; null when memory does not suffice or the payload asks
-    /// for an unreasonable amount of it.
+    /// A new `Concrete` read from `bytes`; null when the payload asks for an unreasonable amount of
+    /// memory.
     template <class Concrete>
     static IExternalCommand* createAs(std::string_view bytes) {
         try {
             auto command = std::make_unique<Concrete>();
             wire::Reader(bytes).get(command->payload());
             return command.release();
-        } catch (const std::bad_alloc&) {
-            return nullptr;
         } catch (const std::length_error&) {
             return nullptr;
         }

@@ -22,9 +22,9 @@ public:
     virtual void write(std::string& out) const = 0;
 
     /// Rebuilds a command of this object's own class from the record at the start of `in`. Empty
-    /// if the record is incomplete, of another class or asks for more memory than there is;
+    /// if the record is incomplete, of another class or announces more than any real one holds;
     /// `consumed` is set to the record's length as soon as the record is complete and of this
-    /// class, and untouched before that.
+    /// class, and untouched before that. Throws std::bad_alloc when memory does not suffice.
     virtual std::unique_ptr<IExternalCommand> parse(const std::string& in,
                                                     std::size_t& consumed) const = 0;
 

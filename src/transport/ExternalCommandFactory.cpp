@@ -4,6 +4,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "common/LastError.h"
 #include "protocol/RecordStream.h"
 #include "transport/ReceivedCommand.h"
 #include "transport/RecordBound.h"
@@ -124,6 +125,7 @@ unsigned int ExternalCommandFactory::defaultTimeout(unsigned int) const {
 }
 
 bool ExternalCommandFactory::onCopyData(const COPYDATASTRUCT* record) {
+    const common::KeptLastError ofTheSend;  // that may be waiting below, for its own answer
     const Counted inHandler(handling_);
     if (record == nullptr || record->dwData != messageTag) return false;
     if (record->lpData == nullptr || record->cbData > protocol::maxRecordBytes) return false;
@@ -138,7 +140,7 @@ bool ExternalCommandFactory::onCopyData(const COPYDATASTRUCT* record) {
 bool ExternalCommandFactory::handleBytes(const std::string& bytes) {
     const ReceivedCommand received = recognise(bytes, receiver_.prototypes(), pingPrototype_);
     if (!received.command) {
-        tellUnreadable(bytes, receiver_);
+        tellUnreadable(received, bytes, receiver_);
         return false;
     }
     if (received.isPing) return true;

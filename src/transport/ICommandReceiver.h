@@ -7,6 +7,15 @@
 #include "protocol/IClientCommand.h"
 #include "protocol/IExternalCommand.h"
 
+/// What is known of a record that could not be made a command: of an unknown id, with unreasonable
+/// counts, or too long for the memory that is left.
+struct UnreadRecord {
+    std::uint32_t commandId = 0;
+    std::uint32_t requestId = 0;
+    bool isReply = false;  ///< it names the request that it answers
+    bool lacksMemory = false;
+};
+
 /// The border of a transport: all that it knows of whoever takes what QOR sends. The client
 /// implements it; a transport is given it at its construction.
 ///
@@ -45,13 +54,8 @@ public:
     /// messages the result of a send is all there is.
     virtual void onRefused(std::uint32_t requestId) { static_cast<void>(requestId); }
 
-    /// A record has come that no prototype takes: of an unknown id, with unreasonable counts, or
-    /// too long for the memory that is left. `isReply`: it names the request that it answers.
-    virtual void onUnreadable(std::uint32_t commandId, std::uint32_t requestId, bool isReply) {
-        static_cast<void>(commandId);
-        static_cast<void>(requestId);
-        static_cast<void>(isReply);
-    }
+    /// A record has come that no prototype takes.
+    virtual void onUnreadable(const UnreadRecord& record) { static_cast<void>(record); }
 
 protected:
     ~ICommandReceiver() = default;

@@ -10,6 +10,7 @@
 struct ReceivedCommand {
     std::unique_ptr<IExternalCommand> command;  ///< null: no prototype takes the record
     bool isPing = false;                        ///< taken by the ping prototype
+    bool lacksMemory = false;                   ///< which is why there is no command
 
     /// The status of a ping; 0 for any other command.
     std::uint32_t pingStatus() const;
@@ -20,4 +21,5 @@ ReceivedCommand recognise(const std::string& record, const ICommandReceiver::Pro
                           const CommandPing& ping);
 
 /// Tells the receiver of a record that none of them has taken, as far as it has a head.
-void tellUnreadable(const std::string& record, ICommandReceiver& receiver);
+void tellUnreadable(const ReceivedCommand& received, const std::string& record,
+                    ICommandReceiver& receiver);

@@ -115,7 +115,7 @@ void SocketWorker::handleRecord(const std::string& bytes, std::uint32_t requestI
     const bool refused = received.pingStatus() == protocol::Ping::notHandled;
     if (refused) factory_.receiver_.onRefused(requestId);
     pending_.complete(requestId, refused ? CmdResult::failure : CmdResult::success);
-    if (!received.command) return tellUnreadable(bytes, factory_.receiver_);
+    if (!received.command) return tellUnreadable(received, bytes, factory_.receiver_);
     handleCommand(*received.command);
 }
 

@@ -81,7 +81,7 @@ bool FakeQor::send(const IExternalCommand& command) {
 bool FakeQor::sendRecord(const std::string& record) {
     const ReceivedCommand received = recognise(record, client_->prototypes(), CommandPing());
     if (!received.command) {
-        tellUnreadable(record, *client_);
+        tellUnreadable(received, record, *client_);
         return false;
     }
     Replyer replyer(*this);

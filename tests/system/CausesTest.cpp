@@ -195,7 +195,7 @@ TEST_P(Causes, TheConnectionIsLostBehindTheRequest) {
         ruleFor(R"({"id":9})", R"({"answer":"silent","then":[{"afterMs":0,"exit":3}]})")));
     const Outcome outcome = outcomeOf([&] { return dtcs(5000); });
     EXPECT_EQ(outcome.cause, Cause::noConnection);
-    EXPECT_THAT(outcome.sentence, EndsWith("it was lost after the request had left."));
+    EXPECT_THAT(outcome.sentence, EndsWith("it was lost while the request was under way."));
 }
 
 TEST_P(Causes, TheConnectionIsLostWhileDataIsAwaited) {
@@ -203,7 +203,7 @@ TEST_P(Causes, TheConnectionIsLostWhileDataIsAwaited) {
         ruleFor(R"({"id":9})", R"({"answer":"ackOnly","then":[{"afterMs":200,"exit":3}]})")));
     const Outcome outcome = outcomeOf([&] { return dtcs(1500); });
     EXPECT_EQ(outcome.cause, Cause::noConnection);
-    EXPECT_THAT(outcome.sentence, EndsWith("it was lost after the request had left."));
+    EXPECT_THAT(outcome.sentence, EndsWith("it was lost while the request was under way."));
 }
 
 TEST_P(Causes, QorIsSilent) {

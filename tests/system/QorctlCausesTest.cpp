@@ -101,7 +101,7 @@ TEST_P(QorctlCauses, ThereIsNoConnectionOnceQorHasEnded) {
 
     expectCause(done.at(0), "noConnection", 4);
     EXPECT_THAT(done.at(0).at("cause").at("sentence").get<std::string>(),
-                EndsWith("it was lost after the request had left."));
+                EndsWith("it was lost while the request was under way."));
     expectCause(done.at(1), "noConnection", 4);
 }
 

@@ -11,9 +11,9 @@ bool AgentLife::isOperating() const {
     return mayBeOperating() && thread_.state() == common::ThreadState::running;
 }
 
-void AgentLife::noteEnd(qorcontrol::Cause cause, const char* reason) noexcept {
+void AgentLife::noteEnd(qorcontrol::Cause cause, const char* reason, const char* check) noexcept {
     try {
-        auto end = std::make_shared<const AgentEnd>(AgentEnd{cause, reason});
+        auto end = std::make_shared<const AgentEnd>(AgentEnd{cause, reason, check});
         const auto kept = end_.lock();
         if (*kept == nullptr) *kept = std::move(end);
     } catch (const std::bad_alloc&) {

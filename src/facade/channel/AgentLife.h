@@ -13,7 +13,8 @@ namespace channel {
 /// Why there is no agent any more.
 struct AgentEnd {
     qorcontrol::Cause cause = qorcontrol::Cause::agentEnded;
-    std::string reason;  ///< for the operator; it may have several lines
+    std::string reason;      ///< for the operator; it may have several lines
+    const char* check = "";  ///< what to check, if not what the cause says; a constant text
 };
 
 /// The agent's thread, and what its two sides tell each other about its end. Anybody may ask; all
@@ -37,7 +38,7 @@ public:
 
     /// Why it ends, told before anybody can see that it does. The first reason stays: what comes
     /// behind it is its consequence. Without memory there is none.
-    void noteEnd(qorcontrol::Cause cause, const char* reason) noexcept;
+    void noteEnd(qorcontrol::Cause cause, const char* reason, const char* check = "") noexcept;
     /// Null if nobody has told one.
     std::shared_ptr<const AgentEnd> end() { return *end_.lock(); }
 

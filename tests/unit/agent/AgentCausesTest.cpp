@@ -6,6 +6,7 @@
 #include "support/FakeMonitor.h"
 #include "support/TempFolder.h"
 #include "trace/Trace.h"
+#include "unit/transport/WindowPeer.h"
 
 using channel::Kind;
 using qorcontrol::Cause;
@@ -150,6 +151,27 @@ TEST_F(AgentEnds, WhenQorCannotBeStartedForThatReason) {
                      "QORexecutable=c:\\no such folder\\qor.exe\r\n"));
     EXPECT_EQ(outcome.cause, Cause::agentEnded);
     EXPECT_THAT(outcome.sentence, HasSubstr("Fail to launch QOR"));
+    EXPECT_THAT(outcome.check, HasSubstr("executable"));
+}
+
+TEST_F(AgentEnds, WhenQorCannotBeStartedForWhatTheLastAttemptToReachItHasMet) {
+    std::promise<void> end;
+    const auto task = [hangs = end.get_future().share()](const peer::Message&) {
+        hangs.wait();
+        return LRESULT{1};
+    };
+    peer::WindowThread server("AgentEnds.Hanging");
+    server.onMessage(task);
+    peer::send(server.handle(), "x", SMTO_NORMAL, 6000);  // only then the system calls it hung
+    const qorcontrol::Outcome outcome = outcomeWith(
+        folder.write("qor.ini",
+                     "[CommonSettings]\r\nUseTcp=false\r\nClientPipeName=AgentEnds.Client\r\n"
+                     "ServerPipeName=AgentEnds.Hanging\r\n"
+                     "QORexecutable=c:\\no such folder\\qor.exe\r\n"));
+    end.set_value();
+    EXPECT_EQ(outcome.cause, Cause::agentEnded);
+    EXPECT_THAT(outcome.sentence, HasSubstr("Fail to launch QOR external operating: its window "
+                                            "takes no messages at all"));
     EXPECT_THAT(outcome.check, HasSubstr("executable"));
 }
 

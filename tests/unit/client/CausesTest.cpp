@@ -47,7 +47,7 @@ TEST_F(Causes, OfASendAreThoseOfTheTransport) {
     EXPECT_EQ(causeOfSend(Delivery::noConnection), Cause::noConnection);
     EXPECT_EQ(detail(), "");
     EXPECT_EQ(causeOfSend(Delivery::lost), Cause::noConnection);
-    EXPECT_EQ(detail(), "it was lost after the request had left");
+    EXPECT_EQ(detail(), "it was lost while the request was under way");
     EXPECT_EQ(causeOfSend(Delivery::notBegun), Cause::agentBusy);
     EXPECT_EQ(causeOfSend(Delivery::tooLong), Cause::requestTooLarge);
     EXPECT_EQ(causeOfSend(Delivery::broken), Cause::systemFailure);
@@ -136,7 +136,7 @@ TEST_F(Causes, OfDataThatCannotComeAnyMoreIsThatTheConnectionIsLost) {
     std::vector<protocol::DtcRecord> dtcs;
     EXPECT_FALSE(client().getDtc(1, dtcs, 100));
     EXPECT_EQ(cause(), Cause::noConnection);
-    EXPECT_EQ(detail(), "it was lost after the request had left");
+    EXPECT_EQ(detail(), "it was lost while the request was under way");
 }
 
 TEST_F(Causes, OfAnAnswerThatLacksValuesIsThatItIsBad) {
@@ -170,6 +170,19 @@ TEST_F(Causes, OfAnAnswerThatCannotBeReadIsThatItIsBad) {
     std::vector<protocol::CanBusItem> frames;
     EXPECT_FALSE(client().getCanBusData({{1, 0}}, frames, 100));
     EXPECT_EQ(cause(), Cause::noData);
+}
+
+TEST_F(Causes, OfAnAnswerThatThereWasNoMemoryForIsThat) {
+    for (const bool isNamed : {false, true}) {
+        qor.on<CommandGetDTC>([&](const CommandGetDTC& request) {
+            client().onUnreadable({CommandGetDTC::id, request.requestId(), isNamed, true});
+            return true;
+        });
+        std::vector<protocol::DtcRecord> dtcs;
+        EXPECT_FALSE(client().getDtc(1, dtcs, 100));
+        EXPECT_EQ(cause(), Cause::outOfMemory) << isNamed;
+        EXPECT_EQ(detail(), "while QOR's answer was taken");
+    }
 }
 
 TEST_F(Causes, OfAnAnswerOfAnotherKindThatNamesTheRequestIsThatItIsBad) {

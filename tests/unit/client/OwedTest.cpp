@@ -334,6 +334,49 @@ TEST_F(OwedAnswers, ThatCannotBeReadAreNotOwedAnyMore) {
     EXPECT_EQ(dtcs(), "true");
 }
 
+TEST_F(OwedAnswers, AreStillOwedWhenWhatCannotBeReadNamesARequestOfAnotherKind) {
+    EXPECT_EQ(dtcs(), "false");
+    qor.on<CommandExecKwp>([&](const CommandExecKwp& request) {
+        std::string record;
+        CommandGetDTC answer;
+        answer.stampAsReplyTo(request.requestId());
+        answer.write(record);
+        qor.sendRecord(record.substr(0, 8) + std::string("\x04\0\0\0\xFF\xFF\xFF\xFF", 8));
+        return true;
+    });
+    EXPECT_EQ(kwp(), "false");
+    answersAfter<CommandGetDTC>(10, [&] { qor.send(CommandGetDTC()); });
+    answersAfter<CommandExecKwp>(10, [&] { qor.send(CommandExecKwp()); });
+    EXPECT_EQ(dtcs(), marked);
+    EXPECT_EQ(kwp(), marked);
+}
+
+TEST_F(OwedAnswers, OfAReadOfSeveralThatLackValuesAreNotOwedAnyMore) {
+    const auto answersShort = [&](bool isNamed) {
+        qor.on<CommandReadTogether>([=](const CommandReadTogether& request) {
+            CommandReadTogether answer;
+            answer.paramIndices = {5, 6, 6};
+            answer.values = {{1.0}};
+            return isNamed ? qor.answer(request, std::move(answer)) : qor.send(answer);
+        });
+    };
+    answersAfter<CommandDirectCtrl>(10, [&] { tellValue(6); });
+    for (const bool isNamed : {false, true}) {
+        answersShort(isNamed);
+        EXPECT_EQ(readAll({"S1", "S2"}), "false");
+        EXPECT_EQ(read("S2"), "true") << isNamed;
+    }
+    // One debt and no more is paid by it.
+    qor.on<CommandDirectCtrl>([](const CommandDirectCtrl&) { return true; });
+    EXPECT_EQ(read("S2"), "false");
+    for (const bool isNamed : {false, true}) {
+        answersShort(isNamed);
+        EXPECT_EQ(readAll({"S1", "S2"}), "false");
+        answersAfter<CommandDirectCtrl>(10, [&] { tellValue(6); });
+        EXPECT_EQ(read("S2"), marked) << isNamed;
+    }
+}
+
 TEST_F(OwedAnswers, OfAReadOfSeveralMarkThoseOfEachAlone) {
     EXPECT_EQ(readAll({"S1", "S2"}), "false");
     answersAfter<CommandDirectCtrl>(10, [&] { tellValue(6); });
@@ -462,6 +505,28 @@ TEST_F(OwedAnswers, OfManyTimedOutRequestsAreKnownAsFarAsThereIsRoom) {
     EXPECT_EQ(dtcs(), marked);
     qor.send(CommandGetDTC());
     EXPECT_EQ(dtcs(), "true");
+}
+
+TEST_F(OwedAnswers, OfATextTooLongToBeKeptAreNotKnownByTheirRequest) {
+    const std::string longest(Owed<std::string>::maxKeyChars, 'x');
+    qor.failure = Delivery::silent;
+    qor.on<CommandGetParamInfo>([](const CommandGetParamInfo&) { return false; });
+    EXPECT_EQ(describe(longest), "false");
+    EXPECT_EQ(describe(longest + "x"), "false");
+    qor.failure.reset();
+    for (const auto* const each : qor.all<CommandGetParamInfo>()) qor.refuseLate(*each);
+    answersAfter<CommandGetParamInfo>(10, [&] {
+        CommandGetParamInfo answer;
+        answer.name = qor.last<CommandGetParamInfo>().name;
+        answer.paramIndex = 8;
+        qor.send(answer);
+    });
+    EXPECT_EQ(describe("Late"), marked);  // the longer one is still owed
+    CommandGetParamInfo late;
+    late.name = longest + "x";
+    qor.send(late);
+    EXPECT_EQ(describe("Late"), "true");
+    EXPECT_EQ(describe(longest), "true");
 }
 
 TEST_F(OwedAnswers, AreForgottenWithTheQorThatOwesThem) {

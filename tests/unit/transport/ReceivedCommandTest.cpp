@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <new>
+
 #include "SocketTransportSupport.h"
 
 namespace {
@@ -38,6 +40,26 @@ protected:
     void add(char name, bool takes) {
         prototypes.push_back(std::make_unique<CountingPrototype>(asked, name, takes));
     }
+};
+
+/// Takes nothing for lack of memory.
+struct StarvedPrototype final : CommandEcuToolRoutine, IClientCommand {
+    IExternalCommand* createFromPayload(std::string_view) const override { throw std::bad_alloc(); }
+    bool onReply(IExternalCommand::ICommandReplyer*, ClientExternalOperating*) override {
+        return true;
+    }
+};
+
+struct UnreadReceiver final : ICommandReceiver {
+    const Prototypes& prototypes() const override { return none; }
+    bool handleCommand(IExternalCommand&, IExternalCommand::ICommandReplyer&) override {
+        return false;
+    }
+    void onNewQor() override {}
+    void onUnreadable(const UnreadRecord& record) override { told.push_back(record); }
+
+    Prototypes none;
+    std::vector<UnreadRecord> told;
 };
 
 TEST_F(Recognising, TheFirstPrototypeThatTakesTheRecordWins) {
@@ -82,6 +104,34 @@ TEST_F(Recognising, ARecordThatNobodyTakesGivesNothing) {
     EXPECT_EQ(nullptr, recognise(record(8, 5, ""), prototypes, ping).command);
     EXPECT_EQ(nullptr, recognise(record(4, 5, ""), prototypes, ping).command);
     EXPECT_FALSE(recognise(record(4, 5, ""), prototypes, ping).isPing);
+    EXPECT_FALSE(recognise(record(8, 5, ""), prototypes, ping).lacksMemory);
+}
+
+TEST_F(Recognising, WithoutMemoryForACommandThereIsNoneForThatReason) {
+    prototypes.push_back(std::make_unique<StarvedPrototype>());
+    add('a', true);
+
+    const ReceivedCommand received = recognise(record(8, 5, word(3)), prototypes, ping);
+
+    EXPECT_EQ(nullptr, received.command);
+    EXPECT_TRUE(received.lacksMemory);
+    EXPECT_EQ("", asked);
+}
+
+TEST_F(Recognising, WhatNobodyTakesIsToldByItsHead) {
+    UnreadReceiver receiver;
+    tellUnreadable({nullptr, false, true}, record(tcp::replyFlag | 8, 5, ""), receiver);
+    tellUnreadable({nullptr, false, false}, record(9, 6, ""), receiver);
+    tellUnreadable({nullptr, false, false}, "no head", receiver);
+
+    ASSERT_EQ(2u, receiver.told.size());
+    EXPECT_EQ(8u, receiver.told[0].commandId);
+    EXPECT_EQ(5u, receiver.told[0].requestId);
+    EXPECT_TRUE(receiver.told[0].isReply);
+    EXPECT_TRUE(receiver.told[0].lacksMemory);
+    EXPECT_EQ(9u, receiver.told[1].commandId);
+    EXPECT_FALSE(receiver.told[1].isReply);
+    EXPECT_FALSE(receiver.told[1].lacksMemory);
 }
 
 }  // namespace

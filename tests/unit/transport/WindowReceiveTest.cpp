@@ -146,6 +146,16 @@ TEST_F(WindowReceive, AHandlerThatRunsOutOfMemoryHasNotHandled) {
     EXPECT_FALSE(receive(routine));
 }
 
+TEST_F(WindowReceive, WhatAHandlerMeetsIsNotTheErrorOfTheSendThatItInterrupts) {
+    transport.handler = [](auto&, auto&) {
+        SetLastError(ERROR_ACCESS_DENIED);
+        return true;
+    };
+    SetLastError(ERROR_TIMEOUT);
+    EXPECT_TRUE(receive(routine));
+    EXPECT_EQ(DWORD{ERROR_TIMEOUT}, GetLastError());
+}
+
 TEST_F(WindowReceive, AReplyReleasesTheSenderFirstAndIsStamped) {
     transport.handler = [this](auto&, auto& replyer) {
         platform->isHolding = true;
