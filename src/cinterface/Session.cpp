@@ -96,7 +96,7 @@ std::shared_ptr<const Result> Session::keep(Result result) {
 
 std::shared_ptr<ConnectRun> Session::startConnect(QorControlFacade::EcuConnect settings,
                                                   QorControlFacade::EcuConnect::ConnType type) {
-    const auto run = std::make_shared<ConnectRun>(std::move(settings), type, *channel_, progress_);
+    auto run = std::make_shared<ConnectRun>(std::move(settings), type, *channel_, progress_);
     if (!placeConnect(run)) refuse(Cause::wrongOrder, "a connect of this handle runs already");
     run->start(shared_from_this());
     return run;
