@@ -40,7 +40,7 @@ std::string writeSettings(Transport transport) {
     const std::string id = std::to_string(GetCurrentProcessId()) + (useTcp ? "-tcp" : "-window");
     char folder[MAX_PATH] = "";
     GetTempPathA(sizeof folder, folder);
-    const std::string path = std::string(folder) + "qor-bench-" + id + ".ini";
+    std::string path = std::string(folder) + "qor-bench-" + id + ".ini";
     std::ofstream(path) << "[CommonSettings]\nQORexecutable=" << programFolder()
                         << "qor-simulator.exe\nUseTcp=" << (useTcp ? "true" : "false")
                         << "\nServerIp=127.0.0.1\nTcpPort=" << freePort()

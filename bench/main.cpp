@@ -124,6 +124,8 @@ int run(const Options& options) {
 
 }  // namespace
 
+// The parser of the command line catches what it throws itself.
+// NOLINTNEXTLINE(bugprone-exception-escape)
 int main(int argc, char** argv) {
     Options options;
     CLI::App app("Measures QorControlFacade against the raw things it is made of.");

@@ -6,7 +6,7 @@
 namespace simulator {
 
 std::string ExportFiles::create(std::uint32_t bytes) {
-    const std::string path = prefix_ + std::to_string(++created_) + ".sde";
+    std::string path = prefix_ + std::to_string(++created_) + ".sde";
     std::string content(bytes, '\0');
     for (std::uint32_t i = 0; i < bytes; ++i) content[i] = contentAt(i);
     std::ofstream file(path, std::ios::binary | std::ios::trunc);

@@ -12,7 +12,7 @@ constexpr std::int64_t maxMs = 86400000;  // a day
 constexpr std::int64_t maxExportBytes = 100000000;
 constexpr std::int64_t maxFloodMessages = 1000000;
 constexpr std::int64_t maxFloodMessageBytes = 65536;
-constexpr std::int64_t maxMessageBytes = 64 * 1024 * 1024;
+constexpr std::int64_t maxMessageBytes = std::int64_t{64} * 1024 * 1024;
 
 /// The node is the name of a parameter.
 std::uint32_t indexFrom(const JsonNode& node, const Names& parameters) {

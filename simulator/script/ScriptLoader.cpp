@@ -70,7 +70,7 @@ BootstrapPlan bootstrapFrom(const JsonNode& node, std::uint32_t connectMs) {
 
 /// What a request of this rule can name: a page where it selects one, else a parameter.
 Names namesFor(const Match& match, const Names& parameters) {
-    const Names pages(std::begin(pageNames), std::end(pageNames));
+    Names pages(std::begin(pageNames), std::end(pageNames));
     if (match.id == CommandId::EcuSegment) return pages;
     if (match.id) return parameters;
     Names both = parameters;

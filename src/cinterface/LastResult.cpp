@@ -7,7 +7,6 @@
 using cinterface::callOn;
 using cinterface::Cause;
 using cinterface::OutBuffer;
-using cinterface::Outcome;
 using cinterface::Result;
 using cinterface::Session;
 

@@ -78,6 +78,7 @@ std::vector<ArrivalCursor> ClientExternalOperating::keepArrivals(
     const std::vector<std::int32_t>& indices) {
     const auto state = state_.lock();
     std::vector<ArrivalCursor> cursors;
+    cursors.reserve(indices.size());
     for (const std::int32_t index : indices) cursors.push_back(state->params.keepArrivals(index));
     return cursors;
 }

@@ -48,7 +48,7 @@ bool Thread::start(Entry entry, void* argument) {
     handle_ =
         static_cast<unsigned long>(_beginthreadex(nullptr, 0, run, luggage.get(), 0, nullptr));
     if (hasHandle()) {
-        luggage.release();  // the thread's own from now on
+        static_cast<void>(luggage.release());  // the thread's own from now on
         return true;
     }
     const DWORD error = GetLastError();

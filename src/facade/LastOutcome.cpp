@@ -8,8 +8,6 @@
 #include "facade/CauseTexts.h"
 #include "qorcontrol/Outcome.h"
 
-using qorcontrol::Cause;
-
 namespace {
 
 /// Nothing is told of a thread that has no place yet, but that one could not be made.

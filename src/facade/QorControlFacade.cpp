@@ -123,7 +123,7 @@ std::string QorControlFacade::getQorExecutablePath() {
     const auto shared = impl_->channel;
     const auto deadline = common::Deadline::after(common::now(), executablePathMs);
     while (!deadline.hasPassed()) {
-        const std::string path = shared->executable.get();
+        std::string path = shared->executable.get();
         if (!path.empty()) return path;
         common::pumpCopyData();
     }
