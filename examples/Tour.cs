@@ -163,7 +163,7 @@ static class Tour
         IntPtr qor;
         if (!Worked("open", Qor.QorOpen(arguments[0], 100, "", out qor))) return 1;
         bool good = GoRound(qor);
-        if (!Worked("close", Qor.QorClose(qor))) good = false;  // disconnects the ECU, shuts QOR down
+        if (!Worked("close", Qor.QorClose(qor))) good = false;  // the end; also of QOR, if the settings name its program
         return good ? 0 : 1;
     }
 }

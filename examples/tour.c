@@ -128,6 +128,6 @@ int main(int argc, char** argv) {
        QOR_BAD_ARGUMENT here. Convert it in a host of your own. */
     if (!worked("open", QorOpen(argv[1], 100, "", &qor))) return 1;
     good = goRound(qor);
-    if (!worked("close", QorClose(qor))) good = 0; /* disconnects the ECU, shuts QOR down */
+    if (!worked("close", QorClose(qor))) good = 0; /* the end; also of QOR, if the settings name its program */
     return good ? 0 : 1;
 }

@@ -162,7 +162,7 @@ int main(int argc, char** argv) {
     QorControlFacade qor(argv[1], nullptr, 100, "");  // returns at once, QOR starts
     worked("open", true);
     const bool good = goRound(qor, monitor, queue);
-    qor.shutdown();  // disconnects the ECU, shuts QOR down
+    qor.shutdown();  // the end; also of QOR, if the settings name its program
     worked("close", true);
     return good ? 0 : 1;
 }

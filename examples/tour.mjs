@@ -182,7 +182,7 @@ function main(settings, dll = fileURLToPath(new URL('../bin/QorControlC.dll', im
     const handle = [0];
     if (!worked('open', lib.QorOpen(settings, 100, '', handle))) return 1;
     const good = goRound(handle[0]);
-    return worked('close', lib.QorClose(handle[0])) && good ? 0 : 1; // disconnects the ECU, shuts QOR down
+    return worked('close', lib.QorClose(handle[0])) && good ? 0 : 1; // the end; also of QOR, if the settings name its program
 }
 
 if (process.argv.length < 3) {

@@ -139,7 +139,7 @@ def main(settings, library=LIBRARY):
         except QorError as error:
             print_cause(error)
         finally:
-            step("close", lib.QorClose, qor)  # disconnects the ECU, shuts QOR down
+            step("close", lib.QorClose, qor)  # the end; also of QOR, if the settings name its program
     except QorError as error:
         print_cause(error)
         good = False

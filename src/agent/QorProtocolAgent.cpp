@@ -41,12 +41,10 @@ void QorProtocolAgent::start() {
 
 void QorProtocolAgent::failToLaunch() {
     const char* const what = "Fail to launch QOR external operating";
-    // What the last attempt to reach QOR has met says more to whoever asks than to the trace.
-    const common::Verdict& verdict = client_->verdict();
-    if (*verdict.detail != '\0') {
-        const std::string reason = std::string(what) + ": " + verdict.detail;
-        channel_->agent.noteEnd(qorcontrol::Cause::agentEnded, reason.c_str(), verdict.check);
-    }
+    // Whoever asks is told more than the trace, whose line is that of old.
+    const std::string reason = what + (": " + client_->launchFailure());
+    channel_->agent.noteEnd(qorcontrol::Cause::agentEnded, reason.c_str(),
+                            client_->verdict().check);
     throw std::runtime_error(what);
 }
 

@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "cinterface/QorControl.h"
 #include "cinterface/Refusal.h"
 #include "cinterface/Text.h"
 
@@ -30,12 +31,18 @@ std::string optionalTextOf(const char* utf8, const char* what) {
 }
 
 std::vector<std::string> namesOf(const char* const* names, unsigned int count) {
-    if (count > maxNames) refuseLength("names");
+    if (count > maxNames) refuseCount("names");
     if (count != 0) mustNotBeNull(names, "names");
     std::vector<std::string> all;
     all.reserve(count);
     for (unsigned int i = 0; i < count; ++i) all.push_back(textOf(names[i], "one of names"));
     return all;
+}
+
+unsigned int timeOutOf(unsigned int timeoutMs) {
+    const bool wraps = timeoutMs >= 0x80000000u && timeoutMs < QOR_TRANSPORT_DEFAULT;
+    if (wraps) refuseArgument("timeoutMs is above 0x7FFFFFFF and none of the special ones");
+    return timeoutMs;
 }
 
 std::string bytesOf(const unsigned char* bytes, unsigned int count, const char* what) {
@@ -51,6 +58,13 @@ void refuseNull(const char* what) {
 
 void refuseLength(const char* what) {
     refuse(Cause::requestTooLarge, std::string(what) + " is too long");
+}
+
+void refuseCount(const char* what) {
+    Outcome outcome = failure(Cause::requestTooLarge, "");
+    outcome.sentence = std::string(what) + " has more than 65,535 elements.";
+    outcome.check = "Pass fewer at once.";
+    throw Refusal{std::move(outcome)};
 }
 
 void refuseStructure(const char* what, unsigned int size) {

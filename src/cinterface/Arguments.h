@@ -23,6 +23,8 @@ std::vector<std::string> namesOf(const char* const* names, unsigned int count);
 
 [[noreturn]] void refuseNull(const char* what);
 [[noreturn]] void refuseLength(const char* what);
+/// For more than `maxNames`.
+[[noreturn]] void refuseCount(const char* what);
 [[noreturn]] void refuseStructure(const char* what, unsigned int size);
 
 template <class T>
@@ -38,6 +40,10 @@ std::vector<T> arrayOf(const T* elements, unsigned int count, const char* what) 
     if (count > maxRecordBytes / sizeof(T)) refuseLength(what);
     return std::vector<T>(elements, elements + count);
 }
+
+/// The time-out of a function that asks QOR. Those that double to more than 32 bits hold would end
+/// the call long before QOR's time.
+unsigned int timeOutOf(unsigned int timeoutMs);
 
 std::string bytesOf(const unsigned char* bytes, unsigned int count, const char* what);
 

@@ -15,13 +15,13 @@ using cinterface::callOn;
 using cinterface::Cause;
 using cinterface::checked;
 using cinterface::ConnectRun;
-using cinterface::failure;
 using cinterface::optionalTextOf;
 using cinterface::Outcome;
 using cinterface::outcomeOf;
 using cinterface::refuse;
 using cinterface::refuseArgument;
 using cinterface::Session;
+using cinterface::timeOutOf;
 using EcuConnect = QorControlFacade::EcuConnect;
 
 namespace {
@@ -88,7 +88,7 @@ EcuConnect settingsOf(const QorEcuConnect* given) {
 }
 
 std::map<std::string, std::string> extraOf(const QorModelDescription& model) {
-    if (model.extraCount > cinterface::maxNames) cinterface::refuseLength("extraKeys");
+    if (model.extraCount > cinterface::maxNames) cinterface::refuseCount("extraKeys");
     if (model.extraCount != 0) {
         cinterface::mustNotBeNull(model.extraKeys, "extraKeys");
         cinterface::mustNotBeNull(model.extraValues, "extraValues");
@@ -149,7 +149,7 @@ int QOR_CALL QorConnect(QorHandle handle, const QorEcuConnect* settings, int typ
         if (connect->awaitEnd(timeoutMs)) return connect->outcome();
         connect->cancel();
         if (!connect->awaitEnd(cancelMs)) return tooSlow(timeoutMs);
-        const Outcome outcome = connect->outcome();
+        Outcome outcome = connect->outcome();
         return outcome.cause == Cause::cancelled ? tooSlow(timeoutMs) : outcome;
     });
 }
@@ -165,7 +165,7 @@ int QOR_CALL QorConnectPoll(QorHandle handle, QorConnectProgress* progress) {
     return callOn(handle, [&](Session& session) -> Outcome {
         QorConnectProgress& to = checked(progress, "progress");
         const auto connect = connectOf(session);
-        const Outcome outcome = connect->outcome();
+        Outcome outcome = connect->outcome();
         to.cause = static_cast<int>(outcome.cause);
         to.running = outcome.cause == Cause::notReady ? 1 : 0;
         to.progress = connect->seen().figure;
@@ -201,8 +201,9 @@ int QOR_CALL QorConnectReason(QorHandle handle, char* text, unsigned int capacit
 }
 
 int QOR_CALL QorPingQor(QorHandle handle, unsigned int timeoutMs) {
-    return callOn(handle,
-                  [&](Session& session) { return outcomeOf(session.facade().pingQor(timeoutMs)); });
+    return callOn(handle, [&](Session& session) {
+        return outcomeOf(session.facade().pingQor(timeOutOf(timeoutMs)));
+    });
 }
 
 int QOR_CALL QorSetEcuSegment(QorHandle handle, const char* segment, int flag) {

@@ -16,11 +16,13 @@ using cinterface::Outcome;
 using cinterface::outcomeOf;
 using cinterface::Result;
 using cinterface::Session;
+using cinterface::timeOutOf;
 using cinterface::with;
 
 int QOR_CALL QorClearDtc(QorHandle handle, unsigned int timeoutMs) {
-    return callOn(
-        handle, [&](Session& session) { return outcomeOf(session.facade().clearDtc(timeoutMs)); });
+    return callOn(handle, [&](Session& session) {
+        return outcomeOf(session.facade().clearDtc(timeOutOf(timeoutMs)));
+    });
 }
 
 int QOR_CALL QorGetDtcByStatus(QorHandle handle, unsigned int timeoutMs, QorDtc* dtcs,
@@ -28,7 +30,7 @@ int QOR_CALL QorGetDtcByStatus(QorHandle handle, unsigned int timeoutMs, QorDtc*
     return callOn(handle, [&](Session& session) {
         const OutBuffer<QorDtc> out(dtcs, capacity, needed, "dtcs");
         std::vector<QorControlFacade::DtcDescription> codes;
-        const Outcome outcome = outcomeOf(session.facade().getDtcByStatus(codes, timeoutMs));
+        Outcome outcome = outcomeOf(session.facade().getDtcByStatus(codes, timeOutOf(timeoutMs)));
         if (outcome.cause != Cause::none) return outcome;
         return with(outcome, out.put(*session.keep(cinterface::resultOf(std::move(codes)))->dtcs));
     });
@@ -41,7 +43,7 @@ int QOR_CALL QorSendKwpCommand(QorHandle handle, unsigned int service, const uns
     return callOn(handle, [&](Session& session) {
         const cinterface::OutBytes out(answer, capacity, needed, "answer");
         QorControlFacade::KwpCommand kwp = {service, bytesOf(data, dataBytes, "data"), 0};
-        const Outcome outcome = outcomeOf(session.facade().sendKwpCommand(kwp, timeoutMs));
+        Outcome outcome = outcomeOf(session.facade().sendKwpCommand(kwp, timeOutOf(timeoutMs)));
         if (outcome.cause != Cause::none) return outcome;
         if (failed != nullptr) *failed = kwp.failed;
         Result result;
@@ -58,7 +60,7 @@ int QOR_CALL QorGetCanBusData(QorHandle handle, const QorCanBusItem* wanted,
         QorControlFacade::CanBusData data;
         for (const QorCanBusItem& item : arrayOf(wanted, wantedCount, "wanted"))
             data.items.push_back({item.canId, item.value});
-        const Outcome outcome = outcomeOf(session.facade().getCanBusData(data, timeoutMs));
+        Outcome outcome = outcomeOf(session.facade().getCanBusData(data, timeOutOf(timeoutMs)));
         if (outcome.cause != Cause::none) return outcome;
         Result result;
         result.items.emplace();
@@ -72,6 +74,6 @@ int QOR_CALL QorSendCanBusMsg(QorHandle handle, unsigned int first, unsigned int
                               unsigned int timeoutMs) {
     return callOn(handle, [&](Session& session) {
         return outcomeOf(session.facade().sendCanBusMsg(
-            first, second, bytesOf(message, messageBytes, "message"), timeoutMs));
+            first, second, bytesOf(message, messageBytes, "message"), timeOutOf(timeoutMs)));
     });
 }

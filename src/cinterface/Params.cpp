@@ -16,6 +16,7 @@ using cinterface::outcomeOf;
 using cinterface::Result;
 using cinterface::Session;
 using cinterface::textOf;
+using cinterface::timeOutOf;
 using cinterface::with;
 
 namespace {
@@ -44,7 +45,7 @@ std::vector<std::string> columnsOf(wex::ParamDescription description) {
 int QOR_CALL QorGetParamDescription(QorHandle handle, const char* name, int* threeArrays) {
     return callOn(handle, [&](Session& session) {
         wex::ParamDescription description = {};
-        const Outcome outcome =
+        Outcome outcome =
             outcomeOf(session.facade().getParamDescription(textOf(name, "name"), description));
         if (outcome.cause != Cause::none) return outcome;
         const int three = description.threeArrays ? 1 : 0;
@@ -61,8 +62,8 @@ int QOR_CALL QorGetParamData(QorHandle handle, const char* name, unsigned int ti
     return callOn(handle, [&](Session& session) {
         const OutBuffer<double> out(values, capacity, needed, "values");
         Arrays arrays(3);
-        const Outcome outcome = outcomeOf(session.facade().getParamData(
-            textOf(name, "name"), arrays[0], arrays[1], arrays[2], timeoutMs));
+        Outcome outcome = outcomeOf(session.facade().getParamData(
+            textOf(name, "name"), arrays[0], arrays[1], arrays[2], timeOutOf(timeoutMs)));
         if (outcome.cause != Cause::none) return outcome;
         Result result;
         result.arrays = std::move(arrays);
@@ -76,8 +77,8 @@ int QOR_CALL QorGetParamDataAsString(QorHandle handle, const char* name, unsigne
     return callOn(handle, [&](Session& session) {
         const cinterface::OutBytes out(bytes, capacity, needed, "bytes");
         std::string text;
-        const Outcome outcome =
-            outcomeOf(session.facade().getParamDataAsString(textOf(name, "name"), text, timeoutMs));
+        Outcome outcome = outcomeOf(session.facade().getParamDataAsString(
+            textOf(name, "name"), text, timeOutOf(timeoutMs)));
         if (outcome.cause != Cause::none) return outcome;
         Result result;
         result.bytes = std::move(text);
@@ -92,7 +93,7 @@ int QOR_CALL QorSetParamData(QorHandle handle, const char* name, const double* v
         const std::string param = textOf(name, "name");
         return outcomeOf(session.facade().setParamData(
             param, arrayOf(values, count, "values"), arrayOf(second, secondCount, "second"),
-            arrayOf(third, thirdCount, "third"), timeoutMs));
+            arrayOf(third, thirdCount, "third"), timeOutOf(timeoutMs)));
     });
 }
 
@@ -101,19 +102,21 @@ int QOR_CALL QorSetDynamicData(QorHandle handle, const char* name, const char* v
     return callOn(handle, [&](Session& session) {
         const std::string param = textOf(name, "name");
         return outcomeOf(session.facade().setDynamicData(
-            param, textOf(value, "value", cinterface::maxRecordBytes), timeoutMs));
+            param, textOf(value, "value", cinterface::maxRecordBytes), timeOutOf(timeoutMs)));
     });
 }
 
 int QOR_CALL QorStartDirectCtrl(QorHandle handle, const char* name, unsigned int timeoutMs) {
     return callOn(handle, [&](Session& session) {
-        return outcomeOf(session.facade().startDirectCtrl(textOf(name, "name"), timeoutMs));
+        return outcomeOf(
+            session.facade().startDirectCtrl(textOf(name, "name"), timeOutOf(timeoutMs)));
     });
 }
 
 int QOR_CALL QorStopDirectCtrl(QorHandle handle, const char* name, unsigned int timeoutMs) {
     return callOn(handle, [&](Session& session) {
-        return outcomeOf(session.facade().stopDirectCtrl(textOf(name, "name"), timeoutMs));
+        return outcomeOf(
+            session.facade().stopDirectCtrl(textOf(name, "name"), timeOutOf(timeoutMs)));
     });
 }
 
@@ -124,8 +127,8 @@ int QOR_CALL QorGetParamDataAtOnce(QorHandle handle, const char* const* names,
     return callOn(handle, [&](Session& session) {
         const OutBuffer<double> out(values, capacity, needed, "values");
         Arrays arrays;
-        const Outcome outcome = outcomeOf(
-            session.facade().getParamDataAtOnce(namesOf(names, nameCount), arrays, timeoutMs));
+        Outcome outcome = outcomeOf(session.facade().getParamDataAtOnce(
+            namesOf(names, nameCount), arrays, timeOutOf(timeoutMs)));
         if (outcome.cause != Cause::none) return outcome;
         const std::vector<double> all = joined(arrays);
         if (counts != nullptr)

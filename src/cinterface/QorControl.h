@@ -34,7 +34,8 @@
  * with a character that it does not have is a QOR_BAD_ARGUMENT, never sent in another form, and
  * so is one that is no valid UTF-8. Bytes of KWP, CAN messages and texts of ECUs are passed as
  * they are. Names and paths have at most 65,535 bytes; what is longer, and arrays that no record
- * of 128 MiB can hold, are a QOR_REQUEST_TOO_LARGE.
+ * of 128 MiB can hold, are a QOR_REQUEST_TOO_LARGE, and so are more than 65,535 names or extra
+ * keys in one call.
  *
  * Time-outs are in milliseconds and mean what they mean in QorControlFacade.h: QOR gets
  * `timeoutMs`, and the call waits twice as long for the library's agent, which carries out one
@@ -104,9 +105,13 @@ extern "C" {
 #define QOR_WRONG_ORDER 22       /**< not now: something else must come first, or must end first */
 /** @} */
 
-/** @name Special time-outs */
+/** @name Special time-outs
+ *  Of the functions that ask QOR (`timeoutMs` behind a name or data). Beside them 1 to 0x7FFFFFFF
+ * are good, the rest is a QOR_BAD_ARGUMENT. QorConnect, QorConnectWait and the functions that read
+ *  streams just wait that long: 0 not at all, 0xFFFFFFFF without limit. */
 /** @{ */
-#define QOR_DO_NOT_WAIT 0u /**< QOR_NOT_READY but for the cache; writes are carried out */
+/** QOR_NOT_READY but for the cache; writes are carried out, unless later requests push them out. */
+#define QOR_DO_NOT_WAIT 0u
 #define QOR_TRANSPORT_DEFAULT 0xFFFFFFFEu /**< 2000 ms for QOR to take it, none for its data */
 #define QOR_NO_LIMIT 0xFFFFFFFFu          /**< waits without limit; over TCP QOR_SILENT at once */
 /** @} */
@@ -161,10 +166,10 @@ QOR_IMPORT const char* QOR_CALL QorCauseName(int cause);
 QOR_IMPORT int QOR_CALL QorOpen(const char* settingsPath, unsigned int readPeriodMs,
                                 const char* hostPath, QorHandle* handle);
 
-/** Ends streams and a running connect, disconnects the ECU, shuts QOR down if its settings
- *  file names its executable; about 5 s at most, 2 s more while a connect runs, and as long as
- *  callbacks that run take.
- *  Calls of other threads that still wait end with QOR_AGENT_ENDED or by their time-out. */
+/** Ends streams and a running connect. If QOR's settings file names its executable, disconnects the
+ *  ECU and shuts QOR down; otherwise QOR and its connection stay as they are. About 5 s at most, 2
+ * s more while a connect runs, and as long as callbacks that run take. Calls of other threads that
+ * still wait end with QOR_AGENT_ENDED or by their time-out. */
 QOR_IMPORT int QOR_CALL QorClose(QorHandle handle);
 
 /** @} */
@@ -268,7 +273,8 @@ typedef struct QorModelDescription {
     unsigned int extraCount;
 } QorModelDescription;
 
-/** Lets QOR end its work with the ECU and open a model, and waits for the end: QOR has 90 s. */
+/** Lets QOR end its work with the ECU and open a model, and waits for the end: QOR has
+ *  3 s to let the ECU go, 5 s to end its work and 90 s to open. */
 QOR_IMPORT int QOR_CALL QorOpenModel(QorHandle handle, const QorModelDescription* model);
 
 /** How to open the CAN bus. */
@@ -475,10 +481,11 @@ typedef struct QorMessageBox {
 } QorMessageBox;
 
 /** The oldest box that has not been told yet, whatever the policy; QOR_NOT_READY if there is none.
- *  At most 100 are kept, the oldest go. When a text does not fit, the box can be asked for again
- *  with a larger buffer: it counts as told only once both texts have been copied, or were not
- *  wanted (null buffer and null size). Of several threads that ask at once each gets another box.
- *  When QOR_NOT_READY comes because of that, the needed sizes may be those of a box of theirs. */
+ *  At most 100 are kept, with texts of 1 MiB in all; the oldest go. When a text does not fit, the
+ *  box can be asked for again with a larger buffer: it counts as told only once both texts have
+ *  been copied, or were not wanted (null buffer and null size). Of several threads that ask at once
+ * each gets another box. When QOR_NOT_READY comes because of that, the needed sizes may be those of
+ * a box of theirs. */
 QOR_IMPORT int QOR_CALL QorNextMessageBox(QorHandle handle, QorMessageBox* box, char* text,
                                           unsigned int textCapacity, unsigned int* textNeeded,
                                           char* caption, unsigned int captionCapacity,
@@ -494,7 +501,8 @@ QOR_IMPORT int QOR_CALL QorAnswerMessageBox(QorHandle handle, unsigned int id, u
  *  that runs, so do not hold what the callback waits for. */
 /** @{ */
 
-/** A line of the log: a request, an answer or a failure, without a line end. */
+/** A line of the log: a request, an answer or a failure, without a line end; what is longer than
+ *  64 KiB is cut. */
 typedef void(QOR_CALL* QorLogFunction)(void* user, int isFailure, const char* line);
 QOR_IMPORT int QOR_CALL QorSetLog(QorHandle handle, QorLogFunction function, void* user);
 

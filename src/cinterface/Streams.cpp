@@ -11,6 +11,7 @@
 #include "common/Clock.h"
 #include "facade/CauseTexts.h"
 #include "facade/ReadWithin.h"
+#include "facade/StreamSilence.h"
 
 using cinterface::call;
 using cinterface::callOn;
@@ -24,6 +25,7 @@ using cinterface::refuse;
 using cinterface::refuseArgument;
 using cinterface::Session;
 using cinterface::Stream;
+using cinterface::timeOutOf;
 using sinkstreams::readWithin;
 using sinkstreams::ValueRing;
 
@@ -48,9 +50,11 @@ Outcome nothingYet(const Session* session) {
 
 /// The same for values: a name that QOR does not know keeps all of the stream silent.
 Outcome nothingOf(ValueRing& ring, const Session* session) {
-    if (ring.preparation().cause == Cause::unknownName)
-        return failure(Cause::unknownName, "one of the names of the stream");
-    return nothingYet(session);
+    if (session != nullptr && !session->isOperating()) return session->agentsEnd();
+    const sinkstreams::Silence silence = sinkstreams::silenceOf(ring.preparation());
+    Outcome outcome = failure(silence.cause, silence.detail);
+    if (*silence.check != '\0') outcome.check = silence.check;
+    return outcome;
 }
 
 /// Of four rounds of reading trouble codes of which the last one has ended so.
@@ -128,8 +132,9 @@ int QOR_CALL QorStopParamRead(QorStream stream) {
 }
 
 int QOR_CALL QorStartDtcRead(QorHandle handle, unsigned int timeoutMs, unsigned int periodMs) {
-    return callOn(handle,
-                  [&](Session& session) { return session.startCodes(timeoutMs, periodMs); });
+    return callOn(handle, [&](Session& session) {
+        return session.startCodes(timeOutOf(timeoutMs), periodMs);
+    });
 }
 
 int QOR_CALL QorReadDtcStream(QorHandle handle, unsigned int timeoutMs, QorDtc* dtcs,

@@ -86,10 +86,9 @@ bool ClientCommandReadTogether::onReply(Replyer*, ClientExternalOperating* clien
         record.values = std::move(values[i]);
         client->onDirectCtrl(std::move(record), answered());
     }
-    if (present == paramIndices.size()) return true;
     std::set<std::int32_t> lacking;
     for (const std::uint32_t index : paramIndices)
         if (last.count(index) == 0) lacking.insert(static_cast<std::int32_t>(index));
-    client->onValuesLacking(lacking, answered());
-    return false;
+    client->onReadTogether(lacking, answered());
+    return present == paramIndices.size();
 }

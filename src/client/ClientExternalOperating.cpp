@@ -4,6 +4,7 @@
 #include "client/ClientCommands.h"
 #include "client/ClientSend.h"
 #include "common/Deadline.h"
+#include "common/LastError.h"
 #include "common/Paths.h"
 
 using qorcontrol::Cause;
@@ -158,13 +159,26 @@ bool ClientExternalOperating::launch(unsigned int timeoutMs) {
     if (settings_.executable.empty()) return true;
     // Not the published path, which is made of fewer characters.
     const std::string resolved = common::resolveAgainstExecutable(settings_.executable);
-    return !resolved.empty() && startProcess(resolved, timeoutMs);
+    if (resolved.empty()) return failToLaunch("there is no such path: " + settings_.executable);
+    return startProcess(resolved, timeoutMs);
+}
+
+bool ClientExternalOperating::failToLaunch(std::string reason) {
+    launchFailure_ = std::move(reason);
+    // What the ping has met is of a QOR that was there before, or of the one that was started.
+    if (*verdict_.detail != '\0') launchFailure_ += std::string("; ") + verdict_.detail;
+    return false;
 }
 
 bool ClientExternalOperating::startProcess(const std::string& executable, unsigned int timeoutMs) {
     const std::string commandLine = " -external_operating \"" + settings_.path + "\"";
-    if (commandLine.size() > ClientSettings::maxLaunchChars) return false;
-    if (!processStarter_->start(executable, commandLine)) return false;
+    if (commandLine.size() > ClientSettings::maxLaunchChars)
+        return failToLaunch("the path of the settings is too long for a command line");
+    if (!processStarter_->start(executable, commandLine)) {
+        std::string why = common::lastErrorText();
+        why.erase(why.find_last_not_of(" .") + 1);
+        return failToLaunch(executable + " cannot be started, " + why);
+    }
     // No limit is not meant here: such a launch is due at once and pings twice.
     const auto deadline = common::Deadline::at(common::now() + timeoutMs);
     processStarter_->awaitIdle(timeoutMs);
@@ -172,7 +186,7 @@ bool ClientExternalOperating::startProcess(const std::string& executable, unsign
         if (ping(launchPingMs)) return true;
         common::sleepMs(launchPauseMs);
     } while (!deadline.hasPassed());
-    return ping(launchPingMs);
+    return ping(launchPingMs) || failToLaunch(executable + " was started and does not answer");
 }
 
 bool ClientExternalOperating::ping(unsigned int timeoutMs) {

@@ -87,6 +87,8 @@ public:
     /// Makes sure that QOR runs and answers; starts it unless it does, or unless the settings
     /// name no executable.
     bool launch(unsigned int timeoutMs);
+    /// Why the last `launch` has failed, for people.
+    const std::string& launchFailure() const { return launchFailure_; }
     bool ping(unsigned int timeoutMs);
 
     /// Sends the connection request and, with a monitor, follows the ECU's bootstrap to its end;
@@ -174,8 +176,9 @@ public:
     void onCanBusData(protocol::CanBusData record, const Answered& answered = {});
     void onKwpAnswer(protocol::ExecKwp record, const Answered& answered = {});
     void onModelDescription(const protocol::GetHex& record);
-    /// An answer to a read of several names these parameters and has no values for them.
-    void onValuesLacking(const std::set<std::int32_t>& indices, const Answered& answered);
+    /// An answer to a read of several has been taken, which names the parameters `lacking` without
+    /// values for them. What it has not told will not come again.
+    void onReadTogether(const std::set<std::int32_t>& lacking, const Answered& answered);
     /// Something has come in place of data: of this kind, for the request that it names. Told of
     /// the request that waits, if that is the one, once its time has passed without data.
     void onTrouble(std::uint32_t commandId, const Answered& answered, qorcontrol::Cause cause,
@@ -251,6 +254,7 @@ private:
     bool failForLackOfData();
 
     bool startProcess(const std::string& executable, unsigned int timeoutMs);
+    bool failToLaunch(std::string reason);
 
     const ClientSettings settings_;
     std::string executablePath_;
@@ -261,6 +265,7 @@ private:
     std::shared_ptr<common::Interest> caller_;
     std::optional<Epoch> requestEpoch_;
     common::Verdict verdict_;
+    std::string launchFailure_;
     Epoch sentIn_ = 0;              // the last command
     bool isBehindAnother_ = false;  // the last one that has asked for data
     bool wasMarked_ = false;        // and the verdict before it

@@ -186,14 +186,17 @@ void ClientExternalOperating::onRefused(std::uint32_t requestId) {
     state->loans.giveBack(*state, requestId);
 }
 
-void ClientExternalOperating::onValuesLacking(const std::set<std::int32_t>& indices,
-                                              const Answered& answered) {
+void ClientExternalOperating::onReadTogether(const std::set<std::int32_t>& lacking,
+                                             const Answered& answered) {
+    // Without a name it may be the answer to any read, and have left out nothing of that one.
+    if (!answered && lacking.empty()) return;
     {
         const auto state = state_.lock();
         giveUpAnswer(*state, CommandReadTogether::id, answered, [&] {
-            for (const std::int32_t index : indices) state->owedValues.pay(index);
+            for (const std::int32_t index : lacking) state->owedValues.pay(index);
         });
     }
+    // It counts only if the request that it names has got less than it asked for.
     onTrouble(CommandReadTogether::id, answered, Cause::badAnswer, "QOR's answer lacks values");
 }
 

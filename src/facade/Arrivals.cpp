@@ -3,16 +3,20 @@
 #include <algorithm>
 #include <memory>
 #include <new>
+#include <string>
+#include <utility>
 
 #include "common/Clock.h"
 #include "facade/Call.h"
 #include "facade/FacadeImpl.h"
 #include "facade/ReadWithin.h"
 #include "facade/SinkStreams.h"
+#include "facade/StreamSilence.h"
 #include "facade/ValueRing.h"
 
 using qorcontrol::Arrival;
 using qorcontrol::Arrivals;
+using qorcontrol::Cause;
 using sinkstreams::ValueRing;
 
 namespace {
@@ -25,8 +29,8 @@ public:
     using Call::Call;
 
     /// Why nothing was read. Always false.
-    bool fail(const common::Verdict& verdict) {
-        note(verdict);
+    bool fail(Cause cause, std::string reason, const char* check = "") {
+        note({cause, "", false, check}, std::make_shared<const std::string>(std::move(reason)));
         return false;
     }
 };
@@ -85,12 +89,10 @@ bool Arrivals::read(std::vector<Arrival>& values, unsigned int timeoutMs) {
         return isOver || !values.empty();
     });
     if (!values.empty()) return true;
-    if (isOver) return call.fail({Cause::wrongOrder, "it was stopped", false});
+    if (isOver) return call.fail(Cause::wrongOrder, "it was stopped");
     if (!call.isOperating()) return false;
-    const common::Verdict preparation = impl_->ring->preparation();
-    if (preparation.cause == Cause::unknownName)
-        return call.fail({Cause::unknownName, "one of the names of the stream", false});
-    return call.fail({Cause::notReady, "QOR has sent none in this time", false});
+    sinkstreams::Silence silence = sinkstreams::silenceOf(impl_->ring->preparation());
+    return call.fail(silence.cause, std::move(silence.detail), silence.check);
 }
 
 bool Arrivals::stop() {

@@ -16,10 +16,11 @@ Call::Call(const FacadeState& state)
 
 Call::~Call() {
     // No other exception leaves an operation.
-    if (std::uncaught_exceptions() > exceptionsBefore_) verdict_.cause = Cause::outOfMemory;
-    const bool isOfAgent =
-        verdict_.cause == Cause::agentEnded || verdict_.cause == Cause::systemFailure;
-    lastoutcome::note({verdict_, isOfAgent ? std::move(reason_) : nullptr, elapsedMs()});
+    if (std::uncaught_exceptions() > exceptionsBefore_) {
+        verdict_.cause = Cause::outOfMemory;
+        reason_ = nullptr;
+    }
+    lastoutcome::note({verdict_, std::move(reason_), elapsedMs()});
 }
 
 unsigned int Call::elapsedMs() const {
@@ -52,7 +53,7 @@ bool Call::failWithoutAnswer(const common::Interest& request) {
 
 bool Call::noteAnswer(const channel::CmdResponse& response) {
     const bool succeeded = response.result == channel::CmdResponse::success;
-    verdict_ = response.verdict;
+    note(response.verdict);
     if (succeeded)
         verdict_.cause = Cause::none;
     else if (verdict_.cause == Cause::none)
@@ -61,11 +62,9 @@ bool Call::noteAnswer(const channel::CmdResponse& response) {
 }
 
 bool Call::failForLackOfAgent() {
-    verdict_ = {Cause::agentEnded, "", false};
+    note({Cause::agentEnded, "", false});
     const std::shared_ptr<const channel::AgentEnd> end = channel_->agent.end();
     if (end == nullptr) return false;
-    verdict_.cause = end->cause;
-    verdict_.check = end->check;
-    reason_ = {end, &end->reason};
+    note({end->cause, "", false, end->check}, {end, &end->reason});
     return false;
 }

@@ -69,8 +69,12 @@ protected:
     /// Notes why there is no answer, of a call that does not wait any longer. Always false.
     bool failWithoutAnswer(const common::Interest& request);
 
-    /// How it has ended, as far as is known by now; the last word counts.
-    void note(const common::Verdict& verdict) { verdict_ = verdict; }
+    /// How it has ended, as far as is known by now; the last word counts. `reason`: what else is
+    /// known, where that is no constant text.
+    void note(const common::Verdict& verdict, std::shared_ptr<const std::string> reason = nullptr) {
+        verdict_ = verdict;
+        reason_ = std::move(reason);
+    }
     /// By the agent's answer; true if that is a success.
     bool noteAnswer(const channel::CmdResponse& response);
 
@@ -83,7 +87,7 @@ private:
     const common::Moment start_;
     const int exceptionsBefore_;
     common::Verdict verdict_;
-    std::shared_ptr<const std::string> reason_;  // why there is no agent
+    std::shared_ptr<const std::string> reason_;  // in place of the verdict's detail
     std::uint32_t lastNumberAtPush_ = 0;
     std::uint32_t emptiesAtPush_ = 0;
 };

@@ -11,8 +11,9 @@ namespace {
 constexpr std::uint32_t lookMs = 50;
 
 constexpr const char* waitsForNobody =
-    "with a time-out of 0 the call does not wait; the request is carried out all the same, unless "
-    "later ones push it out of the full queue";
+    "with a time-out of 0 the call does not wait; a write is carried out all the same, unless "
+    "later "
+    "requests push it out of the full queue";
 constexpr const char* giveTime = "Give a time-out if the result is wanted.";
 
 }  // namespace

@@ -1,8 +1,9 @@
 #ifndef QORCONTROL_VERSION_H
 #define QORCONTROL_VERSION_H
 
-/* The version of the headers; the libraries tell theirs. Also for C and for resource compilers, so
-   numbers and texts only. This is the one place where it is written. */
+/* The version of the headers; the libraries tell theirs (QorVersion, qorcontrol::version). Also for
+   C and for resource compilers, so numbers and texts only. This is the one place where it is
+   written. */
 
 #define QOR_VERSION_MAJOR 0
 #define QOR_VERSION_MINOR 1

@@ -1,10 +1,12 @@
 #include "transport/ExternalCommandFactory.h"
 
+#include <algorithm>
 #include <new>
 #include <stdexcept>
 #include <utility>
 
 #include "common/LastError.h"
+#include "protocol/RecordHead.h"
 #include "protocol/RecordStream.h"
 #include "transport/ReceivedCommand.h"
 #include "transport/RecordBound.h"
@@ -133,7 +135,12 @@ bool ExternalCommandFactory::onCopyData(const COPYDATASTRUCT* record) {
         lookAfterPeer();
         return handleBytes(std::string(static_cast<const char*>(record->lpData), record->cbData));
     } catch (const std::bad_alloc&) {
-        return false;  // must not leave through the system's dispatching
+        // Nothing must leave through the system's dispatching. The head alone needs no memory.
+        const std::size_t headBytes =
+            std::min<std::size_t>(record->cbData, protocol::RecordHead::encodedBytes);
+        tellUnreadable({nullptr, false, true},
+                       std::string(static_cast<const char*>(record->lpData), headBytes), receiver_);
+        return false;
     }
 }
 

@@ -3,11 +3,18 @@
 #include <new>
 #include <utility>
 
+#include "protocol/RecordHead.h"
 #include "protocol/RecordStream.h"
 #include "transport/SocketCommandReplyer.h"
 #include "transport/SocketPump.h"
 
 namespace {
+
+/// Of a whole record.
+bool tellsStatus(const std::string& record) {
+    const auto head = protocol::RecordHead::read(record, 0);
+    return (head.header & ExternalCommand::idMask) == CommandPing::id;
+}
 
 constexpr unsigned int connectMs = 1000;
 /// An acknowledgement waits for at most as many others as take a few milliseconds to make.
@@ -83,7 +90,7 @@ void SocketWorker::handleReceived() {
     sendAcknowledgements();
     if (handled == bytes.size()) return;
     // Cut off, what is left does not keep the memory of a long record.
-    if (handled != 0) std::string(bytes, handled).swap(bytes);
+    if (handled != 0) bytes = bytes.substr(handled);
     factory_.received_.putBack(std::move(bytes));
 }
 
@@ -110,6 +117,8 @@ std::size_t SocketWorker::handleRecords(const std::string& bytes) {
 void SocketWorker::handleRecord(const std::string& bytes, std::uint32_t requestId) {
     const ReceivedCommand received =
         recognise(bytes, factory_.receiver_.prototypes(), factory_.pingPrototype_);
+    // Perhaps a refusal, and it must not be taken for the opposite.
+    if (received.lacksMemory && tellsStatus(bytes)) throw std::bad_alloc();
     // The sender is released before the handler runs: it waits for its data by itself. A record
     // that no prototype takes still answers its request.
     const bool refused = received.pingStatus() == protocol::Ping::notHandled;

@@ -131,6 +131,17 @@ TEST_P(ArrivalsOfQor, OfNamesThatQorDoesNotKnowDoNotComeAndTheReaderIsTold) {
         amplyMs, [&] { return !unknown.read(values, 100) && lastCause() == Cause::unknownName; }));
 }
 
+TEST_P(ArrivalsOfQor, OfNamesThatQorRefusesDoNotComeAndTheReaderIsToldWhy) {
+    station.script = R"({"rules":[{"match":{"id":5},"action":{"answer":"refuse"}}]})";
+    ASSERT_TRUE(startConnected());
+    Arrivals refused(station.facade(), {"EngineSpeed"}, 10);
+    std::vector<Arrival> values;
+    EXPECT_TRUE(eventually(amplyMs, [&] {
+        return !refused.read(values, 100) && lastCause() == Cause::notReady &&
+               qorcontrol::lastOutcome().sentence.find("QOR refused") != std::string::npos;
+    })) << qorcontrol::lastOutcome().sentence;
+}
+
 TEST_P(ArrivalsOfQor, CanBeReadBehindTheStopAndThenThereAreNoMore) {
     ASSERT_TRUE(startConnected());
     begin(10000);

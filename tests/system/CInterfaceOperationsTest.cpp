@@ -51,6 +51,45 @@ protected:
 
 INSTANTIATE_TEST_SUITE_P(Over, COperations, everyTransport(), transportName);
 
+TEST_P(COperations, TheSpecialTimeOutsMeanWhatTheHeaderSays) {
+    const double idle = 905;
+    const auto write = [&](unsigned timeoutMs) {
+        return QorSetParamData(qor(), "IdleSpeedTarget", &idle, 1, nullptr, 0, nullptr, 0,
+                               timeoutMs);
+    };
+    EXPECT_THAT(QorPingQor(qor(), QOR_TRANSPORT_DEFAULT), IsCause(QOR_OK));
+    EXPECT_THAT(write(QOR_TRANSPORT_DEFAULT), IsCause(QOR_OK));
+    const int unlimited = QorPingQor(qor(), QOR_NO_LIMIT);
+    EXPECT_TRUE(unlimited == QOR_OK || (GetParam() == Transport::tcp && unlimited == QOR_SILENT))
+        << lastCall();
+    before = station.wire().size();
+    EXPECT_THAT(write(QOR_DO_NOT_WAIT), IsCause(QOR_NOT_READY));
+    EXPECT_TRUE(eventually(amplyMs, [&] { return !requests().empty(); }));  // carried out
+}
+
+TEST_P(COperations, TimeOutsThatCannotBeKeptAreRefusedBeforeQorIsAsked) {
+    for (const unsigned timeoutMs : {0x80000000u, QOR_TRANSPORT_DEFAULT - 1}) {
+        EXPECT_THAT(QorPingQor(qor(), timeoutMs), IsCause(QOR_BAD_ARGUMENT));
+        EXPECT_THAT(QorClearDtc(qor(), timeoutMs), IsCause(QOR_BAD_ARGUMENT));
+        EXPECT_THAT(QorStartDtcRead(qor(), timeoutMs, 100), IsCause(QOR_BAD_ARGUMENT));
+    }
+    EXPECT_THAT(requests(), Not(Contains("Ping 0")));
+}
+
+TEST_P(COperations, NoMoreThan65535NamesGoIntoOneCall) {
+    const std::vector<const char*> names(65536, "IdleSpeedTarget");
+    unsigned needed = 0;
+    EXPECT_THAT(
+        QorGetParamDataAtOnce(qor(), names.data(), 65536, 5000, nullptr, 0, &needed, nullptr),
+        IsCause(QOR_REQUEST_TOO_LARGE));
+    EXPECT_NE(std::string::npos, lastCall().find("more than 65,535")) << lastCall();
+    if (GetParam() == Transport::window) return;  // Wine loses messages of megabytes
+    EXPECT_THAT(
+        QorGetParamDataAtOnce(qor(), names.data(), 65535, 20000, nullptr, 0, &needed, nullptr),
+        IsCause(QOR_OK));
+    EXPECT_EQ(65535u, needed);
+}
+
 TEST_P(COperations, AParameterIsDescribedInRowsAndColumns) {
     int threeArrays = 7;
     EXPECT_THAT(QorGetParamDescription(qor(), "IdleSpeedTarget", &threeArrays), IsCause(QOR_OK));

@@ -115,6 +115,19 @@ TEST_P(CStreams, ANameThatQorDoesNotKnowIsToldToTheReader) {
     }));
 }
 
+TEST_P(CStreams, NamesThatQorRefusesAreToldWithTheSilence) {
+    station.script = R"({"rules":[{"match":{"id":5},"action":{"answer":"refuse"}}]})";
+    ASSERT_TRUE(startConnected());
+    const char* const names[] = {"EngineSpeed"};
+    ASSERT_EQ(QorStartParamRead(qor(), names, 1, 10, &stream), QOR_OK);
+    QorSample sample;
+    unsigned count = 0;
+    EXPECT_TRUE(eventually(amplyMs, [&] {
+        return QorReadParamStream(stream, &sample, 1, &count, 100) == QOR_NOT_READY &&
+               lastCall().find("could not be registered: QOR refused") != std::string::npos;
+    })) << lastCall();
+}
+
 TEST_P(CStreams, StoppingOneSendsItsReaderAwayAndLeavesTheOther) {
     ASSERT_TRUE(startConnected());
     ASSERT_THAT(startBoth(100), IsCause(QOR_OK));

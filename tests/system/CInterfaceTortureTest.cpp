@@ -92,6 +92,11 @@ private:
         const unsigned all[] = {0, 1, 20, 50};
         return one(all);
     }
+    /// Of what asks QOR, which refuses the last two.
+    unsigned askMs() {
+        const unsigned all[] = {timeoutMs(), timeoutMs(), 0x80000000u, QOR_TRANSPORT_DEFAULT - 1};
+        return one(all);
+    }
     template <class T>
     T* maybe(T* pointer) {
         return below(4) == 0 ? nullptr : pointer;
@@ -127,38 +132,37 @@ private:
     int model();
     int bus();
     int segment();
-    int ping() { return QorPingQor(handle(), timeoutMs()); }
+    int ping() { return QorPingQor(handle(), askMs()); }
 
     // Parameters.
     int describe() { return QorGetParamDescription(handle(), name(), maybe(&number_)); }
     int read() {
-        return QorGetParamData(handle(), name(), timeoutMs(), values(), capacity(), needed());
+        return QorGetParamData(handle(), name(), askMs(), values(), capacity(), needed());
     }
     int readString() {
-        return QorGetParamDataAsString(handle(), name(), timeoutMs(), bytes(), capacity(),
-                                       needed());
+        return QorGetParamDataAsString(handle(), name(), askMs(), bytes(), capacity(), needed());
     }
     int write();
     int writeText();
-    int startControl() { return QorStartDirectCtrl(notLive(), name(), timeoutMs()); }
-    int stopControl() { return QorStopDirectCtrl(notLive(), name(), timeoutMs()); }
+    int startControl() { return QorStartDirectCtrl(notLive(), name(), askMs()); }
+    int stopControl() { return QorStopDirectCtrl(notLive(), name(), askMs()); }
     int readTogether();
 
     // Diagnostics.
-    int clearCodes() { return QorClearDtc(notLive(), timeoutMs()); }
+    int clearCodes() { return QorClearDtc(notLive(), askMs()); }
     int readCodes() {
-        return QorGetDtcByStatus(handle(), timeoutMs(), maybe(codes_.data()), capacity(), needed());
+        return QorGetDtcByStatus(handle(), askMs(), maybe(codes_.data()), capacity(), needed());
     }
     int kwp() {
-        return QorSendKwpCommand(handle(), 0x1A, maybe(request_.data()), count(), timeoutMs(),
-                                 bytes(), capacity(), needed(), maybe(&number_));
+        return QorSendKwpCommand(handle(), 0x1A, maybe(request_.data()), count(), askMs(), bytes(),
+                                 capacity(), needed(), maybe(&number_));
     }
     int readBus() {
-        return QorGetCanBusData(notLive(), maybe(items_.data()), count(), timeoutMs(),
+        return QorGetCanBusData(notLive(), maybe(items_.data()), count(), askMs(),
                                 maybe(items_.data()), capacity(), needed());
     }
     int sendBus() {
-        return QorSendCanBusMsg(notLive(), 1, 2, maybe(request_.data()), count(), timeoutMs());
+        return QorSendCanBusMsg(notLive(), 1, 2, maybe(request_.data()), count(), askMs());
     }
 
     // Results.
@@ -291,17 +295,17 @@ int Chaos::write() {
     const double value[] = {900, 900};
     const unsigned many = count();
     return QorSetParamData(handle(), name(), maybe(value), many == 2 ? 1 : many, nullptr, 0,
-                           nullptr, below(10) == 0 ? 1 : 0, timeoutMs());
+                           nullptr, below(10) == 0 ? 1 : 0, askMs());
 }
 
 int Chaos::writeText() {
-    return QorSetDynamicData(handle(), name(), below(2) == 0 ? "901" : nullptr, timeoutMs());
+    return QorSetDynamicData(handle(), name(), below(2) == 0 ? "901" : nullptr, askMs());
 }
 
 int Chaos::readTogether() {
     const char* const names[] = {name(), name()};
     unsigned counts[2] = {};
-    return QorGetParamDataAtOnce(handle(), maybe(names), count(), timeoutMs(), values(), capacity(),
+    return QorGetParamDataAtOnce(handle(), maybe(names), count(), askMs(), values(), capacity(),
                                  needed(), maybe(counts));
 }
 

@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include "qorcontrol/LibraryVersion.h"
 #include "QorProcesses.h"
 #include "Station.h"
 #include "Waiting.h"
@@ -94,6 +95,11 @@ TEST_P(Tour, AConnectedEcuIsDescribedReadWrittenAndLetGoInOrder) {
     station.close();
     EXPECT_THAT(station.requests(records), ElementsAreArray(wholeTour));
     EXPECT_TRUE(eventually(5000, [] { return qor::running().empty(); }));
+}
+
+TEST(Library, TellsTheVersionOfItsHeaders) {
+    EXPECT_EQ(unsigned{QOR_VERSION}, qorcontrol::version());
+    EXPECT_STREQ(QOR_VERSION_TEXT, qorcontrol::versionText());
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 using channel::Kind;
 using qorcontrol::Cause;
 using qorcontrol::lastOutcome;
+using testing::EndsWith;
 using testing::HasSubstr;
 
 namespace {
@@ -150,7 +151,10 @@ TEST_F(AgentEnds, WhenQorCannotBeStartedForThatReason) {
                      "[CommonSettings]\r\nUseTcp=true\r\nServerIp=127.0.0.1\r\nTcpPort=1\r\n"
                      "QORexecutable=c:\\no such folder\\qor.exe\r\n"));
     EXPECT_EQ(outcome.cause, Cause::agentEnded);
-    EXPECT_THAT(outcome.sentence, HasSubstr("Fail to launch QOR"));
+    EXPECT_THAT(
+        outcome.sentence,
+        HasSubstr("Fail to launch QOR external operating: c:\\no such folder\\qor.exe cannot "
+                  "be started, code: 3"));
     EXPECT_THAT(outcome.check, HasSubstr("executable"));
 }
 
@@ -170,8 +174,8 @@ TEST_F(AgentEnds, WhenQorCannotBeStartedForWhatTheLastAttemptToReachItHasMet) {
                      "QORexecutable=c:\\no such folder\\qor.exe\r\n"));
     end.set_value();
     EXPECT_EQ(outcome.cause, Cause::agentEnded);
-    EXPECT_THAT(outcome.sentence, HasSubstr("Fail to launch QOR external operating: its window "
-                                            "takes no messages at all"));
+    EXPECT_THAT(outcome.sentence, HasSubstr("qor.exe cannot be started, code: 3"));
+    EXPECT_THAT(outcome.sentence, EndsWith("; its window takes no messages at all."));
     EXPECT_THAT(outcome.check, HasSubstr("executable"));
 }
 

@@ -377,6 +377,26 @@ TEST_F(OwedAnswers, OfAReadOfSeveralThatLackValuesAreNotOwedAnyMore) {
     }
 }
 
+TEST_F(OwedAnswers, OfAReadOfSeveralThatAreLeftOutAreNotOwedAnyMore) {
+    answersAfter<CommandDirectCtrl>(10, [&] { tellValue(6); });
+    const auto answersOnly = [&](std::vector<std::uint32_t> indices) {
+        qor.on<CommandReadTogether>([this, indices](const CommandReadTogether& request) {
+            CommandReadTogether answer;
+            answer.paramIndices = indices;
+            answer.values.assign(indices.size(), {1.0});
+            return qor.answer(request, std::move(answer));
+        });
+    };
+    for (const std::vector<std::uint32_t>& told : {std::vector<std::uint32_t>{5}, {}, {5, 7}}) {
+        answersOnly(told);
+        EXPECT_EQ(readAll({"S1", "S2"}), "false");
+        EXPECT_EQ(client().verdict().cause, qorcontrol::Cause::badAnswer);
+        EXPECT_EQ(read("S2"), "true");
+    }
+    answersOnly({6, 5});
+    EXPECT_EQ(readAll({"S1", "S2"}), "true");
+}
+
 TEST_F(OwedAnswers, OfAReadOfSeveralMarkThoseOfEachAlone) {
     EXPECT_EQ(readAll({"S1", "S2"}), "false");
     answersAfter<CommandDirectCtrl>(10, [&] { tellValue(6); });

@@ -304,6 +304,17 @@ TEST_F(SocketTransportReceiving, RunningOutOfMemoryOutsideAHandlerReplacesTheCon
     EXPECT_EQ(pingAnswer(16, 1), peer.expectRecord().bytes());
 }
 
+TEST_F(SocketTransportReceiving, APingThatThereIsNoMemoryForIsNoSuccessOfItsRequest) {
+    connect();
+    std::future<bool> result = sendOnThread(*transport, 5000);
+    const Record own = peer.expectRecord();
+
+    peer.send(pingAnswer(own.requestId, StarvingPing::starvingStatus));
+
+    ASSERT_TRUE(peer.seesTheEndWithin(3000));
+    EXPECT_FALSE(result.get());
+}
+
 TEST_F(SocketTransportReceiving, RequestsAreAnsweredWhileASendWaits) {
     connect();
     std::future<bool> result = sendOnThread(*transport, 5000);

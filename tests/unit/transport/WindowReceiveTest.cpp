@@ -144,6 +144,10 @@ TEST_F(WindowReceive, ThePrototypeThatWasRegisteredFirstWins) {
 TEST_F(WindowReceive, AHandlerThatRunsOutOfMemoryHasNotHandled) {
     transport.handler = [](auto&, auto&) -> bool { throw std::bad_alloc(); };
     EXPECT_FALSE(receive(routine));
+    ASSERT_EQ(1u, transport.unread.size());
+    EXPECT_EQ(8u, transport.unread[0].commandId);
+    EXPECT_EQ(0xABCDu, transport.unread[0].requestId);
+    EXPECT_TRUE(transport.unread[0].lacksMemory);
 }
 
 TEST_F(WindowReceive, WhatAHandlerMeetsIsNotTheErrorOfTheSendThatItInterrupts) {

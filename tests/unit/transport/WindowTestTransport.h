@@ -64,11 +64,13 @@ public:
     }
 
     void onNewQor() override { ++newQors; }
+    void onUnreadable(const UnreadRecord& record) override { unread.push_back(record); }
 
     Prototypes registry;
     unsigned offers = 0;  ///< records offered to the first prototype
     std::vector<Seen> seen;
     int newQors = 0;
+    std::vector<UnreadRecord> unread;
     std::function<bool(IExternalCommand&, Replyer&)> handler = [](auto&, auto&) { return true; };
 };
 

@@ -19,7 +19,7 @@ bool measureOnce(const std::string& settingsPath, const std::string& hostPath, d
     std::vector<double> values;
     if (!qor.getParamData("EngineSpeed", values, 1000) || values.empty()) return false;
     speed = values.front();
-    return true;  // the destructor disconnects the ECU and shuts QOR down
+    return true;  // the destructor ends QOR too, if the settings name its program
 }
 // [/life]
 

@@ -53,7 +53,7 @@ Finding checkTraceFile(const std::string& path, const WriteAccess& access) {
         return Finding::ok(id, path + (access.fileExists ? " can be written (the next host begins "
                                                            "it anew)"
                                                          : " can be written"));
-    return Finding::problem(id, fmt::format("{} cannot be written: {}", path, access.reason),
+    return Finding::warning(id, fmt::format("{} cannot be written: {}", path, access.reason),
                             "give the account of the host the right to write there; until then "
                             "nothing tells why an operation failed");
 }

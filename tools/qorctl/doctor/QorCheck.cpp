@@ -58,7 +58,7 @@ Findings checkClients(const PeerFacts& peer) {
     if (peer.clients.empty()) return {};
     const std::string names = namesOf(peer.clients);
     if (peer.isTcp)
-        return {Finding::warning(id,
+        return {Finding::problem(id,
                                  fmt::format("QOR talks to {} already, so it was not asked", names),
                                  "end that host before another one begins")};
     return {Finding::problem(

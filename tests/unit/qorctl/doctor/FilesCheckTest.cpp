@@ -53,10 +53,10 @@ TEST(WriteAccessTo, WhatCannotBeWrittenHasAReason) {
     EXPECT_THAT(shut.reason, HasSubstr("(error 32)"));
 }
 
-TEST(FilesCheck, ATraceThatCannotBeWrittenIsAProblemAnExportFileAWarning) {
+TEST(FilesCheck, ATraceOrAnExportFileThatCannotBeWrittenIsAWarning) {
     WriteAccess access;
     access.reason = "locked";
-    EXPECT_EQ(Status::problem, checkTraceFile("h.log", access).status);
+    EXPECT_EQ(Status::warning, checkTraceFile("h.log", access).status);
     EXPECT_EQ("h.log cannot be written: locked", checkTraceFile("h.log", access).what);
     EXPECT_EQ(Status::warning, checkExportFile("export.file", "x", access).status);
     access.isPossible = true;

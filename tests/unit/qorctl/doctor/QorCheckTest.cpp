@@ -94,7 +94,7 @@ TEST_F(QorCheck, AQorInUseIsNotAsked) {
     peer.clients = {stranger};
     EXPECT_FALSE(mayBeAsked(peer));
     EXPECT_EQ(Status::ok, place().status);
-    EXPECT_EQ(Status::warning, found(check(), "qor.client").status);
+    EXPECT_EQ(Status::problem, found(check(), "qor.client").status);
     EXPECT_THAT(found(check(), "qor.client").what, HasSubstr("other.exe"));
     EXPECT_FALSE(isFound(check(), "qor.answer"));
 }
