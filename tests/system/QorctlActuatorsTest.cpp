@@ -4,8 +4,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "QorctlProcess.h"
-#include "Station.h"
+#include "QorctlScene.h"
 
 using testing::ElementsAre;
 using testing::EndsWith;
@@ -15,21 +14,11 @@ using testing::Not;
 
 namespace {
 
-class QorctlActuators : public testing::TestWithParam<Transport> {
+class QorctlActuators : public QorctlScene {
 protected:
-    Station station{GetParam()};
-
-    std::vector<std::string> words(const std::string& command,
-                                   const std::vector<std::string>& more = {}) {
-        station.writeSettings();
-        std::vector<std::string> all = {command, station.settingsPath, "--trace",
-                                        station.tracePath()};
-        all.insert(all.end(), more.begin(), more.end());
-        return all;
-    }
     QorctlProcess::Ended batch(const std::string& lines,
                                const std::vector<std::string>& more = {}) {
-        return runQorctl(words("batch", more), lines);
+        return run("batch", more, lines);
     }
     /// What QOR was asked of direct control: "INDEX start", "INDEX stop".
     std::vector<std::string> controls() const {
@@ -117,7 +106,7 @@ TEST_P(QorctlActuators, ThatCannotBeGivenBackAreTheLastLineAndTheExitCode) {
 }
 
 TEST_P(QorctlActuators, WithATimeAreHeldSoLong) {
-    const auto ended = runQorctl(words("start-control", {"CoolingFan", "--hold", "0.5"}));
+    const auto ended = run("start-control", {"CoolingFan", "--hold", "0.5"});
     EXPECT_EQ(0, ended.exitCode) << ended.err;
     EXPECT_EQ(2u, controls().size());
     EXPECT_THAT(ended.err, HasSubstr("CoolingFan, given back"));
@@ -126,7 +115,7 @@ TEST_P(QorctlActuators, WithATimeAreHeldSoLong) {
 TEST_P(QorctlActuators, AreHeldUntilTheEcuIsLostAtTheLatest) {
     station.script = R"({"rules":[{"match":{"id":7,"operation":2},
                                    "action":{"then":[{"afterMs":500,"exit":3}]}}]})";
-    const auto ended = runQorctl(words("start-control", {"CoolingFan"}));
+    const auto ended = run("start-control", {"CoolingFan"});
     EXPECT_EQ(4, ended.exitCode) << ended.err;
     EXPECT_THAT(ended.err, HasSubstr("the ECU was lost while CoolingFan was held"));
 }

@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 
+#include "BoxWatch.h"
 #include "ConnectOptions.h"
 #include "Console.h"
 #include "ConsoleLog.h"
@@ -25,6 +26,7 @@ struct SessionOptions {
     std::string transport;  ///< "tcp" or "window"; empty: as the settings say
     unsigned int timeoutMs = 1000;
     unsigned int refreshMs = 200;
+    std::string boxAnswers;  ///< see BoxAnswers; empty: boxes are shown
 
     /// Declares the options; the object must live until the command line is parsed.
     void declare(CLI::App& command);
@@ -80,6 +82,7 @@ private:
     bool hasMore_ = false;
     std::unique_ptr<QorControlFacade> facade_;  // behind the log, which it uses
     HeldActuators actuators_;
+    BoxWatch boxes_;
 };
 
 }  // namespace qorctl
