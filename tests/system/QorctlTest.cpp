@@ -136,6 +136,7 @@ INSTANTIATE_TEST_SUITE_P(
                     std::vector<std::string>{"send-can", "none.ini", "1", "2", "xy"},
                     std::vector<std::string>{"connect", "none.ini", "--protocol", "9"},
                     std::vector<std::string>{"open-model", "none.ini", "m", "--extra", "=x"},
+                    std::vector<std::string>{"list", "none.ini", "--names", "no such file.txt"},
                     std::vector<std::string>{"ping", "none.ini", "--answer-boxes", "perhaps"},
                     std::vector<std::string>{"doctor", "none.ini", "--start", "--host", "h.exe"},
                     std::vector<std::string>{"get", "none.ini", "Name", "--timeout", "0"},

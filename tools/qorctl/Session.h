@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 
+#include "Background.h"
 #include "BoxWatch.h"
 #include "ConnectOptions.h"
 #include "Console.h"
@@ -49,6 +50,7 @@ public:
     const ConsoleLog& log() const { return log_; }
     QorControlFacade& facade() { return *facade_; }
     HeldActuators& actuators() { return actuators_; }
+    Background& background() { return background_; }
     Console& console() { return console_; }
 
     /// Whether the operation is one of many in this conversation, so that what it takes may be used
@@ -83,6 +85,7 @@ private:
     std::unique_ptr<QorControlFacade> facade_;  // behind the log, which it uses
     HeldActuators actuators_;
     BoxWatch boxes_;
+    Background background_;
 };
 
 }  // namespace qorctl
