@@ -18,7 +18,7 @@ constexpr Operation table[] = {
      "Example:  qorctl path settings.ini", false, &declarePath},
     {"segment", "Select the memory page to work on (setEcuSegment)",
      "Example:  qorctl segment settings.ini rom", true, &declareSegment},
-    {"open-model", "Let QOR open a model and wait for what it exports (openModelAndWait)",
+    {"open-model", "Let QOR open a model and wait for what it exports (openModel)",
      "QOR lets the ECU go first. Fails if QOR does not open the model. Of what it exports then\n"
      "nothing is told but what comes within --export-wait.\n\n"
      "Example:  qorctl open-model settings.ini engine.mdl --hex engine.hex --export-wait 5",
@@ -72,7 +72,7 @@ constexpr Operation table[] = {
      "Example:  qorctl kwp settings.ini 0x21 80",
      true, &declareKwp},
 
-    {"connect-can", "Open the CAN bus (connectCanBusAndWait)",
+    {"connect-can", "Open the CAN bus (connectCanBus)",
      "Example:  qorctl connect-can settings.ini --bus-param 500000", false, &declareConnectCan},
     {"read-can", "Open the CAN bus and read values (getCanBusData)",
      "Example:  qorctl read-can settings.ini 0x201 0x280", false, &declareReadCan},
