@@ -2,9 +2,13 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+#include <memory>
 #include <nlohmann/json.hpp>
 
 #include "QorctlScene.h"
+#include "QorProcesses.h"
+#include "Waiting.h"
 
 using testing::ElementsAre;
 using testing::EndsWith;
@@ -19,6 +23,20 @@ protected:
     QorctlProcess::Ended batch(const std::string& lines,
                                const std::vector<std::string>& more = {}) {
         return run("batch", more, lines);
+    }
+    /// A batch that has the throttle, and waits.
+    std::unique_ptr<QorctlProcess> holding() {
+        auto qorctl = std::make_unique<QorctlProcess>(
+            words("batch"),
+            "start-control ThrottleActuator\nset ThrottleActuator 40\nsleep 60000\n");
+        EXPECT_TRUE(eventually(30000, [&] { return isWritten(); }));
+        return qorctl;
+    }
+    bool isWritten() const {
+        const auto requests = station.requests();
+        return std::any_of(requests.begin(), requests.end(), [](const std::string& line) {
+            return line.find("DirectCtrl ") == 0 && line.find(" op=4") != std::string::npos;
+        });
     }
     /// What QOR was asked of direct control: "INDEX start", "INDEX stop".
     std::vector<std::string> controls() const {
@@ -103,6 +121,33 @@ TEST_P(QorctlActuators, ThatCannotBeGivenBackAreTheLastLineAndTheExitCode) {
                                     "ThrottleActuator\n"));
     EXPECT_THAT(nlohmann::json::parse(ended.out).at("notGivenBack"),
                 ElementsAre("ThrottleActuator"));
+}
+
+TEST_P(QorctlActuators, AreGivenBackWhenTheConsoleIsClosed) {
+    const auto qorctl = holding();
+    qorctl->raise(CTRL_CLOSE_EVENT);
+    const auto ended = qorctl->wait(4500);  // what the system leaves it
+    EXPECT_EQ(1, ended.exitCode);
+    EXPECT_THAT(ended.err, HasSubstr("ok      give back ThrottleActuator"));
+    EXPECT_THAT(ended.err, HasSubstr("ok      shut down"));
+    ASSERT_THAT(controls(), Not(IsEmpty()));
+    EXPECT_THAT(controls().back(), EndsWith(" stop"));
+}
+
+TEST_P(QorctlActuators, ThatAreStillHeldAtTheSecondCtrlCAreTheLastLineAndTheExitCode) {
+    station.script = R"({"rules":[{"match":{"id":7,"operation":3},"action":{"hangMs":20000}}]})";
+    station.writeSettings();
+    station.startQorByHand();  // so that this test can end it
+    const auto qorctl = holding();
+    qorctl->raise(CTRL_C_EVENT);
+    Sleep(1000);  // it waits for QOR
+    qorctl->raise(CTRL_C_EVENT);
+    const auto ended = qorctl->wait(2000);
+    qor::killAll();
+    EXPECT_EQ(4, ended.exitCode);
+    EXPECT_THAT(ended.err, HasSubstr("cancelled with Ctrl-C"));
+    EXPECT_THAT(ended.err, EndsWith("\nqorctl: NOT GIVEN BACK, perhaps still under direct control: "
+                                    "ThrottleActuator\n"));
 }
 
 TEST_P(QorctlActuators, WithATimeAreHeldSoLong) {
