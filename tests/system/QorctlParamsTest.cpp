@@ -7,6 +7,8 @@
 #include <regex>
 
 #include "QorctlScene.h"
+#include "QorProcesses.h"
+#include "Waiting.h"
 
 using nlohmann::json;
 using testing::HasSubstr;
@@ -128,6 +130,22 @@ TEST_P(QorctlParams, AModelThatQorDoesNotOpenIsAFailure) {
 
     EXPECT_EQ(1, ended.exitCode) << ended.err;
     EXPECT_THAT(ended.err, HasSubstr("QOR has not opened the model\n        cause: refused"));
+}
+
+TEST_P(QorctlParams, AModelThatTakesLongNeedNotBeAwaited) {
+    station.script = R"({"rules":[{"match":{"id":1},"action":{"hangMs":60000}}]})";
+    station.writeSettings();
+    station.startQorByHand();  // so that this test can end it
+    QorctlProcess qorctl(words("open-model", {"engine.sdm"}));
+    EXPECT_TRUE(eventually(20000, [&] { return station.traceHolds("Opening model"); }));
+    Sleep(500);
+    qorctl.raise(CTRL_C_EVENT);
+    const auto ended = qorctl.wait(9000);  // of which the library waits 5 s for itself
+    qor::killAll();
+
+    EXPECT_EQ(1, ended.exitCode);
+    EXPECT_THAT(ended.err, HasSubstr("FAILED  open-model"));
+    EXPECT_THAT(ended.err, HasSubstr("cancelled with Ctrl-C"));
 }
 
 TEST_P(QorctlParams, ABusThatQorDoesNotOpenIsAFailure) {
