@@ -94,6 +94,7 @@ void QorControlFacade::shutdown() {
     if (agent.state() != common::ThreadState::running) return;
     agent.noteEnd(qorcontrol::Cause::agentEnded, "the host has shut it down");
     agent.askToEnd();
+    shared->messageBoxes.close();  // one that waits for the host would hold the agent up
     awaitEnd(agent);
     if (!agent.letGo())
         trace(libraryModule, tracelog::error, 0, "Can't close QOR Remote agent thread, %s\n",

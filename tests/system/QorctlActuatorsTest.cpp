@@ -2,10 +2,13 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+#include <memory>
 #include <nlohmann/json.hpp>
 
-#include "QorctlProcess.h"
-#include "Station.h"
+#include "QorctlScene.h"
+#include "QorProcesses.h"
+#include "Waiting.h"
 
 using testing::ElementsAre;
 using testing::EndsWith;
@@ -15,21 +18,25 @@ using testing::Not;
 
 namespace {
 
-class QorctlActuators : public testing::TestWithParam<Transport> {
+class QorctlActuators : public QorctlScene {
 protected:
-    Station station{GetParam()};
-
-    std::vector<std::string> words(const std::string& command,
-                                   const std::vector<std::string>& more = {}) {
-        station.writeSettings();
-        std::vector<std::string> all = {command, station.settingsPath, "--trace",
-                                        station.tracePath()};
-        all.insert(all.end(), more.begin(), more.end());
-        return all;
-    }
     QorctlProcess::Ended batch(const std::string& lines,
                                const std::vector<std::string>& more = {}) {
-        return runQorctl(words("batch", more), lines);
+        return run("batch", more, lines);
+    }
+    /// A batch that has the throttle, and waits.
+    std::unique_ptr<QorctlProcess> holding() {
+        auto qorctl = std::make_unique<QorctlProcess>(
+            words("batch"),
+            "start-control ThrottleActuator\nset ThrottleActuator 40\nsleep 60000\n");
+        EXPECT_TRUE(eventually(30000, [&] { return isWritten(); }));
+        return qorctl;
+    }
+    bool isWritten() const {
+        const auto requests = station.requests();
+        return std::any_of(requests.begin(), requests.end(), [](const std::string& line) {
+            return line.find("DirectCtrl ") == 0 && line.find(" op=4") != std::string::npos;
+        });
     }
     /// What QOR was asked of direct control: "INDEX start", "INDEX stop".
     std::vector<std::string> controls() const {
@@ -116,8 +123,35 @@ TEST_P(QorctlActuators, ThatCannotBeGivenBackAreTheLastLineAndTheExitCode) {
                 ElementsAre("ThrottleActuator"));
 }
 
+TEST_P(QorctlActuators, AreGivenBackWhenTheConsoleIsClosed) {
+    const auto qorctl = holding();
+    qorctl->raise(CTRL_CLOSE_EVENT);
+    const auto ended = qorctl->wait(4500);  // what the system leaves it
+    EXPECT_EQ(1, ended.exitCode);
+    EXPECT_THAT(ended.err, HasSubstr("ok      give back ThrottleActuator"));
+    EXPECT_THAT(ended.err, HasSubstr("ok      shut down"));
+    ASSERT_THAT(controls(), Not(IsEmpty()));
+    EXPECT_THAT(controls().back(), EndsWith(" stop"));
+}
+
+TEST_P(QorctlActuators, ThatAreStillHeldAtTheSecondCtrlCAreTheLastLineAndTheExitCode) {
+    station.script = R"({"rules":[{"match":{"id":7,"operation":3},"action":{"hangMs":20000}}]})";
+    station.writeSettings();
+    station.startQorByHand();  // so that this test can end it
+    const auto qorctl = holding();
+    qorctl->raise(CTRL_C_EVENT);
+    Sleep(1000);  // it waits for QOR
+    qorctl->raise(CTRL_C_EVENT);
+    const auto ended = qorctl->wait(2000);
+    qor::killAll();
+    EXPECT_EQ(4, ended.exitCode);
+    EXPECT_THAT(ended.err, HasSubstr("cancelled with Ctrl-C"));
+    EXPECT_THAT(ended.err, EndsWith("\nqorctl: NOT GIVEN BACK, perhaps still under direct control: "
+                                    "ThrottleActuator\n"));
+}
+
 TEST_P(QorctlActuators, WithATimeAreHeldSoLong) {
-    const auto ended = runQorctl(words("start-control", {"CoolingFan", "--hold", "0.5"}));
+    const auto ended = run("start-control", {"CoolingFan", "--hold", "0.5"});
     EXPECT_EQ(0, ended.exitCode) << ended.err;
     EXPECT_EQ(2u, controls().size());
     EXPECT_THAT(ended.err, HasSubstr("CoolingFan, given back"));
@@ -126,7 +160,7 @@ TEST_P(QorctlActuators, WithATimeAreHeldSoLong) {
 TEST_P(QorctlActuators, AreHeldUntilTheEcuIsLostAtTheLatest) {
     station.script = R"({"rules":[{"match":{"id":7,"operation":2},
                                    "action":{"then":[{"afterMs":500,"exit":3}]}}]})";
-    const auto ended = runQorctl(words("start-control", {"CoolingFan"}));
+    const auto ended = run("start-control", {"CoolingFan"});
     EXPECT_EQ(4, ended.exitCode) << ended.err;
     EXPECT_THAT(ended.err, HasSubstr("the ECU was lost while CoolingFan was held"));
 }

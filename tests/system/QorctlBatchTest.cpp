@@ -4,8 +4,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "QorctlProcess.h"
-#include "Station.h"
+#include "QorctlScene.h"
 
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -24,8 +23,13 @@ json values(const char* name, const std::vector<double>& first) {
     return {{"name", name}, {"values", first}};
 }
 
-json arrays(const char* name, const std::vector<double>& first, const std::vector<double>& second) {
-    return {{"name", name}, {"values", first}, {"second", second}, {"third", json::array()}};
+json arrays(const char* name, const char* unit, const std::vector<double>& first,
+            const std::vector<double>& second) {
+    return {{"name", name},
+            {"unit", unit},
+            {"values", first},
+            {"second", second},
+            {"third", json::array()}};
 }
 
 std::vector<Line> beginning() {
@@ -53,13 +57,14 @@ std::vector<Line> parameters() {
         {"set MaxVehicleSpeed 180", nullptr},
         {"segment rom", nullptr},
         {"sleep 150", nullptr},  // until the cache has forgotten what was written
-        {"get MaxVehicleSpeed", json::array({arrays("MaxVehicleSpeed", {210}, {})})},
+        {"get MaxVehicleSpeed", json::array({arrays("MaxVehicleSpeed", "km/h", {210}, {})})},
         {"segment ram", nullptr},
         {"sleep 150", nullptr},
-        {"get MaxVehicleSpeed", json::array({arrays("MaxVehicleSpeed", {180}, {})})},
+        {"get MaxVehicleSpeed", json::array({arrays("MaxVehicleSpeed", "km/h", {180}, {})})},
         {"set DwellTime 7,5,4,3,2 --second 6 8 10 13 16", nullptr},
         {"sleep 150", nullptr},
-        {"get DwellTime", json::array({arrays("DwellTime", {7, 5, 4, 3, 2}, {6, 8, 10, 13, 16})})},
+        {"get DwellTime",
+         json::array({arrays("DwellTime", "ms", {7, 5, 4, 3, 2}, {6, 8, 10, 13, 16})})},
         {"get-string SoftwareVersion",
          json::array({{{"name", "SoftwareVersion"}, {"text", "4.12.7"}}})},
         {"set-dynamic CylinderCount 6", nullptr},
@@ -95,16 +100,10 @@ std::vector<Line> everyOperation() {
     return lines;
 }
 
-class QorctlBatch : public testing::TestWithParam<Transport> {
+class QorctlBatch : public QorctlScene {
 protected:
-    Station station{GetParam()};
-
     QorctlProcess::Ended run(const std::string& lines, const std::vector<std::string>& more = {}) {
-        station.writeSettings();
-        std::vector<std::string> words = {"batch", station.settingsPath, "--trace",
-                                          station.tracePath()};
-        words.insert(words.end(), more.begin(), more.end());
-        return runQorctl(words, lines);
+        return QorctlScene::run("batch", more, lines);
     }
 };
 

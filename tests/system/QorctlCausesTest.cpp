@@ -6,8 +6,7 @@
 #include <nlohmann/json.hpp>
 #include <regex>
 
-#include "QorctlProcess.h"
-#include "Station.h"
+#include "QorctlScene.h"
 
 using nlohmann::json;
 using testing::EndsWith;
@@ -17,20 +16,10 @@ using testing::Not;
 
 namespace {
 
-class QorctlCauses : public testing::TestWithParam<Transport> {
+class QorctlCauses : public QorctlScene {
 protected:
-    Station station{GetParam()};
-
     void withRule(const std::string& match, const std::string& action) {
         station.script = R"({"rules":[{"match":)" + match + R"(,"action":)" + action + "}]}";
-    }
-    QorctlProcess::Ended run(const std::string& command, const std::vector<std::string>& more,
-                             const std::string& input = {}) {
-        station.writeSettings();
-        std::vector<std::string> words = {command, station.settingsPath, "--trace",
-                                          station.tracePath()};
-        words.insert(words.end(), more.begin(), more.end());
-        return runQorctl(words, input);
     }
     /// The steps of a conversation.
     json steps(const std::string& command, std::vector<std::string> more) {

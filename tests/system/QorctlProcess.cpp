@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstdint>
 #include <stdexcept>
 #include <thread>
 
@@ -126,6 +127,18 @@ QorctlProcess::QorctlProcess(const std::vector<std::string>& arguments, const st
 QorctlProcess::~QorctlProcess() {
     TerminateProcess(process_, 1);
     CloseHandle(process_);
+}
+
+void QorctlProcess::raise(DWORD consoleEvent) const {
+    // At the same address in every process, as all that is in it.
+    const auto routine = reinterpret_cast<LPTHREAD_START_ROUTINE>(
+        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleA("kernelbase.dll"), "CtrlRoutine")));
+    ASSERT_NE(nullptr, routine);
+    HANDLE const thread = CreateRemoteThread(
+        process_, nullptr, 0, routine,
+        reinterpret_cast<void*>(static_cast<std::uintptr_t>(consoleEvent)), 0, nullptr);
+    ASSERT_NE(nullptr, thread);
+    CloseHandle(thread);
 }
 
 QorctlProcess::Ended QorctlProcess::wait(unsigned timeoutMs) {

@@ -23,6 +23,11 @@ public:
     QorctlProcess(const QorctlProcess&) = delete;
     QorctlProcess& operator=(const QorctlProcess&) = delete;
 
+    /// Lets the system's own routine for what happens to a console run in it (CTRL_C_EVENT,
+    /// CTRL_CLOSE_EVENT ...), on a thread of its own, as the system does. (The system would end it
+    /// 5 s after a close; Wine ends it at once when its console's window is closed.)
+    void raise(DWORD consoleEvent) const;
+
     /// Waits for its end; fails the test if it does not come within `timeoutMs`.
     Ended wait(unsigned timeoutMs = 60000);
 

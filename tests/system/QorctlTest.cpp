@@ -7,8 +7,7 @@
 #include <sstream>
 
 #include "qorcontrol/Version.h"
-#include "QorctlProcess.h"
-#include "Station.h"
+#include "QorctlScene.h"
 
 using testing::AnyOf;
 using testing::Contains;
@@ -21,23 +20,8 @@ using testing::StartsWith;
 
 namespace {
 
-class Qorctl : public testing::TestWithParam<Transport> {
+class Qorctl : public QorctlScene {
 protected:
-    Station station{GetParam()};
-
-    /// The command with the station's settings and a trace of its own.
-    std::vector<std::string> words(const std::string& command,
-                                   const std::vector<std::string>& more = {}) const {
-        std::vector<std::string> all = {command, station.settingsPath, "--trace",
-                                        station.tracePath()};
-        all.insert(all.end(), more.begin(), more.end());
-        return all;
-    }
-    QorctlProcess::Ended run(const std::string& command,
-                             const std::vector<std::string>& more = {}) {
-        station.writeSettings();
-        return runQorctl(words(command, more));
-    }
     /// The requests of the station in order, without the questions for QOR's and the ECU's state.
     std::vector<std::string> requestKinds() const {
         std::vector<std::string> kinds;
@@ -122,7 +106,7 @@ TEST_P(Qorctl, AKwpExchangeThatTheEcuRefusesShowsItsAnswerAndFails) {
 }
 
 TEST_P(Qorctl, WithoutASettingsFileItSaysSo) {
-    const auto ended = runQorctl(words("ping"));
+    const auto ended = runQorctl({"ping", station.settingsPath, "--trace", station.tracePath()});
 
     EXPECT_EQ(1, ended.exitCode);
     EXPECT_THAT(ended.err, HasSubstr("Specified settings file"));
@@ -152,6 +136,8 @@ INSTANTIATE_TEST_SUITE_P(
                     std::vector<std::string>{"send-can", "none.ini", "1", "2", "xy"},
                     std::vector<std::string>{"connect", "none.ini", "--protocol", "9"},
                     std::vector<std::string>{"open-model", "none.ini", "m", "--extra", "=x"},
+                    std::vector<std::string>{"list", "none.ini", "--names", "no such file.txt"},
+                    std::vector<std::string>{"ping", "none.ini", "--answer-boxes", "perhaps"},
                     std::vector<std::string>{"doctor", "none.ini", "--start", "--host", "h.exe"},
                     std::vector<std::string>{"get", "none.ini", "Name", "--timeout", "0"},
                     std::vector<std::string>{"get", "none.ini", "Name", "--trace", "x.txt"}));

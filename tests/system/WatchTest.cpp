@@ -12,6 +12,7 @@ using nlohmann::json;
 using testing::AllOf;
 using testing::Each;
 using testing::ElementsAre;
+using testing::EndsWith;
 using testing::Ge;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -36,6 +37,7 @@ bool fits(const std::string& text, const char* pattern) {
     return std::regex_match(text, std::regex(pattern));
 }
 
+constexpr std::uint32_t softwareVersion = 1;
 constexpr std::uint32_t engineSpeed = 4;  // indices in the model
 constexpr std::uint32_t oilPressure = 13;
 
@@ -132,6 +134,31 @@ TEST_P(Watch, BehindTheStopQorIsAskedOnceMore) {
     EXPECT_THAT(std::vector<std::string>(start, requests.end()),
                 ElementsAre(StartsWith("SetParamList "), "SetParamList", "Ping 0",
                             StartsWith("KwpConnect protocol=0"), "Shutdown 6"));
+}
+
+TEST_P(Watch, ATextIsShownAsOneAndWhenItHasChanged) {
+    const auto ending = scene.run(
+        "watch", {"SoftwareVersion", "EngineSpeed", "CoolingFan", "--for", "2.5", "--json"});
+    ASSERT_EQ(success, ending.exitCode) << ending.err;
+    const auto objects = jsonLinesOf(ending.out);
+    std::vector<json> versions;
+    for (const json& object : objects)
+        if (object.contains("values") && object["values"].contains("SoftwareVersion"))
+            versions.push_back(object["values"]);
+    EXPECT_EQ((std::vector<json>{{{"SoftwareVersion", "4.12.7"}}}), versions);
+    const json parameters = objects.back()["parameters"];
+    EXPECT_EQ("4.12.7", parameters[0]["text"]);
+    EXPECT_FALSE(parameters[1].contains("text"));
+    EXPECT_FALSE(parameters[2].contains("text"));
+    EXPECT_EQ(parameters[1]["samples"], sent(engineSpeed));
+    EXPECT_EQ(0u, sent(softwareVersion));
+}
+
+TEST_P(Watch, TextsAloneCanBeWatched) {
+    const auto ending = scene.run("watch", {"SoftwareVersion", "CalibrationId", "--for", "1.5"});
+    ASSERT_EQ(success, ending.exitCode) << ending.err;
+    EXPECT_THAT(linesOf(ending.out), ElementsAre(EndsWith(" SoftwareVersion 4.12.7"),
+                                                 EndsWith(" CalibrationId CAL-1800-R2")));
 }
 
 TEST_P(Watch, PlainLinesTellAConstantOnce) {

@@ -39,6 +39,10 @@ bool isForGood(Cause cause) {
     return cause == Cause::agentEnded || cause == Cause::systemFailure;
 }
 
+BoxAnswers boxAnswersOf(const SessionOptions& options) {
+    return options.boxAnswers.empty() ? BoxAnswers() : BoxAnswers(options.boxAnswers);
+}
+
 SessionOptions withAbsolutePaths(SessionOptions options) {
     options.settingsPath = paths::absolute(options.settingsPath);
     if (!options.tracePath.empty()) options.tracePath = paths::absoluteFile(options.tracePath);
@@ -70,6 +74,12 @@ void SessionOptions::declare(CLI::App& command) {
         ->type_name("MS")
         ->check(CLI::Range(100u, 5000u))
         ->capture_default_str();
+    command
+        .add_option("--answer-boxes", boxAnswers,
+                    "Answer QOR's message boxes with these, the first that a box has, else with "
+                    "its default button, and do not show them")
+        ->type_name("yes,ok,...")
+        ->check(whyNoAnswers);
 }
 
 std::string SessionOptions::hostPath() const {
@@ -83,7 +93,8 @@ Session::Session(const SessionOptions& options, Console& console)
       trace_(paths::traceFileOf(options_.hostPath())),
       log_(console),
       facade_(startedFacade()),
-      actuators_(*facade_) {
+      actuators_(*facade_),
+      boxes_(*facade_, log_, boxAnswersOf(options_)) {
     if (!trace_.exists())
         console_.line("note    no trace, the library cannot write " + trace_.path());
 }
@@ -133,7 +144,9 @@ Outcome Session::connectEcu(const ConnectOptions& connection) {
 Outcome Session::shutDown() {
     const Clock::time_point start = Clock::now();
     facade_->shutdown();
-    if (Clock::now() - start >= shutdownLimit)
+    const Clock::duration took = Clock::now() - start;
+    boxes_.end();
+    if (took >= shutdownLimit)
         return Outcome::failure("the library's agent thread did not end and was let go");
     if (facade_->pingQor(1)) return Outcome::failure("the library still answers");
     return Outcome::success("ECU disconnected, QOR told to end");

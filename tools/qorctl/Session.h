@@ -3,6 +3,8 @@
 #include <memory>
 #include <string>
 
+#include "Background.h"
+#include "BoxWatch.h"
 #include "ConnectOptions.h"
 #include "Console.h"
 #include "ConsoleLog.h"
@@ -25,6 +27,7 @@ struct SessionOptions {
     std::string transport;  ///< "tcp" or "window"; empty: as the settings say
     unsigned int timeoutMs = 1000;
     unsigned int refreshMs = 200;
+    std::string boxAnswers;  ///< see BoxAnswers; empty: boxes are shown
 
     /// Declares the options; the object must live until the command line is parsed.
     void declare(CLI::App& command);
@@ -47,6 +50,7 @@ public:
     const ConsoleLog& log() const { return log_; }
     QorControlFacade& facade() { return *facade_; }
     HeldActuators& actuators() { return actuators_; }
+    Background& background() { return background_; }
     Console& console() { return console_; }
 
     /// Whether the operation is one of many in this conversation, so that what it takes may be used
@@ -80,6 +84,8 @@ private:
     bool hasMore_ = false;
     std::unique_ptr<QorControlFacade> facade_;  // behind the log, which it uses
     HeldActuators actuators_;
+    BoxWatch boxes_;
+    Background background_;
 };
 
 }  // namespace qorctl

@@ -40,11 +40,15 @@ bool SettingsFile::usesTcp() const {
     return _stricmp(value("UseTcp").c_str(), "true") == 0;
 }
 
-std::string SettingsFile::value(const char* key) const {
+std::string SettingsFile::value(const char* ofSection, const char* key) const {
     std::string text(maxValueChars, '\0');
     text.resize(
-        GetPrivateProfileStringA(section, key, "", text.data(), maxValueChars, path_.c_str()));
+        GetPrivateProfileStringA(ofSection, key, "", text.data(), maxValueChars, path_.c_str()));
     return text;
+}
+
+std::string SettingsFile::value(const char* key) const {
+    return value(section, key);
 }
 
 }  // namespace qorctl

@@ -31,7 +31,7 @@ void MessageBoxDesk::setPolicy(Policy policy, std::uint32_t choice, std::uint32_
 
 std::uint32_t MessageBoxDesk::present(const std::string& text, const std::string& caption,
                                       std::uint32_t type, const Show& show) {
-    const Way way = enter({0, text, caption, type, common::now(), true, 0});
+    const Way way = enter({0, text, caption, type, common::now(), true, 0, {}});
     std::uint32_t choice = way.choice;
     if (way.policy == Policy::show) choice = show();
     if (way.policy == Policy::ask) choice = awaitHost(way);
@@ -73,9 +73,14 @@ void MessageBoxDesk::settle(std::uint32_t id, std::uint32_t choice) {
     const auto state = state_.lock();
     Kept* const kept = find(*state, id);
     if (kept == nullptr) return;
-    kept->box.isWaiting = false;
-    kept->box.choice = choice;
+    if (kept->box.isWaiting) close(kept->box, choice);
     if (!state->isReporting) state->boxes.clear();
+}
+
+void MessageBoxDesk::close(Box& box, std::uint32_t choice) {
+    box.isWaiting = false;
+    box.choice = choice;
+    box.end = common::now();
 }
 
 void MessageBoxDesk::makeRoom(State& state) {
@@ -91,6 +96,13 @@ MessageBoxDesk::Kept* MessageBoxDesk::find(State& state, std::uint32_t id) {
     for (Kept& kept : state.boxes)
         if (kept.box.id == id) return &kept;
     return nullptr;
+}
+
+std::optional<MessageBoxDesk::Box> MessageBoxDesk::nextAfter(std::uint32_t id) {
+    const auto state = state_.lock();
+    for (const Kept& kept : state->boxes)
+        if (kept.box.id > id) return kept.box;
+    return std::nullopt;
 }
 
 std::optional<MessageBoxDesk::Box> MessageBoxDesk::next() {
@@ -113,8 +125,7 @@ bool MessageBoxDesk::answer(std::uint32_t id, std::uint32_t choice) {
         const auto state = state_.lock();
         Kept* const kept = find(*state, id);
         if (kept == nullptr || !kept->isForHost || !kept->box.isWaiting) return false;
-        kept->box.isWaiting = false;
-        kept->box.choice = choice;
+        close(kept->box, choice);
     }
     changed_.signal();
     return true;

@@ -32,6 +32,7 @@ public:
         common::Moment arrival;
         bool isWaiting = true;
         std::uint32_t choice = 0;  ///< once it waits no more
+        common::Moment end;        ///< likewise
     };
     using Show = std::function<unsigned int()>;
 
@@ -46,6 +47,9 @@ public:
     /// Deals with one; returns the choice. `show` puts it on the screen and waits for the user.
     std::uint32_t present(const std::string& text, const std::string& caption, std::uint32_t type,
                           const Show& show);
+
+    /// The oldest box that is kept of those with greater numbers, told or not.
+    std::optional<Box> nextAfter(std::uint32_t id);
 
     /// The oldest box that is not marked as told.
     std::optional<Box> next();
@@ -84,6 +88,7 @@ private:
     std::uint32_t awaitHost(const Way& way);
     std::optional<std::uint32_t> hostsChoice(std::uint32_t id);
     void settle(std::uint32_t id, std::uint32_t choice);
+    static void close(Box& box, std::uint32_t choice);
     static void makeRoom(State& state);
     static Kept* find(State& state, std::uint32_t id);
 

@@ -73,6 +73,22 @@ class Interrupt(unittest.TestCase):
         self.assertIn("ok give back ThrottleActuator", terminal.text())
         self.assertEqual(1, len(self.stops()))
 
+    def test_the_second_ends_it_at_once_and_tells_what_is_still_held(self):
+        # QOR hangs. It has the same terminal, and goes with it.
+        script = {"rules": [{"match": {"id": DIRECT_CONTROL, "operation": 3},
+                             "action": {"hangMs": 10000}}]}
+        terminal = self.open(script, "batch",
+                             lines="start-control ThrottleActuator\nsleep 60000\n")
+        terminal.await_text("ok start-control ThrottleActuator")
+        terminal.press(CTRL_C)
+        terminal.await_text("FAILED STOP_DIRECTCTRL")  # and it asks again
+        terminal.press(CTRL_C)
+        self.assertEqual(4, terminal.exit_code(), terminal.text())
+        lines = [line for line in terminal.text().split("\n") if line]
+        self.assertEqual("qorctl: NOT GIVEN BACK, perhaps still under direct control: ThrottleActuator",
+                         lines[-1])
+        self.assertNotIn("shut down", terminal.text())
+
     def test_without_a_time_an_actuator_is_held_until_then(self):
         terminal = self.open(None, "start-control", "CoolingFan")
         terminal.await_text("CoolingFan is held until Ctrl-C")

@@ -9,6 +9,7 @@
 
 #include "facade/QorControlFacade.h"
 #include "qorcontrol/Arrivals.h"
+#include "qorcontrol/MessageBoxes.h"
 
 // The records hold texts and so are not of the simplest kind of class, but they have no base and
 // nothing virtual: the places are well defined for this compiler.
@@ -111,6 +112,20 @@ TEST(Layout, AnArrivalIsTwoWordsAValueAndATime) {
     EXPECT_EQ(places, (Places{0, 4, 8, 16}));
     EXPECT_EQ(sizeof(Arrival), 24u);
     EXPECT_EQ(sizeof(qorcontrol::Arrivals), 4u);
+}
+
+TEST(Layout, AQorBoxIsFourWordsAFlagAndTwoTexts) {
+    using Box = qorcontrol::QorBox;
+    using Policy = qorcontrol::BoxPolicy;
+    const Places places = {offsetof(Box, number), offsetof(Box, type),   offsetof(Box, choice),
+                           offsetof(Box, openMs), offsetof(Box, isOpen), offsetof(Box, caption),
+                           offsetof(Box, text)};
+    EXPECT_EQ(places, (Places{0, 4, 8, 12, 16, 20, 44}));
+    EXPECT_EQ(sizeof(Box), 68u);
+    EXPECT_EQ(sizeof(Policy), 4u);
+    EXPECT_EQ(int(Policy::show), 0);
+    EXPECT_EQ(int(Policy::answer), 1);
+    EXPECT_EQ(int(Policy::ask), 2);
 }
 
 TEST(Layout, ParamDescriptionIsANameFourTextsAWordAndAFlag) {

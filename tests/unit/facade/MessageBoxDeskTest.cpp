@@ -5,6 +5,7 @@
 #include <thread>
 
 #include "common/Clock.h"
+#include "support/FakeClock.h"
 
 namespace {
 
@@ -61,6 +62,31 @@ TEST_F(MessageBoxDesk, ReportsEachBoxInOrderWhateverBecameOfIt) {
     EXPECT_EQ(desk.next()->text, "second");
     desk.markTold(2);
     EXPECT_FALSE(desk.next());
+}
+
+TEST_F(MessageBoxDesk, HandsOutEachBoxAgainAndAgainByItsNumber) {
+    desk.setPolicy(Desk::Policy::show, 0, 0);
+    present("first");
+    present("second");
+    desk.markTold(1);
+    EXPECT_EQ(desk.nextAfter(0)->text, "first");
+    EXPECT_EQ(desk.nextAfter(0)->text, "first");
+    EXPECT_EQ(desk.nextAfter(1)->text, "second");
+    EXPECT_FALSE(desk.nextAfter(2));
+}
+
+TEST_F(MessageBoxDesk, KnowsHowLongABoxStoodOpen) {
+    FakeClock clock;
+    desk.setPolicy(Desk::Policy::show, 0, 0);
+    desk.present("", "", 0, [&] {
+        EXPECT_TRUE(desk.nextAfter(0)->isWaiting);
+        clock.advance(2500);
+        return 1u;
+    });
+    clock.advance(7000);
+    const auto box = desk.nextAfter(0);
+    ASSERT_TRUE(box);
+    EXPECT_EQ(box->end - box->arrival, 2500u);
 }
 
 TEST_F(MessageBoxDesk, TheHostIsAskedAndItsAnswerCounts) {

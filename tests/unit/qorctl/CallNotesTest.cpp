@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include <memory>
+
 #include "QorControlFacade.h"
 #include "support/TempFolder.h"
 
@@ -12,13 +14,20 @@ using testing::IsEmpty;
 
 namespace {
 
-/// A library whose settings file is missing: its agent ends, and operations fail.
+/// A library whose settings file is missing: its agent ends, and operations fail. The first takes
+/// its whole time, so there is one library for all.
 class CallNotesOfADeadLibrary : public testing::Test {
 protected:
-    bool failedCall() const { return facade.pingQor(1000); }
+    static void SetUpTestSuite() {
+        const TempFolder folder;
+        facade = std::make_unique<QorControlFacade>(folder.pathOf("none.ini"), nullptr, 0, "");
+        failedCall();  // until it sees that there is no agent any more
+    }
+    static void TearDownTestSuite() { facade.reset(); }
 
-    TempFolder folder;
-    const QorControlFacade facade{folder.pathOf("none.ini"), nullptr, 0, ""};
+    static bool failedCall() { return facade->pingQor(1000); }
+
+    inline static std::unique_ptr<QorControlFacade> facade;
 };
 
 TEST_F(CallNotesOfADeadLibrary, TellTheCauseOfACallThatFails) {

@@ -22,4 +22,15 @@ TEST(LiveTable, ShowsValuesAndWhatHasStalledAndWhatNeverCame) {
                     "Fan             -                              never", "2.2 s, 2 samples"));
 }
 
+TEST(LiveTable, ShowsTexts) {
+    Sampler sampler({"Version"}, 0.2);
+    sampler.takeText(0, "4.12.7", 1);
+    sampler.finish();
+    const auto lines = liveTable(sampler, {""}, 2.5);
+    ASSERT_EQ(4u, lines.size());
+    EXPECT_EQ("Version    4.12.7                             1.5 s", lines[2]);
+    EXPECT_EQ("Version        -                             3.1 s",
+              liveTable(sampler, {""}, 4.1)[2]);
+}
+
 }  // namespace

@@ -27,6 +27,16 @@ TEST(PlotSeries, HoldsEachValueAtItsTimeWithNullsForGaps) {
     EXPECT_EQ(4u, series.values());
 }
 
+TEST(PlotSeries, ATextHasNoCurve) {
+    PlotSeries series;
+    series.add({"Version", "", "", false});
+    series.add({"Fan", "", ""});
+    series.take({1, {std::nullopt, 2}, {}, {{0, "4.12"}}});
+    ASSERT_EQ(1u, series.asJson()["curves"].size());
+    EXPECT_EQ("Fan", series.asJson()["curves"][0]["name"]);
+    EXPECT_EQ(1u, series.values());
+}
+
 TEST(PlotSeries, WhatIsNoNumberIsAGap) {
     PlotSeries series;
     series.add({"Speed", "", ""});

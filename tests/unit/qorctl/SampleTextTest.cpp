@@ -42,6 +42,15 @@ TEST(JsonLine, TellsWhatIsNoNumberAsText) {
     EXPECT_EQ(R"({"t":0.0,"values":{"Speed":"nan"}})", jsonLine({"Speed"}, {0, {NAN}}));
 }
 
+TEST(TextsInSamples, StandInPlaceOfAValue) {
+    const Sample sample = {1.25, {std::nullopt, std::nullopt}, {}, {{1, "4.12, a"}}};
+    EXPECT_EQ("1.250,,\"4.12, a\"", csvRow(sample));
+    EXPECT_EQ(R"({"t":1.25,"values":{"Version":"4.12, a"}})",
+              jsonLine({"Speed", "Version"}, sample));
+    EXPECT_THAT(ChangeLines({"Speed", "Version"}).linesOf(sample),
+                ElementsAre("1.250 Version 4.12, a"));
+}
+
 class LinesOfChange : public testing::Test {
 protected:
     ChangeLines lines{{"Speed", "Pressure"}};

@@ -135,6 +135,53 @@ TEST_F(SamplerAtWork, WhatIsNoNumberDoesNotSpoilTheRange) {
     EXPECT_TRUE(std::isinf(speed().last));
 }
 
+class SamplerOfATextAndANumber : public testing::Test {
+protected:
+    Sampler sampler{{"Version", "Speed"}, staleS};
+
+    std::vector<std::string> samples() {
+        std::vector<std::string> texts;
+        while (const auto sample = sampler.next()) {
+            std::ostringstream text;
+            text << sample->timeS << ":";
+            if (sample->values[1]) text << " " << *sample->values[1];
+            for (const auto& [name, words] : sample->texts) text << " " << name << "=" << words;
+            texts.push_back(text.str());
+        }
+        return texts;
+    }
+};
+
+TEST_F(SamplerOfATextAndANumber, ATextIsASampleWhenItHasChanged) {
+    sampler.takeText(0, "4.1", 1);
+    sampler.takeText(0, "4.1", 2);
+    sampler.takeText(0, "4.2", 3);
+    sampler.finish();
+    EXPECT_THAT(samples(), ElementsAre("1: 0=4.1", "3: 0=4.2"));
+    EXPECT_EQ(2u, sampler.samples());
+    EXPECT_EQ(2u, sampler.histories()[0].samples);
+    EXPECT_EQ("4.2", sampler.histories()[0].text);
+    EXPECT_FALSE(sampler.histories()[0].hasRange);
+}
+
+TEST_F(SamplerOfATextAndANumber, ATextStandsBehindValuesThatAreHandedOnLater) {
+    sampler.takeText(0, "4.1", 1.02);
+    sampler.settle(1.03);
+    sampler.take(1, 800, 0, 1.01);
+    sampler.take(1, 801, 0, 1.04);
+    sampler.settle(1.5);
+    EXPECT_THAT(samples(), ElementsAre("1.01: 800", "1.02: 0=4.1", "1.04: 801"));
+}
+
+TEST_F(SamplerOfATextAndANumber, ATextDoesNotStallAndIsFreshForThreeReadings) {
+    sampler.takeText(0, "4.1", 1);
+    sampler.settle(10);
+    EXPECT_THAT(samples(), ElementsAre("1: 0=4.1"));
+    EXPECT_EQ(0u, sampler.histories()[0].interruptions);
+    EXPECT_TRUE(sampler.isFresh(sampler.histories()[0], 3.9));
+    EXPECT_FALSE(sampler.isFresh(sampler.histories()[0], 4.1));
+}
+
 TEST_F(SamplerAtWork, WhatHasNotComeYetIsNamed) {
     takePressure(1, 1);
     EXPECT_THAT(sampler.unseen(), ElementsAre("Speed"));

@@ -2,10 +2,13 @@
 
 #include <CLI/CLI.hpp>
 #include <memory>
+#include <optional>
+#include <utility>
 
 #include "HexText.h"
 #include "Numbers.h"
 #include "operations/Operation.h"
+#include "qorcontrol/Waiting.h"
 
 namespace qorctl {
 namespace {
@@ -29,9 +32,6 @@ struct BusMessage {
     std::vector<std::string> words;
 };
 
-// QOR has 10 s to open the bus, and what fails in the background is told nobody.
-constexpr unsigned int openingMs = 10000;
-
 void declareBus(CLI::App& command, Bus& bus) {
     const char* const group = "CAN bus";
     whole(command.add_option("--bus-param", bus.busParam, "Bus setting, a bit rate"))
@@ -44,29 +44,32 @@ void declareBus(CLI::App& command, Bus& bus) {
     command.add_flag("--alternative", bus.isAlternative, "Open the alternative bus")->group(group);
 }
 
-/// True once the agent has let QOR open the bus, well or not.
-bool open(Session& session, const Bus& bus, CallNotes& calls) {
+/// Opens the bus, for which QOR has 10 s. Nothing if Ctrl-C came first.
+std::optional<CallNotes> open(Session& session, const Bus& bus) {
     using Connect = QorControlFacade::EcuConnect;
-    const QorControlFacade& facade = session.facade();
-    return calls.note(
-               facade.connectCanBus({bus.busParam, !bus.withoutFirstFlag, bus.withSecondFlag},
-                                    bus.isAlternative ? Connect::Alternative : Connect::Default)) &&
-           calls.note(facade.pingQor(openingMs));
+    return session.background().run(
+        [&facade = std::as_const(session.facade()), bus](CallNotes& notes) {
+            const QorControlFacade::CanBusConnect settings = {bus.busParam, !bus.withoutFirstFlag,
+                                                              bus.withSecondFlag};
+            notes.note(qorcontrol::connectCanBusAndWait(
+                facade, settings, bus.isAlternative ? Connect::Alternative : Connect::Default));
+        });
 }
 
-Reply notOpened(const CallNotes& calls) {
-    return Reply::of(calls.failure("QOR did not answer when it had been told to open the bus"));
+Reply notOpened(const std::optional<CallNotes>& calls) {
+    return calls ? Reply::of(calls->failure("QOR has not opened the bus"))
+                 : Reply::failure("cancelled with Ctrl-C");
 }
 
 Reply connectCan(Session& session, const Bus& bus) {
-    CallNotes calls;
-    return open(session, bus, calls) ? Reply::success("asked for; the first read tells")
-                                     : notOpened(calls);
+    const auto calls = open(session, bus);
+    return calls && calls->allWorked() ? Reply::success("the bus is open") : notOpened(calls);
 }
 
 Reply readCan(Session& session, const BusRead& wanted) {
+    const auto opening = open(session, wanted.bus);
+    if (!opening || !opening->allWorked()) return notOpened(opening);
     CallNotes calls;
-    if (!open(session, wanted.bus, calls)) return notOpened(calls);
     QorControlFacade::CanBusData data;
     for (const unsigned int id : wanted.ids) data.items.push_back({id, 0});
     if (!calls.note(session.facade().getCanBusData(data, session.options().timeoutMs)))
@@ -81,14 +84,14 @@ Reply readCan(Session& session, const BusRead& wanted) {
 }
 
 Reply sendCan(Session& session, const BusMessage& message) {
-    CallNotes calls;
-    if (!open(session, message.bus, calls)) return notOpened(calls);
+    const auto opening = open(session, message.bus);
+    if (!opening || !opening->allWorked()) return notOpened(opening);
     const std::string bytes = bytesOf(message.words);
     const bool taken = session.facade().sendCanBusMsg(message.first, message.second, bytes,
                                                       session.options().timeoutMs);
     return Reply::ofCall(
         taken, fmt::format("0x{:03X} {} [{}]", message.first, message.second, hexOf(bytes)),
-        "the message was not taken by QOR", calls);
+        "the message was not taken by QOR");
 }
 
 }  // namespace

@@ -4,6 +4,8 @@
 
 #include <CLI/CLI.hpp>
 #include <memory>
+#include <optional>
+#include <utility>
 
 #include "Activity.h"
 #include "HostPaths.h"
@@ -11,6 +13,7 @@
 #include "JsonText.h"
 #include "Numbers.h"
 #include "operations/Operation.h"
+#include "qorcontrol/Waiting.h"
 
 namespace qorctl {
 namespace {
@@ -18,10 +21,6 @@ namespace {
 // Where the library puts what QOR exports.
 const char* const exportPaths[] = {"c:\\qor_exp.sde", "c:\\qor_exp_add.sde"};
 
-// QOR has 8 s to let the ECU go and end its work and 90 s to open the model. A ping behind that
-// waits for twice its time; ten pings at once are all that the library takes.
-constexpr unsigned int pingMs = 5500;
-constexpr unsigned int pings = 9;
 constexpr unsigned int exportSliceMs = 50;
 
 struct ModelRequest {
@@ -72,15 +71,6 @@ QorControlFacade::ModelDescription descriptionOf(const ModelRequest& request) {
     return model;
 }
 
-/// True once the agent has let QOR open the model, well or not; notes the last ping alone.
-bool awaitOpened(const QorControlFacade& facade, CallNotes& lastPing) {
-    for (unsigned int i = 0; i < pings && !interrupt::isRequested(); ++i) {
-        lastPing = {};
-        if (lastPing.note(facade.pingQor(pingMs))) return true;
-    }
-    return false;
-}
-
 /// The export files that have come since `before` and do not grow any more: all as soon as they are
 /// there, else those that have come in time.
 std::vector<Export> awaitExports(const std::vector<Export>& before, double waitS) {
@@ -99,24 +89,25 @@ std::vector<Export> awaitExports(const std::vector<Export>& before, double waitS
     }
 }
 
+/// Nothing if Ctrl-C came first. QOR has 98 s for all of it.
+std::optional<CallNotes> awaitOpened(Session& session, const ModelRequest& request) {
+    const Activity activity(session.console(), "model", [] { return "QOR opens it"; });
+    return session.background().run([&facade = std::as_const(session.facade()),
+                                     model = descriptionOf(request)](CallNotes& notes) {
+        notes.note(qorcontrol::openModelAndWait(facade, model));
+    });
+}
+
 Reply openModel(Session& session, const ModelRequest& request) {
-    const QorControlFacade& facade = session.facade();
     const std::vector<Export> before(std::begin(exportPaths), std::end(exportPaths));
-    CallNotes calls;
     session.giveActuatorsBack();
-    if (!calls.note(facade.openModel(descriptionOf(request))))
-        return Reply::of(calls.failure("the library has ended"));
-    {
-        const Activity activity(session.console(), "model", [] { return "QOR opens it"; });
-        if (!awaitOpened(facade, calls))
-            return interrupt::isRequested()
-                       ? Reply::failure("cancelled with Ctrl-C")
-                       : Reply::of(calls.failure("QOR does not answer any more"));
-    }
+    const auto calls = awaitOpened(session, request);
+    if (!calls) return Reply::failure("cancelled with Ctrl-C");
+    if (!calls->allWorked()) return Reply::of(calls->failure("QOR has not opened the model"));
     const std::vector<Export> fresh = awaitExports(before, request.exportWaitS);
     if (fresh.size() < before.size() && interrupt::isRequested())
         return Reply::failure("the wait for the export files was cancelled with Ctrl-C");
-    Reply reply = Reply::success(fmt::format("{} export files", fresh.size()));
+    Reply reply = Reply::success(fmt::format("opened, {} export files", fresh.size()));
     reply.result = {{"exports", nlohmann::json::array()}};
     for (const Export& file : fresh) {
         reply.lines.push_back(fmt::format("{}: {} bytes", file.path, file.bytes));

@@ -56,6 +56,7 @@ OperationWork declarePath(CLI::App& command);
 OperationWork declareSegment(CLI::App& command);
 OperationWork declareOpenModel(CLI::App& command);
 
+OperationWork declareList(CLI::App& command);
 OperationWork declareDescribe(CLI::App& command);
 OperationWork declareGet(CLI::App& command);
 OperationWork declareGetString(CLI::App& command);

@@ -19,17 +19,26 @@ constexpr Operation table[] = {
     {"segment", "Select the memory page to work on (setEcuSegment)",
      "Example:  qorctl segment settings.ini rom", true, &declareSegment},
     {"open-model", "Let QOR open a model and wait for what it exports (openModel)",
-     "QOR lets the ECU go first. Of a model that cannot be opened nothing is told but that no\n"
-     "export comes.\n\n"
+     "QOR lets the ECU go first. Fails if QOR does not open the model. Of what it exports then\n"
+     "nothing is told but what comes within --export-wait.\n\n"
      "Example:  qorctl open-model settings.ini engine.mdl --hex engine.hex --export-wait 5",
      false, &declareOpenModel},
 
+    {"list", "List parameters with their units and limits (getParamDescription)",
+     "QOR tells no names: without --names they are those of the model that the settings name for "
+     "the\n"
+     "simulated QOR, or of engine.json beside its program. Units, groups and meanings are QOR's;\n"
+     "limits are the model's, for the library is not told QOR's.\n\n"
+     "Example:  qorctl list settings.ini --names names.txt --json",
+     true, &declareList},
     {"describe", "Describe parameters (getParamDescription)",
      "Example:  qorctl describe settings.ini EngineSpeed IgnitionMap", true, &declareDescribe},
     {"get", "Read parameters one by one (getParamData)",
      "Example:  qorctl get settings.ini EngineSpeed IdleSpeedTarget --json", true, &declareGet},
     {"get-string", "Read parameters that are texts (getParamDataAsString)",
-     "Example:  qorctl get-string settings.ini VehicleIdentNumber", true, &declareGetString},
+     "Numbers are read as characters, too, with a warning.\n\n"
+     "Example:  qorctl get-string settings.ini VehicleIdentNumber",
+     true, &declareGetString},
     {"get-at-once", "Read parameters in one exchange (getParamDataAtOnce)",
      "Example:  qorctl get-at-once settings.ini EngineSpeed EngineLoad", true, &declareGetAtOnce},
     {"set", "Write a parameter (setParamData)",

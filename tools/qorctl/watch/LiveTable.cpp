@@ -26,8 +26,9 @@ std::vector<std::string> liveTable(const Sampler& sampler, const std::vector<std
     const auto& histories = sampler.histories();
     for (std::size_t i = 0; i < histories.size(); ++i) {
         const ParamHistory& history = histories[i];
-        table.add({history.name, sampler.isFresh(history, nowS) ? shown(history.last) : "-",
-                   units[i], history.hasRange ? shown(history.lowest) : "",
+        const std::string value = history.isText ? history.text : shown(history.last);
+        table.add({history.name, sampler.isFresh(history, nowS) ? value : "-", units[i],
+                   history.hasRange ? shown(history.lowest) : "",
                    history.hasRange ? shown(history.highest) : "", ageOf(history, nowS)});
     }
     std::vector<std::string> lines = table.lines();

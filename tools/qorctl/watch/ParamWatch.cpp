@@ -42,7 +42,8 @@ ParamWatch::ParamWatch(Conversation& conversation, const Options& options, PlotS
       session_(conversation.session()),
       options_(options),
       series_(series),
-      sampler_(options.names, staleAfterS(session_.options().refreshMs)) {}
+      sampler_(options.names, staleAfterS(session_.options().refreshMs)),
+      texts_(session_.facade(), session_.options().timeoutMs) {}
 
 void ParamWatch::run() {
     if (!conversation_.step("describe parameters", [this] { return describe(); })) return;
@@ -53,11 +54,14 @@ void ParamWatch::run() {
 Outcome ParamWatch::describe() {
     Descriptions descriptions(session_.facade());
     CallNotes calls;
-    for (const std::string& name : options_.names) {
+    for (std::size_t i = 0; i < options_.names.size(); ++i) {
+        const std::string& name = options_.names[i];
         const wex::ParamDescription* const found = descriptions.find(name, calls);
         if (found == nullptr) continue;
+        const bool isText = texts_.takeIfText(i, *found);
+        if (!isText) numbers_.push_back(i);
         units_.push_back(unitOf(*found));
-        if (series_ != nullptr) series_->add({name, unitOf(*found), meaningOf(*found)});
+        if (series_ != nullptr) series_->add({name, unitOf(*found), meaningOf(*found), !isText});
     }
     return calls.allWorked() ? calls.success(listOf(options_.names))
                              : calls.failureOfNames("not described");
@@ -69,12 +73,13 @@ Outcome ParamWatch::stream() {
     view->begin();
     CallNotes calls;
     const WatchClock clock(options_.forS);
-    Arrivals arrivals(session_.facade(), options_.names, slots);
+    const auto arrivals = begunArrivals();
     double refreshedS = 0;
     while (!clock.isOver() && canPrint() && interrupt::sleepMs(pauseMs)) {
         // Before the values are taken: one that is on its way meanwhile is not late.
         const double nowS = clock.seconds();
-        takeWhatArrived(arrivals, clock);
+        takeWhatArrived(arrivals.get(), clock);
+        texts_.read(sampler_, clock);
         sampler_.settle(nowS);
         show(*view);
         if (nowS - refreshedS >= refreshS) {
@@ -84,8 +89,8 @@ Outcome ParamWatch::stream() {
         tellWhatIsMissing(nowS);
     }
     elapsedS_ = clock.seconds();
-    arrivals.stop();
-    takeWhatArrived(arrivals, clock);
+    if (arrivals) arrivals->stop();
+    takeWhatArrived(arrivals.get(), clock);
     sampler_.finish();
     show(*view);
     view->end(sampler_, elapsedS_);
@@ -93,11 +98,18 @@ Outcome ParamWatch::stream() {
     return judge(stopIsSeen, calls);
 }
 
-void ParamWatch::takeWhatArrived(Arrivals& arrivals, const WatchClock& clock) {
+std::unique_ptr<Arrivals> ParamWatch::begunArrivals() const {
+    if (numbers_.empty()) return nullptr;
+    std::vector<std::string> names;
+    for (const std::size_t i : numbers_) names.push_back(options_.names[i]);
+    return std::make_unique<Arrivals>(session_.facade(), names, slots);
+}
+
+void ParamWatch::takeWhatArrived(Arrivals* arrivals, const WatchClock& clock) {
     std::vector<qorcontrol::Arrival> values;
-    if (!arrivals.read(values, 0)) return;
+    if (arrivals == nullptr || !arrivals->read(values, 0)) return;
     for (const qorcontrol::Arrival& each : values)
-        sampler_.take(each.name, each.value, each.missed, clock.secondsAt(each.timeMs));
+        sampler_.take(numbers_[each.name], each.value, each.missed, clock.secondsAt(each.timeMs));
 }
 
 void ParamWatch::show(SampleView& view) {
@@ -151,6 +163,7 @@ void ParamWatch::addResults() {
             row["lowest"] = history.lowest;
             row["highest"] = history.highest;
         }
+        if (history.isText) row["text"] = utf8Of(history.text);
         results["parameters"].push_back(std::move(row));
     }
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -9,6 +10,7 @@
 #include "watch/plot/PlotSeries.h"
 #include "watch/Sampler.h"
 #include "watch/SampleView.h"
+#include "watch/TextReader.h"
 #include "watch/WatchClock.h"
 
 namespace qorctl {
@@ -30,7 +32,9 @@ public:
 private:
     Outcome describe();
     Outcome stream();
-    void takeWhatArrived(qorcontrol::Arrivals& arrivals, const WatchClock& clock);
+    /// What is no text. Null if there is nothing else.
+    std::unique_ptr<qorcontrol::Arrivals> begunArrivals() const;
+    void takeWhatArrived(qorcontrol::Arrivals* arrivals, const WatchClock& clock);
     void show(SampleView& view);
     void tellWhatIsMissing(double nowS);
     Outcome judge(bool stopIsSeen, const CallNotes& calls) const;
@@ -41,7 +45,9 @@ private:
     const Options options_;
     PlotSeries* const series_;
     Sampler sampler_;
-    std::vector<std::string> units_;  // in the order of the names
+    TextReader texts_;
+    std::vector<std::size_t> numbers_;  // the places of the names that are no texts
+    std::vector<std::string> units_;    // in the order of the names
     bool hasToldMissing_ = false;
     double elapsedS_ = 0;
 };

@@ -29,6 +29,14 @@ std::string textOf(double value) {
     return fmt::format("{}", value);
 }
 
+/// Its text or its value; nothing if the sample has neither.
+std::optional<std::string> textOf(const Sample& sample, std::size_t name) {
+    const auto text = sample.texts.find(name);
+    if (text != sample.texts.end()) return text->second;
+    if (!sample.values[name]) return std::nullopt;
+    return textOf(*sample.values[name]);
+}
+
 }  // namespace
 
 std::string textOfTime(double timeS) {
@@ -43,7 +51,10 @@ std::string csvHeader(const std::vector<std::string>& names) {
 
 std::string csvRow(const Sample& sample) {
     std::string line = textOfTime(sample.timeS);
-    for (const auto& value : sample.values) line += "," + (value ? textOf(*value) : std::string());
+    for (std::size_t i = 0; i < sample.values.size(); ++i) {
+        const auto text = textOf(sample, i);
+        line += "," + (text ? csvField(*text) : std::string());
+    }
     return line;
 }
 
@@ -51,6 +62,7 @@ std::string jsonLine(const std::vector<std::string>& names, const Sample& sample
     nlohmann::json values = nlohmann::json::object();
     for (std::size_t i = 0; i < names.size(); ++i)
         if (sample.values[i]) values[utf8Of(names[i])] = jsonNumber(*sample.values[i]);
+    for (const auto& [name, text] : sample.texts) values[utf8Of(names[name])] = utf8Of(text);
     return printedOnOneLine(
         {{"t", std::round(sample.timeS * 1000) / 1000}, {"values", std::move(values)}});
 }
@@ -66,7 +78,7 @@ std::vector<std::string> ChangeLines::linesOf(const Sample& sample) {
         shown_[i] = std::move(now);
     };
     for (std::size_t i = 0; i < names_.size(); ++i)
-        if (sample.values[i]) show(i, textOf(*sample.values[i]));
+        if (const auto text = textOf(sample, i)) show(i, *text);
     for (const std::size_t i : sample.stalled) show(i, noValue);
     return lines;
 }

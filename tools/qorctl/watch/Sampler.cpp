@@ -2,9 +2,16 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <utility>
 
 namespace qorctl {
+namespace {
+
+// One reading that is late is none that is missing.
+constexpr double textStaleS = 3 * Sampler::textPeriodS;
+
+}  // namespace
 
 Sampler::Sampler(const std::vector<std::string>& names, double staleAfterS)
     : staleAfterS_(staleAfterS) {
@@ -18,21 +25,37 @@ void Sampler::take(std::size_t name, double value, unsigned int missed, double t
     if (open_ && (open_->timeS != timeS || open_->values[name])) completeOpen();
     if (!open_) {
         tellStalls(timeS);
-        open_ = Sample{timeS, std::vector<std::optional<double>>(histories_.size()), {}};
+        completeTexts(timeS);
+        open_ = Sample{timeS, std::vector<std::optional<double>>(histories_.size())};
     }
     open_->values[name] = value;
     histories_[name].missed = missed;
     note(histories_[name], value, timeS);
 }
 
+void Sampler::takeText(std::size_t name, const std::string& text, double timeS) {
+    ParamHistory& history = histories_[name];
+    const bool isNew = !history.isSeen || history.text != text;
+    history.isText = history.isSeen = true;
+    history.seenS = timeS;
+    history.text = text;
+    if (!isNew) return;
+    ++history.samples;
+    texts_.push_back({timeS, std::vector<std::optional<double>>(histories_.size())});
+    texts_.back().texts[name] = text;
+}
+
 void Sampler::settle(double nowS) {
     const double settledS = nowS - handOnS;
     if (open_ && open_->timeS < settledS) completeOpen();
-    if (!open_) tellStalls(settledS);
+    if (open_) return;
+    tellStalls(settledS);
+    completeTexts(settledS);
 }
 
 void Sampler::finish() {
     if (open_) completeOpen();
+    completeTexts(std::numeric_limits<double>::infinity());
 }
 
 std::optional<Sample> Sampler::next() {
@@ -48,11 +71,19 @@ void Sampler::completeOpen() {
     ++samples_;
 }
 
+void Sampler::completeTexts(double beforeS) {
+    for (; !texts_.empty() && texts_.front().timeS < beforeS; texts_.pop_front()) {
+        complete_.push_back(std::move(texts_.front()));
+        ++samples_;
+    }
+}
+
 /// In the order in which they were due.
 void Sampler::tellStalls(double nowS) {
     std::vector<std::size_t> due;
     for (std::size_t i = 0; i < histories_.size(); ++i)
-        if (histories_[i].isSeen && !histories_[i].isStalled && !isFresh(histories_[i], nowS))
+        if (histories_[i].isSeen && !histories_[i].isText && !histories_[i].isStalled &&
+            !isFresh(histories_[i], nowS))
             due.push_back(i);
     std::stable_sort(due.begin(), due.end(), [this](std::size_t one, std::size_t other) {
         return histories_[one].seenS < histories_[other].seenS;
@@ -80,7 +111,7 @@ void Sampler::note(ParamHistory& history, double value, double timeS) {
 }
 
 bool Sampler::isFresh(const ParamHistory& history, double nowS) const {
-    return history.isSeen && nowS - history.seenS < staleAfterS_;
+    return history.isSeen && nowS - history.seenS < (history.isText ? textStaleS : staleAfterS_);
 }
 
 std::vector<std::string> Sampler::unseen() const {

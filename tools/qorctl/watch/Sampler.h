@@ -1,6 +1,7 @@
 #pragma once
 
 #include <deque>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -13,6 +14,8 @@ struct Sample {
     double timeS = 0;
     std::vector<std::optional<double>> values = {};
     std::vector<std::size_t> stalled = {};  ///< which ones; then there are no values
+    std::map<std::size_t, std::string> texts =
+        {};  ///< of those that are texts, which have no value
 
     bool hasValues() const { return stalled.empty(); }
 };
@@ -20,10 +23,12 @@ struct Sample {
 /// What a watch has learnt of one parameter.
 struct ParamHistory {
     std::string name;
-    double last = 0;     ///< the latest value; meaningless before the first one
-    double seenS = 0;    ///< when that arrived
-    double lowest = 0;   ///< of all finite values
-    double highest = 0;  ///< of all finite values
+    double last = 0;        ///< the latest value; meaningless before the first one
+    double seenS = 0;       ///< when that arrived
+    double lowest = 0;      ///< of all finite values
+    double highest = 0;     ///< of all finite values
+    std::string text = {};  ///< the latest one, of a parameter that is a text
+    bool isText = false;
     bool isSeen = false;
     bool isStalled = false;
     bool hasRange = false;           ///< whether there was a finite value
@@ -39,11 +44,16 @@ class Sampler {
 public:
     /// So long the library may take to hand on what has arrived.
     static constexpr double handOnS = 0.05;
+    /// So often texts are read.
+    static constexpr double textPeriodS = 1;
 
     Sampler(const std::vector<std::string>& names, double staleAfterS);
 
     /// In the order of their arrival. `missed`: see qorcontrol::Arrival.
     void take(std::size_t name, double value, unsigned int missed, double timeS);
+    /// A parameter that is a text, as it was read: a sample of its own if it has changed. One that
+    /// is not read any more does not stall.
+    void takeText(std::size_t name, const std::string& text, double timeS);
     /// All that had been handed on at `nowS` has been taken.
     void settle(double nowS);
     /// Nothing more will be taken.
@@ -64,11 +74,13 @@ public:
 private:
     static void note(ParamHistory& history, double value, double timeS);
     void completeOpen();
+    void completeTexts(double beforeS);
     void tellStalls(double nowS);
 
     const double staleAfterS_;
     std::vector<ParamHistory> histories_;
     std::optional<Sample> open_;  // whose time may still bring more
+    std::deque<Sample> texts_;    // before which values may still come
     std::deque<Sample> complete_;
     unsigned int samples_ = 0;
 };

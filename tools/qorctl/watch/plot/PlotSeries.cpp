@@ -64,12 +64,14 @@ void PlotSeries::thinOut() {
 
 nlohmann::json PlotSeries::asJson() const {
     nlohmann::json curves = nlohmann::json::array();
-    for (std::size_t i = 0; i < curves_.size(); ++i)
+    for (std::size_t i = 0; i < curves_.size(); ++i) {
+        if (!curves_[i].isDrawn) continue;
         curves.push_back({{"name", utf8Of(curves_[i].name)},
                           {"unit", utf8Of(curves_[i].unit)},
                           {"meaning", utf8Of(curves_[i].meaning)},
                           {"times", all_[i].times},
                           {"values", all_[i].values}});  // what is no number becomes null
+    }
     return {{"curves", std::move(curves)}};
 }
 

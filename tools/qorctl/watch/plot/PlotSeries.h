@@ -17,6 +17,7 @@ public:
         std::string name;
         std::string unit;
         std::string meaning;
+        bool isDrawn = true;  ///< false of a text
     };
 
     static constexpr std::size_t usualMaxNumbers = 2'000'000;
