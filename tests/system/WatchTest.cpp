@@ -123,14 +123,14 @@ TEST_P(Watch, JsonHasALinePerMomentOfArrivalAndTheSummaryLast) {
     EXPECT_GE(summary["parameters"][1]["samples"], 4u);
 }
 
-TEST_P(Watch, BehindTheStopQorIsAskedOnceMore) {
+TEST_P(Watch, BehindTheStopQorIsAskedOnceMoreAndOnceBeforeTheEnd) {
     ASSERT_EQ(success, scene.run("watch", {"EngineSpeed", "--for", "1", "--csv"}).exitCode);
     const auto requests = scene.station.requests();
     const auto start = std::find_if(requests.begin(), requests.end(), [](const auto& request) {
         return request.rfind("SetParamList ", 0) == 0;
     });
     EXPECT_THAT(std::vector<std::string>(start, requests.end()),
-                ElementsAre(StartsWith("SetParamList "), "SetParamList", "Ping 0",
+                ElementsAre(StartsWith("SetParamList "), "SetParamList", "Ping 0", "Ping 0",
                             StartsWith("KwpConnect protocol=0"), "Shutdown 6"));
 }
 

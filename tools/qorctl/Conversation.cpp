@@ -16,6 +16,7 @@ Conversation::Conversation(const char* command, const SessionOptions& options, c
       report_(console_, session_.trace().path()) {
     results_["command"] = command_;
     results_["log"] = nlohmann::json::array();
+    results_["lost"] = nullptr;
     results_["settings"] = utf8Of(session_.options().settingsPath);
     results_["transport"] = utf8Of(session_.settings().transport());
     results_["trace"] = utf8Of(session_.trace().path());
@@ -32,6 +33,7 @@ int Conversation::run(const ConnectOptions* connection, const Work& work) {
         const auto connect = [&] { return session_.connectEcu(*connection); };
         if (connection == nullptr || step("connect the ECU", connect)) carryOut(work);
         giveActuatorsBack();
+        tellLoss();
         report_.runAlways("shut down", [this] { return session_.shutDown(); });
     }
     console_.line(report_.summary());
@@ -60,6 +62,19 @@ void Conversation::giveActuatorsBack() {
                        ? calls.success()
                        : calls.failure("it may still be under direct control");
         });
+}
+
+void Conversation::tellLoss() {
+    Contact& contact = session_.contact();
+    contact.lookAtTheEnd();
+    if (contact.lost() == Contact::Lost::nothing) return;
+    results_["lost"] = nameOf(contact.lost());
+    const bool isTold = contact.isTold();
+    const Outcome loss = contact.takeLoss();
+    if (session_.options().keepsGoing)
+        console_.line("note    " + loss.text);
+    else if (!isTold)
+        report_.runAlways("keep in contact", [&] { return loss; });
 }
 
 void Conversation::tellLost(const std::vector<std::string>& names) {

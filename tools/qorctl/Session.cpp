@@ -8,6 +8,7 @@
 #include "Activity.h"
 #include "CallNotes.h"
 #include "ConnectMonitor.h"
+#include "doctor/PeerFacts.h"
 #include "HostPaths.h"
 #include "Interrupt.h"
 #include "Numbers.h"
@@ -16,7 +17,6 @@ namespace qorctl {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-using qorcontrol::Cause;
 
 // The library itself gives QOR 10 s to come up.
 constexpr std::chrono::seconds startLimit(15);
@@ -32,11 +32,6 @@ std::string checkTracePath(const std::string& path) {
     const bool fits = path.size() > wanted.size() &&
                       path.compare(path.size() - wanted.size(), wanted.size(), wanted) == 0;
     return fits ? std::string() : path + " does not end in .log, as the library's traces do";
-}
-
-/// Whether no later request can succeed: the library's agent or its connection's thread is gone.
-bool isForGood(Cause cause) {
-    return cause == Cause::agentEnded || cause == Cause::systemFailure;
 }
 
 SessionOptions withAbsolutePaths(SessionOptions options) {
@@ -83,7 +78,8 @@ Session::Session(const SessionOptions& options, Console& console)
       trace_(paths::traceFileOf(options_.hostPath())),
       log_(console),
       facade_(startedFacade()),
-      actuators_(*facade_) {
+      actuators_(*facade_),
+      contact_(*facade_, options_.timeoutMs) {
     if (!trace_.exists())
         console_.line("note    no trace, the library cannot write " + trace_.path());
 }
@@ -107,13 +103,14 @@ Outcome Session::awaitQor() {
     }
 }
 
-void Session::giveActuatorsBack() {
+void Session::letEcuGo() {
     for (const std::string& name : actuators_.giveAllBackForGood())
         console_.line("note    " + name + " was given back first");
+    contact_.relyOnEcu(false);
 }
 
 Outcome Session::connectEcu(const ConnectOptions& connection) {
-    giveActuatorsBack();
+    letEcuGo();
     ConnectMonitor monitor;
     const auto state = [&]() -> std::string {
         if (!monitor.isAccepted()) return "waiting for QOR to accept";
@@ -125,6 +122,7 @@ Outcome Session::connectEcu(const ConnectOptions& connection) {
         calls.note(facade_->connect(connection.record(options_.refreshMs), connection.connType(),
                                     &monitor));
     }
+    contact_.relyOnEcu(calls.allWorked());
     if (calls.allWorked()) return calls.success("online");
     const std::string reason = monitor.error();
     return calls.failure(reason.empty() ? "QOR did not accept the request" : reason);
@@ -133,10 +131,30 @@ Outcome Session::connectEcu(const ConnectOptions& connection) {
 Outcome Session::shutDown() {
     const Clock::time_point start = Clock::now();
     facade_->shutdown();
-    if (Clock::now() - start >= shutdownLimit)
+    const bool wasLetGo = Clock::now() - start >= shutdownLimit;
+    if (wasLetGo && contact_.lost() != Contact::Lost::qor)
         return Outcome::failure("the library's agent thread did not end and was let go");
     if (facade_->pingQor(1)) return Outcome::failure("the library still answers");
-    return Outcome::success("ECU disconnected, QOR told to end");
+    // Over TCP the library waits for the answers of one that has gone.
+    return Outcome::success(tellEnd() + (wasLetGo ? ", the library still waits for it" : ""));
+}
+
+std::string Session::tellEnd() const {
+    using doctor::PeerFacts;
+    const auto place = doctor::SettingsFacts::read(settings_.path());
+    if (place["QORexecutable"].text.empty())
+        return contact_.didQorAnswer() ? "QOR and its ECU left as they are: the settings name no "
+                                         "executable, so QOR is somebody else's"
+                                       : "nothing to tell to end: QOR did not answer any more";
+    const PeerFacts peer = PeerFacts::gather(place, PeerFacts::Remote::leave);
+    const bool hasEnded = !peer.isRemote && !peer.isSomebodyThere();
+    if (contact_.didQorAnswer())
+        return std::string(contact_.wasEcuOnline() ? "ECU disconnected, " : "") +
+               (hasEnded ? "QOR has ended" : "QOR told to end");
+    if (contact_.lost() == Contact::Lost::qor)
+        return hasEnded ? "QOR had already ended"
+                        : "no connection to QOR, which was not told to end";
+    return hasEnded ? "QOR has ended" : "QOR did not answer: perhaps it was not told to end";
 }
 
 unsigned int Session::staleAfterMs() const {

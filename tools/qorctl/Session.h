@@ -6,6 +6,7 @@
 #include "ConnectOptions.h"
 #include "Console.h"
 #include "ConsoleLog.h"
+#include "Contact.h"
 #include "HeldActuators.h"
 #include "Outcome.h"
 #include "QorControlFacade.h"
@@ -25,6 +26,7 @@ struct SessionOptions {
     std::string transport;  ///< "tcp" or "window"; empty: as the settings say
     unsigned int timeoutMs = 1000;
     unsigned int refreshMs = 200;
+    bool keepsGoing = false;  ///< a loss of the ECU, QOR or a stream ends and fails nothing
 
     /// Declares the options; the object must live until the command line is parsed.
     void declare(CLI::App& command);
@@ -47,6 +49,7 @@ public:
     const ConsoleLog& log() const { return log_; }
     QorControlFacade& facade() { return *facade_; }
     HeldActuators& actuators() { return actuators_; }
+    Contact& contact() { return contact_; }
     Console& console() { return console_; }
 
     /// Whether the operation is one of many in this conversation, so that what it takes may be used
@@ -57,12 +60,16 @@ public:
     /// Waits until QOR answers or the library has given up starting it.
     Outcome awaitQor();
 
+    /// For what takes long: false once the ECU or QOR was lost, unless the command keeps going.
+    bool mayGoOn() { return contact_.look() || options_.keepsGoing; }
+
     /// Connects the ECU; Ctrl-C cancels. Actuators are given back before.
     Outcome connectEcu(const ConnectOptions& connection = {});
 
-    /// For what makes QOR let the ECU go.
-    void giveActuatorsBack();
+    /// For what makes QOR let the ECU go: nothing is held any more, and its loss no failure.
+    void letEcuGo();
 
+    /// Tells what was seen of it: what the library does then depends on the settings.
     Outcome shutDown();
 
     /// Half a refresh period and the grain of the system's clock: after that long the library asks
@@ -71,6 +78,7 @@ public:
 
 private:
     std::unique_ptr<QorControlFacade> startedFacade() const;
+    std::string tellEnd() const;
 
     const SessionOptions options_;
     const SettingsFile settings_;
@@ -80,6 +88,7 @@ private:
     bool hasMore_ = false;
     std::unique_ptr<QorControlFacade> facade_;  // behind the log, which it uses
     HeldActuators actuators_;
+    Contact contact_;
 };
 
 }  // namespace qorctl

@@ -38,7 +38,7 @@ void findSockets(PeerFacts& facts, std::uint32_t address, unsigned port) {
     if (facts.clients.empty()) facts.clients = accepted;
 }
 
-PeerFacts gatherPort(const std::string& host, unsigned port) {
+PeerFacts gatherPort(const std::string& host, unsigned port, PeerFacts::Remote remote) {
     PeerFacts facts;
     facts.isTcp = true;
     const std::string machine = host.empty() ? "this machine" : host;
@@ -49,10 +49,10 @@ PeerFacts gatherPort(const std::string& host, unsigned port) {
     facts.isFound = address.has_value();
     if (!facts.isFound || !facts.isUsable) return facts;
     facts.isRemote = !address->isOfThisMachine();
-    if (facts.isRemote)
-        facts.accepts = address->takesConnection();
-    else
+    if (!facts.isRemote)
         findSockets(facts, address->host(), port);
+    else if (remote == PeerFacts::Remote::ask)
+        facts.accepts = address->takesConnection();
     return facts;
 }
 
@@ -94,9 +94,9 @@ PeerFacts gatherWindows(const std::string& server, const std::string& client) {
 
 }  // namespace
 
-PeerFacts PeerFacts::gather(const SettingsFacts& settings) {
+PeerFacts PeerFacts::gather(const SettingsFacts& settings, Remote remote) {
     if (settings.usesTcp())
-        return gatherPort(settings["ServerIp"].text, settings["TcpPort"].number);
+        return gatherPort(settings["ServerIp"].text, settings["TcpPort"].number, remote);
     return gatherWindows(settings["ServerPipeName"].text, settings["ClientPipeName"].text);
 }
 

@@ -103,7 +103,7 @@ Reply openModel(Session& session, const ModelRequest& request) {
     const QorControlFacade& facade = session.facade();
     const std::vector<Export> before(std::begin(exportPaths), std::end(exportPaths));
     CallNotes calls;
-    session.giveActuatorsBack();
+    session.letEcuGo();
     if (!calls.note(facade.openModel(descriptionOf(request))))
         return Reply::of(calls.failure("the library has ended"));
     {
