@@ -79,7 +79,7 @@ INSTANTIATE_TEST_SUITE_P(Over, Watch, everyTransport(), transportName);
 TEST_P(Watch, CsvHasAHeaderAndEachValueOnceAtTheTimeOfItsArrival) {
     scene.station.script = R"({"at":[{"since":"connect","afterMs":2000,"stall":"*"}]})";
     const auto ending = scene.run(
-        "watch", {"EngineSpeed", "OilPressure", "--for", "3.5", "--refresh", "200", "--csv"});
+        "watch", {"EngineSpeed", "OilPressure", "--for", "3", "--refresh", "200", "--csv"});
     ASSERT_EQ(success, ending.exitCode) << ending.err;
     const auto lines = linesOf(ending.out);
     ASSERT_THAT(lines, SizeIs(Ge(5u))) << ending.out;
@@ -161,7 +161,7 @@ TEST_P(Watch, AnUnknownNameIsToldAndNothingIsWatched) {
 
 TEST_P(Watch, AParameterThatStallsIsToldByADashOnce) {
     scene.station.script = R"({"at":[{"since":"connect","afterMs":1200,"stall":"OilPressure"}]})";
-    const auto ending = scene.run("watch", {"EngineSpeed", "OilPressure", "--for", "3"});
+    const auto ending = scene.run("watch", {"EngineSpeed", "OilPressure", "--for", "2.3"});
     ASSERT_EQ(success, ending.exitCode) << ending.err;
     std::vector<std::string> pressures;
     for (const std::string& line : linesOf(ending.out))
