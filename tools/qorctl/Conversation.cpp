@@ -24,12 +24,12 @@ Conversation::Conversation(const char* command, const SessionOptions& options, c
 
 int Conversation::run(const ConnectOptions* connection, const Work& work) {
     tellBeginning();
-    const interrupt::LastWords lastWords([this] {
-        const std::vector<std::string> held = session_.actuators().notGivenBack();
-        tellLost(held);
-        return held.empty() ? exitFailure : exitNotGivenBack;
-    });
     if (step("start QOR", [this] { return startQor(); })) {
+        const interrupt::LastWords lastWords([this] {
+            const std::vector<std::string> held = session_.notGivenBack();
+            tellLost(held);
+            return held.empty() ? exitFailure : exitNotGivenBack;
+        });
         const auto connect = [&] { return session_.connectEcu(*connection); };
         if (connection == nullptr || step("connect the ECU", connect)) carryOut(work);
         giveActuatorsBack();
@@ -38,9 +38,10 @@ int Conversation::run(const ConnectOptions* connection, const Work& work) {
     }
     console_.line(report_.summary());
     finishResults();
-    const std::vector<std::string> lost = session_.actuators().notGivenBack();
+    const std::vector<std::string> lost = session_.notGivenBack();
     tellLost(lost);
     if (!lost.empty()) return exitNotGivenBack;
+    if (session_.isOccupied()) return exitOccupied;
     return report_.allSucceeded() ? exitSuccess : exitFailure;
 }
 
@@ -85,11 +86,13 @@ void Conversation::tellLost(const std::vector<std::string>& names) {
 }
 
 Outcome Conversation::startQor() {
-    Outcome outcome = session_.awaitQor();
+    Outcome outcome = session_.start();
     if (!outcome.ok) return outcome;
+    results_["qorExecutable"] = "";
+    // The library would wait for the path of one for seconds.
+    if (!session_.namesExecutable()) return Outcome::success("(started by someone else)");
     const std::string executable = session_.facade().getQorExecutablePath();
     results_["qorExecutable"] = utf8Of(executable);
-    if (executable.empty()) return Outcome::success("(started by someone else)");
     return Outcome::success(executable);
 }
 
@@ -105,7 +108,7 @@ void Conversation::finishResults() {
     results_["ok"] = report_.allSucceeded();
     results_["steps"] = report_.asJson();
     results_["notGivenBack"] = nlohmann::json::array();
-    for (const std::string& name : session_.actuators().notGivenBack())
+    for (const std::string& name : session_.notGivenBack())
         results_["notGivenBack"].push_back(utf8Of(name));
     for (const std::string& line : session_.log().lines()) results_["log"].push_back(utf8Of(line));
     if (!output_.json) return;

@@ -75,19 +75,50 @@ Session::Session(const SessionOptions& options, Console& console)
     : options_(withAbsolutePaths(options)),
       settings_(options_.settingsPath, options_.transport),
       console_(console),
-      trace_(paths::traceFileOf(options_.hostPath())),
+      trace_(options_.hostPath()),
       log_(console),
-      facade_(startedFacade()),
-      actuators_(*facade_),
-      contact_(*facade_, options_.timeoutMs) {
+      start_(settings_.path()) {}
+
+Outcome Session::start() {
+    if (auto refusal = start_.whyNotBegin()) return refused(std::move(*refusal));
+    startLibrary();
+    Outcome outcome = awaitQor();
+    // Without QOR the library is at its start for seconds still, and nobody waits for it: it ends
+    // with this process.
+    if (!outcome.ok && isQorGone_) static_cast<void>(facade_.release());
+    return outcome;
+}
+
+void Session::startLibrary() {
+    if (!trace_.held().empty())
+        console_.line("note    another program writes " + trace_.held() + ", so the trace is " +
+                      trace_.path());
+    trace_.removeOld();
+    start_.begin();
+    facade_ = std::make_unique<QorControlFacade>(settings_.path(), &log_, options_.refreshMs,
+                                                 trace_.path());
+    actuators_ = std::make_unique<HeldActuators>(*facade_);
+    contact_ = std::make_unique<Contact>(*facade_, options_.timeoutMs);
     if (!trace_.exists())
         console_.line("note    no trace, the library cannot write " + trace_.path());
 }
 
-std::unique_ptr<QorControlFacade> Session::startedFacade() const {
-    trace_.removeOld();
-    return std::make_unique<QorControlFacade>(settings_.path(), &log_, options_.refreshMs,
-                                              options_.hostPath());
+Outcome Session::refused(start::Refusal refusal) {
+    isOccupied_ = refusal.isOccupied;
+    isQorGone_ = refusal.hasEnded;
+    if (interrupt::isRequested()) return Outcome::failure("cancelled with Ctrl-C");
+    Outcome outcome = Outcome::failure(std::move(refusal.what));
+    outcome.details = std::move(refusal.details);
+    outcome.isTraced = facade_ != nullptr;
+    return outcome;
+}
+
+bool Session::namesExecutable() const {
+    return !start_.settings()["QORexecutable"].text.empty();
+}
+
+std::vector<std::string> Session::notGivenBack() const {
+    return actuators_ != nullptr ? actuators_->notGivenBack() : std::vector<std::string>();
 }
 
 Outcome Session::awaitQor() {
@@ -97,6 +128,7 @@ Outcome Session::awaitQor() {
         CallNotes ping;
         if (ping.note(facade_->pingQor(startPingMs))) return Outcome::success();
         if (isForGood(ping.cause())) return ping.failure("QOR cannot be reached");
+        if (auto refusal = start_.whyInVain()) return refused(std::move(*refusal));
         if (Clock::now() >= end)
             return ping.failure(fmt::format("no answer within {} s", startLimit.count()));
         if (!interrupt::sleepMs(betweenPingsMs)) return Outcome::failure("cancelled with Ctrl-C");
@@ -104,9 +136,9 @@ Outcome Session::awaitQor() {
 }
 
 void Session::letEcuGo() {
-    for (const std::string& name : actuators_.giveAllBackForGood())
+    for (const std::string& name : actuators_->giveAllBackForGood())
         console_.line("note    " + name + " was given back first");
-    contact_.relyOnEcu(false);
+    contact_->relyOnEcu(false);
 }
 
 Outcome Session::connectEcu(const ConnectOptions& connection) {
@@ -122,7 +154,7 @@ Outcome Session::connectEcu(const ConnectOptions& connection) {
         calls.note(facade_->connect(connection.record(options_.refreshMs), connection.connType(),
                                     &monitor));
     }
-    contact_.relyOnEcu(calls.allWorked());
+    contact_->relyOnEcu(calls.allWorked());
     if (calls.allWorked()) return calls.success("online");
     const std::string reason = monitor.error();
     return calls.failure(reason.empty() ? "QOR did not accept the request" : reason);
@@ -132,7 +164,7 @@ Outcome Session::shutDown() {
     const Clock::time_point start = Clock::now();
     facade_->shutdown();
     const bool wasLetGo = Clock::now() - start >= shutdownLimit;
-    if (wasLetGo && contact_.lost() != Contact::Lost::qor)
+    if (wasLetGo && contact_->lost() != Contact::Lost::qor)
         return Outcome::failure("the library's agent thread did not end and was let go");
     if (facade_->pingQor(1)) return Outcome::failure("the library still answers");
     // Over TCP the library waits for the answers of one that has gone.
@@ -141,17 +173,16 @@ Outcome Session::shutDown() {
 
 std::string Session::tellEnd() const {
     using doctor::PeerFacts;
-    const auto place = doctor::SettingsFacts::read(settings_.path());
-    if (place["QORexecutable"].text.empty())
-        return contact_.didQorAnswer() ? "QOR and its ECU left as they are: the settings name no "
-                                         "executable, so QOR is somebody else's"
-                                       : "nothing to tell to end: QOR did not answer any more";
-    const PeerFacts peer = PeerFacts::gather(place, PeerFacts::Remote::leave);
+    if (!namesExecutable())
+        return contact_->didQorAnswer() ? "QOR and its ECU left as they are: the settings name no "
+                                          "executable, so QOR is somebody else's"
+                                        : "nothing to tell to end: QOR did not answer any more";
+    const PeerFacts peer = PeerFacts::gather(start_.settings(), PeerFacts::Remote::leave);
     const bool hasEnded = !peer.isRemote && !peer.isSomebodyThere();
-    if (contact_.didQorAnswer())
-        return std::string(contact_.wasEcuOnline() ? "ECU disconnected, " : "") +
+    if (contact_->didQorAnswer())
+        return std::string(contact_->wasEcuOnline() ? "ECU disconnected, " : "") +
                (hasEnded ? "QOR has ended" : "QOR told to end");
-    if (contact_.lost() == Contact::Lost::qor)
+    if (contact_->lost() == Contact::Lost::qor)
         return hasEnded ? "QOR had already ended"
                         : "no connection to QOR, which was not told to end";
     return hasEnded ? "QOR has ended" : "QOR did not answer: perhaps it was not told to end";

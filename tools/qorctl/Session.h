@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "ConnectOptions.h"
 #include "Console.h"
@@ -11,6 +12,7 @@
 #include "Outcome.h"
 #include "QorControlFacade.h"
 #include "SettingsFile.h"
+#include "start/Start.h"
 #include "TraceFile.h"
 
 namespace CLI {
@@ -38,7 +40,7 @@ struct SessionOptions {
 /// One conversation with QOR: the facade and what it needs of its host.
 class Session {
 public:
-    /// The facade starts QOR in the background; paths in `options` are made absolute.
+    /// Paths in `options` are made absolute.
     Session(const SessionOptions& options, Console& console);
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
@@ -47,9 +49,14 @@ public:
     const SettingsFile& settings() const { return settings_; }
     const TraceFile& trace() const { return trace_; }
     const ConsoleLog& log() const { return log_; }
+    /// @name Once QOR was started
+    /// @{
     QorControlFacade& facade() { return *facade_; }
-    HeldActuators& actuators() { return actuators_; }
-    Contact& contact() { return contact_; }
+    HeldActuators& actuators() { return *actuators_; }
+    Contact& contact() { return *contact_; }
+    /// @}
+    /// Actuators that may still be under direct control.
+    std::vector<std::string> notGivenBack() const;
     Console& console() { return console_; }
 
     /// Whether the operation is one of many in this conversation, so that what it takes may be used
@@ -57,11 +64,15 @@ public:
     bool hasMore() const { return hasMore_; }
     void expectMore() { hasMore_ = true; }
 
-    /// Waits until QOR answers or the library has given up starting it.
-    Outcome awaitQor();
+    /// Lets the library start QOR, if nothing is against it, and waits until it answers or it is
+    /// seen that it will not.
+    Outcome start();
+    bool namesExecutable() const;
+    /// Whether nothing was begun because another program talks to that QOR.
+    bool isOccupied() const { return isOccupied_; }
 
     /// For what takes long: false once the ECU or QOR was lost, unless the command keeps going.
-    bool mayGoOn() { return contact_.look() || options_.keepsGoing; }
+    bool mayGoOn() { return contact_->look() || options_.keepsGoing; }
 
     /// Connects the ECU; Ctrl-C cancels. Actuators are given back before.
     Outcome connectEcu(const ConnectOptions& connection = {});
@@ -77,7 +88,9 @@ public:
     unsigned int staleAfterMs() const;
 
 private:
-    std::unique_ptr<QorControlFacade> startedFacade() const;
+    void startLibrary();
+    Outcome awaitQor();
+    Outcome refused(start::Refusal refusal);
     std::string tellEnd() const;
 
     const SessionOptions options_;
@@ -86,9 +99,12 @@ private:
     const TraceFile trace_;
     const ConsoleLog log_;
     bool hasMore_ = false;
+    bool isOccupied_ = false;
+    bool isQorGone_ = false;  // it was started and has ended
+    start::Start start_;
     std::unique_ptr<QorControlFacade> facade_;  // behind the log, which it uses
-    HeldActuators actuators_;
-    Contact contact_;
+    std::unique_ptr<HeldActuators> actuators_;
+    std::unique_ptr<Contact> contact_;
 };
 
 }  // namespace qorctl
