@@ -15,4 +15,7 @@ constexpr int exitWouldNotWork = 3;  ///< of the doctor
 /// An actuator may still be under direct control, whatever else happened.
 constexpr int exitNotGivenBack = 4;
 
+/// Another program talks to that QOR.
+constexpr int exitOccupied = 5;
+
 }  // namespace qorctl

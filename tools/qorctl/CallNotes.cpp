@@ -30,7 +30,7 @@ Outcome CallNotes::success(std::string text) const {
 }
 
 Outcome CallNotes::failure(std::string reason) const {
-    return {false, std::move(reason), told_};
+    return {false, std::move(reason), told_, {}};
 }
 
 Outcome CallNotes::failureOfNames(const std::string& what) const {

@@ -16,6 +16,7 @@ Conversation::Conversation(const char* command, const SessionOptions& options, c
       report_(console_, session_.trace().path()) {
     results_["command"] = command_;
     results_["log"] = nlohmann::json::array();
+    results_["lost"] = nullptr;
     results_["settings"] = utf8Of(session_.options().settingsPath);
     results_["transport"] = utf8Of(session_.settings().transport());
     results_["trace"] = utf8Of(session_.trace().path());
@@ -23,22 +24,24 @@ Conversation::Conversation(const char* command, const SessionOptions& options, c
 
 int Conversation::run(const ConnectOptions* connection, const Work& work) {
     tellBeginning();
-    const interrupt::LastWords lastWords([this] {
-        const std::vector<std::string> held = session_.actuators().notGivenBack();
-        tellLost(held);
-        return held.empty() ? exitFailure : exitNotGivenBack;
-    });
     if (step("start QOR", [this] { return startQor(); })) {
+        const interrupt::LastWords lastWords([this] {
+            const std::vector<std::string> held = session_.notGivenBack();
+            tellLost(held);
+            return held.empty() ? exitFailure : exitNotGivenBack;
+        });
         const auto connect = [&] { return session_.connectEcu(*connection); };
         if (connection == nullptr || step("connect the ECU", connect)) carryOut(work);
         giveActuatorsBack();
+        tellLoss();
         report_.runAlways("shut down", [this] { return session_.shutDown(); });
     }
     console_.line(report_.summary());
     finishResults();
-    const std::vector<std::string> lost = session_.actuators().notGivenBack();
+    const std::vector<std::string> lost = session_.notGivenBack();
     tellLost(lost);
     if (!lost.empty()) return exitNotGivenBack;
+    if (session_.isOccupied()) return exitOccupied;
     return report_.allSucceeded() ? exitSuccess : exitFailure;
 }
 
@@ -62,6 +65,19 @@ void Conversation::giveActuatorsBack() {
         });
 }
 
+void Conversation::tellLoss() {
+    Contact& contact = session_.contact();
+    contact.lookAtTheEnd();
+    if (contact.lost() == Contact::Lost::nothing) return;
+    results_["lost"] = nameOf(contact.lost());
+    const bool isTold = contact.isTold();
+    const Outcome loss = contact.takeLoss();
+    if (session_.options().keepsGoing)
+        console_.line("note    " + loss.text);
+    else if (!isTold)
+        report_.runAlways("keep in contact", [&] { return loss; });
+}
+
 void Conversation::tellLost(const std::vector<std::string>& names) {
     if (names.empty()) return;
     std::fprintf(stderr, "qorctl: NOT GIVEN BACK, perhaps still under direct control: %s\n",
@@ -70,11 +86,13 @@ void Conversation::tellLost(const std::vector<std::string>& names) {
 }
 
 Outcome Conversation::startQor() {
-    Outcome outcome = session_.awaitQor();
+    Outcome outcome = session_.start();
     if (!outcome.ok) return outcome;
+    results_["qorExecutable"] = "";
+    // The library would wait for the path of one for seconds.
+    if (!session_.namesExecutable()) return Outcome::success("(started by someone else)");
     const std::string executable = session_.facade().getQorExecutablePath();
     results_["qorExecutable"] = utf8Of(executable);
-    if (executable.empty()) return Outcome::success("(started by someone else)");
     return Outcome::success(executable);
 }
 
@@ -90,7 +108,7 @@ void Conversation::finishResults() {
     results_["ok"] = report_.allSucceeded();
     results_["steps"] = report_.asJson();
     results_["notGivenBack"] = nlohmann::json::array();
-    for (const std::string& name : session_.actuators().notGivenBack())
+    for (const std::string& name : session_.notGivenBack())
         results_["notGivenBack"].push_back(utf8Of(name));
     for (const std::string& line : session_.log().lines()) results_["log"].push_back(utf8Of(line));
     if (!output_.json) return;

@@ -53,6 +53,8 @@ private:
     void carryOut(const Work& work);
     /// Ctrl-C does not stop it, nor does what went wrong before.
     void giveActuatorsBack();
+    /// What was lost on the way and no step has told is one more failure, unless it is none.
+    void tellLoss();
     /// The last line on standard error, whatever else was told.
     static void tellLost(const std::vector<std::string>& names);
     void tellBeginning();

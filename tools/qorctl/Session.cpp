@@ -8,6 +8,7 @@
 #include "Activity.h"
 #include "CallNotes.h"
 #include "ConnectMonitor.h"
+#include "doctor/PeerFacts.h"
 #include "HostPaths.h"
 #include "Interrupt.h"
 #include "Numbers.h"
@@ -16,7 +17,6 @@ namespace qorctl {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-using qorcontrol::Cause;
 
 // The library itself gives QOR 10 s to come up.
 constexpr std::chrono::seconds startLimit(15);
@@ -32,11 +32,6 @@ std::string checkTracePath(const std::string& path) {
     const bool fits = path.size() > wanted.size() &&
                       path.compare(path.size() - wanted.size(), wanted.size(), wanted) == 0;
     return fits ? std::string() : path + " does not end in .log, as the library's traces do";
-}
-
-/// Whether no later request can succeed: the library's agent or its connection's thread is gone.
-bool isForGood(Cause cause) {
-    return cause == Cause::agentEnded || cause == Cause::systemFailure;
 }
 
 BoxAnswers boxAnswersOf(const SessionOptions& options) {
@@ -90,19 +85,51 @@ Session::Session(const SessionOptions& options, Console& console)
     : options_(withAbsolutePaths(options)),
       settings_(options_.settingsPath, options_.transport),
       console_(console),
-      trace_(paths::traceFileOf(options_.hostPath())),
+      trace_(options_.hostPath()),
       log_(console),
-      facade_(startedFacade()),
-      actuators_(*facade_),
-      boxes_(*facade_, log_, boxAnswersOf(options_)) {
+      start_(settings_.path()) {}
+
+Outcome Session::start() {
+    if (auto refusal = start_.whyNotBegin()) return refused(std::move(*refusal));
+    startLibrary();
+    Outcome outcome = awaitQor();
+    // Without QOR the library is at its start for seconds still, and nobody waits for it: it ends
+    // with this process.
+    if (!outcome.ok && isQorGone_) static_cast<void>(facade_.release());
+    return outcome;
+}
+
+void Session::startLibrary() {
+    if (!trace_.held().empty())
+        console_.line("note    another program writes " + trace_.held() + ", so the trace is " +
+                      trace_.path());
+    trace_.removeOld();
+    start_.begin();
+    facade_ = std::make_unique<QorControlFacade>(settings_.path(), &log_, options_.refreshMs,
+                                                 trace_.path());
+    actuators_ = std::make_unique<HeldActuators>(*facade_);
+    contact_ = std::make_unique<Contact>(*facade_, options_.timeoutMs);
+    boxes_ = std::make_unique<BoxWatch>(*facade_, log_, boxAnswersOf(options_));
     if (!trace_.exists())
         console_.line("note    no trace, the library cannot write " + trace_.path());
 }
 
-std::unique_ptr<QorControlFacade> Session::startedFacade() const {
-    trace_.removeOld();
-    return std::make_unique<QorControlFacade>(settings_.path(), &log_, options_.refreshMs,
-                                              options_.hostPath());
+Outcome Session::refused(start::Refusal refusal) {
+    isOccupied_ = refusal.isOccupied;
+    isQorGone_ = refusal.hasEnded;
+    if (interrupt::isRequested()) return Outcome::failure("cancelled with Ctrl-C");
+    Outcome outcome = Outcome::failure(std::move(refusal.what));
+    outcome.details = std::move(refusal.details);
+    outcome.isTraced = facade_ != nullptr;
+    return outcome;
+}
+
+bool Session::namesExecutable() const {
+    return !start_.settings()["QORexecutable"].text.empty();
+}
+
+std::vector<std::string> Session::notGivenBack() const {
+    return actuators_ != nullptr ? actuators_->notGivenBack() : std::vector<std::string>();
 }
 
 Outcome Session::awaitQor() {
@@ -112,19 +139,21 @@ Outcome Session::awaitQor() {
         CallNotes ping;
         if (ping.note(facade_->pingQor(startPingMs))) return Outcome::success();
         if (isForGood(ping.cause())) return ping.failure("QOR cannot be reached");
+        if (auto refusal = start_.whyInVain()) return refused(std::move(*refusal));
         if (Clock::now() >= end)
             return ping.failure(fmt::format("no answer within {} s", startLimit.count()));
         if (!interrupt::sleepMs(betweenPingsMs)) return Outcome::failure("cancelled with Ctrl-C");
     }
 }
 
-void Session::giveActuatorsBack() {
-    for (const std::string& name : actuators_.giveAllBackForGood())
+void Session::letEcuGo() {
+    for (const std::string& name : actuators_->giveAllBackForGood())
         console_.line("note    " + name + " was given back first");
+    contact_->relyOnEcu(false);
 }
 
 Outcome Session::connectEcu(const ConnectOptions& connection) {
-    giveActuatorsBack();
+    letEcuGo();
     ConnectMonitor monitor;
     const auto state = [&]() -> std::string {
         if (!monitor.isAccepted()) return "waiting for QOR to accept";
@@ -136,6 +165,7 @@ Outcome Session::connectEcu(const ConnectOptions& connection) {
         calls.note(facade_->connect(connection.record(options_.refreshMs), connection.connType(),
                                     &monitor));
     }
+    contact_->relyOnEcu(calls.allWorked());
     if (calls.allWorked()) return calls.success("online");
     const std::string reason = monitor.error();
     return calls.failure(reason.empty() ? "QOR did not accept the request" : reason);
@@ -144,12 +174,30 @@ Outcome Session::connectEcu(const ConnectOptions& connection) {
 Outcome Session::shutDown() {
     const Clock::time_point start = Clock::now();
     facade_->shutdown();
-    const Clock::duration took = Clock::now() - start;
-    boxes_.end();
-    if (took >= shutdownLimit)
+    const bool wasLetGo = Clock::now() - start >= shutdownLimit;
+    boxes_->end();
+    if (wasLetGo && contact_->lost() != Contact::Lost::qor)
         return Outcome::failure("the library's agent thread did not end and was let go");
     if (facade_->pingQor(1)) return Outcome::failure("the library still answers");
-    return Outcome::success("ECU disconnected, QOR told to end");
+    // Over TCP the library waits for the answers of one that has gone.
+    return Outcome::success(tellEnd() + (wasLetGo ? ", the library still waits for it" : ""));
+}
+
+std::string Session::tellEnd() const {
+    using doctor::PeerFacts;
+    if (!namesExecutable())
+        return contact_->didQorAnswer() ? "QOR and its ECU left as they are: the settings name no "
+                                          "executable, so QOR is somebody else's"
+                                        : "nothing to tell to end: QOR did not answer any more";
+    const PeerFacts peer = PeerFacts::gather(start_.settings(), PeerFacts::Remote::leave);
+    const bool hasEnded = !peer.isRemote && !peer.isSomebodyThere();
+    if (contact_->didQorAnswer())
+        return std::string(contact_->wasEcuOnline() ? "ECU disconnected, " : "") +
+               (hasEnded ? "QOR has ended" : "QOR told to end");
+    if (contact_->lost() == Contact::Lost::qor)
+        return hasEnded ? "QOR had already ended"
+                        : "no connection to QOR, which was not told to end";
+    return hasEnded ? "QOR has ended" : "QOR did not answer: perhaps it was not told to end";
 }
 
 unsigned int Session::staleAfterMs() const {

@@ -2,16 +2,19 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "Background.h"
 #include "BoxWatch.h"
 #include "ConnectOptions.h"
 #include "Console.h"
 #include "ConsoleLog.h"
+#include "Contact.h"
 #include "HeldActuators.h"
 #include "Outcome.h"
 #include "QorControlFacade.h"
 #include "SettingsFile.h"
+#include "start/Start.h"
 #include "TraceFile.h"
 
 namespace CLI {
@@ -28,6 +31,7 @@ struct SessionOptions {
     unsigned int timeoutMs = 1000;
     unsigned int refreshMs = 200;
     std::string boxAnswers;  ///< see BoxAnswers; empty: boxes are shown
+    bool keepsGoing = false;  ///< a loss of the ECU, QOR or a stream ends and fails nothing
 
     /// Declares the options; the object must live until the command line is parsed.
     void declare(CLI::App& command);
@@ -39,7 +43,7 @@ struct SessionOptions {
 /// One conversation with QOR: the facade and what it needs of its host.
 class Session {
 public:
-    /// The facade starts QOR in the background; paths in `options` are made absolute.
+    /// Paths in `options` are made absolute.
     Session(const SessionOptions& options, Console& console);
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
@@ -48,9 +52,15 @@ public:
     const SettingsFile& settings() const { return settings_; }
     const TraceFile& trace() const { return trace_; }
     const ConsoleLog& log() const { return log_; }
+    /// @name Once QOR was started
+    /// @{
     QorControlFacade& facade() { return *facade_; }
-    HeldActuators& actuators() { return actuators_; }
+    HeldActuators& actuators() { return *actuators_; }
+    Contact& contact() { return *contact_; }
     Background& background() { return background_; }
+    /// @}
+    /// Actuators that may still be under direct control.
+    std::vector<std::string> notGivenBack() const;
     Console& console() { return console_; }
 
     /// Whether the operation is one of many in this conversation, so that what it takes may be used
@@ -58,15 +68,23 @@ public:
     bool hasMore() const { return hasMore_; }
     void expectMore() { hasMore_ = true; }
 
-    /// Waits until QOR answers or the library has given up starting it.
-    Outcome awaitQor();
+    /// Lets the library start QOR, if nothing is against it, and waits until it answers or it is
+    /// seen that it will not.
+    Outcome start();
+    bool namesExecutable() const;
+    /// Whether nothing was begun because another program talks to that QOR.
+    bool isOccupied() const { return isOccupied_; }
+
+    /// For what takes long: false once the ECU or QOR was lost, unless the command keeps going.
+    bool mayGoOn() { return contact_->look() || options_.keepsGoing; }
 
     /// Connects the ECU; Ctrl-C cancels. Actuators are given back before.
     Outcome connectEcu(const ConnectOptions& connection = {});
 
-    /// For what makes QOR let the ECU go.
-    void giveActuatorsBack();
+    /// For what makes QOR let the ECU go: nothing is held any more, and its loss no failure.
+    void letEcuGo();
 
+    /// Tells what was seen of it: what the library does then depends on the settings.
     Outcome shutDown();
 
     /// Half a refresh period and the grain of the system's clock: after that long the library asks
@@ -74,7 +92,10 @@ public:
     unsigned int staleAfterMs() const;
 
 private:
-    std::unique_ptr<QorControlFacade> startedFacade() const;
+    void startLibrary();
+    Outcome awaitQor();
+    Outcome refused(start::Refusal refusal);
+    std::string tellEnd() const;
 
     const SessionOptions options_;
     const SettingsFile settings_;
@@ -82,9 +103,13 @@ private:
     const TraceFile trace_;
     const ConsoleLog log_;
     bool hasMore_ = false;
+    bool isOccupied_ = false;
+    bool isQorGone_ = false;  // it was started and has ended
+    start::Start start_;
     std::unique_ptr<QorControlFacade> facade_;  // behind the log, which it uses
-    HeldActuators actuators_;
-    BoxWatch boxes_;
+    std::unique_ptr<HeldActuators> actuators_;
+    std::unique_ptr<Contact> contact_;
+    std::unique_ptr<BoxWatch> boxes_;
     Background background_;
 };
 

@@ -4,6 +4,7 @@
 
 #include <fmt/format.h>
 
+#include <fstream>
 #include <stdexcept>
 
 namespace qorctl {
@@ -31,6 +32,7 @@ SettingsFile::~SettingsFile() {
 }
 
 std::string SettingsFile::transport() const {
+    if (!std::ifstream(path_).is_open()) return "unknown, the settings cannot be read";
     if (usesTcp()) return "TCP to " + value("ServerIp") + ":" + value("TcpPort");
     return fmt::format("window messages, \"{}\" to \"{}\"", value("ClientPipeName"),
                        value("ServerPipeName"));

@@ -20,6 +20,12 @@ Outcome outcomeOf(const StepReport::Step& step) {
     }
 }
 
+nlohmann::json detailsOf(const Outcome& outcome) {
+    nlohmann::json lines = nlohmann::json::array();
+    for (const std::string& line : outcome.details) lines.push_back(utf8Of(line));
+    return lines;
+}
+
 }  // namespace
 
 bool StepReport::run(const std::string& title, const Step& step) {
@@ -48,6 +54,7 @@ void StepReport::tell(const std::string& title, const Outcome& outcome, double e
                       {"ok", outcome.ok},
                       {"ms", elapsedMs},
                       {"text", utf8Of(outcome.text)},
+                      {"details", detailsOf(outcome)},
                       {"cause", jsonOf(outcome.told)},
                       {"mayBelongToEarlier", outcome.told.mayBelongToEarlier}});
 }
@@ -60,7 +67,8 @@ void StepReport::tellWhatTheLibraryTells(const Outcome& outcome) {
         detail(fmt::format("cause: {}: {}", nameOf(told.cause), told.sentence));
         detail("check: " + told.check);
     }
-    if (!outcome.ok) detail("trace: " + tracePath_);
+    for (const std::string& line : outcome.details) detail(line);
+    if (!outcome.ok && outcome.isTraced) detail("trace: " + tracePath_);
 }
 
 std::string StepReport::summary() const {

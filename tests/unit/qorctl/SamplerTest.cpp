@@ -189,4 +189,12 @@ TEST_F(SamplerAtWork, WhatHasNotComeYetIsNamed) {
     EXPECT_THAT(sampler.unseen(), IsEmpty());
 }
 
+TEST_F(SamplerAtWork, WhatHasComeAndNotSinceIsNamed) {
+    EXPECT_THAT(sampler.silentSince(5), IsEmpty());
+    takePressure(1, 1);
+    takeSpeed(1, 1.1);
+    EXPECT_THAT(sampler.silentSince(1), IsEmpty());
+    EXPECT_THAT(sampler.silentSince(1.1), ElementsAre("Pressure"));
+}
+
 }  // namespace

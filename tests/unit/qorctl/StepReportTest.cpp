@@ -73,6 +73,14 @@ TEST_F(StepReport, OfAFailureWithoutACallTellsNoCause) {
     EXPECT_TRUE(report.asJson().at(0).at("cause").is_null());
 }
 
+TEST_F(StepReport, OfWhatTheLibraryHadNoPartInHasItsDetailsAndNoTrace) {
+    Outcome outcome = Outcome::failure("nobody is there");
+    outcome.details = {"check: start QOR"};
+    outcome.isTraced = false;
+    EXPECT_EQ("FAILED  step  nobody is there\n        check: start QOR\n", printed(outcome));
+    EXPECT_EQ(json{"check: start QOR"}, report.asJson().at(0).at("details"));
+}
+
 TEST_F(StepReport, WarnsOfAnAnswerThatMayBelongToAnEarlierRequest) {
     Outcome outcome = Outcome::success("80");
     outcome.told.mayBelongToEarlier = true;

@@ -22,7 +22,6 @@ struct BatchOptions {
     ConnectOptions connection;
     std::string file;
     bool withoutEcu = false;
-    bool keepsGoing = false;
     bool json = false;
 };
 
@@ -59,7 +58,7 @@ bool runStep(Conversation& conversation, const BatchStep& step, const BatchOptio
          {"cause", jsonOf(reply.outcome.told)},
          {"mayBelongToEarlier", reply.outcome.told.mayBelongToEarlier},
          {"result", reply.result}});
-    return reply.outcome.ok || options.keepsGoing;
+    return options.session.keepsGoing || (reply.outcome.ok && conversation.session().mayGoOn());
 }
 
 int runBatch(const BatchOptions& options, const BatchScript& script) {
@@ -91,7 +90,9 @@ Action declareBatch(CLI::App& command) {
     const auto options = std::make_shared<BatchOptions>();
     options->session.declare(command);
     command.add_option("FILE", options->file, "File of lines; without it, standard input");
-    command.add_flag("--keep-going", options->keepsGoing, "Go on behind an operation that failed");
+    command.add_flag("--keep-going", options->session.keepsGoing,
+                     "Go on behind an operation that failed; that the ECU or QOR is lost then "
+                     "is no failure of its own");
     command.add_flag("--no-connect", options->withoutEcu,
                      "Leave the ECU as it is: do not connect it first");
     command.add_flag("--json", options->json,

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <chrono>
 #include <CLI/CLI.hpp>
 #include <memory>
 #include <stdexcept>
@@ -15,14 +16,26 @@
 namespace qorctl {
 namespace {
 
+constexpr unsigned int sliceMs = 50;
+
+/// Ends with the contact, too.
+Reply sleepFor(Session& session, std::chrono::milliseconds span) {
+    const auto end = std::chrono::steady_clock::now() + span;
+    for (auto now = end - span; now < end; now = std::chrono::steady_clock::now()) {
+        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(end - now).count();
+        if (!interrupt::sleepMs(std::min(sliceMs, static_cast<unsigned int>(left))))
+            return Reply::failure("cancelled with Ctrl-C");
+        if (!session.mayGoOn()) return Reply::of(session.contact().takeLoss());
+    }
+    return Reply::success();
+}
+
 OperationWork declareSleep(CLI::App& command) {
     const auto ms = std::make_shared<unsigned int>(0);
     whole(command.add_option("MS", *ms, "Milliseconds"))
         ->required()
         ->check(CLI::Range(1u, 86400000u));
-    return [ms](Session&) {
-        return interrupt::sleepMs(*ms) ? Reply::success() : Reply::failure("cancelled with Ctrl-C");
-    };
+    return [ms](Session& session) { return sleepFor(session, std::chrono::milliseconds(*ms)); };
 }
 
 /// The operations and what only a batch has.

@@ -6,6 +6,8 @@
 
 #include <fstream>
 
+#include "Spelling.h"
+
 namespace qorctl::doctor {
 namespace {
 
@@ -59,11 +61,20 @@ Finding checkFile(const ExecutableFacts& facts) {
     }
 }
 
+/// The system starts it, through its command processor.
+bool isBatchFile(const std::string& path) {
+    const std::string extension = path.size() < 4 ? "" : path.substr(path.size() - 4);
+    return isSameName(extension, ".bat") || isSameName(extension, ".cmd");
+}
+
 Finding checkProgram(const ExecutableFacts& facts) {
     const ProgramFile& program = facts.program;
     const std::string remedy = "let QORexecutable name QOR's program";
     switch (program.kind) {
         case ProgramFile::Kind::noProgram:
+            if (isBatchFile(facts.resolved))
+                return Finding::warning(
+                    programId, "is a batch file, of which nobody sees how it ends", remedy);
             return Finding::problem(programId, "is no Windows program", remedy);
         case ProgramFile::Kind::cutOff:
             return Finding::problem(programId, "is a Windows program that is cut off or damaged",

@@ -27,6 +27,10 @@ Finding checkFile(const SettingsFacts& facts) {
         default:
             break;
     }
+    if (!facts.isText)
+        return Finding::problem(
+            fileId, facts.path + " is no text file",
+            "give the path of QOR's settings file, a text of sections and keys");
     if (!facts.hiddenLine.empty())
         return Finding::problem(
             fileId,
@@ -125,7 +129,7 @@ Findings checkOtherSection(const SettingsFacts& facts, const SettingsFacts::Sect
 
 Findings checkNames(const SettingsFacts& facts) {
     Findings findings = {checkFile(facts)};
-    if (facts.file != SettingsFacts::File::readable) return findings;
+    if (facts.file != SettingsFacts::File::readable || !facts.isText) return findings;
     append(findings, checkSection(facts));
     for (const auto& section : facts.sections)
         append(findings, isSameName(section.name, settingsSection)

@@ -13,6 +13,8 @@ namespace qorctl::doctor {
 namespace {
 
 constexpr unsigned maxPort = 65535;
+// As long as a value of the settings may be.
+constexpr int maxTitleChars = static_cast<int>(maxValueChars) + 1;
 
 struct SocketLibrary {
     WSADATA data = {};
@@ -38,7 +40,7 @@ void findSockets(PeerFacts& facts, std::uint32_t address, unsigned port) {
     if (facts.clients.empty()) facts.clients = accepted;
 }
 
-PeerFacts gatherPort(const std::string& host, unsigned port) {
+PeerFacts gatherPort(const std::string& host, unsigned port, PeerFacts::Remote remote) {
     PeerFacts facts;
     facts.isTcp = true;
     const std::string machine = host.empty() ? "this machine" : host;
@@ -49,10 +51,10 @@ PeerFacts gatherPort(const std::string& host, unsigned port) {
     facts.isFound = address.has_value();
     if (!facts.isFound || !facts.isUsable) return facts;
     facts.isRemote = !address->isOfThisMachine();
-    if (facts.isRemote)
-        facts.accepts = address->takesConnection();
-    else
+    if (!facts.isRemote)
         findSockets(facts, address->host(), port);
+    else if (remote == PeerFacts::Remote::ask)
+        facts.accepts = address->takesConnection();
     return facts;
 }
 
@@ -61,14 +63,22 @@ struct TitleSearch {
     Holders found;
 };
 
+/// As the system keeps it: to ask a window of this very process for its title waits until its
+/// thread takes messages.
+std::string titleOf(HWND window) {
+    wchar_t wide[maxTitleChars] = L"";
+    const int length = InternalGetWindowText(window, wide, maxTitleChars);
+    char text[maxTitleChars] = "";
+    const int size =
+        WideCharToMultiByte(CP_ACP, 0, wide, length, text, maxTitleChars, nullptr, nullptr);
+    return std::string(text, static_cast<std::size_t>(size));
+}
+
 BOOL CALLBACK addIfTitled(HWND window, LPARAM parameter) {
     auto& search = *reinterpret_cast<TitleSearch*>(parameter);
-    std::string text(search.title.size() + 2, '\0');
-    text.resize(static_cast<std::size_t>(
-        GetWindowTextA(window, text.data(), static_cast<int>(text.size()))));
     DWORD process = 0;
     // The system compares titles in this way when it looks for a window, too.
-    if (lstrcmpiA(text.c_str(), search.title.c_str()) == 0 &&
+    if (lstrcmpiA(titleOf(window).c_str(), search.title.c_str()) == 0 &&
         GetWindowThreadProcessId(window, &process) != 0)
         search.found.push_back(Holder::of(process));
     return TRUE;
@@ -94,9 +104,9 @@ PeerFacts gatherWindows(const std::string& server, const std::string& client) {
 
 }  // namespace
 
-PeerFacts PeerFacts::gather(const SettingsFacts& settings) {
+PeerFacts PeerFacts::gather(const SettingsFacts& settings, Remote remote) {
     if (settings.usesTcp())
-        return gatherPort(settings["ServerIp"].text, settings["TcpPort"].number);
+        return gatherPort(settings["ServerIp"].text, settings["TcpPort"].number, remote);
     return gatherWindows(settings["ServerPipeName"].text, settings["ClientPipeName"].text);
 }
 

@@ -24,7 +24,12 @@ struct PeerFacts {
 
     bool isSomebodyThere() const { return accepts || !servers.empty(); }
 
-    static PeerFacts gather(const SettingsFacts& settings);
+    /// How to find out about a port of another machine, which nobody tells of here.
+    enum class Remote {
+        ask,   ///< a connection is tried, which may take the place of another host's
+        leave  ///< not at all
+    };
+    static PeerFacts gather(const SettingsFacts& settings, Remote remote = Remote::ask);
 };
 
 }  // namespace qorctl::doctor

@@ -89,7 +89,7 @@ QorAnswers QorAnswers::ofStarted(const SessionOptions& options, Console& console
     answers.isStartTried = true;
     Session session(options, console);
     const Clock::time_point start = Clock::now();
-    const Outcome started = session.awaitQor();
+    const Outcome started = session.start();
     answers.firstMs = msSince(start);
     if (started.ok) {
         answers.isAsked = true;
@@ -98,7 +98,7 @@ QorAnswers QorAnswers::ofStarted(const SessionOptions& options, Console& console
         const std::string& why = started.told.sentence;
         answers.startFailure = why.empty() ? started.text : why;
     }
-    session.shutDown();
+    if (started.ok) session.shutDown();
     return answers;
 }
 

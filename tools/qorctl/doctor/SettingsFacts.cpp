@@ -12,6 +12,7 @@ namespace {
 
 // More than the library reads of any value, and than the system gives of a section.
 constexpr DWORD maxChars = 65536;
+constexpr std::size_t headBytes = 4096;
 
 /// What a profile function of the system fills, without what it has left unused.
 template <class Text, class Fill>
@@ -97,6 +98,15 @@ SettingsFacts::File fileAt(const std::string& path) {
                                          : SettingsFacts::File::closed;
 }
 
+/// The system reads UTF-16 by its mark.
+bool isTextAt(const std::string& path) {
+    std::string head(headBytes, ' ');
+    std::ifstream file(path, std::ios::binary);
+    file.read(head.data(), static_cast<std::streamsize>(head.size()));
+    head.resize(static_cast<std::size_t>(file.gcount()));
+    return head.compare(0, 2, "\xFF\xFE") == 0 || head.find('\0') == std::string::npos;
+}
+
 void findMark(SettingsFacts& facts) {
     const std::string mark = "\xEF\xBB\xBF";
     const std::string blanks = " \t\r";
@@ -121,7 +131,8 @@ SettingsFacts SettingsFacts::read(const std::string& path) {
     SettingsFacts facts;
     facts.path = path;
     facts.file = fileAt(path);
-    if (facts.file == File::readable) {
+    facts.isText = facts.file != File::readable || isTextAt(path);
+    if (facts.file == File::readable && facts.isText) {
         findMark(facts);
         facts.sections = sectionsOf(path);
     }

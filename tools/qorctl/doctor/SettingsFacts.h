@@ -25,6 +25,7 @@ struct SettingsFacts {
 
     std::string path;
     File file = File::missing;
+    bool isText = true;  ///< of a readable file: it has no zero bytes, but for UTF-16's
     /// The three bytes that some editors put in front of UTF-8 are part of the first line to
     /// Windows.
     bool hasMark = false;

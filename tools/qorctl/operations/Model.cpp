@@ -100,7 +100,7 @@ std::optional<CallNotes> awaitOpened(Session& session, const ModelRequest& reque
 
 Reply openModel(Session& session, const ModelRequest& request) {
     const std::vector<Export> before(std::begin(exportPaths), std::end(exportPaths));
-    session.giveActuatorsBack();
+    session.letEcuGo();
     const auto calls = awaitOpened(session, request);
     if (!calls) return Reply::failure("cancelled with Ctrl-C");
     if (!calls->allWorked()) return Reply::of(calls->failure("QOR has not opened the model"));

@@ -69,6 +69,7 @@ Reply startAndHold(Session& session, const Held& held) {
     if (hold(session.facade(), held.seconds))
         return giveBack(session, held.name, held.name + ", given back", calls);
     giveBack(session, held.name, "");
+    session.contact().takeLoss();  // told here
     return Reply::failure("the ECU was lost while " + held.name + " was held");
 }
 

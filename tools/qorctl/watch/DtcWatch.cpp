@@ -61,7 +61,7 @@ Outcome DtcWatch::stream() {
             facade.startDtcRead(queue.get(), session.options().timeoutMs, options_.periodMs)))
         return calls.failure("the library's agent has ended");
     const WatchClock clock(options_.forS);
-    while (!clock.isOver() && !interrupt::isRequested() && canPrint()) {
+    while (!clock.isOver() && !interrupt::isRequested() && canPrint() && session.mayGoOn()) {
         CodeList list;
         if (queue.get()->pop(list, popMs)) show(news_.take(list), clock.seconds());
         conversation_.console().transient(fmt::format("{:.1f} s, {} codes, read {} times",
@@ -97,11 +97,15 @@ void DtcWatch::show(DtcNews::Kind kind, double nowS) const {
     for (const std::string& line : tableOf(news_.codes()).lines()) printLine("    " + line);
 }
 
-Outcome DtcWatch::judge(bool stopIsSeen, const CallNotes& calls, double elapsedS) const {
+Outcome DtcWatch::judge(bool stopIsSeen, const CallNotes& calls, double elapsedS) {
     const std::string text = fmt::format("{:.1f} s, read {} times", elapsedS, news_.lists());
     if (!canPrint()) return Outcome::failure(text + ", then nobody read the output any more");
+    Session& session = conversation_.session();
+    if (!session.options().keepsGoing && !session.contact().look())
+        return lossBehind(session.contact(), text);
     if (news_.lists() == 0 && !interrupt::isRequested())
         return calls.failure(fmt::format("no list came in {:.1f} s", elapsedS));
+    if (session.contact().lost() != Contact::Lost::nothing) return Outcome::success(text);
     if (!stopIsSeen) return calls.failure(text + ", then QOR did not answer any more");
     if (news_.isFailing()) return Outcome::failure(text + ", but not any more at the end");
     return Outcome::success(text);

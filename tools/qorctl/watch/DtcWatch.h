@@ -50,7 +50,7 @@ public:
 private:
     Outcome stream();
     void show(DtcNews::Kind kind, double nowS) const;
-    Outcome judge(bool stopIsSeen, const CallNotes& calls, double elapsedS) const;
+    Outcome judge(bool stopIsSeen, const CallNotes& calls, double elapsedS);
 
     Conversation& conversation_;
     const Options options_;

@@ -20,7 +20,8 @@ const char* const footer =
     "The list is printed when it has changed; a line tells when reading has failed four times in\n"
     "a row. --json prints one object per line, {\"t\":1.2,\"codes\":[...]} or\n"
     "{\"t\":1.2,\"failed\":true}; the last line is an object of its own: codes, steps, log.\n"
-    "Ctrl-C ends the watch in order and counts as success.\n"
+    "Ctrl-C ends the watch in order and counts as success. It ends, and has failed, when the ECU\n"
+    "or QOR is lost, unless --keep-going is given.\n"
     "\n"
     "Example:  qorctl watch-dtc settings.ini --period 500\n"
     "\n"
@@ -50,6 +51,8 @@ Action declareWatchDtc(CLI::App& command) {
         ->type_name("SECONDS")
         ->check(CLI::Range(0.1, 1e7));
     command.add_flag("--json", options->watch.json, "Print one JSON object per line");
+    command.add_flag("--keep-going", options->session.keepsGoing,
+                     "Go on when the ECU or QOR is lost, which then is no failure");
     options->connection.declare(command, false);
     command.footer(footer);
     return [options] { return runWatchDtc(*options); };

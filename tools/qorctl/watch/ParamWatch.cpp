@@ -26,9 +26,16 @@ constexpr double leastStaleS = 0.2;
 // A value comes within a refresh period or two; after this long a person wonders.
 constexpr double patienceS = 3;
 constexpr double patienceInPeriods = 3;
+// A shorter stall at the end may have been one that would have passed.
+constexpr double lostAfterS = 2;
+constexpr double lostAfterPeriods = 5;
 
 double staleAfterS(unsigned int refreshMs) {
     return std::max(leastStaleS, stalePeriods * refreshMs / 1000.0);
+}
+
+double lostAfter(unsigned int refreshMs) {
+    return std::max(lostAfterS, lostAfterPeriods * refreshMs / 1000.0);
 }
 
 std::string listOf(const std::vector<std::string>& names) {
@@ -75,7 +82,7 @@ Outcome ParamWatch::stream() {
     const WatchClock clock(options_.forS);
     const auto arrivals = begunArrivals();
     double refreshedS = 0;
-    while (!clock.isOver() && canPrint() && interrupt::sleepMs(pauseMs)) {
+    while (!clock.isOver() && canPrint() && session_.mayGoOn() && interrupt::sleepMs(pauseMs)) {
         // Before the values are taken: one that is on its way meanwhile is not late.
         const double nowS = clock.seconds();
         takeWhatArrived(arrivals.get(), clock);
@@ -94,6 +101,7 @@ Outcome ParamWatch::stream() {
     sampler_.finish();
     show(*view);
     view->end(sampler_, elapsedS_);
+    session_.contact().look();
     const bool stopIsSeen = calls.note(session_.facade().pingQor(session_.options().timeoutMs));
     return judge(stopIsSeen, calls);
 }
@@ -134,13 +142,21 @@ void ParamWatch::tellWhatIsMissing(double nowS) {
         fmt::format("note    no value of {} yet: {}", listOf(unseen), reason));
 }
 
-Outcome ParamWatch::judge(bool stopIsSeen, const CallNotes& calls) const {
+Outcome ParamWatch::judge(bool stopIsSeen, const CallNotes& calls) {
     std::string text = fmt::format("{:.1f} s, {} samples", elapsedS_, sampler_.samples());
     const std::vector<std::string> unseen = sampler_.unseen();
     if (!canPrint()) return Outcome::failure(text + ", then nobody read the output any more");
+    if (!session_.options().keepsGoing && !session_.contact().look())
+        return lossBehind(session_.contact(), text);
     if (sampler_.samples() == 0 && !interrupt::isRequested())
         return calls.failure(fmt::format("no value came in {:.1f} s", elapsedS_));
-    if (!stopIsSeen) return calls.failure(text + ", then QOR did not answer any more");
+    if (!stopIsSeen && session_.contact().lost() == Contact::Lost::nothing)
+        return calls.failure(text + ", then QOR did not answer any more");
+    const double lostS = lostAfter(session_.options().refreshMs);
+    const std::vector<std::string> silent = sampler_.silentSince(elapsedS_ - lostS);
+    if (!silent.empty())
+        text += fmt::format(", nothing of {} in the last {:.1f} s", listOf(silent), lostS);
+    if (!silent.empty() && !session_.options().keepsGoing) return Outcome::failure(text);
     if (!unseen.empty()) text += ", no value of " + listOf(unseen);
     unsigned int missed = 0;
     for (const ParamHistory& history : sampler_.histories()) missed += history.missed;

@@ -37,7 +37,7 @@ private:
     void takeWhatArrived(qorcontrol::Arrivals* arrivals, const WatchClock& clock);
     void show(SampleView& view);
     void tellWhatIsMissing(double nowS);
-    Outcome judge(bool stopIsSeen, const CallNotes& calls) const;
+    Outcome judge(bool stopIsSeen, const CallNotes& calls);
     void addResults();
 
     Conversation& conversation_;

@@ -121,4 +121,11 @@ std::vector<std::string> Sampler::unseen() const {
     return names;
 }
 
+std::vector<std::string> Sampler::silentSince(double sinceS) const {
+    std::vector<std::string> names;
+    for (const ParamHistory& history : histories_)
+        if (history.isSeen && history.seenS < sinceS) names.push_back(history.name);
+    return names;
+}
+
 }  // namespace qorctl

@@ -70,6 +70,8 @@ public:
 
     /// The parameters that have not had a value yet.
     std::vector<std::string> unseen() const;
+    /// Those that had values and have had none since `sinceS`.
+    std::vector<std::string> silentSince(double sinceS) const;
 
 private:
     static void note(ParamHistory& history, double value, double timeS);

@@ -40,6 +40,10 @@ const char* const footer =
     "Times are those of arrival, in seconds from the begin of the watch; the clock moves in steps\n"
     "of up to 20 ms, so values of one step have the same time.\n"
     "\n"
+    "The watch ends, and has failed, when the ECU or QOR is lost; it has failed, too, if a\n"
+    "parameter that had values brought none in the last 2 s (five refresh periods, if that is\n"
+    "longer). With --keep-going neither ends nor fails it, and both are told.\n"
+    "\n"
     "Ctrl-C ends the watch in order and counts as success. A name that QOR does not know makes\n"
     "the command fail before anything is watched.\n"
     "\n"
@@ -110,6 +114,8 @@ Action declareWatch(CLI::App& command) {
         .add_option("--plot", options->plot,
                     "At the end write a page with the curves, which needs nothing else")
         ->type_name("FILE.html");
+    command.add_flag("--keep-going", options->session.keepsGoing,
+                     "Go on when the ECU, QOR or a stream is lost, which then is no failure");
     options->connection.declare(command, false);
     command.footer(footer);
     return [options] { return checkAndRun(*options); };

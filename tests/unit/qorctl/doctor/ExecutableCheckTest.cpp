@@ -53,6 +53,11 @@ TEST_F(ExecutableCheck, AMissingFileIsAProblemWithAFittingRemedy) {
     EXPECT_THAT(found(check("."), "executable.file").what, HasSubstr("is a folder"));
 }
 
+TEST_F(ExecutableCheck, ABatchFileCanBeStarted) {
+    folder.write("q.Bat", "start qor.exe\n");
+    EXPECT_EQ(Status::warning, found(check("q.Bat"), "executable.program").status);
+}
+
 TEST_F(ExecutableCheck, WhatCannotBeStartedIsAProblem) {
     folder.write("q.exe", "#!/bin/sh\n");
     EXPECT_EQ(Status::problem, found(check("q.exe"), "executable.program").status);

@@ -33,6 +33,17 @@ TEST_F(KeyNames, AFileWithTheRightNamesIsItsPathOnly) {
     EXPECT_EQ(folder.pathOf("qor.ini"), findings[0].what);
 }
 
+TEST_F(KeyNames, AFileThatIsNoTextIsAProblemAndEndsTheCheck) {
+    folder.write("qor.exe", std::string("MZ\0\0[CommonSettings]\n", 21));
+    const Findings binary = checkNames(SettingsFacts::read(folder.pathOf("qor.exe")));
+    EXPECT_THAT(idsOf(binary), ElementsAre("settings.file"));
+    EXPECT_EQ(Status::problem, binary[0].status);
+    EXPECT_THAT(binary[0].what, HasSubstr("is no text file"));
+
+    folder.write("qor.ini", std::string("\xFF\xFE[\0C\0", 6));
+    EXPECT_TRUE(SettingsFacts::read(folder.pathOf("qor.ini")).isText);
+}
+
 TEST_F(KeyNames, AMissingFileAndAFolderAreProblemsAndEndTheCheck) {
     const Findings missing = checkNames(SettingsFacts::read(folder.pathOf("none.ini")));
     EXPECT_THAT(idsOf(missing), ElementsAre("settings.file"));

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <chrono>
+#include <optional>
+#include <string>
+
+#include "doctor/ExecutableCheck.h"
+#include "doctor/PeerFacts.h"
+#include "doctor/SettingsFacts.h"
+#include "start/ChildWatch.h"
+#include "start/PlaceClaim.h"
+#include "start/ProgramLog.h"
+#include "start/Refusal.h"
+
+namespace qorctl::start {
+
+/// The beginning of a conversation, seen from outside of the library, which takes ten seconds and
+/// more to find out that QOR does not come, and does not tell why. Looks at nothing that could
+/// disturb another host.
+class Start {
+public:
+    explicit Start(const std::string& settingsPath);
+
+    /// What is against it, before the library is asked for anything. (Of a settings file that is
+    /// not there it complains at once by itself.) What may pass is waited for, up to 1.5 s.
+    std::optional<Refusal> whyNotBegin();
+
+    /// Right before the library begins.
+    void begin();
+    /// Why QOR, which does not answer yet, never will.
+    std::optional<Refusal> whyInVain() const;
+
+    const doctor::SettingsFacts& settings() const { return settings_; }
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    bool isReadable() const {
+        return settings_.file == doctor::SettingsFacts::File::readable && settings_.isText;
+    }
+    doctor::PeerFacts lookAtPlace() const;
+    std::optional<Refusal> whyNotAlone(const doctor::PeerFacts& seen);
+    std::optional<Refusal> whyNobodyComes(const doctor::PeerFacts& seen) const;
+    Refusal ended(const ChildWatch::End& end, const doctor::PeerFacts& peer) const;
+
+    const doctor::SettingsFacts settings_;
+    const doctor::ExecutableFacts executable_;
+    std::optional<PlaceClaim> claim_;
+    std::optional<ProgramLog> log_;
+    std::optional<ChildWatch> child_;
+    Clock::time_point begun_;
+};
+
+}  // namespace qorctl::start
