@@ -30,7 +30,7 @@ struct SessionOptions {
     std::string transport;  ///< "tcp" or "window"; empty: as the settings say
     unsigned int timeoutMs = 1000;
     unsigned int refreshMs = 200;
-    std::string boxAnswers;  ///< see BoxAnswers; empty: boxes are shown
+    std::string boxAnswers;   ///< see BoxAnswers; empty: boxes are shown
     bool keepsGoing = false;  ///< a loss of the ECU, QOR or a stream ends and fails nothing
 
     /// Declares the options; the object must live until the command line is parsed.
