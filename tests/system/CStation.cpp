@@ -1,15 +1,11 @@
 #include "CStation.h"
 
-#include <algorithm>
-#include <fstream>
-
-#include "QorProcesses.h"
+#include <utility>
 
 namespace {
 
 constexpr unsigned launchMs = 15000;
 constexpr unsigned connectMs = 30000;
-constexpr unsigned goneMs = 5000;
 
 std::string textOf(int (*ask)(char*, unsigned, unsigned*)) {
     unsigned needed = 0;
@@ -29,24 +25,12 @@ void letGoOfTrace(const TempFolder& folder) {
 
 }  // namespace
 
-CStation::CStation(Transport transport)
-    : settings(transport, folder.path()),
-      settingsPath(folder.pathOf("qor settings.ini")),
-      hostPath(folder.pathOf("host.exe")) {}
+CStation::CStation(Transport transport) : StationBase(transport) {}
 
 CStation::~CStation() {
     close();
-    if (!settings.executable.empty()) {
-        EXPECT_TRUE(eventually(goneMs, [] { return qor::running().empty(); }))
-            << "QOR was left running";
-    }
-    qor::killAll();
+    awaitEndOfQor();
     letGoOfTrace(folder);
-}
-
-void CStation::writeSettings() {
-    settings.script = script.empty() ? std::string() : folder.write("script.json", script);
-    std::ofstream(settingsPath, std::ios::binary) << settings.text();
 }
 
 int CStation::open() {
@@ -70,17 +54,6 @@ int CStation::close() {
     QorHandle open = nullptr;
     std::swap(open, handle);
     return open == nullptr ? QOR_OK : QorClose(open);
-}
-
-std::vector<WireRecord> CStation::wire() const {
-    return readWireLog(settings.recordLog);
-}
-
-std::vector<std::string> CStation::requests(std::size_t from) const {
-    auto records = wire();
-    records.erase(records.begin(),
-                  records.begin() + static_cast<std::ptrdiff_t>(std::min(from, records.size())));
-    return asText(requestsIn(records));
 }
 
 std::string CStation::trace() const {

@@ -10,17 +10,11 @@
 namespace {
 
 constexpr unsigned launchMs = 15000;
-constexpr unsigned goneMs = 5000;
 
 std::vector<std::string> withoutTimes(std::vector<std::string> lines) {
     static const std::regex elapsed("t: \\d+ ms");
     for (std::string& line : lines) line = std::regex_replace(line, elapsed, "t: # ms");
     return lines;
-}
-
-template <class Item>
-std::vector<Item> tail(const std::vector<Item>& items, std::size_t from) {
-    return {items.begin() + static_cast<std::ptrdiff_t>(std::min(from, items.size())), items.end()};
 }
 
 /// The library keeps its trace file open until it is given another one. A facade whose trace
@@ -31,24 +25,12 @@ void letGoOfTrace(const TempFolder& folder) {
 
 }  // namespace
 
-Station::Station(Transport transport)
-    : settings(transport, folder.path()),
-      settingsPath(folder.pathOf("qor settings.ini")),
-      hostPath(folder.pathOf("host.exe")) {}
+Station::Station(Transport transport) : StationBase(transport) {}
 
 Station::~Station() {
     close();
-    if (!settings.executable.empty()) {
-        EXPECT_TRUE(eventually(goneMs, [] { return qor::running().empty(); }))
-            << "QOR was left running";
-    }
-    qor::killAll();
+    awaitEndOfQor();
     letGoOfTrace(folder);
-}
-
-void Station::writeSettings() {
-    settings.script = script.empty() ? std::string() : folder.write("script.json", script);
-    std::ofstream(settingsPath, std::ios::binary) << settings.text();
 }
 
 void Station::construct() {
@@ -94,18 +76,6 @@ bool Station::awaitContact() const {
         return std::any_of(records.begin(), records.end(),
                            [](const WireRecord& record) { return record.isOnlineQuery(); });
     });
-}
-
-std::vector<WireRecord> Station::wire() const {
-    return readWireLog(settings.recordLog);
-}
-
-std::vector<std::string> Station::requests(std::size_t from) const {
-    return asText(requestsIn(tail(wire(), from)));
-}
-
-std::vector<std::string> Station::answers(std::size_t from) const {
-    return asText(answersIn(tail(wire(), from)));
 }
 
 std::vector<std::string> Station::trace(std::size_t from) const {
