@@ -8,7 +8,6 @@
 #include "Activity.h"
 #include "CallNotes.h"
 #include "ConnectMonitor.h"
-#include "doctor/PeerFacts.h"
 #include "HostPaths.h"
 #include "Interrupt.h"
 #include "Numbers.h"
@@ -137,7 +136,10 @@ Outcome Session::awaitQor() {
     const Clock::time_point end = Clock::now() + startLimit;
     while (true) {
         CallNotes ping;
-        if (ping.note(facade_->pingQor(startPingMs))) return Outcome::success();
+        if (ping.note(facade_->pingQor(startPingMs))) {
+            start_.succeed();
+            return Outcome::success();
+        }
         if (isForGood(ping.cause())) return ping.failure("QOR cannot be reached");
         if (auto refusal = start_.whyInVain()) return refused(std::move(*refusal));
         if (Clock::now() >= end)
@@ -184,13 +186,11 @@ Outcome Session::shutDown() {
 }
 
 std::string Session::tellEnd() const {
-    using doctor::PeerFacts;
     if (!namesExecutable())
         return contact_->didQorAnswer() ? "QOR and its ECU left as they are: the settings name no "
                                           "executable, so QOR is somebody else's"
                                         : "nothing to tell to end: QOR did not answer any more";
-    const PeerFacts peer = PeerFacts::gather(start_.settings(), PeerFacts::Remote::leave);
-    const bool hasEnded = !peer.isRemote && !peer.isSomebodyThere();
+    const bool hasEnded = start_.hasQorEnded();
     if (contact_->didQorAnswer())
         return std::string(contact_->wasEcuOnline() ? "ECU disconnected, " : "") +
                (hasEnded ? "QOR has ended" : "QOR told to end");

@@ -13,7 +13,7 @@
 namespace qorctl::start {
 namespace {
 
-constexpr DWORD pollMs = 5;
+constexpr DWORD pollMs = 10;
 
 struct Process {
     unsigned long id;
@@ -76,6 +76,11 @@ bool ChildWatch::look() {
         return false;
     }
     return true;
+}
+
+bool ChildWatch::isFound() const {
+    const std::lock_guard<std::mutex> guard(mutex_);
+    return id_ != 0;
 }
 
 std::optional<ChildWatch::End> ChildWatch::end() const {

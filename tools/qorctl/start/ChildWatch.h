@@ -20,6 +20,10 @@ public:
     ChildWatch(const ChildWatch&) = delete;
     ChildWatch& operator=(const ChildWatch&) = delete;
 
+    /// From now on it is not looked for any more: QOR answers.
+    void lookNoMore() { ended_ = true; }
+    bool isFound() const;
+
     struct End {
         std::optional<unsigned long> exitCode;  ///< none: the system does not tell
     };

@@ -124,6 +124,16 @@ std::optional<Refusal> Start::whyInVain() const {
                     "box, and whether it was started with these settings"}};
 }
 
+void Start::succeed() {
+    if (child_) child_->lookNoMore();
+}
+
+bool Start::hasQorEnded() const {
+    if (child_ && child_->isFound()) return child_->end().has_value();
+    const PeerFacts peer = lookAtPlace();
+    return !peer.isRemote && !peer.isSomebodyThere();
+}
+
 Refusal Start::ended(const ChildWatch::End& end, const PeerFacts& peer) const {
     Refusal refusal;
     refusal.hasEnded = true;

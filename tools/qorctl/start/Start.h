@@ -30,6 +30,11 @@ public:
     /// Why QOR, which does not answer yet, never will.
     std::optional<Refusal> whyInVain() const;
 
+    /// QOR answers.
+    void succeed();
+    /// Whether that QOR runs no more, as far as that can be seen.
+    bool hasQorEnded() const;
+
     const doctor::SettingsFacts& settings() const { return settings_; }
 
 private:
