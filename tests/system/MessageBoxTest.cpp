@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "BoxOnScreen.h"
 #include "guide/MessageBoxes.h"
 #include "qorcontrol/MessageBoxes.h"
 #include "Station.h"
@@ -35,14 +36,7 @@ protected:
     bool connect() {
         return station->connect(usualConnect(), QorControlFacade::EcuConnect::Default, nullptr);
     }
-    HWND awaitBox() const {
-        HWND box = nullptr;
-        eventually(amply, [&] {
-            box = FindWindowA("#32770", caption.c_str());
-            return box != nullptr;
-        });
-        return box;
-    }
+    HWND awaitBox() const { return awaitBoxOnScreen(caption); }
     /// Whether QOR's question has been acknowledged, and how.
     std::string acknowledgement() const {
         const auto records = station.wire();

@@ -5,8 +5,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include "BoxOnScreen.h"
 #include "QorctlScene.h"
-#include "Waiting.h"
 
 using testing::Contains;
 using testing::HasSubstr;
@@ -14,8 +14,6 @@ using testing::Not;
 using testing::StartsWith;
 
 namespace {
-
-constexpr unsigned amply = 20000;
 
 class QorctlBoxes : public QorctlScene {
 protected:
@@ -32,14 +30,7 @@ protected:
         scriptBox(type);
         return run("batch", more, "connect\nsleep 600\nping\n");
     }
-    HWND awaitBox() const {
-        HWND box = nullptr;
-        eventually(amply, [&] {
-            box = FindWindowA("#32770", caption.c_str());
-            return box != nullptr;
-        });
-        return box;
-    }
+    HWND awaitBox() const { return awaitBoxOnScreen(caption); }
 };
 
 INSTANTIATE_TEST_SUITE_P(Over, QorctlBoxes, everyTransport(), transportName);
