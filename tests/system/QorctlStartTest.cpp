@@ -15,10 +15,7 @@
 using nlohmann::json;
 using testing::AllOf;
 using testing::AnyOf;
-using testing::Contains;
-using testing::EndsWith;
 using testing::HasSubstr;
-using testing::IsEmpty;
 using testing::Not;
 using testing::SizeIs;
 using testing::StartsWith;
@@ -126,8 +123,6 @@ TEST_P(QorctlStart, NobodyInQorsPlaceIsNamedWhereTheSettingsNameNoExecutable) {
 }
 
 TEST_P(QorctlStart, AQorThatComesLateIsFoundAllTheSame) {
-    station.writeSettings();
-    const std::string executable = station.settings.executable;
     station.settings.executable.clear();
     station.writeSettings();
     QorctlProcess ping(words("ping"));

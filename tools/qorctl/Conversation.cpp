@@ -70,12 +70,10 @@ void Conversation::tellLoss() {
     contact.lookAtTheEnd();
     if (contact.lost() == Contact::Lost::nothing) return;
     results_["lost"] = nameOf(contact.lost());
-    const bool isTold = contact.isTold();
-    const Outcome loss = contact.takeLoss();
     if (session_.options().keepsGoing)
-        console_.line("note    " + loss.text);
-    else if (!isTold)
-        report_.runAlways("keep in contact", [&] { return loss; });
+        console_.line("note    " + contact.takeLoss().text);
+    else if (!contact.isTold())
+        report_.runAlways("keep in contact", [&] { return contact.takeLoss(); });
 }
 
 void Conversation::tellLost(const std::vector<std::string>& names) {
