@@ -94,7 +94,10 @@ Outcome Session::start() {
     Outcome outcome = awaitQor();
     // Without QOR the library is at its start for seconds still, and nobody waits for it: it ends
     // with this process.
-    if (!outcome.ok && isQorGone_) static_cast<void>(facade_.release());
+    if (!outcome.ok && isQorGone_) {
+        boxes_.reset();
+        static_cast<void>(facade_.release());
+    }
     return outcome;
 }
 
