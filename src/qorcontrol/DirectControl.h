@@ -28,14 +28,16 @@ public:
         // A clear no leaves nothing to give back; somebody else may have the actuator.
         const Cause cause = lastOutcome().cause;
         isGivenBack_ = cause == Cause::refused || cause == Cause::unknownName;
+        mayBeTaken_ =
+            cause == Cause::qorSilent || cause == Cause::noConnection || cause == Cause::agentBusy;
     }
 
     /// Gives the actuator back, and asks once more if that fails: up to 8 s with a QOR that is
     /// silent, or four times `timeoutMs` where that is longer. If QOR answers neither, the log gets
     /// "FAILED to give back NAME: it may still be under direct control".
     ~DirectControl() {
-        const bool wasTaken = isTaken_;
-        if (giveBack() || !wasTaken || giveBack() || log_ == nullptr) return;
+        const bool isWorthAnother = isTaken_ || mayBeTaken_;
+        if (giveBack() || !isWorthAnother || giveBack() || log_ == nullptr) return;
         log_->error("FAILED to give back %s: it may still be under direct control",
                     actuator_.c_str());
     }
@@ -63,6 +65,7 @@ public:
         if (isGivenBack_) return true;
         try {
             isGivenBack_ = qor_.stopDirectCtrl(actuator_, patienceMs());
+            if (!isGivenBack_) noteRefusal(lastOutcome().cause);
         } catch (...) {
             return false;  // out of memory
         }
@@ -71,6 +74,11 @@ public:
     }
 
 private:
+    /// QOR refuses to give back what it has given back late, when nobody waited for it any more.
+    void noteRefusal(Cause cause) noexcept {
+        isGivenBack_ = cause == Cause::refused && isAsked_;
+        isAsked_ = isAsked_ || cause == Cause::qorSilent;
+    }
     unsigned int patienceMs() const noexcept {
         constexpr unsigned int least = 2000, most = 30000;
         return timeoutMs_ < least ? least : timeoutMs_ > most ? most : timeoutMs_;
@@ -82,6 +90,8 @@ private:
     const EolLog* const log_;
     bool isTaken_ = false;
     bool isGivenBack_ = false;
+    bool mayBeTaken_ = false;  // nobody knows: QOR did not answer
+    bool isAsked_ = false;     // to give it back, which it may do late
 };
 
 }  // namespace qorcontrol

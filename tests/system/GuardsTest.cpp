@@ -145,6 +145,31 @@ TEST_P(Guards, AnActuatorThatQorTakesTooLateIsGivenBackToo) {
     }));
 }
 
+TEST_P(Guards, WhatQorMayHaveTakenAndCannotBeGivenBackIsTold) {
+    station.script = R"({"rules":[{"match":{"id":7,"operation":2},"action":)" +
+                     silence(GetParam(), 1000) + "}]}";
+    ASSERT_TRUE(startConnected());
+    {
+        const DirectControl throttle(station.facade(), "ThrottleActuator", 100, &station.log);
+        EXPECT_FALSE(throttle.isTaken());
+        qor::killAll();
+    }
+    EXPECT_THAT(station.logLines(), Contains(HasSubstr("FAILED to give back ThrottleActuator")));
+}
+
+TEST_P(Guards, WhatQorGivesBackLateIsGivenBack) {
+    station.script = R"({"rules":[
+        {"match":{"id":7,"operation":3,"nth":1},"action":{"hangMs":800}},
+        {"match":{"id":7,"operation":3,"nth":2},"action":{"answer":"refuse"}}]})";
+    ASSERT_TRUE(startConnected());
+    {
+        const DirectControl throttle(station.facade(), "ThrottleActuator", 300, &station.log);
+        EXPECT_TRUE(throttle.isTaken());
+    }
+    EXPECT_EQ(3u, controls().size());
+    EXPECT_THAT(station.logLines(), Not(Contains(HasSubstr("FAILED to give back"))));
+}
+
 TEST_P(Guards, WhatCannotBeGivenBackIsTold) {
     ASSERT_TRUE(startConnected());
     {

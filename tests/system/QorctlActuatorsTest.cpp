@@ -150,6 +150,26 @@ TEST_P(QorctlActuators, ThatAreStillHeldAtTheSecondCtrlCAreTheLastLineAndTheExit
                                     "ThrottleActuator\n"));
 }
 
+TEST_P(QorctlActuators, AreStillHeldWhenQorRefusesToGiveThemTwice) {
+    station.script = R"({"rules":[{"match":{"id":7,"operation":2,"nth":2},
+                                   "action":{"answer":"refuse"}}]})";
+    const auto ended = batch("start-control CoolingFan\nstart-control CoolingFan\n");
+    EXPECT_EQ(1, ended.exitCode) << ended.err;
+    ASSERT_EQ(3u, controls().size()) << ended.err;
+    EXPECT_THAT(controls().back(), EndsWith("stop"));
+}
+
+TEST_P(QorctlActuators, OfASilentQorAreNamedBeforeTheConsoleIsGone) {
+    station.script = R"({"rules":[{"match":{"id":7,"operation":3},"action":)" +
+                     silence(GetParam(), 20000) + "}]}";
+    const auto qorctl = holding();
+    qorctl->raise(CTRL_CLOSE_EVENT);
+    const auto ended = qorctl->wait(8000);
+    qor::killAll();
+    EXPECT_EQ(4, ended.exitCode);
+    EXPECT_THAT(ended.err, HasSubstr("qorctl: NOT GIVEN BACK"));
+}
+
 TEST_P(QorctlActuators, WithATimeAreHeldSoLong) {
     const auto ended = run("start-control", {"CoolingFan", "--hold", "0.5"});
     EXPECT_EQ(0, ended.exitCode) << ended.err;
@@ -157,12 +177,12 @@ TEST_P(QorctlActuators, WithATimeAreHeldSoLong) {
     EXPECT_THAT(ended.err, HasSubstr("CoolingFan, given back"));
 }
 
-TEST_P(QorctlActuators, AreHeldUntilTheEcuIsLostAtTheLatest) {
+TEST_P(QorctlActuators, AreHeldUntilQorIsLostAtTheLatest) {
     station.script = R"({"rules":[{"match":{"id":7,"operation":2},
                                    "action":{"then":[{"afterMs":500,"exit":3}]}}]})";
     const auto ended = run("start-control", {"CoolingFan"});
     EXPECT_EQ(4, ended.exitCode) << ended.err;
-    EXPECT_THAT(ended.err, HasSubstr("the ECU was lost while CoolingFan was held"));
+    EXPECT_THAT(ended.err, HasSubstr("CoolingFan was held, then QOR was lost"));
 }
 
 }  // namespace

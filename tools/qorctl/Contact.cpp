@@ -9,8 +9,8 @@ namespace {
 
 using qorcontrol::Cause;
 
-// The library asks for the ECU's state every 400 ms, at once where it was busy for longer.
-constexpr unsigned int onlineSlices = 10;
+// The library asks for the ECU's state every 400 ms, and QOR takes its time to answer.
+constexpr unsigned int onlineSlices = 24;
 constexpr std::chrono::milliseconds onlineSlice(50);
 
 }  // namespace

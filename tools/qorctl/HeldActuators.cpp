@@ -24,14 +24,20 @@ bool isFree(qorcontrol::Cause cause) {
 }  // namespace
 
 bool HeldActuators::take(const std::string& name, unsigned int timeoutMs, CallNotes& calls) {
-    add(name);  // before it is asked for: a second Ctrl-C may end the program meanwhile
-    isAsked_.erase(name);
-    if (calls.note(facade_.startDirectCtrl(name, timeoutMs))) return true;
+    // Before it is asked for: a second Ctrl-C may end the program meanwhile.
+    const bool isNew = add(name);
+    if (isNew) isAsked_.erase(name);
+    if (calls.note(facade_.startDirectCtrl(name, timeoutMs))) {
+        isAsked_.erase(name);
+        return true;
+    }
+    // QOR also refuses to give what this conversation has already.
+    if (isFree(calls.cause())) {
+        if (isNew) remove(name);
+        return false;
+    }
     CallNotes giving;
-    if (isFree(calls.cause()))
-        remove(name);
-    else
-        giveBack(name, timeoutMs, giving);
+    giveBack(name, timeoutMs, giving);
     return false;
 }
 
@@ -53,11 +59,12 @@ bool HeldActuators::giveBackForGood(const std::string& name, CallNotes& calls) {
         calls = attempt;
         if (!isLate(attempt.cause())) break;
     } while (std::chrono::steady_clock::now() < end);
-    remove(name);
     // QOR refuses when it has carried out late what it was asked before.
-    if (calls.cause() == qorcontrol::Cause::refused && isAsked_.count(name) != 0) return true;
-    const std::lock_guard<std::mutex> guard(mutex_);
-    lost_.push_back(name);
+    if (calls.cause() == qorcontrol::Cause::refused && isAsked_.count(name) != 0) {
+        remove(name);
+        return true;
+    }
+    lose(name);
     return false;
 }
 
@@ -83,9 +90,18 @@ std::vector<std::string> HeldActuators::notGivenBack() const {
     return names;
 }
 
-void HeldActuators::add(const std::string& name) {
+bool HeldActuators::add(const std::string& name) {
     const std::lock_guard<std::mutex> guard(mutex_);
-    if (std::find(held_.begin(), held_.end(), name) == held_.end()) held_.push_back(name);
+    if (std::find(held_.begin(), held_.end(), name) != held_.end()) return false;
+    held_.push_back(name);
+    return true;
+}
+
+// In one go: at no moment it is in neither list.
+void HeldActuators::lose(const std::string& name) {
+    const std::lock_guard<std::mutex> guard(mutex_);
+    held_.erase(std::remove(held_.begin(), held_.end(), name), held_.end());
+    lost_.push_back(name);
 }
 
 void HeldActuators::remove(const std::string& name) {

@@ -44,8 +44,10 @@ public:
     std::vector<std::string> notGivenBack() const;
 
 private:
-    void add(const std::string& name);
+    /// Whether it was not held before.
+    bool add(const std::string& name);
     void remove(const std::string& name);
+    void lose(const std::string& name);
 
     const QorControlFacade& facade_;
     mutable std::mutex mutex_;

@@ -12,6 +12,7 @@ namespace qorctl::interrupt {
 namespace {
 
 constexpr unsigned int sliceMs = 20;
+constexpr DWORD closingMs = 4500;
 
 std::atomic<bool> requested{false};
 
@@ -36,9 +37,10 @@ BOOL WINAPI onConsoleEvent(DWORD event) {
         if (isSecond) endAtOnce();
         return TRUE;
     }
-    // The console goes, or the session: the system ends the process as soon as this returns.
-    Sleep(INFINITE);
-    return TRUE;
+    // The console goes, or the session: the system ends the process as soon as this returns, and
+    // after 5 s in any case, without a word.
+    Sleep(closingMs);
+    endAtOnce();
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "TextKind.h"
 
 #include <algorithm>
+#include <cctype>
 
 namespace qorctl {
 namespace {
@@ -12,6 +13,11 @@ constexpr double highest = 0xFF;
 bool isCharacter(double value) {
     const bool isCode = value >= 0 && value <= highest && value == static_cast<int>(value);
     return isCode && value != unused && (value >= firstShown || value == 0);
+}
+
+/// Of what most texts are made of mostly.
+bool isUsual(double value) {
+    return std::isalnum(static_cast<int>(value)) != 0 && value < unused;
 }
 
 bool isSeen(double value) {
@@ -26,7 +32,13 @@ bool couldBeText(const std::vector<double>& values, const std::string& unit) {
 }
 
 bool looksLikeText(const std::vector<double>& values, const std::string& unit) {
-    return couldBeText(values, unit) && std::any_of(values.begin(), values.end(), isSeen);
+    if (!couldBeText(values, unit)) return false;
+    const auto end = std::find_if(values.rbegin(), values.rend(), isSeen).base();
+    const bool isPadded = end != values.end();
+    const bool isVaried =
+        std::any_of(values.begin(), end, [&](double each) { return each != values.front(); });
+    const auto usual = std::count_if(values.begin(), end, isUsual);
+    return end != values.begin() && (isPadded || isVaried) && 2 * usual >= end - values.begin();
 }
 
 std::string withoutPadding(std::string text) {

@@ -13,7 +13,8 @@ namespace qorctl {
 /// False for what can only be numbers.
 bool couldBeText(const std::vector<double>& values, const std::string& unit);
 
-/// The same, and there is something to read in it.
+/// The same, and there is something to read in it, letters and digits mostly; a row of one
+/// character over and over is none.
 bool looksLikeText(const std::vector<double>& values, const std::string& unit);
 
 /// @}

@@ -35,6 +35,13 @@ TEST(TextKind, AnEmptyOneCouldBeATextAndDoesNotLookLikeIt) {
     }
 }
 
+TEST(TextKind, RowsOfNumbersAreNone) {
+    EXPECT_FALSE(looksLikeText({100, 100, 100}, ""));  // factors in per cent
+    EXPECT_FALSE(looksLikeText({40, 60, 33, 35}, ""));
+    EXPECT_TRUE(looksLikeText({'A', 0}, ""));
+    EXPECT_TRUE(looksLikeText({'W', '-', '1'}, ""));
+}
+
 TEST(TextKind, PaddingIsNotShown) {
     EXPECT_EQ("4.12", withoutPadding(std::string("4.12\0\0", 6)));
     EXPECT_EQ("4.12", withoutPadding("4.12 \xFF\xFF"));

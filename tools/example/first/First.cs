@@ -18,7 +18,7 @@ static class First
             Console.WriteLine("EngineSpeed = " + speed[0].ToString("F0"));
         else
             Console.WriteLine(Qor.TextOf(Qor.QorCauseName(cause)) + ": " + Qor.TextOf(Qor.QorLastSentence));
-        Qor.QorClose(qor);  // disconnects the ECU, shuts QOR down
+        Qor.QorClose(qor);  // the end; also of QOR, if the settings name its program
         return cause;
     }
 }

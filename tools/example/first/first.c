@@ -15,6 +15,6 @@ int main(int argc, char** argv) {
         printf("EngineSpeed = %.0f\n", speed);
     else if (QorLastSentence(sentence, sizeof sentence, NULL) == QOR_OK)
         printf("%s: %s\n", QorCauseName(cause), sentence);
-    QorClose(qor); /* disconnects the ECU, shuts QOR down */
+    QorClose(qor); /* the end; also of QOR, if the settings name its program */
     return cause;
 }

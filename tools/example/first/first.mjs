@@ -27,5 +27,5 @@ if (cause) // ask at once: the next call has a cause of its own
     console.log(`${QorCauseName(cause)}: ${textOf(QorLastSentence)}\n  ${textOf(QorLastCheck)}`);
 else
     console.log(`EngineSpeed = ${speed[0].toFixed(0)}`);
-QorClose(handle[0]); // disconnects the ECU, shuts QOR down
+QorClose(handle[0]); // the end; also of QOR, if the settings name its program
 process.exitCode = cause;

@@ -12,4 +12,4 @@ try:
     lib.QorGetParamData(qor, b"EngineSpeed", 1000, byref(speed), 1, None)
     print(f"EngineSpeed = {speed.value:.0f}")
 finally:  # a call that fails raises QorError, with the sentence
-    lib.QorClose(qor)  # disconnects the ECU, shuts QOR down
+    lib.QorClose(qor)  # the end; also of QOR, if the settings name its program

@@ -47,13 +47,13 @@ Reply giveBack(Session& session, const std::string& name, const std::string& suc
                            : calls.failure("control of " + name + " was not given back"));
 }
 
-/// Until the time is over or Ctrl-C, which is no failure; 0: without an end. False if the ECU was
-/// lost meanwhile.
-bool hold(const QorControlFacade& facade, double seconds) {
+/// Until the time is over or Ctrl-C, which is no failure; 0: without an end. False if the ECU or
+/// QOR was lost meanwhile.
+bool hold(Session& session, double seconds) {
     const auto span = std::chrono::duration<double>(seconds);
     const auto start = std::chrono::steady_clock::now();
     while (seconds == 0 || std::chrono::steady_clock::now() - start < span) {
-        if (!facade.isEcuOnline()) return false;
+        if (!session.mayGoOn()) return false;
         if (!interrupt::sleepMs(holdSliceMs)) break;
     }
     return true;
@@ -66,11 +66,10 @@ Reply startAndHold(Session& session, const Held& held) {
     // Without --hold it is the next operations that use it, if there are any.
     if (held.seconds == 0 && session.hasMore()) return Reply::of(calls.success(held.name));
     if (held.seconds == 0) session.console().line("note    " + held.name + " is held until Ctrl-C");
-    if (hold(session.facade(), held.seconds))
+    if (hold(session, held.seconds))
         return giveBack(session, held.name, held.name + ", given back", calls);
     giveBack(session, held.name, "");
-    session.contact().takeLoss();  // told here
-    return Reply::failure("the ECU was lost while " + held.name + " was held");
+    return Reply::of(lossBehind(session.contact(), held.name + " was held"));
 }
 
 }  // namespace

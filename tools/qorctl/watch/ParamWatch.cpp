@@ -65,13 +65,24 @@ Outcome ParamWatch::describe() {
         const std::string& name = options_.names[i];
         const wex::ParamDescription* const found = descriptions.find(name, calls);
         if (found == nullptr) continue;
-        const bool isText = texts_.takeIfText(i, *found);
-        if (!isText) numbers_.push_back(i);
+        const bool isOne = isText(i, *found);
+        if (!isOne) numbers_.push_back(i);
         units_.push_back(unitOf(*found));
-        if (series_ != nullptr) series_->add({name, unitOf(*found), meaningOf(*found), !isText});
+        if (series_ != nullptr) series_->add({name, unitOf(*found), meaningOf(*found), !isOne});
     }
     return calls.allWorked() ? calls.success(listOf(options_.names))
                              : calls.failureOfNames("not described");
+}
+
+bool ParamWatch::isText(std::size_t place, const wex::ParamDescription& description) {
+    const auto& asNumbers = options_.asNumbers;
+    const std::string& name = options_.names[place];
+    if (std::find(asNumbers.begin(), asNumbers.end(), name) != asNumbers.end()) return false;
+    if (!texts_.takeIfText(place, description)) return false;
+    conversation_.console().line("note    " + name +
+                                 " looks like a text and is shown as one; --numbers " + name +
+                                 " shows numbers");
+    return true;
 }
 
 Outcome ParamWatch::stream() {

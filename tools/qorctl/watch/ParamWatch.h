@@ -19,8 +19,9 @@ namespace qorctl {
 class ParamWatch {
 public:
     struct Options {
-        std::vector<std::string> names;  ///< each once
-        double forS = 0;                 ///< 0: until Ctrl-C
+        std::vector<std::string> names;      ///< each once
+        std::vector<std::string> asNumbers;  ///< no texts, whatever they look like
+        double forS = 0;                     ///< 0: until Ctrl-C
         SampleFormat format = SampleFormat::readable;
     };
 
@@ -31,6 +32,7 @@ public:
 
 private:
     Outcome describe();
+    bool isText(std::size_t place, const wex::ParamDescription& description);
     Outcome stream();
     /// What is no text. Null if there is nothing else.
     std::unique_ptr<qorcontrol::Arrivals> begunArrivals() const;

@@ -18,6 +18,7 @@ struct WatchOptions {
     SessionOptions session;
     ConnectOptions connection;
     std::vector<std::string> names;
+    std::vector<std::string> asNumbers;
     double forS = 0;
     std::string plot;
     bool csv = false;
@@ -34,7 +35,8 @@ const char* const footer =
     "did not. Each value that QOR has sent stands there once; a stall adds no row.\n"
     "--json prints the same as one object per line, {\"t\":1.2,\"values\":{\"NAME\":3}}; the last\n"
     "line is an object of its own: parameters, steps, log.\n"
-    "A parameter that is a text is asked for once a second and stands there when it has changed; "
+    "A parameter that looks like a text (see --numbers) is asked for once a second and stands "
+    "there when it has changed; "
     "a\n"
     "page has no curve of it.\n"
     "Times are those of arrival, in seconds from the begin of the watch; the clock moves in steps\n"
@@ -74,7 +76,8 @@ int runWatch(const WatchOptions& options, const PlotFile* plot) {
         {{"seconds", 0.0}, {"samples", 0}, {"parameters", nlohmann::json::array()}});
     return conversation.run(&options.connection, [&] {
         PlotSeries series;
-        ParamWatch watch(conversation, {eachOnce(options.names), options.forS, format},
+        ParamWatch watch(conversation,
+                         {eachOnce(options.names), options.asNumbers, options.forS, format},
                          plot != nullptr ? &series : nullptr);
         watch.run();
         if (plot == nullptr) return;
@@ -107,6 +110,12 @@ Action declareWatch(CLI::App& command) {
     finite(command.add_option("--for", options->forS, "End after that long; without it, at Ctrl-C"))
         ->type_name("SECONDS")
         ->check(CLI::Range(0.1, 1e7));
+    command
+        .add_option("--numbers", options->asNumbers,
+                    "Parameters that look like texts and are numbers; NAME,NAME for several")
+        ->type_name("NAME")
+        ->delimiter(',')
+        ->expected(1);
     CLI::Option* const csv =
         command.add_flag("--csv", options->csv, "Print comma-separated values, with a header");
     command.add_flag("--json", options->json, "Print one JSON object per line")->excludes(csv);
