@@ -37,6 +37,13 @@ std::string shownOnOneLine(const std::string& text) {
     return line;
 }
 
+bool isBoxOpen(const QorControlFacade& facade) {
+    QorBox box;
+    for (unsigned int last = 0; qorcontrol::nextBox(facade, last, box); last = box.number)
+        if (box.isOpen) return true;
+    return false;
+}
+
 BoxWatch::BoxWatch(const QorControlFacade& facade, const ConsoleLog& log, BoxAnswers answers)
     : facade_(facade), log_(log), answers_(std::move(answers)) {
     if (answers_.areGiven())

@@ -42,6 +42,9 @@ private:
     std::thread thread_;  // last: it uses everything above
 };
 
+/// Whether a box waits for somebody.
+bool isBoxOpen(const QorControlFacade& facade);
+
 /// One line: no line breaks, and of a long text the beginning.
 std::string shownOnOneLine(const std::string& text);
 

@@ -18,6 +18,7 @@ Conversation::Conversation(const char* command, const SessionOptions& options, c
     results_["log"] = nlohmann::json::array();
     results_["lost"] = nullptr;
     results_["settings"] = utf8Of(session_.options().settingsPath);
+    results_["qorExecutable"] = "";
     results_["transport"] = utf8Of(session_.settings().transport());
     results_["trace"] = utf8Of(session_.trace().path());
 }
@@ -86,7 +87,6 @@ void Conversation::tellLost(const std::vector<std::string>& names) {
 Outcome Conversation::startQor() {
     Outcome outcome = session_.start();
     if (!outcome.ok) return outcome;
-    results_["qorExecutable"] = "";
     // The library would wait for the path of one for seconds.
     if (!session_.namesExecutable()) return Outcome::success("(started by someone else)");
     const std::string executable = session_.facade().getQorExecutablePath();

@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <CLI/CLI.hpp>
+#include <thread>
 
 #include "Activity.h"
 #include "CallNotes.h"
@@ -15,6 +16,7 @@
 namespace qorctl {
 namespace {
 
+using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 
 // The library itself gives QOR 10 s to come up.
@@ -25,6 +27,8 @@ constexpr unsigned int betweenPingsMs = 20;
 constexpr unsigned int clockGrainMs = 40;
 // So long the library waits for its agent thread before it lets it go.
 constexpr std::chrono::milliseconds shutdownLimit(5000);
+// So long a QOR that was told to end may need for it.
+constexpr std::chrono::milliseconds endPatience(2000);
 
 std::string checkTracePath(const std::string& path) {
     const std::string wanted = ".log";
@@ -89,16 +93,34 @@ Session::Session(const SessionOptions& options, Console& console)
       start_(settings_.path()) {}
 
 Outcome Session::start() {
+    for (const std::string& note : start_.notes()) console_.line("note    " + note);
     if (auto refusal = start_.whyNotBegin()) return refused(std::move(*refusal));
     startLibrary();
     Outcome outcome = awaitQor();
+    if (!outcome.ok) endInVain(outcome);
+    return outcome;
+}
+
+void Session::endInVain(Outcome& outcome) {
     // Without QOR the library is at its start for seconds still, and nobody waits for it: it ends
     // with this process.
-    if (!outcome.ok && isQorGone_) {
+    if (isQorGone_) {
         boxes_.reset();
         static_cast<void>(facade_.release());
+        return;
     }
-    return outcome;
+    const Clock::time_point begun = Clock::now();
+    facade_->shutdown();
+    boxes_->end();
+    const bool wasLetGo = Clock::now() - begun >= shutdownLimit;
+    const Clock::time_point end = Clock::now() + (wasLetGo || isAgentGone_ ? 0ms : endPatience);
+    // (A sleep that Ctrl-C ends is none any more.)
+    while (start_.stillRunning() && Clock::now() < end)
+        std::this_thread::sleep_for(std::chrono::milliseconds(betweenPingsMs));
+    if (const auto running = start_.stillRunning())
+        outcome.details.push_back(*running + (wasLetGo || isAgentGone_
+                                                  ? " still runs and was not told to end"
+                                                  : " still runs: perhaps it was not told to end"));
 }
 
 void Session::startLibrary() {
@@ -114,6 +136,24 @@ void Session::startLibrary() {
     boxes_ = std::make_unique<BoxWatch>(*facade_, log_, boxAnswersOf(options_));
     if (!trace_.exists())
         console_.line("note    no trace, the library cannot write " + trace_.path());
+}
+
+std::optional<Outcome> Session::lookOutside() {
+    auto seen = start_.whyInVain();
+    if (!seen) return std::nullopt;
+    if (seen->isForGood && seen->hasEnded) return refused(start_.asReason(std::move(*seen)));
+    if (seen->what != noted_) console_.line("note    " + seen->what);
+    noted_ = seen->what;
+    if (!seen->isForGood) return std::nullopt;
+    return refused(start_.asReason(std::move(*seen)));
+}
+
+Outcome Session::withReason(Outcome failed) const {
+    const auto seen = start_.whyInVain();
+    start::Refusal reason = start_.asReason(seen ? *seen : start::Refusal{failed.text});
+    failed.text = std::move(reason.what);
+    failed.details = std::move(reason.details);
+    return failed;
 }
 
 Outcome Session::refused(start::Refusal refusal) {
@@ -136,17 +176,22 @@ std::vector<std::string> Session::notGivenBack() const {
 
 Outcome Session::awaitQor() {
     const Activity activity(console_, "QOR", [] { return "starting, no answer yet"; });
-    const Clock::time_point end = Clock::now() + startLimit;
+    Clock::time_point end = Clock::now() + startLimit;
     while (true) {
         CallNotes ping;
         if (ping.note(facade_->pingQor(startPingMs))) {
             start_.succeed();
             return Outcome::success();
         }
-        if (isForGood(ping.cause())) return ping.failure("QOR cannot be reached");
-        if (auto refusal = start_.whyInVain()) return refused(std::move(*refusal));
+        isAgentGone_ = isForGood(ping.cause());
+        if (isAgentGone_) return withReason(ping.failure("QOR cannot be reached"));
+        if (isBoxOpen(*facade_))
+            end = Clock::now() + startLimit;  // QOR waits for somebody, and so do we
+        else if (auto refused = lookOutside())
+            return *refused;
         if (Clock::now() >= end)
-            return ping.failure(fmt::format("no answer within {} s", startLimit.count()));
+            return withReason(
+                ping.failure(fmt::format("no answer within {} s", startLimit.count())));
         if (!interrupt::sleepMs(betweenPingsMs)) return Outcome::failure("cancelled with Ctrl-C");
     }
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -94,6 +95,11 @@ public:
 private:
     void startLibrary();
     Outcome awaitQor();
+    /// Whose reason is what is seen from outside, if anything is.
+    Outcome withReason(Outcome failed) const;
+    /// What is seen for the first time and may pass is a note; what is for good ends the start.
+    std::optional<Outcome> lookOutside();
+    void endInVain(Outcome& outcome);
     Outcome refused(start::Refusal refusal);
     std::string tellEnd() const;
 
@@ -104,7 +110,9 @@ private:
     const ConsoleLog log_;
     bool hasMore_ = false;
     bool isOccupied_ = false;
-    bool isQorGone_ = false;  // it was started and has ended
+    bool isQorGone_ = false;    // it was started and has ended
+    bool isAgentGone_ = false;  // the library has given up at its start
+    std::string noted_;         // what was seen last of a QOR that does not come
     start::Start start_;
     std::unique_ptr<QorControlFacade> facade_;  // behind the log, which it uses
     std::unique_ptr<HeldActuators> actuators_;

@@ -50,7 +50,7 @@ void StepReport::tell(const std::string& title, const Outcome& outcome, double e
     if (!outcome.text.empty()) line += "  " + outcome.text;
     console_.line(line);
     if (!outcome.ok) ++failed_;
-    steps_.push_back({{"step", title},
+    steps_.push_back({{"step", utf8Of(title)},
                       {"ok", outcome.ok},
                       {"ms", elapsedMs},
                       {"text", utf8Of(outcome.text)},

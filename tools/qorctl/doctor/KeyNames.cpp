@@ -42,7 +42,7 @@ Finding checkFile(const SettingsFacts& facts) {
             fileId,
             facts.path +
                 " begins with a UTF-8 mark; it hides nothing only because the first line "
-                "is blank or a comment",
+                "is no section and no key",
             saveWithoutMark);
     return Finding::ok(fileId, facts.path);
 }

@@ -6,6 +6,10 @@
 
 #include <fmt/format.h>
 
+#include <optional>
+#include <utility>
+
+#include "doctor/PortHolders.h"
 #include "doctor/TcpAddress.h"
 #include "doctor/TcpConnections.h"
 
@@ -24,22 +28,6 @@ struct SocketLibrary {
     SocketLibrary& operator=(const SocketLibrary&) = delete;
 };
 
-void findSockets(PeerFacts& facts, std::uint32_t address, unsigned port) {
-    Holders accepted;
-    for (const TcpConnection& row : tcpConnections()) {
-        const bool isHere =
-            row.localPort == port && (row.localAddress == address || row.localAddress == 0);
-        if (row.state == TcpConnection::State::listening && isHere)
-            facts.servers.push_back(Holder::of(row.process));
-        if (row.state != TcpConnection::State::established) continue;
-        if (row.remotePort == port && row.remoteAddress == address)
-            facts.clients.push_back(Holder::of(row.process));
-        else if (isHere)
-            accepted.push_back(Holder());  // its client, on another machine, perhaps
-    }
-    if (facts.clients.empty()) facts.clients = accepted;
-}
-
 PeerFacts gatherPort(const std::string& host, unsigned port, PeerFacts::Remote remote) {
     PeerFacts facts;
     facts.isTcp = true;
@@ -49,12 +37,19 @@ PeerFacts gatherPort(const std::string& host, unsigned port, PeerFacts::Remote r
     const SocketLibrary sockets;
     const auto address = TcpAddress::lookUp(host, port, facts.reason);
     facts.isFound = address.has_value();
+    facts.isRemote = facts.isFound && !address->isOfThisMachine();
+    facts.isTold = facts.isFound && !facts.isRemote;
     if (!facts.isFound || !facts.isUsable) return facts;
-    facts.isRemote = !address->isOfThisMachine();
-    if (!facts.isRemote)
-        findSockets(facts, address->host(), port);
-    else if (remote == PeerFacts::Remote::ask)
+    facts.key = fmt::format("tcp {:08x}:{}", address->host(), port);
+    const auto rows = facts.isRemote ? std::nullopt : tcpConnections();
+    facts.isTold = rows.has_value();
+    if (rows) {
+        PortHolders holders = PortHolders::in(*rows, address->host(), port);
+        facts.servers = std::move(holders.servers);
+        facts.clients = std::move(holders.clients);
+    } else if (remote == PeerFacts::Remote::ask) {
         facts.accepts = address->takesConnection();
+    }
     return facts;
 }
 
@@ -93,6 +88,7 @@ Holders windowsTitled(const std::string& title) {
 PeerFacts gatherWindows(const std::string& server, const std::string& client) {
     PeerFacts facts;
     facts.place = fmt::format("window \"{}\"", server);
+    facts.key = facts.place;
     facts.clientPlace = fmt::format("window \"{}\"", client);
     facts.isUsable =
         !server.empty() && !client.empty() && lstrcmpiA(server.c_str(), client.c_str());

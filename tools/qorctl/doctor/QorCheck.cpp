@@ -24,7 +24,7 @@ Finding checkEmptyPlace(const PeerFacts& peer, const std::string& executable) {
 
 /// Somebody is there and was asked, in vain.
 Finding checkSilentPlace(const PeerFacts& peer, const std::string& executable) {
-    const std::string names = peer.isRemote ? "taken" : "held by " + namesOf(peer.servers);
+    const std::string names = !peer.isTold ? "taken" : "held by " + namesOf(peer.servers);
     const std::string what =
         fmt::format("{}: {}, which does not answer as QOR does", peer.place, names);
     const bool maybeQor =
@@ -43,7 +43,7 @@ Finding checkSilentPlace(const PeerFacts& peer, const std::string& executable) {
 Finding checkHeldPlace(const PeerFacts& peer, const QorAnswers& answers,
                        const std::string& executable) {
     if (answers.isAsked && answers.times.empty()) return checkSilentPlace(peer, executable);
-    if (peer.isRemote) return Finding::ok(placeId, peer.place + ": takes connections");
+    if (!peer.isTold) return Finding::ok(placeId, peer.place + ": takes connections");
     const std::string what = fmt::format("{}: held by {}", peer.place, namesOf(peer.servers));
     if (peer.servers.size() > 1)
         return Finding::warning(placeId, what, "end all but one: which of them is found is luck");

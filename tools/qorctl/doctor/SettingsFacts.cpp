@@ -54,13 +54,20 @@ std::vector<std::string> namesIn(const std::string& list) {
     return names;
 }
 
+/// Windows only knows the first; the others are what people write all the same.
+bool isComment(const std::string& line) {
+    const std::size_t first = line.find_first_not_of(" \t");
+    if (first == std::string::npos) return false;
+    return line[first] == ';' || line[first] == '#' || line.compare(first, 2, "//") == 0;
+}
+
 std::vector<std::string> keysOf(const std::string& path, const std::string& section) {
     std::vector<std::string> keys;
     for (const std::string& line : namesIn(filled<std::string>([&](char* buffer) {
              return GetPrivateProfileSectionA(section.c_str(), buffer, maxChars, path.c_str());
          }))) {
         const std::size_t equals = line.find('=');
-        if (line[0] == ';' || equals == std::string::npos) continue;
+        if (isComment(line) || equals == std::string::npos) continue;
         keys.push_back(line.substr(0, line.find_last_not_of(" \t", equals - 1) + 1));
     }
     return keys;
@@ -114,9 +121,11 @@ void findMark(SettingsFacts& facts) {
     std::ifstream file(facts.path, std::ios::binary);
     std::getline(file, line);
     facts.hasMark = line.compare(0, mark.size(), mark) == 0;
-    const std::size_t first =
-        facts.hasMark ? line.find_first_not_of(blanks, mark.size()) : std::string::npos;
-    if (first == std::string::npos || line[first] == ';') return;
+    if (!facts.hasMark) return;
+    line.erase(0, mark.size());
+    const std::size_t first = line.find_first_not_of(blanks);
+    if (first == std::string::npos || isComment(line)) return;
+    if (line[first] != '[' && line.find('=') == std::string::npos) return;
     facts.hiddenLine = line.substr(first, line.find_last_not_of(blanks) + 1 - first);
 }
 

@@ -20,7 +20,7 @@ struct SettingsFacts {
     };
     struct Section {
         std::string name;
-        std::vector<std::string> keys;
+        std::vector<std::string> keys;  ///< without those that are commented out
     };
 
     std::string path;
@@ -29,8 +29,8 @@ struct SettingsFacts {
     /// The three bytes that some editors put in front of UTF-8 are part of the first line to
     /// Windows.
     bool hasMark = false;
-    /// What they hide in this way: a section's or a key's line. Empty: nothing, the line is blank
-    /// or a comment.
+    /// What they hide in this way: a section's or a key's line. Empty: nothing, the line is blank,
+    /// a comment or no more than words.
     std::string hiddenLine;
     std::vector<Section> sections;
     std::map<std::string, Value> values;  ///< one for each known key

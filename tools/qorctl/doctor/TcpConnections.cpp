@@ -15,24 +15,26 @@ namespace {
 constexpr int tries = 4;
 constexpr DWORD spareBytes = 4096;
 
-std::vector<char> tableOf(ULONG family) {
+/// None if the system does not give it.
+std::optional<std::vector<char>> tableOf(ULONG family) {
     DWORD size = 0;
     std::vector<char> table;
     for (int i = 0; i < tries; ++i) {
         const DWORD error = GetExtendedTcpTable(table.empty() ? nullptr : table.data(), &size,
                                                 FALSE, family, TCP_TABLE_OWNER_PID_ALL, 0);
         if (error == NO_ERROR && !table.empty()) return table;
-        if (error != ERROR_INSUFFICIENT_BUFFER && error != NO_ERROR) return {};
+        if (error != ERROR_INSUFFICIENT_BUFFER && error != NO_ERROR) return std::nullopt;
         size += spareBytes;
         table.resize(size);
     }
-    return {};
+    return std::nullopt;
 }
 
 /// The rows, which begin behind their number.
 template <class Table>
-const Table* rowsOf(const std::vector<char>& bytes) {
-    return bytes.size() < sizeof(Table) ? nullptr : reinterpret_cast<const Table*>(bytes.data());
+const Table* rowsOf(const std::optional<std::vector<char>>& bytes) {
+    return !bytes || bytes->size() < sizeof(Table) ? nullptr
+                                                   : reinterpret_cast<const Table*>(bytes->data());
 }
 
 unsigned portOf(DWORD inNetworkOrder) {
@@ -47,16 +49,18 @@ TcpConnection::State stateOf(DWORD state) {
 
 }  // namespace
 
-std::vector<TcpConnection> tcpConnections() {
-    std::vector<TcpConnection> all;
-    const std::vector<char> bytes = tableOf(AF_INET);
+std::optional<TcpConnections> tcpConnections() {
+    TcpConnections all;
+    const auto bytes = tableOf(AF_INET);
+    if (!bytes) return std::nullopt;
     if (const auto* const table = rowsOf<MIB_TCPTABLE_OWNER_PID>(bytes))
         std::for_each(table->table, table->table + table->dwNumEntries, [&](const auto& row) {
             all.push_back({ntohl(row.dwLocalAddr), portOf(row.dwLocalPort), ntohl(row.dwRemoteAddr),
                            portOf(row.dwRemotePort), stateOf(row.dwState), row.dwOwningPid});
         });
-    // A listener on all addresses of both kinds stands in the other table only.
-    const std::vector<char> bytes6 = tableOf(AF_INET6);
+    // A listener on all addresses of both kinds stands in the other table only. (A system may have
+    // no such addresses at all.)
+    const auto bytes6 = tableOf(AF_INET6);
     if (const auto* const table = rowsOf<MIB_TCP6TABLE_OWNER_PID>(bytes6))
         std::for_each(table->table, table->table + table->dwNumEntries, [&](const auto& row) {
             const bool isForAll =

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 namespace qorctl::doctor {
@@ -17,7 +18,9 @@ struct TcpConnection {
     unsigned long process = 0;  ///< 0: the system does not tell
 };
 
-/// The present table; empty if the system does not give it.
-std::vector<TcpConnection> tcpConnections();
+using TcpConnections = std::vector<TcpConnection>;
+
+/// The present table; none if the system does not give it.
+std::optional<TcpConnections> tcpConnections();
 
 }  // namespace qorctl::doctor

@@ -5,7 +5,8 @@
 // Needs windows.h before it.
 #include <tlhelp32.h>
 
-#include <algorithm>
+#include <fmt/format.h>
+
 #include <vector>
 
 #include "Spelling.h"
@@ -37,10 +38,14 @@ bool isChild(const Process& one, const std::string& name) {
     return one.parent == GetCurrentProcessId() && isSameName(one.name, name);
 }
 
-bool hasChildren(unsigned long parent) {
-    const std::vector<Process> all = processes();
-    return std::any_of(all.begin(), all.end(),
-                       [&](const Process& one) { return one.parent == parent; });
+std::optional<Process> childOf(unsigned long parent) {
+    for (const Process& one : processes())
+        if (one.parent == parent) return one;
+    return std::nullopt;
+}
+
+std::string described(const std::string& name, unsigned long id) {
+    return fmt::format("{} (process {})", name, id);
 }
 
 }  // namespace
@@ -83,12 +88,25 @@ bool ChildWatch::isFound() const {
     return id_ != 0;
 }
 
+bool ChildWatch::hasItselfEnded() const {
+    return !process_ || WaitForSingleObject(process_.get(), 0) == WAIT_OBJECT_0;
+}
+
+std::optional<std::string> ChildWatch::stillRunning() const {
+    const std::lock_guard<std::mutex> guard(mutex_);
+    if (id_ == 0) return std::nullopt;
+    if (!hasItselfEnded()) return described(name_, id_);
+    const auto child = childOf(id_);
+    if (!child) return std::nullopt;
+    return described(child->name, child->id);
+}
+
 std::optional<ChildWatch::End> ChildWatch::end() const {
     const std::lock_guard<std::mutex> guard(mutex_);
     if (id_ == 0) return std::nullopt;
-    if (process_ && WaitForSingleObject(process_.get(), 0) != WAIT_OBJECT_0) return std::nullopt;
+    if (!hasItselfEnded()) return std::nullopt;
     // A program may only be there to start another one.
-    if (hasChildren(id_)) return std::nullopt;
+    if (childOf(id_)) return std::nullopt;
     DWORD code = 0;
     if (!process_ || !GetExitCodeProcess(process_.get(), &code)) return End{};
     return End{code};

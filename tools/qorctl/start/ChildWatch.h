@@ -27,6 +27,9 @@ public:
     struct End {
         std::optional<unsigned long> exitCode;  ///< none: the system does not tell
     };
+    /// It, or what it has started, for people; none if nothing of it runs.
+    std::optional<std::string> stillRunning() const;
+
     /// Of a program that was there, has ended, and has left none behind that it had started.
     std::optional<End> end() const;
 
@@ -37,6 +40,8 @@ private:
     using Handle = std::unique_ptr<void, CloseIt>;
 
     void run();
+    /// Call with `mutex_` held.
+    bool hasItselfEnded() const;
     /// False once there is nothing more to look for.
     bool look();
 
