@@ -6,7 +6,9 @@
 #include <gmock/gmock.h>
 
 #include <nlohmann/json.hpp>
+#include <regex>
 
+#include "BoxOnScreen.h"
 #include "QorctlProcess.h"
 #include "QorProcesses.h"
 #include "Station.h"
@@ -15,6 +17,7 @@
 using nlohmann::json;
 using testing::AllOf;
 using testing::AnyOf;
+using testing::ContainsRegex;
 using testing::HasSubstr;
 using testing::Not;
 using testing::SizeIs;
@@ -52,7 +55,8 @@ protected:
         EXPECT_THAT(summary.at("steps"), SizeIs(1)) << ended.err;
         const json& step = summary.at("steps").at(0);
         EXPECT_EQ("start QOR", step.at("step"));
-        EXPECT_LT(step.at("ms").get<double>(), soonMs) << ended.err;
+        EXPECT_LT(step.at("ms").get<double>(), limitMs) << ended.err;
+        EXPECT_EQ("", summary.at("qorExecutable"));
         EXPECT_EQ(false, step.at("ok"));
         std::string text = step.at("text");
         for (const json& line : step.at("details")) text += "\n" + line.get<std::string>();
@@ -80,6 +84,20 @@ protected:
             if (request.find("SetParamList ") == 0) return true;
         return false;
     }
+    /// What is on the screen of a ping that is cancelled after so long.
+    std::string toldWithin(unsigned ms) const {
+        QorctlProcess ping(words("ping"));
+        Sleep(ms);
+        ping.raise(CTRL_C_EVENT);
+        return ping.wait().err;
+    }
+    /// QOR is there and does nothing for that long, once it is spoken to.
+    void startBusyQor(unsigned ms) {
+        station.script =
+            R"({"rules":[{"match":{"nth":1},"action":{"hangMs":)" + std::to_string(ms) + "}}]}";
+        station.writeSettings();
+        station.startQorByHand();
+    }
     unsigned requestsOf(const std::string& kind) const {
         unsigned count = 0;
         for (const std::string& request : station.requests())
@@ -87,11 +105,17 @@ protected:
         return count;
     }
 
+    double limitMs = soonMs;
     int exitCode = 0;
     std::string err;
 };
 
 INSTANTIATE_TEST_SUITE_P(Over, QorctlStart, everyTransport(), transportName);
+
+// Window messages stay on one machine.
+class QorctlStartOverTcp : public QorctlStart {};
+
+INSTANTIATE_TEST_SUITE_P(Over, QorctlStartOverTcp, testing::Values(Transport::tcp), transportName);
 
 TEST_P(QorctlStart, AMissingExecutableIsNamed) {
     station.settings.executable = station.folder.pathOf("none.exe");
@@ -139,11 +163,89 @@ TEST_P(QorctlStart, AStrangerInQorsPlaceIsNamed) {
     // Wine does not tell whose a port is.
     const auto holder = isTcp() ? AnyOf(HasSubstr(us), HasSubstr("does not name"))
                                 : AnyOf(HasSubstr(us), HasSubstr(us));
+    // One whose name is not told may be QOR: it is waited for as long as the library does.
+    if (isTcp()) limitMs = 20000;
     EXPECT_THAT(whyNotStarted(), AllOf(HasSubstr("qor-simulator.exe has ended with exit code"),
                                        HasSubstr("held by "), holder));
+    EXPECT_EQ(isTcp(), err.find("note    ") != std::string::npos) << err;
+}
+
+TEST_P(QorctlStart, WhatMayBeABusyQorIsNamedSoonAndWaitedFor) {
+    const Stranger stranger(station.settings);
     station.settings.executable.clear();
-    EXPECT_THAT(whyNotStarted(),
-                AllOf(HasSubstr("held by "), holder, HasSubstr("does not answer as QOR does")));
+    station.writeSettings();
+    EXPECT_THAT(toldWithin(4000),
+                AllOf(ContainsRegex("note    .*: held by .*, which does not answer as QOR does"),
+                      HasSubstr("cancelled with Ctrl-C")));
+}
+
+TEST_P(QorctlStart, AQorThatIsBusyIsWaitedFor) {
+    startBusyQor(4000);
+    const auto ended = runQorctl(words("ping"));
+    EXPECT_EQ(0, ended.exitCode) << ended.err;
+    EXPECT_THAT(ended.err, ContainsRegex("note    .*: held by .*, which does not answer"));
+    qor::killAll();
+}
+
+TEST_P(QorctlStart, AQorThatAnotherProgramStartsInPlaceOfTheNamedOneIsWaitedFor) {
+    char system[MAX_PATH] = "";
+    GetSystemDirectoryA(system, MAX_PATH);
+    station.settings.executable = std::string(system) + "\\attrib.exe";  // ends with 0 at once
+    station.writeSettings();
+    QorctlProcess ping(words("ping"));
+    Sleep(4000);
+    station.startQorByHand();
+    const auto ended = ping.wait();
+    EXPECT_EQ(0, ended.exitCode) << ended.err;
+    EXPECT_THAT(ended.err, HasSubstr("attrib.exe has ended with exit code 0; "));
+    qor::killAll();
+}
+
+TEST_P(QorctlStart, AQorThatShowsABoxIsWaitedFor) {
+    const std::string caption = station.settings.titles + "-box";
+    station.settings.executable.clear();
+    station.script = R"({"rules":[{"match":{"nth":1},"action":{"answer":"silent","then":[)"
+                     R"({"afterMs":0,"messageBox":{"caption":")" +
+                     caption + R"(","text":"Go on?","type":0}}]}}]})";
+    station.writeSettings();
+    station.startQorByHand();
+    QorctlProcess ping(words("ping"));
+    HWND const box = awaitBoxOnScreen(caption);
+    ASSERT_NE(nullptr, box);
+    Sleep(4000);
+    ASSERT_TRUE(PostMessageA(box, WM_COMMAND, IDOK, 0));
+    const auto ended = ping.wait();
+    EXPECT_EQ(0, ended.exitCode) << ended.err;
+    EXPECT_THAT(ended.err, AllOf(HasSubstr("is open"), Not(HasSubstr("does not answer as QOR"))));
+    qor::killAll();
+}
+
+TEST_P(QorctlStart, WhatIsLeftRunningWhereNobodyWaitsAnyMoreIsNamed) {
+    station.script = R"({"rules":[{"match":{"nth":1},"action":{"hangMs":60000}}]})";
+    station.writeSettings();
+    const std::string told = toldWithin(3000);
+    std::smatch found;
+    ASSERT_TRUE(std::regex_search(
+        told, found,
+        std::regex(R"(qor-simulator\.exe \(process (\d+)\) still runs and was not told to end\n)")))
+        << told;
+    HANDLE const left = OpenProcess(PROCESS_TERMINATE | SYNCHRONIZE, FALSE, std::stoul(found[1]));
+    ASSERT_NE(nullptr, left) << told;
+    EXPECT_EQ(WAIT_TIMEOUT, WaitForSingleObject(left, 0));
+    TerminateProcess(left, 1);
+    WaitForSingleObject(left, 5000);
+    CloseHandle(left);
+}
+
+// That address belongs to nobody: it is reserved for examples.
+TEST_P(QorctlStartOverTcp, WhereQorIsOnAnotherMachineTheExecutableIsNoReasonNotToAskIt) {
+    station.settings.executable = station.folder.pathOf("none.exe");
+    station.writeSettings();
+    damage("ServerIp=127.0.0.1", "ServerIp=198.51.100.7");
+    limitMs = 20000;
+    EXPECT_THAT(whyNotStarted(station.settingsPath),
+                AllOf(HasSubstr("none.exe does not exist"), HasSubstr("QOR cannot be reached")));
+    EXPECT_TRUE(fileExists(station.tracePath())) << "the library was not asked";
 }
 
 TEST_P(QorctlStart, WhatIsNoSettingsFileIsNamed) {
@@ -161,6 +263,29 @@ TEST_P(QorctlStart, AMisspeltKeyIsNamed) {
                 AllOf(StartsWith(wrong + " is not read: misspelt for " + key),
                       HasSubstr("\ncheck: write " + key + " in its place")));
     EXPECT_FALSE(fileExists(station.settings.log)) << "QOR was started";
+}
+
+TEST_P(QorctlStart, AMisspeltKeyThatQorMayComeWithoutIsANoteAndTheReasonIfItDoesNot) {
+    station.writeSettings();
+    damage("QORexecutable", "QORexecutabl");
+    const std::string finding = "QORexecutabl is not read: misspelt for QORexecutable";
+    EXPECT_THAT(whyNotStarted(station.settingsPath),
+                AllOf(StartsWith(finding), HasSubstr("\nalso:  "), HasSubstr("nobody is there")));
+    station.startQorByHand();
+    const auto ended = runQorctl(words("ping"));
+    EXPECT_EQ(0, ended.exitCode) << ended.err;
+    EXPECT_THAT(ended.err, HasSubstr("note    " + finding));
+    qor::killAll();
+}
+
+TEST_P(QorctlStart, WhatIsCommentedOutIsNotMentioned) {
+    station.writeSettings();
+    damage("QORexecutable", "#QORexecutable");
+    station.startQorByHand();
+    const auto ended = runQorctl(words("ping"));
+    EXPECT_EQ(0, ended.exitCode) << ended.err;
+    EXPECT_THAT(ended.err, Not(HasSubstr("note    ")));
+    qor::killAll();
 }
 
 TEST_P(QorctlStart, ASecondOneSaysWhoIsThereAndTheFirstGoesOnUnharmed) {
@@ -184,7 +309,9 @@ TEST_P(QorctlStart, AnotherHostIsSeenToo) {
     ASSERT_TRUE(station.start());
     const auto before = qor::running();
 
-    EXPECT_THAT(whyNotStarted(station.settingsPath), HasSubstr("talks to the QOR of these"));
+    EXPECT_THAT(whyNotStarted(station.settingsPath),
+                isTcp() ? HasSubstr("talks to the QOR of these")
+                        : HasSubstr("window \"" + station.settings.titles + "-host\": held by "));
 
     EXPECT_EQ(occupied, exitCode);
     if (!isTcp()) {

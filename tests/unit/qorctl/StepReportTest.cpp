@@ -67,6 +67,11 @@ TEST_F(StepReport, OfAFailedCallTellsCauseAndWhatToCheck) {
         report.asJson().at(0).at("cause"));
 }
 
+TEST_F(StepReport, ATitleOfAnyBytesIsUtf8ForPrograms) {
+    report.runAlways("set N 1 \xB0", [] { return Outcome::success(); });
+    EXPECT_NO_THROW(report.asJson().dump());
+}
+
 TEST_F(StepReport, OfAFailureWithoutACallTellsNoCause) {
     EXPECT_EQ("FAILED  step  no value\n        trace: c:\\host.log\n",
               printed(Outcome::failure("no value")));

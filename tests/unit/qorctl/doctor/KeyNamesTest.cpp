@@ -64,7 +64,9 @@ TEST_F(KeyNames, AUtf8MarkHidesTheFirstLineIfThatIsASectionOrAKey) {
         EXPECT_EQ(Status::problem, file(mark + text).status) << text;
     EXPECT_THAT(file(mark + " " + section).what,
                 HasSubstr("UTF-8 mark, which hides the line [CommonSettings] from"));
-    for (const std::string& text : {"; a comment\n" + section, "\n" + section, "  \n" + section})
+    for (const std::string& text :
+         {"; a comment\n" + section, "\n" + section, "  \n" + section, "# a=comment\n" + section,
+          "// a=comment\n" + section, "no more than words\n" + section})
         EXPECT_EQ(Status::warning, file(mark + text).status) << text;
     EXPECT_THAT(file(mark + "\n" + section).remedy, HasSubstr("without the mark"));
     EXPECT_EQ(Status::ok, file(section + mark).status);
@@ -85,6 +87,9 @@ TEST_F(KeyNames, AMisspeltKeyIsAProblemWhereItIsWanted) {
 TEST_F(KeyNames, OtherNamesAreQorsOwn) {
     EXPECT_THAT(idsOf(checkTcp("TcpPort=5000\nDatabase=x\nLanguage=de\n;TcpPrt=1\n")),
                 ElementsAre("settings.file"));
+    EXPECT_THAT(idsOf(checkTcp("TcpPort=5\n#ServerIp=h\n//UseTcp=x\n # QORexecutable=q\n")),
+                ElementsAre("settings.file"))
+        << "nor is what is commented out";
 }
 
 TEST_F(KeyNames, AKeyInAnotherSectionIsFound) {

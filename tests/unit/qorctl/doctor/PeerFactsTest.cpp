@@ -104,10 +104,20 @@ TEST_F(Sockets, AConnectionTellsWhetherSomebodyListens) {
     EXPECT_FALSE(address->takesConnection());
 }
 
+TEST_F(Sockets, OnePlaceHasOneKeyHoweverItIsWritten) {
+    const unsigned port = listenAt();
+    EXPECT_EQ(gather(port).key, gather(port, "localhost").key);
+    EXPECT_EQ(gather(port).key, gather(port, "127.1").key);
+    EXPECT_NE(gather(port).key, gather(port, "127.0.0.2").key);
+    EXPECT_NE(gather(port).key, gather(port == 5000 ? 5001 : 5000).key);
+}
+
 // That address belongs to nobody: it is reserved for examples.
 TEST_F(Sockets, OfAnotherMachineNothingIsInTheTable) {
     const PeerFacts facts = gather(5000, "198.51.100.7");
     EXPECT_TRUE(facts.isFound);
+    EXPECT_FALSE(facts.isTold);
+    EXPECT_FALSE(facts.isNobodyThere());
     EXPECT_TRUE(facts.isRemote);  // some networks take a connection to it all the same
     EXPECT_THAT(facts.servers, IsEmpty());
     EXPECT_THAT(facts.clients, IsEmpty());
@@ -117,6 +127,7 @@ TEST_F(Sockets, WhereNobodyListensNobodyIsSeen) {
     const unsigned port = listenAt();
     closeAll();
     EXPECT_FALSE(gather(port).isSomebodyThere());
+    EXPECT_TRUE(gather(port).isNobodyThere());
 }
 
 TEST_F(Sockets, AnAddressThatIsNoneIsNotFound) {

@@ -47,6 +47,17 @@ TEST_F(QorCheck, WhereNobodyIsAHostStartsQorIfItCan) {
     EXPECT_THAT(place().what, HasSubstr("takes no connection"));
 }
 
+TEST_F(QorCheck, WhereTheSystemTellsNothingAConnectionDoes) {
+    peer.isTold = false;
+    EXPECT_EQ(Status::ok, place().status) << "a host starts QOR";
+    peer.accepts = true;
+    EXPECT_TRUE(mayBeAsked(peer));
+    answered({1, 1, 1});
+    EXPECT_EQ("port 5000 of h: takes connections", place().what);
+    answered({});
+    EXPECT_THAT(place().what, HasSubstr("taken, which does not answer"));
+}
+
 TEST_F(QorCheck, AQorThatAnswersIsToldWithItsTimes) {
     peer.servers = {itself};
     EXPECT_TRUE(mayBeAsked(peer));
