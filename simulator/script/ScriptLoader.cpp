@@ -11,6 +11,7 @@ namespace simulator {
 
 namespace {
 
+constexpr auto highestId = static_cast<std::int64_t>(CommandId::CanBusSend);
 constexpr std::int64_t maxMs = 86400000;  // a day
 constexpr std::int64_t maxBootstrapSteps = 10000;
 constexpr std::int64_t maxDuplicates = 1000;
@@ -88,7 +89,7 @@ void checkName(const JsonNode& node, const Match& match, const Names& parameters
 Match matchFrom(const JsonNode& node, const Names& parameters) {
     node.allowOnly({"id", "operation", "name", "index", "nth", "every"});
     Match match;
-    if (node.has("id")) match.id = static_cast<CommandId>(node.at("id").integer(0, 0xFFFF));
+    if (node.has("id")) match.id = static_cast<CommandId>(node.at("id").integer(0, highestId));
     match.operation = optionalWord(node, "operation");
     if (node.has("name")) {
         match.name = node.at("name").text();

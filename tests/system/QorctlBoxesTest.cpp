@@ -19,11 +19,11 @@ class QorctlBoxes : public QorctlScene {
 protected:
     std::string caption = station.settings.titles + "-box";
 
-    /// QOR asks shortly after it has been connected with an ECU.
-    void scriptBox(unsigned type) {
-        station.script = R"({"at":[{"since":"connect","afterMs":300,"messageBox":{"caption":")" +
-                         caption + R"(","text":"Go on\nwith 100%s?","type":)" +
-                         std::to_string(type) + "}}]}";
+    /// QOR asks shortly after it has been told to connect an ECU.
+    void scriptBox(unsigned type, unsigned afterMs = 300) {
+        station.script = R"({"at":[{"since":"connect","afterMs":)" + std::to_string(afterMs) +
+                         R"(,"messageBox":{"caption":")" + caption +
+                         R"(","text":"Go on\nwith 100%s?","type":)" + std::to_string(type) + "}}]}";
     }
     /// A batch that goes on until the box is dealt with.
     QorctlProcess::Ended runWith(unsigned type, const std::vector<std::string>& more) {
@@ -68,6 +68,17 @@ TEST_P(QorctlBoxes, AreToldWhenTheyOpenAndWhenSomebodyHasClosedThem) {
     EXPECT_THAT(log, Contains(title + "is open, QOR waits for somebody to close it"));
     EXPECT_THAT(log, Contains(StartsWith(title + "was closed with yes after ")));
     EXPECT_THAT(log, Not(Contains(HasSubstr("after 0.0 s"))));
+}
+
+TEST_P(QorctlBoxes, ThatNobodyClosesDoNotKeepAWatchFromItsEnd) {
+    scriptBox(MB_YESNO, 3000);
+    station.settings.simulatorLines = "ExitWithoutClientMs=3000\r\n";  // nobody else can end it
+    station.writeSettings();
+    QorctlProcess qorctl(words("watch", {"EngineSpeed", "--for", "5"}));
+    const auto ended = qorctl.wait(40000);
+    EXPECT_EQ(1, ended.exitCode) << ended.err;
+    EXPECT_THAT(ended.err, HasSubstr("still runs and was not told to end"));
+    Sleep(5000);
 }
 
 }  // namespace

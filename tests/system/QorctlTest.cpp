@@ -133,6 +133,7 @@ INSTANTIATE_TEST_SUITE_P(
                     std::vector<std::string>{"kwp", "none.ini", "0x27", "0G"},
                     std::vector<std::string>{"kwp", "none.ini", "0x27", "012"},
                     std::vector<std::string>{"kwp", "none.ini", "1A"},
+                    std::vector<std::string>{"kwp", "none.ini", "282"},
                     std::vector<std::string>{"send-can", "none.ini", "1", "2", "xy"},
                     std::vector<std::string>{"connect", "none.ini", "--protocol", "9"},
                     std::vector<std::string>{"open-model", "none.ini", "m", "--extra", "=x"},

@@ -140,7 +140,8 @@ void Session::startLibrary() {
 
 std::optional<Outcome> Session::lookOutside() {
     auto seen = start_.whyInVain();
-    if (!seen) return std::nullopt;
+    // (One may have opened during the look.)
+    if (!seen || isBoxOpen(*facade_)) return std::nullopt;
     if (seen->isForGood && seen->hasEnded) return refused(start_.asReason(std::move(*seen)));
     if (seen->what != noted_) console_.line("note    " + seen->what);
     noted_ = seen->what;
@@ -227,10 +228,16 @@ Outcome Session::shutDown() {
     const bool wasLetGo = Clock::now() - start >= shutdownLimit;
     boxes_->end();
     if (wasLetGo && contact_->lost() != Contact::Lost::qor)
-        return Outcome::failure("the library's agent thread did not end and was let go");
+        return Outcome::failure("the library's agent thread did not end and was let go" +
+                                leftBehind());
     if (facade_->pingQor(1)) return Outcome::failure("the library still answers");
     // Over TCP the library waits for the answers of one that has gone.
     return Outcome::success(tellEnd() + (wasLetGo ? ", the library still waits for it" : ""));
+}
+
+std::string Session::leftBehind() const {
+    const auto running = start_.stillRunning();
+    return running ? "; " + *running + " still runs and was not told to end" : std::string();
 }
 
 std::string Session::tellEnd() const {

@@ -102,6 +102,7 @@ private:
     void endInVain(Outcome& outcome);
     Outcome refused(start::Refusal refusal);
     std::string tellEnd() const;
+    std::string leftBehind() const;
 
     const SessionOptions options_;
     const SettingsFile settings_;

@@ -156,7 +156,7 @@ TEST(Script, ErrorsNameFilePlaceAndReason) {
         {"{'rules': [{'match': {'every': 0}, 'action': {}}]}",
          "s.json: rules[0]: match: every: must be a whole number from 1 to 4294967295"},
         {"{'rules': [{'match': {'id': 70000}, 'action': {}}]}",
-         "s.json: rules[0]: match: id: must be a whole number from 0 to 65535"},
+         "s.json: rules[0]: match: id: must be a whole number from 0 to 19"},
         {"{'rules': [{'match': {}, 'action': {'close': 'now'}}]}",
          "s.json: rules[0]: action: close: unknown word \"now\" - known: before, mid, after"},
         {"{'rules': [{'match': {}, 'action': {'then': [{}]}}]}",
@@ -174,6 +174,15 @@ TEST(Script, ErrorsNameFilePlaceAndReason) {
         {"{'at': [{'since': 'start', 'close': false}]}", "s.json: at[0]: close: can only be true"},
     };
     for (const auto& c : cases) EXPECT_EQ(errorOf(c.text), c.error) << c.text;
+}
+
+TEST(Script, ACommandIdThatNoRecordHasIsAnError) {
+    const auto error = [](const std::string& id) {
+        return configErrorOf(
+            [&] { scriptOf("{'rules': [{'match': {'id': " + id + "}, 'action': {}}]}"); });
+    };
+    EXPECT_EQ("", error("19"));
+    EXPECT_NE(std::string::npos, error("20").find("s.json: rules[0]: match: id"));
 }
 
 TEST(Script, ANameThatTheModelLacksIsAnErrorWithTheNearestOne) {

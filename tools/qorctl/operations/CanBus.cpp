@@ -87,6 +87,8 @@ Reply sendCan(Session& session, const BusMessage& message) {
     const auto opening = open(session, message.bus);
     if (!opening || !opening->allWorked()) return notOpened(opening);
     const std::string bytes = bytesOf(message.words);
+    if (bytes.empty())
+        session.console().line("note    a message without a byte is sent: they come behind SECOND");
     const bool taken = session.facade().sendCanBusMsg(message.first, message.second, bytes,
                                                       session.options().timeoutMs);
     return Reply::ofCall(
@@ -113,7 +115,7 @@ OperationWork declareSendCan(CLI::App& command) {
     const auto message = std::make_shared<BusMessage>();
     whole(command.add_option("FIRST", message->first, "QOR's first number, the CAN identifier"))
         ->required();
-    whole(command.add_option("SECOND", message->second, "QOR's second number"))->required();
+    whole(command.add_option("SECOND", message->second, "QOR's second number; the bytes come behind it"))->required();
     command.add_option("BYTES", message->words, "The message, in hexadecimal digits")
         ->check(whyNoBytes);
     declareBus(command, message->bus);

@@ -65,7 +65,8 @@ OperationWork declareClearDtc(CLI::App&) {
 OperationWork declareKwp(CLI::App& command) {
     const auto request = std::make_shared<KwpRequest>();
     whole(command.add_option("SERVICE", request->service, "Service identifier, 0x21 for instance"))
-        ->required();
+        ->required()
+        ->check(CLI::Range(0u, 0xFFu));
     command.add_option("BYTES", request->words, "Bytes behind it, in hexadecimal digits")
         ->check(whyNoBytes);
     return [request](Session& session) { return sendKwp(session, *request); };

@@ -22,11 +22,19 @@ bool isAboutExecutable(const Finding& one) {
     return one.id == "settings.QORexecutable" || beginsWith(one.id, "executable.");
 }
 
+/// A value's with the name of its key.
+std::string told(const Finding& one) {
+    const std::string ofKey = "settings.";
+    const bool isOfKey = beginsWith(one.id, ofKey) && one.id != "settings.file" &&
+                         one.id != "settings.section" && !isAboutName(one);
+    return isOfKey ? one.id.substr(ofKey.size()) + ": " + one.what : one.what;
+}
+
 Refusal refusalOf(const Findings& problems) {
     Refusal refusal;
-    refusal.what = problems.front().what;
+    refusal.what = told(problems.front());
     for (const Finding& one : problems) {
-        if (&one != &problems.front()) refusal.details.push_back("also:  " + one.what);
+        if (&one != &problems.front()) refusal.details.push_back("also:  " + told(one));
         refusal.details.push_back("check: " + one.remedy);
     }
     return refusal;

@@ -91,7 +91,7 @@ Outcome ParamWatch::stream() {
     view->begin();
     CallNotes calls;
     const WatchClock clock(options_.forS);
-    const auto arrivals = begunArrivals();
+    auto arrivals = begunArrivals();
     double refreshedS = 0;
     while (!clock.isOver() && canPrint() && session_.mayGoOn() && interrupt::sleepMs(pauseMs)) {
         // Before the values are taken: one that is on its way meanwhile is not late.
@@ -107,8 +107,9 @@ Outcome ParamWatch::stream() {
         tellWhatIsMissing(nowS);
     }
     elapsedS_ = clock.seconds();
-    if (arrivals) arrivals->stop();
     takeWhatArrived(arrivals.get(), clock);
+    // Without waiting for QOR, which may show a message box: the ping behind it does, for its time.
+    arrivals.reset();
     sampler_.finish();
     show(*view);
     view->end(sampler_, elapsedS_);
