@@ -281,6 +281,8 @@ TEST_P(QorctlStart, AMisspeltKeyThatQorMayComeWithoutIsANoteAndTheReasonIfItDoes
 TEST_P(QorctlStart, WhatIsCommentedOutIsNotMentioned) {
     station.writeSettings();
     damage("QORexecutable", "#QORexecutable");
+    EXPECT_THAT(whyNotStarted(station.settingsPath),
+                AllOf(HasSubstr("nobody is there"), Not(HasSubstr("is not read"))));
     station.startQorByHand();
     const auto ended = runQorctl(words("ping"));
     EXPECT_EQ(0, ended.exitCode) << ended.err;
