@@ -197,7 +197,7 @@ TEST_P(QorctlStart, AQorThatAnotherProgramStartsInPlaceOfTheNamedOneIsWaitedFor)
     station.startQorByHand();
     const auto ended = ping.wait();
     EXPECT_EQ(0, ended.exitCode) << ended.err;
-    EXPECT_THAT(ended.err, HasSubstr("attrib.exe has ended with exit code 0; "));
+    EXPECT_THAT(ended.err, HasSubstr("attrib.exe has ended with exit code 0\n"));
     qor::killAll();
 }
 
