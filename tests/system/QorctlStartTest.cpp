@@ -197,7 +197,7 @@ TEST_P(QorctlStart, AQorThatAnotherProgramStartsInPlaceOfTheNamedOneIsWaitedFor)
     station.startQorByHand();
     const auto ended = ping.wait();
     EXPECT_EQ(0, ended.exitCode) << ended.err;
-    EXPECT_THAT(ended.err, HasSubstr("attrib.exe has ended with exit code 0; "));
+    EXPECT_THAT(ended.err, HasSubstr("attrib.exe has ended with exit code 0\n"));
     qor::killAll();
 }
 
@@ -281,6 +281,8 @@ TEST_P(QorctlStart, AMisspeltKeyThatQorMayComeWithoutIsANoteAndTheReasonIfItDoes
 TEST_P(QorctlStart, WhatIsCommentedOutIsNotMentioned) {
     station.writeSettings();
     damage("QORexecutable", "#QORexecutable");
+    EXPECT_THAT(whyNotStarted(station.settingsPath),
+                AllOf(HasSubstr("nobody is there"), Not(HasSubstr("is not read"))));
     station.startQorByHand();
     const auto ended = runQorctl(words("ping"));
     EXPECT_EQ(0, ended.exitCode) << ended.err;

@@ -188,8 +188,8 @@ Outcome Session::awaitQor() {
         if (isAgentGone_) return withReason(ping.failure("QOR cannot be reached"));
         if (isBoxOpen(*facade_))
             end = Clock::now() + startLimit;  // QOR waits for somebody, and so do we
-        else if (auto refused = lookOutside())
-            return *refused;
+        else if (const auto failed = lookOutside())
+            return *failed;
         if (Clock::now() >= end)
             return withReason(
                 ping.failure(fmt::format("no answer within {} s", startLimit.count())));

@@ -41,10 +41,7 @@ Refusal Sight::ended() const {
     refusal.hasEnded = true;
     refusal.what = executable + " has ended";
     if (end->exitCode) refusal.what += fmt::format(" with exit code {}", *end->exitCode);
-    if (peer.isNobodyThere())
-        refusal.what += fmt::format("; {}: nobody is there", peer.place);
-    else if (!peer.servers.empty())
-        refusal.what += "; " + silent().what;
+    if (!peer.servers.empty()) refusal.what += "; " + silent().what;
     for (const std::string& line : lastLines) refusal.details.push_back("its log: " + line);
     refusal.details.push_back(peer.servers.empty()
                                   ? "check: start it by hand with  -external_operating \"" +

@@ -91,9 +91,9 @@ TEST_F(ObjectionsTo, UseTcpByAnotherNameIsNamedWhereTheTitlesAreMissed) {
 
 TEST_F(ObjectionsTo, CommentsAreNone) {
     for (const char* const mark : {"#", ";", "//", " # ", "// "}) {
-        const std::string begin = mark;
-        const Objections objections =
-            tcp(port + begin + "ServerIp=h\n" + begin + "QORexecutable=q\n");
+        std::string lines = port;
+        lines.append(mark).append("ServerIp=h\n").append(mark).append("QORexecutable=q\n");
+        const Objections objections = tcp(lines);
         EXPECT_THAT(objections.notes(), IsEmpty()) << mark;
         EXPECT_FALSE(objections.whyNever(peer)) << mark;
         EXPECT_EQ("x", objections.asReason({"x"}).what) << mark;
