@@ -7,6 +7,7 @@
 
 #include "BoxOnScreen.h"
 #include "QorctlScene.h"
+#include "QorProcesses.h"
 
 using testing::Contains;
 using testing::HasSubstr;
@@ -72,13 +73,13 @@ TEST_P(QorctlBoxes, AreToldWhenTheyOpenAndWhenSomebodyHasClosedThem) {
 
 TEST_P(QorctlBoxes, ThatNobodyClosesDoNotKeepAWatchFromItsEnd) {
     scriptBox(MB_YESNO, 3000);
-    station.settings.simulatorLines = "ExitWithoutClientMs=3000\r\n";  // nobody else can end it
     station.writeSettings();
+    station.startQorByHand();  // so that this test can end it
     QorctlProcess qorctl(words("watch", {"EngineSpeed", "--for", "5"}));
     const auto ended = qorctl.wait(40000);
     EXPECT_EQ(1, ended.exitCode) << ended.err;
-    EXPECT_THAT(ended.err, HasSubstr("still runs and was not told to end"));
-    Sleep(5000);
+    EXPECT_THAT(ended.err, HasSubstr("agent thread did not end and was let go"));
+    qor::killAll();
 }
 
 }  // namespace

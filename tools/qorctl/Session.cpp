@@ -21,6 +21,8 @@ using Clock = std::chrono::steady_clock;
 
 // The library itself gives QOR 10 s to come up.
 constexpr std::chrono::seconds startLimit(15);
+// So long QOR may need to go on behind a message box.
+constexpr std::chrono::milliseconds boxGrace(1500);
 constexpr unsigned int startPingMs = 250;
 constexpr unsigned int betweenPingsMs = 20;
 // Ticks of the system's clock are up to 20 ms apart.
@@ -178,6 +180,7 @@ std::vector<std::string> Session::notGivenBack() const {
 Outcome Session::awaitQor() {
     const Activity activity(console_, "QOR", [] { return "starting, no answer yet"; });
     Clock::time_point end = Clock::now() + startLimit;
+    Clock::time_point quietEnd = Clock::now();
     while (true) {
         CallNotes ping;
         if (ping.note(facade_->pingQor(startPingMs))) {
@@ -186,10 +189,12 @@ Outcome Session::awaitQor() {
         }
         isAgentGone_ = isForGood(ping.cause());
         if (isAgentGone_) return withReason(ping.failure("QOR cannot be reached"));
-        if (isBoxOpen(*facade_))
-            end = Clock::now() + startLimit;  // QOR waits for somebody, and so do we
-        else if (const auto failed = lookOutside())
-            return *failed;
+        if (isBoxOpen(*facade_)) {  // QOR waits for somebody, and so do we
+            quietEnd = Clock::now() + boxGrace;
+            end = Clock::now() + startLimit;
+        } else if (Clock::now() >= quietEnd) {
+            if (const auto failed = lookOutside()) return *failed;
+        }
         if (Clock::now() >= end)
             return withReason(
                 ping.failure(fmt::format("no answer within {} s", startLimit.count())));

@@ -115,7 +115,9 @@ OperationWork declareSendCan(CLI::App& command) {
     const auto message = std::make_shared<BusMessage>();
     whole(command.add_option("FIRST", message->first, "QOR's first number, the CAN identifier"))
         ->required();
-    whole(command.add_option("SECOND", message->second, "QOR's second number; the bytes come behind it"))->required();
+    whole(command.add_option("SECOND", message->second,
+                             "QOR's second number; the bytes come behind it"))
+        ->required();
     command.add_option("BYTES", message->words, "The message, in hexadecimal digits")
         ->check(whyNoBytes);
     declareBus(command, message->bus);
