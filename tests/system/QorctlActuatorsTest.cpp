@@ -162,6 +162,8 @@ TEST_P(QorctlActuators, AreStillHeldWhenQorRefusesToGiveThemTwice) {
 TEST_P(QorctlActuators, OfASilentQorAreNamedBeforeTheConsoleIsGone) {
     station.script = R"({"rules":[{"match":{"id":7,"operation":3},"action":)" +
                      silence(GetParam(), 20000) + "}]}";
+    station.writeSettings();
+    station.startQorByHand();  // so that this test can end it
     const auto qorctl = holding();
     qorctl->raise(CTRL_CLOSE_EVENT);
     const auto ended = qorctl->wait(8000);
