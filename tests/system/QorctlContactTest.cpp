@@ -5,9 +5,8 @@
 #include <nlohmann/json.hpp>
 #include <regex>
 
-#include "QorctlProcess.h"
+#include "QorctlScene.h"
 #include "QorProcesses.h"
-#include "Station.h"
 
 using nlohmann::json;
 using testing::AllOf;
@@ -22,22 +21,8 @@ MATCHER_P(Holds, pattern, "") {
     return std::regex_search(arg, std::regex(pattern));
 }
 
-class QorctlContact : public testing::TestWithParam<Transport> {
+class QorctlContact : public QorctlScene {
 protected:
-    Station station{GetParam()};
-
-    std::vector<std::string> words(const std::string& command,
-                                   const std::vector<std::string>& more = {}) const {
-        std::vector<std::string> all = {command, station.settingsPath, "--trace",
-                                        station.tracePath()};
-        all.insert(all.end(), more.begin(), more.end());
-        return all;
-    }
-    QorctlProcess::Ended run(const std::string& command, const std::vector<std::string>& more = {},
-                             const std::string& input = {}) {
-        station.writeSettings();
-        return runQorctl(words(command, more), input);
-    }
     /// QOR does this so long after the ECU was connected.
     void afterConnect(unsigned ms, const std::string& effect) {
         station.script =
