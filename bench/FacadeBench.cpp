@@ -2,10 +2,10 @@
 
 #include <windows.h>
 
-#include <fstream>
 #include <stdexcept>
 
 #include "common/Deadline.h"
+#include "Process.h"
 
 namespace {
 
@@ -35,29 +35,13 @@ public:
     void reportError(const std::string&, unsigned int) override {}
 };
 
-std::string writeSettings(Transport transport) {
-    const bool useTcp = transport == Transport::tcp;
-    const std::string id = std::to_string(GetCurrentProcessId()) + (useTcp ? "-tcp" : "-window");
-    char folder[MAX_PATH] = "";
-    GetTempPathA(sizeof folder, folder);
-    std::string path = std::string(folder) + "qor-bench-" + id + ".ini";
-    std::ofstream(path) << "[CommonSettings]\nQORexecutable=" << programFolder()
-                        << "qor-simulator.exe\nUseTcp=" << (useTcp ? "true" : "false")
-                        << "\nServerIp=127.0.0.1\nTcpPort=" << freePort()
-                        << "\nServerPipeName=qor-bench server " << id
-                        << "\nClientPipeName=qor-bench client " << id
-                        << "\n[Simulator]\nModel=" << programFolder()
-                        << "engine.json\nConnectMs=50\nExitWithoutClientMs=5000\n";
-    return path;
-}
-
 void require(bool succeeded, const char* what) {
     if (!succeeded) throw std::runtime_error(std::string(what) + " failed");
 }
 
 }  // namespace
 
-FacadeBench::FacadeBench(Transport transport) : settingsPath_(writeSettings(transport)) {
+FacadeBench::FacadeBench(Transport transport) : settingsPath_(writeSettings(transport, "facade")) {
     facade_ = std::make_unique<QorControlFacade>(settingsPath_, nullptr, 0,
                                                  programFolder() + "qor-bench.exe");
     awaitReady();

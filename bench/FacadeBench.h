@@ -5,10 +5,8 @@
 #include <vector>
 
 #include "facade/QorControlFacade.h"
-#include "Process.h"
+#include "Settings.h"
 #include "Taker.h"
-
-enum class Transport { tcp, window };
 
 /// A facade with the simulated QOR behind it, as a station has it: the ECU connected, one
 /// parameter known by name.

@@ -23,6 +23,11 @@ void Report::addRate(const std::string& name, double perSecond, double leastBoun
     rates_.push_back({name, perSecond, leastBound});
 }
 
+void Report::addAmount(const std::string& name, const std::string& unit, double amount,
+                       double mostBound) {
+    amounts_.push_back({name, unit, amount, mostBound});
+}
+
 void Report::print() const {
     fmt::print("{:<44}{:>7}{:>9}{:>10}{:>10}{:>10}{:>8}{:>8}\n", "microseconds", "count", "min",
                "p50", "p95", "p99", "p50/b", "p99/b");
@@ -32,12 +37,19 @@ void Report::print() const {
                    row.samples.p99(), ratio(row.samples.p50(), row.p50Bound),
                    ratio(row.samples.p99(), row.p99Bound));
     fmt::print("p50/b and p99/b: against the bound that the figure is held to (aim: at most 1)\n");
+    printAmounts();
     if (rates_.empty()) return;
     fmt::print("{:<44}{:>12}{:>8}\n", "per second", "rate", "rate/b");
     for (const Rate& rate : rates_)
         fmt::print("{:<44}{:>12.0f}{:>8}\n", rate.name, rate.perSecond,
                    ratio(rate.perSecond, rate.leastBound));
     fmt::print("rate/b: against the least that is aimed at (aim: at least 1)\n");
+}
+
+void Report::printAmounts() const {
+    for (const Amount& each : amounts_)
+        fmt::print("{:<52}{:>12.1f} {:<12}{:>8}\n", each.name, each.amount, each.unit,
+                   ratio(each.amount, each.mostBound));
 }
 
 void Report::writeJson(const std::string& path) const {
@@ -55,6 +67,11 @@ void Report::writeJson(const std::string& path) const {
         figures.push_back({{"name", rate.name},
                            {"perSecond", rate.perSecond},
                            {"leastPerSecond", rate.leastBound}});
+    for (const Amount& each : amounts_)
+        figures.push_back({{"name", each.name},
+                           {"unit", each.unit},
+                           {"amount", each.amount},
+                           {"mostBound", each.mostBound}});
     std::ofstream file(path);
     file << figures.dump(2) << '\n';
     if (!file) throw std::runtime_error("cannot write " + path);

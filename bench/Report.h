@@ -15,6 +15,10 @@ public:
     /// A rate per second; `leastBound` is what it should reach, 0: nothing.
     void addRate(const std::string& name, double perSecond, double leastBound = 0);
 
+    /// An amount of something; `mostBound` is what it should not exceed, 0: nothing.
+    void addAmount(const std::string& name, const std::string& unit, double amount,
+                   double mostBound = 0);
+
     void print() const;
     /// Throws std::runtime_error if the file cannot be written.
     void writeJson(const std::string& path) const;
@@ -33,6 +37,16 @@ private:
         double leastBound;
     };
 
+    struct Amount {
+        std::string name;
+        std::string unit;
+        double amount;
+        double mostBound;
+    };
+
+    void printAmounts() const;
+
     std::vector<Row> rows_;
     std::vector<Rate> rates_;
+    std::vector<Amount> amounts_;
 };

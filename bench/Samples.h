@@ -7,6 +7,7 @@
 class Samples {
 public:
     void add(double us) { us_.push_back(us); }
+    void add(const Samples& others) { us_.insert(us_.end(), others.us_.begin(), others.us_.end()); }
     bool isEmpty() const { return us_.empty(); }
     std::size_t count() const { return us_.size(); }
 

@@ -10,8 +10,10 @@
 #include "EchoPeer.h"
 #include "FacadeBench.h"
 #include "framework/AsyncSocket.h"
+#include "PipedProcess.h"
 #include "protocol/RequestId.h"
 #include "Report.h"
+#include "ServeFigures.h"
 #include "StreamFigures.h"
 #include "StreamPeer.h"
 
@@ -26,6 +28,8 @@ struct Options {
     unsigned int streamPeerPort = 0;
     int streamWindow = 0;
     bool streamsOnly = false;
+    bool serveOnly = false;
+    bool isPipePeer = false;
 };
 
 /// An aim in terms of a bound: p50 at most 1.3 times, p99 at most 3 times that.
@@ -114,8 +118,9 @@ void measureRequestsAndCodec(const Options& options, Report& report) {
 
 int run(const Options& options) {
     Report report;
-    if (!options.streamsOnly) measureRequestsAndCodec(options, report);
-    measureStreams(options.rounds, options.perRound, report);
+    if (!options.streamsOnly && !options.serveOnly) measureRequestsAndCodec(options, report);
+    if (!options.serveOnly) measureStreams(options.rounds, options.perRound, report);
+    if (!options.streamsOnly) measureServe(options.rounds, options.perRound, report);
     report.print();
     report.writeJson(options.jsonPath);
     fmt::print("figures written to {}\n", options.jsonPath);
@@ -138,12 +143,15 @@ int main(int argc, char** argv) {
     app.add_option("--copy-data-peer", options.copyDataPeerTitle, "be the other side of a floor")
         ->group("");
     app.add_flag("--streams-only", options.streamsOnly, "measure nothing but the streams");
+    app.add_flag("--serve-only", options.serveOnly, "measure nothing but qorctl serve");
+    app.add_flag("--pipe-peer", options.isPipePeer, "be the other side of a floor")->group("");
     app.add_option("--stream-peer", options.streamPeerPort, "be the other side of the streams")
         ->group("");
     app.add_option("--stream-window", options.streamWindow, "values on their way")->group("");
     CLI11_PARSE(app, argc, argv);
     AfxSocketInit();
     try {
+        if (options.isPipePeer) return runPipePeer();
         if (options.echoPeerPort != 0) return runEchoPeer(options.echoPeerPort);
         if (!options.copyDataPeerTitle.empty()) return runCopyDataPeer(options.copyDataPeerTitle);
         if (options.streamPeerPort != 0)

@@ -17,7 +17,7 @@ string(REGEX REPLACE "gcc-posix$" "" _tools ${CMAKE_C_COMPILER})
 # Tests call it, too; "work" and "out" are to follow.
 set(QOR_MAKE_PACKAGE python3 -B ${CMAKE_SOURCE_DIR}/cmake/package/make.py
     --source ${CMAKE_SOURCE_DIR} --build ${CMAKE_BINARY_DIR} --version ${PROJECT_VERSION}
-    --date ${_date} --mbedtls ${QOR_MBEDTLS_DIR} --uplot ${QOR_UPLOT_DIR} --tools ${_tools})
+    --date ${_date} --mbedtls ${QOR_MBEDTLS_DIR} --uplot ${QOR_UPLOT_DIR} --httplib ${QOR_HTTPLIB_DIR} --tools ${_tools})
 
 # A new commit has a new date.
 add_custom_target(qor_package_date
@@ -26,7 +26,7 @@ add_custom_target(qor_package_date
     VERBATIM)
 
 file(GLOB _packed CONFIGURE_DEPENDS cmake/package/* docs/*.md docs/images/* examples/*
-    src/qorcontrol/*.h)
+    src/qorcontrol/*.h tools/python/*.py tools/python/qorcontrol/*.py)
 add_custom_command(
     OUTPUT ${QOR_PACKAGE}
     COMMAND ${QOR_MAKE_PACKAGE} --work ${QOR_PACKAGE_FOLDER}/work --out ${QOR_PACKAGE_FOLDER}

@@ -13,7 +13,8 @@ die() { echo "fetch-source: $*" >&2; exit 1; }
 case ${1:-} in
     mbedtls) series=2.28 ;;
     benchmark) series=1.7 ;;
-    *) die "usage: fetch-source.sh mbedtls|benchmark" ;;
+    cpp-httplib) series=0.11 ;;
+    *) die "usage: fetch-source.sh mbedtls|benchmark|cpp-httplib" ;;
 esac
 package=$1
 

@@ -14,7 +14,9 @@ buildPackages=(g++-mingw-w64-i686-posix wine wine32:i386 wine64 cmake ninja-buil
 command -v npm >/dev/null || buildPackages+=(npm)
 packagePackages=("${buildPackages[@]}" llvm cmark-gfm)
 testPackages=("${packagePackages[@]}" googletest g++ g++-multilib clang libclang-rt-14-dev
-    clang-format clang-tidy git chromium lld mono-mcs mono-runtime)
+    clang-format clang-tidy git chromium lld mono-mcs mono-runtime
+    libmono-system-runtime-serialization4.0-cil libmono-system-xml-linq4.0-cil mypy curl python3-venv
+    prometheus mosquitto mosquitto-clients)
 benchPackages=("${buildPackages[@]}")
 
 packages=()

@@ -39,6 +39,7 @@ def parts(folders):
         Part("fmt", "qorctl.exe", "MIT with an exception for programs", "fmt.txt",
              DEBIAN / "libfmt-dev/copyright"),
         Part("CLI11", "qorctl.exe", "BSD, 3 clauses", "CLI11.txt", DEBIAN / "libcli11-dev/copyright"),
+        Part("cpp-httplib", "qorctl.exe", "MIT", "cpp-httplib.txt", folders["httplib"] / "LICENSE"),
         Part("uPlot", "qorctl.exe, and the pages that it writes", "MIT", "uPlot.txt",
              folders["uplot"] / "LICENSE"),
     ]

@@ -2,7 +2,7 @@
 """Makes the package of a build: QorControl-VERSION-win32.zip and QorControl-VERSION-win32-symbols.zip.
 
 usage: make.py --source FOLDER --build FOLDER --work FOLDER --out FOLDER --version X --date FILE
-               --mbedtls FOLDER --uplot FOLDER --tools PREFIX
+               --mbedtls FOLDER --uplot FOLDER --httplib FOLDER --tools PREFIX
 
 The work folder is made anew and then holds what is packed. The same input gives the same bytes.
 """
@@ -47,7 +47,8 @@ class Package:
         self.out = arguments.out
         self.version = arguments.version
         self.tools = arguments.tools
-        self.fetched = {"mbedtls": arguments.mbedtls, "uplot": arguments.uplot}
+        self.fetched = {"mbedtls": arguments.mbedtls, "uplot": arguments.uplot,
+                        "httplib": arguments.httplib}
         self.date = int(arguments.date.read_text())
         self.name = f"QorControl-{self.version}-win32"
         self.files = arguments.work / "files"
@@ -87,6 +88,13 @@ class Package:
         shutil.copytree(self.source / "examples", self.files / "examples",
                         ignore=shutil.ignore_patterns("CMakeLists.txt", "__pycache__"))
 
+    def make_wheel(self):
+        """The Python package as pip installs it. Its entries carry the package's time."""
+        folder = self.files / "python"
+        folder.mkdir()
+        call(sys.executable, "-B", self.source / "tools/python/wheel_backend.py", folder,
+             env={**os.environ, "SOURCE_DATE_EPOCH": str(self.date)})
+
     def write_read_me(self):
         """In Windows's line ends, for its simplest editor."""
         template = Path(__file__).with_name("README.txt").read_text(encoding="ascii")
@@ -115,6 +123,7 @@ class Package:
         self.install()
         self.make_microsoft_library()
         self.copy_examples()
+        self.make_wheel()
         self.write_read_me()
         pages.write_pages(self.source, self.files)
         self.split_symbols()
@@ -134,7 +143,8 @@ def files_below(folder):
 
 def main():
     parser = argparse.ArgumentParser()
-    for name in ("source", "build", "work", "out", "date", "mbedtls", "uplot"):
+    for name in ("source", "build", "work", "out", "date", "mbedtls", "uplot",
+                 "httplib"):
         parser.add_argument(f"--{name}", type=Path, required=True)
     for name in ("version", "tools"):
         parser.add_argument(f"--{name}", required=True)

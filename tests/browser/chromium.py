@@ -19,6 +19,11 @@ ARGUMENTS = [
 ]
 
 
+# What the keys that have no character do depends on their numbers.
+KEY_CODES = {"Backspace": 8, "Tab": 9, "Enter": 13, "Escape": 27, " ": 32, "End": 35, "Home": 36, "ArrowLeft": 37,
+             "ArrowUp": 38, "ArrowRight": 39, "ArrowDown": 40}
+
+
 class BrowserError(Exception):
     pass
 
@@ -109,9 +114,10 @@ class Chromium:
 
     def open(self, url):
         """Loads a page and waits until it is loaded."""
+        before = len(self.said("Page.loadEventFired"))
         self.call("Page.navigate", {"url": url})
         deadline = time.monotonic() + ANSWER_S
-        while not self.said("Page.loadEventFired"):
+        while len(self.said("Page.loadEventFired")) == before:
             self.events.append(self._read(deadline))
 
     def said(self, method):
@@ -132,11 +138,38 @@ class Chromium:
         self.call("Input.dispatchMouseEvent", {"type": kind, "x": place[0], "y": place[1],
                                                "button": "left", "buttons": 1, "clickCount": count})
 
+    def press(self, place):
+        self.point_at(*place)
+        self._button("mousePressed", place)
+
+    def move_on(self, place):
+        """With the button still pressed."""
+        self._button("mouseMoved", place)
+
+    def let_go(self, place):
+        self._button("mouseReleased", place)
+
+    def click(self, place):
+        self.press(place)
+        self.let_go(place)
+
+    def key(self, kind, name, text=""):
+        """`kind`: "keyDown" or "keyUp"; `name`: as a page's script gets it, "ArrowLeft" or "a"."""
+        self.call("Input.dispatchKeyEvent", {"type": kind, "key": name, "text": text,
+                                             "windowsVirtualKeyCode": KEY_CODES.get(name, 0)})
+
+    def strike(self, name):
+        self.key("keyDown", name, {"Enter": "\r", " ": " "}.get(name, name if len(name) == 1 else ""))
+        self.key("keyUp", name)
+
+    def write(self, text):
+        """Into what has the focus, as if it was typed."""
+        self.call("Input.insertText", {"text": text})
+
     def drag(self, start, end):
-        self.point_at(*start)
-        self._button("mousePressed", start)
-        self._button("mouseMoved", end)
-        self._button("mouseReleased", end)
+        self.press(start)
+        self.move_on(end)
+        self.let_go(end)
 
     def double_click(self, place):
         self.point_at(*place)

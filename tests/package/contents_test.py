@@ -24,9 +24,10 @@ FILES = {
     "lib": {"QorControlC.lib", "libQorControlC.dll.a", "libQorControlFacade.dll.a"},
     "include": {"QorControl.h", "QorControlFacade.h"},
     "include/qorcontrol": {path.name for path in (SOURCE / "src/qorcontrol").glob("*.h")},
+    "python": {f"qorcontrol-{unzipped.version()}-py3-none-any.whl"},
     "cmake": {"QorControlConfig.cmake", "QorControlConfigVersion.cmake"},
     "licences": {"CLI11.txt", "GPL-3.txt", "README.txt", "fmt.txt", "gcc-runtime.txt", "mbedtls.txt",
-                 "mingw-w64.txt", "nlohmann-json.txt", "uPlot.txt"},
+                 "mingw-w64.txt", "nlohmann-json.txt", "uPlot.txt", "cpp-httplib.txt"},
 }
 SETTINGS = ["bin/qor-settings.ini", "bin/simulator.ini"]
 LANGUAGES = {".c", ".cpp", ".cs", ".py", ".mjs"}
@@ -36,6 +37,7 @@ LICENCES = {
     "fmt.txt": "Victor Zverovich", "gcc-runtime.txt": "GCC RUNTIME LIBRARY EXCEPTION",
     "mbedtls.txt": "Apache License", "mingw-w64.txt": "mingw-w64-libraries/winpthreads/*",
     "nlohmann-json.txt": "Niels Lohmann", "uPlot.txt": "Leon Sorokin",
+    "cpp-httplib.txt": "yhirose",
 }
 # Folders of whoever builds it, and of this build. (Licences name files of the system they came from.)
 HOME = re.compile(rb"/(home|root|tmp|var|mnt|srv|work|Users)/[\w.-]|[A-Z]:\\Users\\\w")

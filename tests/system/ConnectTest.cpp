@@ -2,8 +2,11 @@
 
 #include <gmock/gmock.h>
 
+#include <chrono>
 #include <future>
+#include <set>
 
+#include "qorcontrol/ConnectProgress.h"
 #include "Station.h"
 #include "Waiting.h"
 
@@ -73,6 +76,24 @@ TEST_P(Connect, TheStationIsConnectingOnlyWhileItWaits) {
     EXPECT_TRUE(eventually(700, [&] { return station->isConnecting(); }));
     EXPECT_TRUE(connected.get());
     EXPECT_FALSE(station->isConnecting());
+}
+
+TEST_P(Connect, AHostCanAskHowFarItIsAndTheNextOneBeginsAnew) {
+    station.script = R"({"bootstrap":{"durationMs":400,"steps":4}})";
+    ASSERT_TRUE(station.start());
+    EXPECT_EQ(-1, qorcontrol::connectProgress(station.facade()).figure);
+    EXPECT_EQ(0u, qorcontrol::connectProgress(station.facade()).steps);
+    std::set<unsigned int> steps;
+    for (int connects = 0; connects < 2; ++connects) {
+        auto connected = std::async(std::launch::async, [&] { return station.connectEcu(); });
+        while (connected.wait_for(std::chrono::milliseconds(5)) != std::future_status::ready)
+            steps.insert(qorcontrol::connectProgress(station.facade()).steps);
+        EXPECT_TRUE(connected.get());
+        const qorcontrol::ConnectProgress seen = qorcontrol::connectProgress(station.facade());
+        EXPECT_EQ(4u, seen.steps);
+        EXPECT_EQ(100, seen.figure);
+    }
+    EXPECT_GT(steps.size(), 2u);
 }
 
 TEST_P(Connect, ASlowConnectLooksOnlineWhileItMakesProgress) {

@@ -2,9 +2,13 @@
 
 #include <gtest/gtest.h>
 
+// Needs windows.h before it.
+#include <psapi.h>
+
 #include <algorithm>
 #include <atomic>
 #include <cstdint>
+#include <mutex>
 #include <stdexcept>
 #include <thread>
 
@@ -65,40 +69,67 @@ public:
     /// Everything; only when the child has ended.
     std::string whole() {
         finish();
-        text_.erase(std::remove(text_.begin(), text_.end(), '\r'), text_.end());
-        return text_;
+        return soFar();
     }
+    std::string soFar() const {
+        const std::lock_guard<std::mutex> guard(mutex_);
+        std::string text = text_;
+        text.erase(std::remove(text.begin(), text.end(), '\r'), text.end());
+        return text;
+    }
+    /// What was not taken yet, as it came.
+    std::string take() {
+        const std::lock_guard<std::mutex> guard(mutex_);
+        std::string fresh = text_.substr(taken_);
+        taken_ = text_.size();
+        return fresh;
+    }
+    void read(bool isRead) { isRead_ = isRead; }
+    void close() { isClosed_ = true; }
 
 private:
     void finish() {
         childEnded_ = true;
+        isRead_ = true;
         if (thread_.joinable()) thread_.join();
     }
     void read() {
         for (bool last = false; !last;) {
             last = childEnded_;  // what it wrote before is in the pipe now
-            while (readWhatIsThere()) continue;
+            while (isRead_ && !isClosed_ && readWhatIsThere()) continue;
+            if (isClosed_) break;
             if (!last) Sleep(2);
         }
         CloseHandle(end_);
     }
     bool readWhatIsThere() {
-        char bytes[4096];
+        char bytes[16384];
         DWORD count = 0;
         if (PeekNamedPipe(end_, nullptr, 0, nullptr, &count, nullptr) == 0 || count == 0 ||
             ReadFile(end_, bytes, sizeof bytes, &count, nullptr) == 0)
             return false;
+        const std::lock_guard<std::mutex> guard(mutex_);
         text_.append(bytes, count);
         return true;
     }
 
     HANDLE const end_;
     std::atomic<bool> childEnded_{false};
-    std::string text_;    // the thread's until it has ended
-    std::thread thread_;  // last: it uses everything above
+    std::atomic<bool> isRead_{true};
+    std::atomic<bool> isClosed_{false};
+    mutable std::mutex mutex_;
+    std::string text_;       // guarded by mutex_
+    std::size_t taken_ = 0;  // guarded by mutex_
+    std::thread thread_;     // last: it uses everything above
 };
 
-QorctlProcess::QorctlProcess(const std::vector<std::string>& arguments, const std::string& input) {
+QorctlProcess::QorctlProcess(const std::vector<std::string>& arguments, const std::string& input)
+    : QorctlProcess(arguments, OpenInput()) {
+    write(input);
+    closeInput();
+}
+
+QorctlProcess::QorctlProcess(const std::vector<std::string>& arguments, OpenInput) {
     const Pipe in;
     const Pipe out;
     const Pipe err;
@@ -115,18 +146,60 @@ QorctlProcess::QorctlProcess(const std::vector<std::string>& arguments, const st
     for (HANDLE const end : {in.read, out.write, err.write}) CloseHandle(end);
     out_ = std::make_unique<Output>(out.read);
     err_ = std::make_unique<Output>(err.read);
-    DWORD written = 0;
-    if (started)
-        WriteFile(in.write, input.data(), static_cast<DWORD>(input.size()), &written, nullptr);
-    CloseHandle(in.write);
-    if (!started) throw std::runtime_error("qorctl cannot be started");
+    input_ = in.write;
+    if (!started) {
+        closeInput();
+        throw std::runtime_error("qorctl cannot be started");
+    }
     CloseHandle(process.hThread);
     process_ = process.hProcess;
 }
 
 QorctlProcess::~QorctlProcess() {
     TerminateProcess(process_, 1);
+    closeInput();
     CloseHandle(process_);
+}
+
+bool QorctlProcess::write(const std::string& text) const {
+    DWORD written = 0;
+    return text.empty() || WriteFile(input_, text.data(), static_cast<DWORD>(text.size()), &written,
+                                     nullptr) != FALSE;
+}
+
+void QorctlProcess::closeInput() {
+    if (input_ != nullptr) CloseHandle(input_);
+    input_ = nullptr;
+}
+
+std::string QorctlProcess::takeOut() {
+    return out_->take();
+}
+
+std::string QorctlProcess::errSoFar() const {
+    return err_->soFar();
+}
+
+void QorctlProcess::readOutput(bool isRead) {
+    out_->read(isRead);
+}
+
+void QorctlProcess::closeOutput() {
+    out_->close();
+}
+
+void QorctlProcess::kill() const {
+    TerminateProcess(process_, 1);
+}
+
+bool QorctlProcess::isRunning() const {
+    return WaitForSingleObject(process_, 0) == WAIT_TIMEOUT;
+}
+
+std::size_t QorctlProcess::memory() const {
+    PROCESS_MEMORY_COUNTERS counters = {};
+    EXPECT_TRUE(GetProcessMemoryInfo(process_, &counters, sizeof counters));
+    return counters.WorkingSetSize;
 }
 
 void QorctlProcess::raise(DWORD consoleEvent) const {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <deque>
+#include <functional>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -18,14 +20,22 @@ public:
     void info(const char* format, ...) const override;
     void error(const char* format, ...) const override;
 
+    /// The latest ten thousand.
     std::vector<std::string> lines() const;
 
+    /// Gets every line, on the thread that writes it, with its level: "info" or "error". An empty
+    /// one ends that, and returns when none is under way.
+    using Listener = std::function<void(const char* level, const std::string& line)>;
+    void listen(Listener listener) const;
+
 private:
-    void add(const std::string& line) const;
+    void add(const char* level, const std::string& line) const;
 
     Console& console_;
     mutable std::mutex mutex_;
-    mutable std::vector<std::string> lines_;
+    mutable std::deque<std::string> lines_;  // guarded by mutex_
+    mutable std::mutex listening_;
+    mutable Listener listener_;  // guarded by listening_, also while it runs
 };
 
 }  // namespace qorctl

@@ -44,6 +44,7 @@ bool HeldActuators::take(const std::string& name, unsigned int timeoutMs, CallNo
 bool HeldActuators::giveBack(const std::string& name, unsigned int timeoutMs, CallNotes& calls) {
     if (calls.note(facade_.stopDirectCtrl(name, timeoutMs))) {
         remove(name);
+        find(name);
         isAsked_.erase(name);
         return true;
     }
@@ -90,6 +91,11 @@ std::vector<std::string> HeldActuators::notGivenBack() const {
     return names;
 }
 
+void HeldActuators::drop(const std::string& name) {
+    remove(name);
+    isAsked_.erase(name);
+}
+
 bool HeldActuators::add(const std::string& name) {
     const std::lock_guard<std::mutex> guard(mutex_);
     if (std::find(held_.begin(), held_.end(), name) != held_.end()) return false;
@@ -107,6 +113,12 @@ void HeldActuators::lose(const std::string& name) {
 void HeldActuators::remove(const std::string& name) {
     const std::lock_guard<std::mutex> guard(mutex_);
     held_.erase(std::remove(held_.begin(), held_.end(), name), held_.end());
+    lost_.erase(std::remove(lost_.begin(), lost_.end(), name), lost_.end());
+}
+
+void HeldActuators::find(const std::string& name) {
+    const std::lock_guard<std::mutex> guard(mutex_);
+    lost_.erase(std::remove(lost_.begin(), lost_.end(), name), lost_.end());
 }
 
 }  // namespace qorctl

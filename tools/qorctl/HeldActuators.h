@@ -29,6 +29,9 @@ public:
     /// True once QOR has said so; false: it counts as held, if it did before.
     bool giveBack(const std::string& name, unsigned int timeoutMs, CallNotes& calls);
 
+    /// It is known that it is not under direct control.
+    void drop(const std::string& name);
+
     /// For the end: the same with more patience, again and again for 5 s while QOR does not answer.
     /// Whatever comes of it, it does not count as held any more; false: it is `notGivenBack` for
     /// good.
@@ -48,6 +51,8 @@ private:
     bool add(const std::string& name);
     void remove(const std::string& name);
     void lose(const std::string& name);
+    /// It was lost, but was taken and given back since.
+    void find(const std::string& name);
 
     const QorControlFacade& facade_;
     mutable std::mutex mutex_;

@@ -64,8 +64,10 @@ std::string nearestOf(const std::string& written, const std::vector<std::string>
     std::string nearest;
     std::size_t least = std::numeric_limits<std::size_t>::max();
     for (const std::string& name : names) {
+        // First what is cheap: what was written may be as long as a client likes.
+        if (!isSameName(written, name) && !isMisspelling(written, name)) continue;
         const std::size_t distance = distanceOf(lowered(written), lowered(name));
-        if (distance >= least || !isMisspelling(written, name)) continue;
+        if (distance >= least) continue;
         least = distance;
         nearest = name;
     }

@@ -12,7 +12,8 @@ bool isSameName(const std::string& left, const std::string& right);
 /// apart by blanks and dashes only.
 bool isMisspelling(const std::string& written, const std::string& known);
 
-/// The name that `written` is the nearest misspelling of; empty if it is one of none.
+/// The name that `written`, which is none of them, has most likely been meant as: the nearest one
+/// that it is a misspelling of, or the same but for the case of letters. Empty if there is none.
 std::string nearestOf(const std::string& written, const std::vector<std::string>& names);
 
 }  // namespace qorctl

@@ -4,6 +4,7 @@
 #include "demo/DemoCommand.h"
 #include "doctor/DoctorCommand.h"
 #include "operations/OperationCommand.h"
+#include "serve/ServeCommand.h"
 #include "watch/DtcWatchCommand.h"
 #include "watch/WatchCommand.h"
 
@@ -20,6 +21,8 @@ std::vector<Subcommand> allCommands() {
          &declareWatch},
         {"watch-dtc", "Show the trouble codes whenever they change", "Whole conversations",
          &declareWatchDtc},
+        {"serve", "Let programs of any language use the library, by JSON-RPC",
+         "Whole conversations", &declareServe},
         {"doctor", "Check whether a host would work with a settings file, changing nothing",
          "Before anything else", &declareDoctor},
     };

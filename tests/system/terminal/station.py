@@ -20,7 +20,8 @@ def free_port():
 class Station:
     """A settings file and all that is unique on the machine, in a temporary folder."""
 
-    def __init__(self, programs, transport, script=None):
+    def __init__(self, programs, transport, script=None, simulator=None, model=None):
+        """`simulator`: further lines of its section; `model`: what a model file says, else its usual one."""
         self.programs = Path(programs)
         self._folder = tempfile.TemporaryDirectory(prefix="qor-terminal-")
         self.folder = Path(self._folder.name)
@@ -40,9 +41,12 @@ class Station:
                 "Log": windows_path(self.folder / "qor.log"),
             },
         }
-        if script is not None:
-            (self.folder / "script.json").write_text(json.dumps(script))
-            lines["Simulator"]["Script"] = windows_path(self.folder / "script.json")
+        lines["Simulator"].update(simulator or {})
+        for key, content in {"Script": script, "Model": model}.items():
+            if content is not None:
+                file = self.folder / f"{key.lower()}.json"
+                file.write_text(json.dumps(content))
+                lines["Simulator"][key] = windows_path(file)
         self.settings.write_text("".join(
             f"[{section}]\n" + "".join(f"{key}={value}\n" for key, value in entries.items())
             for section, entries in lines.items()))

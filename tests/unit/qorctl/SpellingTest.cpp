@@ -35,3 +35,11 @@ TEST(Spelling, TheNearestOfManyIsFound) {
     EXPECT_EQ("", nearestOf("", names));
     EXPECT_EQ("", nearestOf("get", {}));
 }
+
+TEST(Spelling, WhereTheCaseOfLettersCountsTheSameNameInAnotherCaseIsTheNearest) {
+    EXPECT_EQ("timeoutMs", nearestOf("timeoutMS", {"timeoutM", "timeoutMs", "timeoutMsx"}));
+}
+
+TEST(Spelling, OfATextThatIsMuchTooLongCostsNoMemory) {
+    EXPECT_EQ("", nearestOf(std::string(30000000, 'a'), {"get", "start-control"}));
+}

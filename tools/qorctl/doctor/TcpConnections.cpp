@@ -16,12 +16,12 @@ constexpr int tries = 4;
 constexpr DWORD spareBytes = 4096;
 
 /// None if the system does not give it.
-std::optional<std::vector<char>> tableOf(ULONG family) {
+std::optional<std::vector<char>> tableOf(ULONG family, TCP_TABLE_CLASS part) {
     DWORD size = 0;
     std::vector<char> table;
     for (int i = 0; i < tries; ++i) {
         const DWORD error = GetExtendedTcpTable(table.empty() ? nullptr : table.data(), &size,
-                                                FALSE, family, TCP_TABLE_OWNER_PID_ALL, 0);
+                                                FALSE, family, part, 0);
         if (error == NO_ERROR && !table.empty()) return table;
         if (error != ERROR_INSUFFICIENT_BUFFER && error != NO_ERROR) return std::nullopt;
         size += spareBytes;
@@ -51,16 +51,22 @@ TcpConnection::State stateOf(DWORD state) {
 
 std::optional<TcpConnections> tcpConnections() {
     TcpConnections all;
-    const auto bytes = tableOf(AF_INET);
-    if (!bytes) return std::nullopt;
-    if (const auto* const table = rowsOf<MIB_TCPTABLE_OWNER_PID>(bytes))
-        std::for_each(table->table, table->table + table->dwNumEntries, [&](const auto& row) {
-            all.push_back({ntohl(row.dwLocalAddr), portOf(row.dwLocalPort), ntohl(row.dwRemoteAddr),
-                           portOf(row.dwRemotePort), stateOf(row.dwState), row.dwOwningPid});
-        });
+    // Not the whole table, in which there may be thousands of connections that have ended: Wine
+    // takes milliseconds for each.
+    for (const TCP_TABLE_CLASS part :
+         {TCP_TABLE_OWNER_PID_LISTENER, TCP_TABLE_OWNER_PID_CONNECTIONS}) {
+        const auto bytes = tableOf(AF_INET, part);
+        if (!bytes) return std::nullopt;
+        if (const auto* const table = rowsOf<MIB_TCPTABLE_OWNER_PID>(bytes))
+            std::for_each(table->table, table->table + table->dwNumEntries, [&](const auto& row) {
+                all.push_back({ntohl(row.dwLocalAddr), portOf(row.dwLocalPort),
+                               ntohl(row.dwRemoteAddr), portOf(row.dwRemotePort),
+                               stateOf(row.dwState), row.dwOwningPid});
+            });
+    }
     // A listener on all addresses of both kinds stands in the other table only. (A system may have
     // no such addresses at all.)
-    const auto bytes6 = tableOf(AF_INET6);
+    const auto bytes6 = tableOf(AF_INET6, TCP_TABLE_OWNER_PID_LISTENER);
     if (const auto* const table = rowsOf<MIB_TCP6TABLE_OWNER_PID>(bytes6))
         std::for_each(table->table, table->table + table->dwNumEntries, [&](const auto& row) {
             const bool isForAll =

@@ -43,16 +43,23 @@ std::string scriptJson(const nlohmann::json& object) {
 }
 
 std::string filledIn(const std::string& page, const std::map<std::string, std::string>& parts) {
+    return filledIn(page, [&parts](const std::string& name) {
+        const auto part = parts.find(name);
+        if (part == parts.end()) throw std::invalid_argument("the page has no part " + name);
+        return part->second;
+    });
+}
+
+std::string filledIn(const std::string& page,
+                     const std::function<std::string(const std::string& name)>& partOf) {
     std::string filled;
     std::size_t at = 0;
     for (std::size_t open = page.find("{{"); open != std::string::npos;
          open = page.find("{{", at)) {
         const std::size_t close = page.find("}}", open);
-        const std::string name = page.substr(open + 2, close - open - 2);
-        const auto part = parts.find(name);
-        if (close == std::string::npos || part == parts.end())
-            throw std::invalid_argument("the page has no part " + name);
-        filled += page.substr(at, open - at) + part->second;
+        if (close == std::string::npos)
+            throw std::invalid_argument("a part of the page has no end");
+        filled += page.substr(at, open - at) + partOf(page.substr(open + 2, close - open - 2));
         at = close + 2;
     }
     return filled + page.substr(at);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <nlohmann/json.hpp>
 #include <string>
@@ -15,5 +16,9 @@ std::string scriptJson(const nlohmann::json& object);
 /// `page` with each {{name}} replaced by `parts[name]`, which is not looked at again. Throws
 /// std::invalid_argument for a name without a part.
 std::string filledIn(const std::string& page, const std::map<std::string, std::string>& parts);
+
+/// The same with the parts of a function; what it throws leaves this one.
+std::string filledIn(const std::string& page,
+                     const std::function<std::string(const std::string& name)>& partOf);
 
 }  // namespace qorctl
