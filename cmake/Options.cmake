@@ -34,6 +34,20 @@ if(QOR_SANITIZE)
     add_link_options(${_sanitizers})
 endif()
 
+# For ./run fuzz: what is compiled counts its branches, for the fuzzer or for a report.
+option(QOR_FUZZ "Build the coverage-guided fuzzers of tests/fuzz (native builds with clang only)" OFF)
+option(QOR_FUZZ_COVERAGE "Build them for a report of the branches that the corpus takes" OFF)
+if(QOR_FUZZ)
+    if(WIN32 OR NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+        message(FATAL_ERROR "QOR_FUZZ needs a native build with clang, not ${CMAKE_CXX_COMPILER}")
+    endif()
+    add_compile_options(-fsanitize=fuzzer-no-link)
+    if(QOR_FUZZ_COVERAGE)
+        add_compile_options(-fprofile-instr-generate -fcoverage-mapping)
+        add_link_options(-fprofile-instr-generate)
+    endif()
+endif()
+
 if(QOR_SANITIZE_THREADS)
     if(WIN32 OR QOR_M32 OR QOR_SANITIZE)
         message(FATAL_ERROR "QOR_SANITIZE_THREADS: for native 64-bit builds, as the only sanitizer")
@@ -41,6 +55,26 @@ if(QOR_SANITIZE_THREADS)
     add_compile_options(-fsanitize=thread -fno-omit-frame-pointer)
     add_link_options(-fsanitize=thread)
 endif()
+
+# What is counted says so by itself, see qor_count_lines; all that it is linked into needs the run-time
+# library of the counters.
+if(QOR_COVERAGE)
+    add_link_options(--coverage)
+endif()
+
+# qor_count_lines(target): as they stand in the sources, so without optimisation; and by their names in
+# this folder, see Reproducible.cmake.
+function(qor_count_lines target)
+    if(NOT QOR_COVERAGE)
+        return()
+    endif()
+    file(RELATIVE_PATH toSource ${CMAKE_BINARY_DIR} ${CMAKE_SOURCE_DIR})
+    string(REGEX REPLACE "/$" "" toSource ${toSource})
+    target_compile_options(${target} PRIVATE --coverage -O0)
+    foreach(folder IN ITEMS ${toSource} ${CMAKE_SOURCE_DIR} ${CMAKE_BINARY_DIR} /usr/ deps/)
+        target_compile_options(${target} PRIVATE -fprofile-prefix-map=${folder}=${folder})
+    endforeach()
+endfunction()
 
 if(QOR_HARDEN)
     add_compile_definitions($<$<COMPILE_LANGUAGE:CXX>:_GLIBCXX_ASSERTIONS>)

@@ -5,6 +5,7 @@
 
 #include "behaviour/Dispatch.h"
 #include "behaviour/Flood.h"
+#include "behaviour/ParameterRequests.h"
 #include "behaviour/RequestFacts.h"
 #include "behaviour/SessionRequests.h"
 
@@ -59,6 +60,7 @@ void Conversation::clientConnected(std::uint64_t nowMs) {
 void Conversation::clientDisconnected() {
     clientPresent_ = false;
     outbox_.clear();
+    heldBack_.clear();
 }
 
 Reception Conversation::received(const Record& record, std::uint64_t nowMs) {
@@ -70,6 +72,7 @@ Reception Conversation::received(const Record& record, std::uint64_t nowMs) {
     }
     // A copy: carrying out may change what the script decides next.
     const Action action = script_.actionFor(factsOf(record, ecu_.parameters));
+    if (!action.note.empty()) log_.info("script: " + action.note);
     Reception reception{true, action.hangMs, action.windowAnswer};
     std::optional<Outcome> outcome;
     if (action.answer != AnswerKind::Silent) {
@@ -101,7 +104,9 @@ void Conversation::noteReply(const Record& record) {
 Outcome Conversation::carryOut(const Record& request, const Action& action, std::uint64_t nowMs) {
     if (action.answer == AnswerKind::Refuse) return Outcome::refused("the script says so");
     const std::uint64_t answerMs = nowMs + action.delayMs;
-    Outcome outcome = dispatch(ecu_, request, planFor(action), answerMs);
+    const Record asked =
+        action.answer == AnswerKind::Another ? askingForAnother(request, ecu_.parameters) : request;
+    Outcome outcome = dispatch(ecu_, asked, planFor(action), answerMs);
     const bool connects = request.id == CommandId::KwpConnect && asksForConnection(request.payload);
     if (connects && !outcome.refusal) {
         timeline_.plan(script_.scheduledSince(Since::Connect), answerMs);
@@ -121,8 +126,11 @@ void Conversation::answer(const Record& request, const Outcome& outcome, const A
                           std::uint64_t nowMs) {
     if (outcome.refusal) log_.info(commandName(request.id) + " refused: " + *outcome.refusal);
     if (!outcome.note.empty()) log_.info(outcome.note);
-    std::vector<AnswerRecord> records = composeAnswer(
-        request, outcome, action, options_.answerStyle, [this] { return freshRequestId(); });
+    Record named = request;
+    if (action.answer == AnswerKind::ForeignId) named.requestId = previousRequestId_;
+    previousRequestId_ = request.requestId;
+    std::vector<AnswerRecord> records = composeAnswer(named, outcome, action, options_.answerStyle,
+                                                      [this] { return freshRequestId(); });
     if (!action.rawBefore.empty()) {
         Delivery raw;
         raw.raw = action.rawBefore;
@@ -133,7 +141,13 @@ void Conversation::answer(const Record& request, const Outcome& outcome, const A
         return;
     }
     if (options_.transport == Transport::WindowMessages) dropAcknowledgements(records);
-    postAnswer(std::move(records), action, nowMs);
+    if (action.afterNext) {
+        heldBack_.emplace_back(std::move(records), action);
+    } else {
+        postAnswer(std::move(records), action, nowMs);
+        for (auto& [held, itsAction] : heldBack_) postAnswer(std::move(held), itsAction, nowMs);
+        heldBack_.clear();
+    }
     timeline_.plan(outcome.then, nowMs + action.delayMs);
 }
 
@@ -148,7 +162,7 @@ void Conversation::postAnswer(std::vector<AnswerRecord> records, const Action& a
     }
     const Delivery last = withFaults(std::move(records.back().record), action);
     for (std::uint32_t i = 0; i <= action.duplicates; ++i) {
-        post(last, nowMs + records.back().delayMs);
+        post(last, nowMs + records.back().delayMs + std::uint64_t{i} * action.duplicateAfterMs);
     }
 }
 

@@ -4,6 +4,7 @@
 #include <optional>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "behaviour/Answer.h"
@@ -88,6 +89,8 @@ private:
     const std::uint64_t startMs_;  // live measurements count from here
     Outbox outbox_;
     Timeline timeline_;
+    std::vector<std::pair<std::vector<AnswerRecord>, Action>> heldBack_;  // behind the next answer
+    std::uint32_t previousRequestId_ = 0;
     std::mt19937 random_{std::random_device()()};
     bool clientPresent_ = false;
     std::optional<ExitEffect> exit_;

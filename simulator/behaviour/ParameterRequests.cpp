@@ -27,6 +27,25 @@ Refusal carryOut(ParameterStore& parameters, const DirectCtrlPayload& request) {
     }
 }
 
+std::uint32_t indexBehind(std::uint32_t index, const ParameterStore& parameters) {
+    return parameters.at(index + 1) != nullptr ? index + 1 : 0;
+}
+
+std::string nameBehind(const std::string& name, const ParameterStore& parameters) {
+    const ParameterModel* const model = parameters.find(name);
+    if (model == nullptr) return name;
+    const auto index = static_cast<std::uint32_t>(parameters.indexOf(*model));
+    return parameters.at(indexBehind(index, parameters))->name;
+}
+
+template <class Payload>
+std::string readingBehind(const std::string& bytes, const ParameterStore& parameters) {
+    Payload payload = Payload::read(bytes);
+    if (payload.operation != Payload::Read) return bytes;
+    payload.index = indexBehind(payload.index, parameters);
+    return payload.write();
+}
+
 }  // namespace
 
 // An unknown name is answered, not refused: its record has index -1 and is empty otherwise.
@@ -86,6 +105,24 @@ Outcome readTogether(Ecu& ecu, std::string_view payload) {
         request.values.push_back(ecu.parameters.read(index).first);
     }
     return Outcome::data(request.write());
+}
+
+Record askingForAnother(Record request, const ParameterStore& parameters) {
+    if (request.id == CommandId::GetParamInfo) {
+        ParamInfoPayload info = ParamInfoPayload::read(request.payload);
+        info.name = nameBehind(info.name, parameters);
+        request.payload = info.write();
+    }
+    if (request.id == CommandId::DirectCtrl)
+        request.payload = readingBehind<DirectCtrlPayload>(request.payload, parameters);
+    if (request.id == CommandId::StaticParam)
+        request.payload = readingBehind<StaticParamPayload>(request.payload, parameters);
+    if (request.id == CommandId::ReadTogether) {
+        ReadTogetherPayload together = ReadTogetherPayload::read(request.payload);
+        for (std::uint32_t& index : together.indices) index = indexBehind(index, parameters);
+        request.payload = together.write();
+    }
+    return request;
 }
 
 // One unknown index refuses the whole list; the old one stays in force.

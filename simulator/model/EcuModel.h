@@ -33,6 +33,7 @@ struct ParameterModel {
     Arrays arrays;  ///< what the reference page holds; a text is one double per character
     std::size_t maxLength = 0;  ///< texts only
     std::vector<LiveTerm> live;
+    std::optional<std::uint32_t> stamp;  ///< every reading is a stamp of this number, see stampOf
 
     bool threeArrays() const { return kind == ParameterKind::Curve || kind == ParameterKind::Map; }
 };

@@ -6,6 +6,7 @@
 
 #include "model/Followers.h"
 #include "model/LiveTermLoader.h"
+#include "model/Stamp.h"
 
 namespace simulator {
 
@@ -92,7 +93,7 @@ void checkWithinLimits(const JsonNode& node, const ParameterModel& parameter) {
 
 ParameterModel parameterFrom(const JsonNode& node, const std::string& name) {
     node.allowOnly({"name", "description", "unit", "group", "limits", "value", "values", "x", "y",
-                    "text", "maxLength", "live", "actuator"});
+                    "text", "maxLength", "live", "actuator", "stamp"});
     ParameterModel parameter;
     parameter.name = name;
     parameter.description = node.text("description", "");
@@ -103,6 +104,11 @@ ParameterModel parameterFrom(const JsonNode& node, const std::string& name) {
     if (shapes != 1) node.fail("needs exactly one of \"value\", \"values\", \"text\", \"live\"");
     if (!node.has("text")) readLimits(node, parameter);
     parameter = shapedParameter(node, std::move(parameter));
+    if (node.has("stamp")) {
+        if (node.has("text") || node.has("live")) node.fail("only numbers can be a stamp");
+        parameter.stamp =
+            static_cast<std::uint32_t>(node.at("stamp").integer(0, std::int64_t{highestStamp}));
+    }
     checkWithinLimits(node, parameter);
     return parameter;
 }

@@ -5,6 +5,7 @@
 #include <cstdlib>
 
 #include "model/Followers.h"
+#include "model/Stamp.h"
 
 namespace simulator {
 
@@ -102,7 +103,11 @@ Arrays ParameterStore::read(std::uint32_t index) const {
     const Entry& entry = entries_[index];
     if (entry.model->kind == ParameterKind::Live) return {{liveValue(entry)}, {}, {}};
     const bool fromModel = page_ == Page::Reference && entry.model->kind != ParameterKind::Actuator;
-    return fromModel ? entry.model->arrays : entry.working;
+    Arrays arrays = fromModel ? entry.model->arrays : entry.working;
+    if (entry.model->stamp) {
+        std::fill(arrays.first.begin(), arrays.first.end(), stampOf(*entry.model->stamp));
+    }
+    return arrays;
 }
 
 double ParameterStore::firstValue(std::uint32_t index) const {

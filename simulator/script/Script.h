@@ -28,7 +28,9 @@ enum class AnswerKind {
     Refuse,  ///< nor here
     WrongName,
     WrongType,
-    FewerVectors
+    FewerVectors,
+    Another,   ///< what is read is something else than was asked for
+    ForeignId  ///< stamped with the id of the request before
 };
 
 enum class CloseWhen { Never, Before, Mid, After };
@@ -43,6 +45,9 @@ struct Action {
     std::uint32_t gapMs = 0;
     bool mergeWithNext = false;
     std::uint32_t duplicates = 0;
+    std::uint32_t duplicateAfterMs = 0;  ///< each so long behind the one before
+    bool afterNext = false;              ///< it waits for the next answer, and goes behind that
+    std::string note;                    ///< for the log, each time the rule decides
     CloseWhen close = CloseWhen::Never;
     std::string rawBefore;  ///< bytes sent in front of the answer
     std::optional<BootstrapPlan> bootstrap;

@@ -36,7 +36,9 @@ constexpr std::pair<const char*, AnswerKind> answers[] = {
     {"refuse", AnswerKind::Refuse},
     {"wrongName", AnswerKind::WrongName},
     {"wrongType", AnswerKind::WrongType},
-    {"fewerVectors", AnswerKind::FewerVectors}};
+    {"fewerVectors", AnswerKind::FewerVectors},
+    {"another", AnswerKind::Another},
+    {"foreignId", AnswerKind::ForeignId}};
 
 constexpr std::pair<const char*, CloseWhen> closes[] = {
     {"before", CloseWhen::Before}, {"mid", CloseWhen::Mid}, {"after", CloseWhen::After}};
@@ -118,8 +120,8 @@ void checkTransport(const JsonNode& node, Transport transport) {
 
 Action actionFrom(const JsonNode& node, const ScriptUse& use) {
     node.allowOnly({"answer", "delayMs", "hangMs", "ackStatus", "windowAnswer", "splitAfterBytes",
-                    "gapMs", "mergeWithNext", "duplicates", "close", "rawHexBefore", "bootstrap",
-                    "then"});
+                    "gapMs", "mergeWithNext", "duplicates", "duplicateAfterMs", "afterNext", "note",
+                    "close", "rawHexBefore", "bootstrap", "then"});
     checkTransport(node, use.transport);
     Action action;
     if (node.has("answer")) action.answer = choiceFrom(node.at("answer"), answers);
@@ -133,6 +135,10 @@ Action actionFrom(const JsonNode& node, const ScriptUse& use) {
     action.gapMs = static_cast<std::uint32_t>(node.integer("gapMs", 0, 0, maxMs));
     action.mergeWithNext = node.boolean("mergeWithNext", false);
     action.duplicates = static_cast<std::uint32_t>(node.integer("duplicates", 0, 0, maxDuplicates));
+    action.duplicateAfterMs =
+        static_cast<std::uint32_t>(node.integer("duplicateAfterMs", 0, 0, maxMs));
+    action.afterNext = node.boolean("afterNext", false);
+    action.note = node.text("note", "");
     if (node.has("close")) action.close = choiceFrom(node.at("close"), closes);
     if (node.has("rawHexBefore")) action.rawBefore = node.at("rawHexBefore").hexBytes();
     if (node.has("bootstrap"))

@@ -40,7 +40,8 @@ void QorProtocolAgent::streamParams() {
     }
     for (const auto& [target, isPrepared] : tried) {
         const channel::RepeatRead& entry = registered[target];
-        const bool isLive = channel_->streams.notePreparation(target, isPrepared, epoch);
+        const bool isLive =
+            channel_->streams.notePreparation(target, isPrepared, epoch, entry.names);
         // A stop that came meanwhile has taken back what another QOR had been asked for.
         const bool isToEnd = entry.prepared || entry.sink != nullptr;
         if (!isLive && isPrepared && isToEnd) client_->unsubscribe(epoch, entry.names);

@@ -1,18 +1,29 @@
 #include "client/ClientCommands.h"
 
 #include <algorithm>
+#include <atomic>
 #include <map>
 #include <set>
 #include <utility>
 
 #include "client/ClientExternalOperating.h"
 #include "client/ExportFiles.h"
+#include "trace/OneLine.h"
+#include "trace/Trace.h"
 
 using Replyer = IExternalCommand::ICommandReplyer;
 
 namespace {
 
 constexpr unsigned int redirectedChoiceMs = 2000;
+
+/// Before it is shown: it may stand there for long.
+void traceBox(const protocol::RedirectUI& box) {
+    static std::atomic<unsigned int> asked{0};
+    tracelog::trace(tracelog::libraryModule, tracelog::information, 0,
+                    "Message box %u that QOR has asked for: '%s', '%s'\n", ++asked,
+                    tracelog::oneLine(box.caption).c_str(), tracelog::oneLine(box.text).c_str());
+}
 
 }  // namespace
 
@@ -43,6 +54,7 @@ bool ClientCommandGetDTC::onReply(Replyer*, ClientExternalOperating* client) {
 
 bool ClientCommandRedirectUI::onReply(Replyer* replyer, ClientExternalOperating* client) {
     replyer->reply(nullptr, 0);
+    traceBox(*this);
     protocol::RedirectUI choice;
     choice.result = client->messageBox().show(text, caption, type);
     return client->transport().send(std::make_unique<CommandRedirectUI>(choice),

@@ -140,9 +140,13 @@ bool ClientExternalOperating::fail(Cause cause, const char* detail, const char* 
 }
 
 bool ClientExternalOperating::isAnswerCertain() {
-    if (!isBehindAnother_) return false;  // nobody asks
     const auto state = state_.lock();
     return state->asked.loan != nullptr && state->asked.loan->isCertain();
+}
+
+bool ClientExternalOperating::isAnswerDoubtful() {
+    const auto state = state_.lock();
+    return state->asked.loan != nullptr && state->asked.loan->hasMetForeign();
 }
 
 bool ClientExternalOperating::failForLackOfData() {

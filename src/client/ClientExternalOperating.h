@@ -217,10 +217,11 @@ private:
     template <class Condition>
     bool waitUntil(unsigned int timeoutMs, Condition isThere);
     /// The same for the data that a command has asked for. An answer that names its request is no
-    /// earlier one's.
+    /// earlier one's; one behind data that was another's may be, though nothing is owed any more.
     template <class Condition>
     bool awaitData(unsigned int timeoutMs, Condition isThere);
     bool isAnswerCertain();
+    bool isAnswerDoubtful();
     /// A record names a request; is it of the kind that that one awaits?
     void noteKind(std::uint32_t commandId, std::uint32_t requestId);
 
@@ -266,9 +267,8 @@ private:
     std::optional<Epoch> requestEpoch_;
     common::Verdict verdict_;
     std::string launchFailure_;
-    Epoch sentIn_ = 0;              // the last command
-    bool isBehindAnother_ = false;  // the last one that has asked for data
-    bool wasMarked_ = false;        // and the verdict before it
+    Epoch sentIn_ = 0;        // the last command
+    bool wasMarked_ = false;  // and the verdict before it
     std::unique_ptr<IExternalCommandFactory> transport_;
     std::unique_ptr<IProcessStarter> processStarter_;
     std::unique_ptr<IMessageBox> messageBox_;

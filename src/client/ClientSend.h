@@ -88,8 +88,7 @@ bool ClientExternalOperating::ask(typename Command::Payload payload, unsigned in
         const auto state = state_.lock();
         sentIn_ = *leftIn;  // the send itself may have met a new QOR
         wasMarked_ = verdict_.mayBelongToEarlier;
-        isBehindAnother_ = loan->isBehindAnother();
-        if (isBehindAnother_) verdict_.mayBelongToEarlier = true;
+        if (loan->isBehindAnother()) verdict_.mayBelongToEarlier = true;
         const bool isUndone = delivery == Delivery::refused || delivery == Delivery::forbidden;
         if (isUndone) loan->giveBack(*state);
     }
@@ -118,6 +117,9 @@ bool ClientExternalOperating::awaitData(unsigned int timeoutMs, Condition isTher
         return true;
     };
     if (!waitUntil(timeoutMs, isThereForCertain)) return failForLackOfData();
-    if (isCertain) verdict_.mayBelongToEarlier = wasMarked_;
+    if (isCertain)
+        verdict_.mayBelongToEarlier = wasMarked_;
+    else if (isAnswerDoubtful())
+        verdict_.mayBelongToEarlier = true;
     return true;
 }

@@ -22,6 +22,8 @@ public:
     virtual void giveBack(ClientState& state) = 0;
     /// Whether all the data that has come last names this very command.
     virtual bool isCertain() const = 0;
+    /// Whether data has come that cannot be its own: before it left, or naming another command.
+    virtual bool hasMetForeign() const = 0;
 
 protected:
     ILoan() = default;
@@ -46,6 +48,7 @@ public:
         for (const Key& key : keys_)
             if (all.isOwed(key)) isBehindAnother_ = true;
         for (const Key& key : keys_) tickets_.push_back(all.add(key));
+        hasLeft_ = true;
     }
     void giveBack(ClientState& state) override {
         for (std::size_t i = 0; i < tickets_.size(); ++i)
@@ -64,14 +67,19 @@ public:
         return true;
     }
 
-    /// Data has come, whosever it is; `isOwn`: it names this command.
-    void noteData(const Key& key, bool isOwn) {
+    /// Data has come, whosever it is: of this command, of another one, or nobody can tell.
+    enum class Names { own, another, none };
+    void noteData(const Key& key, Names names) {
         const std::size_t at = placeOf(key);
-        if (at < keys_.size()) isOwn_[at] = isOwn;
+        if (at == keys_.size()) return;
+        isOwn_[at] = names == Names::own;
+        if (!hasLeft_ || names == Names::another) hasMetForeign_ = true;
     }
     bool isCertain() const override {
         return std::find(isOwn_.begin(), isOwn_.end(), false) == isOwn_.end();
     }
+
+    bool hasMetForeign() const override { return hasMetForeign_; }
 
     bool isOf(Debts debts) const { return debts_ == debts; }
     /// Whether it takes no more memory than one that is kept may take.
@@ -95,6 +103,8 @@ private:
     std::vector<bool> isOwn_;
     std::vector<typename Owed<Key>::Ticket> tickets_;  // none, or one per key
     bool isBehindAnother_ = false;
+    bool hasLeft_ = false;
+    bool hasMetForeign_ = false;
 };
 
 /// The loan of this type and these debts; null if it is another one, or none.

@@ -43,8 +43,11 @@ template <class Key>
 void settle(ClientState& state, Owed<Key> ClientState::*debts, const Key& key,
             const Answered& answered) {
     if (!answered || !state.loans.settle(state, *answered, debts, key)) (state.*debts).pay(key);
-    if (Loan<Key>* const asked = loanOf(state.asked.loan.get(), debts))
-        asked->noteData(key, answered == state.asked.requestId);
+    Loan<Key>* const asked = loanOf(state.asked.loan.get(), debts);
+    if (asked == nullptr) return;
+    using Names = typename Loan<Key>::Names;
+    const Names named = answered == state.asked.requestId ? Names::own : Names::another;
+    asked->noteData(key, answered ? named : Names::none);
 }
 
 /// Data that cannot be read has come, of this kind and for nobody knows whom.

@@ -68,8 +68,11 @@ public:
 };
 
 Arrivals::Arrivals(const QorControlFacade& facade, const std::vector<std::string>& names,
-                   unsigned int slots)
-    : impl_(new Impl(FacadeAccess::stateOf(facade), names, slots)) {}
+                   unsigned int slots) {
+    const FacadeState& state = FacadeAccess::stateOf(facade);
+    const Call call(state);  // tells where there was no memory
+    impl_ = new Impl(state, names, slots);
+}
 
 Arrivals::~Arrivals() {
     const std::unique_ptr<const Impl> last(impl_);

@@ -4,10 +4,12 @@
 #include "facade/ParamLines.h"
 #include "facade/QorControlFacade.h"
 #include "facade/Text.h"
+#include "trace/OneLine.h"
 #include "trace/Trace.h"
 
 using channel::Kind;
 using tracelog::libraryModule;
+using tracelog::oneLine;
 using tracelog::trace;
 
 namespace {
@@ -26,7 +28,7 @@ bool control(TimedCall<kind> call, const ControlWords& words, const std::string&
              unsigned int timeoutMs) {
     if (call.run(name, timeoutMs)) {
         trace(libraryModule, tracelog::information, 0, "OK on %s DirectCtrl: %s , t: %d ms\n",
-              words.succeeded, name.c_str(), call.elapsedMs());
+              words.succeeded, oneLine(name).c_str(), call.elapsedMs());
         return true;
     }
     if (call.hasFailed()) {
@@ -85,13 +87,13 @@ bool QorControlFacade::getParamDataAtOnce(const std::vector<std::string>& names,
     if (auto* const answer = call.ask(names, timeoutMs)) {
         values = std::move(answer->values);
         trace(libraryModule, tracelog::information, 0, "OK on getAtOnce: %s , t: %d ms\n",
-              ofGroup(names, values).c_str(), call.elapsedMs());
+              oneLine(ofGroup(names, values)).c_str(), call.elapsedMs());
         return true;
     }
     if (!call.hasFailed()) return false;
     const std::string all = joined(names);
     trace(libraryModule, tracelog::warning, 0, "QorControlFacade::%s() failed on %s , t: %d ms\n",
-          call.name(), all.c_str(), call.elapsedMs());
+          call.name(), oneLine(all).c_str(), call.elapsedMs());
     if (call.eolLog() != nullptr)
         call.eolLog()->error("FAILED GET_AT_ONCE-p(%s), t: %d ms", all.c_str(), call.elapsedMs());
     return false;

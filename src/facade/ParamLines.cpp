@@ -1,16 +1,18 @@
 #include "facade/ParamLines.h"
 
+#include "trace/OneLine.h"
 #include "trace/Trace.h"
 
 using tracelog::libraryModule;
+using tracelog::oneLine;
 using tracelog::trace;
 
 namespace paramlines {
 
 void traceFailure(const TimedCallBase& call, const std::string& name) {
     trace(libraryModule, tracelog::warning, 0,
-          "QorControlFacade::%s() failed on param: %s , t: %d ms\n", call.name(), name.c_str(),
-          call.elapsedMs());
+          "QorControlFacade::%s() failed on param: %s , t: %d ms\n", call.name(),
+          oneLine(name).c_str(), call.elapsedMs());
 }
 
 void logFailure(const TimedCallBase& call, const char* format, const std::string& name) {
@@ -20,7 +22,7 @@ void logFailure(const TimedCallBase& call, const char* format, const std::string
 void traceValue(const TimedCallBase& call, const char* what, const std::string& name,
                 const std::string& value) {
     trace(libraryModule, tracelog::information, 0, "OK on %s: %s [%s], t: %d ms\n", what,
-          name.c_str(), value.c_str(), call.elapsedMs());
+          oneLine(name).c_str(), oneLine(value).c_str(), call.elapsedMs());
 }
 
 }  // namespace paramlines

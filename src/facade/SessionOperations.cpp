@@ -8,10 +8,12 @@
 #include "facade/TimedCall.h"
 #include "facade/UntimedCall.h"
 #include "qorcontrol/Waiting.h"
+#include "trace/OneLine.h"
 #include "trace/Trace.h"
 
 using channel::Kind;
 using tracelog::libraryModule;
+using tracelog::oneLine;
 using tracelog::trace;
 
 namespace {
@@ -32,7 +34,7 @@ void logConnect(const Call& call, const QorControlFacade::EcuConnect& settings,
                 QorControlFacade::EcuConnect::ConnType type) {
     trace(libraryModule, tracelog::information, 0,
           "Connecting type = %d, proto = %d, secdll = '%s'\n", type,
-          static_cast<int>(settings.protocol), settings.securityDll.c_str());
+          static_cast<int>(settings.protocol), oneLine(settings.securityDll).c_str());
     if (call.eolLog() == nullptr) return;
     call.eolLog()->info("CONNECT-type(%d): [%d %d %d %d %d 0x%08X 0x%08X %d %d %s]", type,
                         settings.protocol, settings.protocolOption, settings.kLineBaudRate,
@@ -43,15 +45,15 @@ void logConnect(const Call& call, const QorControlFacade::EcuConnect& settings,
 
 void logModel(const Call& call, const QorControlFacade::ModelDescription& model) {
     trace(libraryModule, tracelog::information, 0, "Opening model = '%s', hex = '%s', csv = '%s'\n",
-          model.model.c_str(), model.hex.c_str(), model.csv.c_str());
+          oneLine(model.model).c_str(), oneLine(model.hex).c_str(), oneLine(model.csv).c_str());
     if (call.eolLog() != nullptr)
         call.eolLog()->info("OPEN-model(%s): ['%s' '%s']", model.model.c_str(), model.hex.c_str(),
                             model.csv.c_str());
 }
 
 void logSegment(const Call& call, const std::string& segment, bool flag) {
-    trace(libraryModule, tracelog::information, 0, "Setting segment = '%s' [%d]\n", segment.c_str(),
-          flag);
+    trace(libraryModule, tracelog::information, 0, "Setting segment = '%s' [%d]\n",
+          oneLine(segment).c_str(), flag);
     if (call.eolLog() != nullptr)
         call.eolLog()->info("SET-segment(%s): [%d]", segment.c_str(), flag);
 }

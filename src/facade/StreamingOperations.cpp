@@ -6,17 +6,19 @@
 #include "facade/FacadeImpl.h"
 #include "facade/QorControlFacade.h"
 #include "facade/SinkStreams.h"
+#include "trace/OneLine.h"
 #include "trace/Trace.h"
 
 using channel::Kind;
 using tracelog::libraryModule;
+using tracelog::oneLine;
 using tracelog::trace;
 
 namespace {
 
 void traceStart(const std::vector<std::string>& names) {
     std::string listed;
-    for (const std::string& name : names) listed += name + "\n";
+    for (const std::string& name : names) listed.append(oneLine(name).c_str()) += '\n';
     trace(libraryModule, tracelog::information, 0, "QorControlFacade::paramStartRead(%s)\n",
           listed.c_str());
 }
@@ -34,7 +36,7 @@ bool stop(const FacadeState& state, const void* target) {
     auto stopped = takeOut(call, target);
     if (!stopped) return true;
     return call.isOperating() &&
-           call.postUnanswered<Kind::stopParamRead>(std::move(stopped->names), stopped->epoch);
+           call.postUnanswered<Kind::stopParamRead>(std::move(stopped->asked), stopped->epoch);
 }
 
 }  // namespace
@@ -78,7 +80,7 @@ bool stopParamReadAndWait(const FacadeState& state, const channel::ValueSink* si
     auto stopped = takeOut(call, sink);
     if (!stopped) return true;
     return call.isOperating() &&
-           call.run<Kind::stopParamRead>(std::move(stopped->names), stopped->epoch);
+           call.run<Kind::stopParamRead>(std::move(stopped->asked), stopped->epoch);
 }
 
 bool startDtcRead(const FacadeState& state, std::shared_ptr<channel::DtcSink> sink,

@@ -11,9 +11,10 @@ namespace qorcontrol {
 struct Outcome {
     Cause cause = Cause::none;
     /// The answer may belong to an earlier request: one for the same thing had timed out after QOR
-    /// had taken it, and its data has not been seen since. Not set where the answer names its
-    /// request, which not all of QOR's do. Also set of operations that were successful, also of a
-    /// value that was read so before and now comes out of the cache.
+    /// had taken it, and its data has not been seen since, or came when this request had not left
+    /// yet; or the answer names another one. Not set where it names its request, which not all of
+    /// QOR's do. Also set of operations that were successful, also of a value that was read so
+    /// before and now comes out of the cache.
     bool mayBelongToEarlier = false;
     unsigned int elapsedMs = 0;
     std::string sentence;  ///< one sentence on what happened; empty if the operation worked

@@ -38,6 +38,9 @@ function(qor_add_test)
 
     add_executable(${arg_NAME} EXCLUDE_FROM_ALL ${arg_SOURCES})
     target_link_libraries(${arg_NAME} PRIVATE qor::options ${arg_LIBS} gmock_main)
+    if("unit" IN_LIST arg_LABELS)
+        qor_count_lines(${arg_NAME})  # inline functions of src/ are in here, too
+    endif()
     if(CMAKE_CROSSCOMPILING)
         set_target_properties(${arg_NAME} PROPERTIES
             CROSSCOMPILING_EMULATOR ${CMAKE_SOURCE_DIR}/cmake/wine-test.sh)

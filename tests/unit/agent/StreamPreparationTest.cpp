@@ -155,6 +155,22 @@ TEST_F(StreamPreparation, NamesThatAreRegisteredAnewDuringTheStepPassForPrepared
     EXPECT_EQ(channel->streams.all().at(&queue).names, Names{"Load"});
 }
 
+TEST_F(StreamPreparation, WhatPassesForPreparedDoesNotTakeAnotherStreamAwayWithItsStop) {
+    ParamQueue other{1};
+    registers(other, {"Load"});
+    idleRound();
+    whileQorTakesAList([this] {
+        unregisters(queue);
+        registers(queue, {"Load"});
+    });
+    registers(queue, {"Speed"});
+    idleRound();
+    const auto stopped = channel->streams.remove(&queue);
+    EXPECT_EQ(stopped->asked, Names{"Speed"});
+    EXPECT_TRUE(stop(stopped->asked));
+    EXPECT_EQ(lists().back(), List{9});
+}
+
 TEST_F(StreamPreparation, AnotherQueueThatIsRegisteredDuringTheStepHasItsTurnInTheNext) {
     ParamQueue other{1};
     whileQorTakesAList([&] { registers(other, {"Load"}); });

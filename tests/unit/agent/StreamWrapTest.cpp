@@ -13,7 +13,7 @@ class StreamWrap : public StreamDtcs {
 protected:
     void streamSpeed() {
         channel->streams.add(&values, {"Speed"});
-        channel->streams.notePreparation(&values, true, 0);
+        channel->streams.notePreparation(&values, true, 0, {"Speed"});
     }
     std::string valuesOfARound() { return roundGives(values); }
 

@@ -35,6 +35,13 @@ TEST(Shell, NothingThatIsThrownLeavesIt) {
     EXPECT_EQ(QOR_BAD_ARGUMENT, call([]() -> Outcome { cinterface::refuseArgument("x"); }));
 }
 
+TEST(Shell, AFailureWhoseCauseNobodyHasToldIsOneAllTheSame) {
+    std::thread([] {
+        EXPECT_EQ(Cause::systemFailure, cinterface::outcomeOf(false).cause);
+        EXPECT_EQ(Cause::none, cinterface::outcomeOf(true).cause);
+    }).join();
+}
+
 TEST(Shell, AskingForTheLastCallIsNone) {
     call([] { return cinterface::failure(Cause::refused, ""); });
     unsigned needed = 0;

@@ -3,6 +3,7 @@
 #include <new>
 
 #include "ClientFixture.h"
+#include "trace/Trace.h"
 
 namespace {
 
@@ -228,6 +229,24 @@ TEST_F(RedirectedBox, AChoiceThatQorDoesNotTakeIsDroppedAndNotRetried) {
     qor.acknowledges = false;
     EXPECT_FALSE(qor.send(question));
     EXPECT_THAT(qor.sent(), SizeIs(1));
+}
+
+TEST_F(RedirectedBox, EachIsCountedAndTracedOnOneLineBeforeItOpens) {
+    const std::string log = folder.pathOf("trace.log");
+    tracelog::openTraceFile(log.c_str(), "w");
+    std::vector<std::string> before;
+    pressButton = [&](auto&&...) {
+        before = linesOfFile(log);
+        return 1u;
+    };
+    qor.send(question);
+    qor.send(question);
+    tracelog::openTraceFile("c:\\no such folder\\x.log", "w");
+    ASSERT_THAT(before, SizeIs(2));
+    unsigned int first = 0;
+    ASSERT_EQ(std::sscanf(before[0].c_str(), "1\tMessage box %u", &first), 1);
+    EXPECT_EQ(before[1], "1\tMessage box " + std::to_string(first + 1) +
+                             " that QOR has asked for: 'Caption %s', 'Really? Sure?'");
 }
 
 TEST_F(RedirectedBox, ABoxThatCannotBeShownSendsItsZeroAsTheChoice) {

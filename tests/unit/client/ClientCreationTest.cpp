@@ -3,6 +3,7 @@
 #include <stdexcept>
 
 #include "client/ClientExternalOperating.h"
+#include "framework/Application.h"
 #include "support/TempFolder.h"
 
 namespace {
@@ -66,6 +67,33 @@ TEST_F(ClientCreation, OnlyTheTextTrueSelectsTcpAndAllElseAWindow) {
         settings(choice + peers);
         EXPECT_FALSE(makesAWindow(settingsPath, title)) << choice;
     }
+}
+
+/// The activation context of the program's manifest, which the library is to have made.
+class ActivationContext : public ClientCreation {
+protected:
+    ActivationContext() { forget(); }
+    ~ActivationContext() override { forget(); }
+
+    static bool isThere() { return AfxGetModuleState()->m_hActCtx != INVALID_HANDLE_VALUE; }
+
+private:
+    static void forget() {
+        if (isThere()) ReleaseActCtx(AfxGetModuleState()->m_hActCtx);
+        AfxGetModuleState()->m_hActCtx = INVALID_HANDLE_VALUE;
+    }
+};
+
+TEST_F(ActivationContext, IsMadeForALibraryThatLivesInItsHostsApplication) {
+    settings("InitMFC=0\r\n");
+    ClientExternalOperating::create(settingsPath, nullptr);
+    EXPECT_TRUE(isThere());
+}
+
+TEST_F(ActivationContext, IsNotMadeForALibraryThatIsAnApplicationOfItsOwn) {
+    settings("InitMFC=1\r\n");
+    ClientExternalOperating::create(settingsPath, nullptr);
+    EXPECT_FALSE(isThere());
 }
 
 }  // namespace

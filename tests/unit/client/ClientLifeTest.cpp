@@ -34,6 +34,44 @@ TEST_F(ClientLife, TheTransportEndsFirstAndThenTheClientSettlesFor50Ms) {
     EXPECT_THAT(qor.events, ElementsAre("transport ends", "sleep 50"));
 }
 
+/// A transport with a thread of its own: until that has ended, at its end at the latest, handlers
+/// run.
+class BusyTransport final : public IExternalCommandFactory {
+public:
+    explicit BusyTransport(std::function<void()> handler) : handler_(std::move(handler)) {}
+    ~BusyTransport() override { BusyTransport::stop(); }
+
+    bool stop() override {
+        if (!std::exchange(hasEnded_, true)) handler_();
+        return true;
+    }
+    bool send(std::unique_ptr<IExternalCommand>, unsigned int) override {
+        ++sends;
+        return true;
+    }
+    unsigned int defaultTimeout(unsigned int) const override { return 2000; }
+
+    static inline int sends = 0;
+
+private:
+    const std::function<void()> handler_;
+    bool hasEnded_ = false;
+};
+
+TEST_F(ClientLife, AHandlerThatStillRunsAtItsEndCanUseTheTransport) {
+    BusyTransport::sends = 0;
+    ClientExternalOperating* made = nullptr;
+    auto ending = std::make_unique<ClientExternalOperating>(
+        ClientSettings(),
+        [&](ICommandReceiver&) {
+            return std::make_unique<BusyTransport>([&made] { made->ping(0); });
+        },
+        processes.starter(), std::make_unique<FakeMessageBox>(pressButton));
+    made = ending.get();
+    ending.reset();
+    EXPECT_EQ(BusyTransport::sends, 1);
+}
+
 TEST_F(ClientLife, APingGivesQorTheCallersTimeoutAndTakesTheResultOfTheSend) {
     EXPECT_TRUE(client().ping(0xFFFFFFFFu));
     EXPECT_EQ(qor.sent().at(0).timeoutMs, 0xFFFFFFFFu);

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "ClientFixture.h"
+#include "trace/Trace.h"
 
 namespace {
 
@@ -52,6 +53,26 @@ TEST_F(ExportFiles, AFileOf150000BytesArrivesWholeAndItsSourceIsGone) {
     EXPECT_TRUE(handle(4));
     EXPECT_TRUE(bytesOfFile(target) == content);
     EXPECT_FALSE(fileExists(file));
+}
+
+TEST_F(ExportFiles, EachIsCountedAndTraced) {
+    const std::string log = folder.pathOf("trace.log");
+    tracelog::openTraceFile(log.c_str(), "w");
+    EXPECT_TRUE(handle(4));
+    EXPECT_TRUE(handle(4));  // the file has gone
+    EXPECT_TRUE(handle(5));
+    tracelog::openTraceFile("c:\\no such folder\\x.log", "w");
+    const auto lines = linesOfFile(log);
+    ASSERT_EQ(lines.size(), 3u);
+    unsigned int first = 0;
+    ASSERT_EQ(std::sscanf(lines[0].c_str(), "1\tExport %u", &first), 1);
+    const auto line = [&](unsigned int number, const std::string& rest) {
+        return "1\tExport " + std::to_string(first + number) + " that QOR has asked for: " + rest +
+               "'";
+    };
+    EXPECT_EQ(lines[0], line(0, std::string("6 bytes to '") + target + "' from '" + file));
+    EXPECT_EQ(lines[1], line(1, std::string("0 bytes to '") + target + "' from '" + file));
+    EXPECT_EQ(lines[2], line(2, std::string("8 bytes to '") + addTarget + "' from '" + addFile));
 }
 
 TEST_F(ExportFiles, AFileOf250000BytesIsCutTo200000AndItsSourceIsGone) {

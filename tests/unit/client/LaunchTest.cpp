@@ -88,6 +88,21 @@ TEST_F(Launch, ThePublishedPathIsOf5199CharactersAndTheStartedOneOfUpTo9999) {
     EXPECT_EQ(client().executablePath(), longest.substr(0, 5199));
 }
 
+TEST_F(Launch, ACommandLineOfMoreThan9999CharactersIsNotGivenToAnybody) {
+    constexpr std::size_t others = sizeof(" -external_operating \"\"") - 1;
+    for (const std::size_t length : {std::size_t{9999}, std::size_t{10000}}) {
+        ClientSettings given;
+        given.path = "c:\\" + std::string(length - others - 3, 'x');
+        given.executable = "c:\\q.exe";
+        qorNeverAnswers();
+        processes.starts.clear();
+        ClientExternalOperating made(given, qor.transport(), processes.starter(),
+                                     std::make_unique<FakeMessageBox>(pressButton));
+        EXPECT_FALSE(made.launch(0));
+        EXPECT_THAT(processes.starts, SizeIs(length == 9999 ? 1 : 0));
+    }
+}
+
 TEST_F(Launch, ASettingsFileThatChangesAfterTheClientsCreationIsForTheNextOne) {
     client();
     settings("QORexecutable=\r\n");

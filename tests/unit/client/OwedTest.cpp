@@ -298,6 +298,33 @@ TEST_F(OwedAnswers, ThatNameTheirRequestAreMarkedWhenAnotherOneHasComeUponThem) 
     EXPECT_EQ(dtcs(), marked);
 }
 
+TEST_F(OwedAnswers, ThatComeOnceMoreAreMarkedIfTheyNameAnEarlierRequest) {
+    answersAfter<CommandGetDTC>(
+        10, [&] { qor.answer(*qor.all<CommandGetDTC>().front(), CommandGetDTC()); });
+    EXPECT_EQ(dtcs(), "true");
+    EXPECT_EQ(dtcs(), marked);  // nothing is owed, yet it is the first one's
+    qor.on<CommandGetDTC>([this](const CommandGetDTC& request) {
+        qor.answer(*qor.all<CommandGetDTC>().front(), CommandGetDTC());
+        return qor.answer(request, CommandGetDTC());
+    });
+    EXPECT_EQ(dtcs(), "true");
+}
+
+TEST_F(OwedAnswers, ThatComeBeforeTheirRequestHasLeftAreMarked) {
+    EXPECT_EQ(read("S1"), "false");
+    EXPECT_EQ(readMap(), "false");
+    qor.beforeLeaving = [this](const IExternalCommand&) {
+        tellValue(5);  // to the read before: now nothing is owed
+        tellMap(1);
+    };
+    EXPECT_EQ(read("S1"), marked);
+    EXPECT_EQ(readMap(), marked);
+    qor.beforeLeaving = [](const auto&) {};
+    tellValue(5);
+    answersAfter<CommandDirectCtrl>(10, [&] { tellValue(5); });
+    EXPECT_EQ(read("S1"), "true");
+}
+
 TEST_F(OwedAnswers, OfAReadOfSeveralMustAllNameItNotToBeMarked) {
     EXPECT_EQ(read("S1"), "false");
     EXPECT_EQ(read("S2"), "false");

@@ -95,6 +95,16 @@ TEST_F(ParamTablesTest, ManySmallEntriesAreBoundedToo) {
     EXPECT_THAT(tables.values(499999), NotNull());
 }
 
+TEST_F(ParamTablesTest, WhatIsKnownIsReplacedInFullTablesToo) {
+    tables.storeValues(5, {1.0});
+    storeDescription("Speed", 1);
+    for (std::int32_t index = 1000; index < 1003; ++index) storeValues(index, 21 * mib);
+    tables.storeValues(5, {2.0});
+    storeDescription("Speed", 2);
+    EXPECT_THAT(*tables.values(5), ElementsAre(2.0));
+    EXPECT_EQ(tables.description("Speed")->paramIndex, 2);
+}
+
 TEST_F(ParamTablesTest, TheOldestMakeRoomFirst) {
     for (std::int32_t index = 0; index < 6; ++index) storeValues(index, 10 * mib);
     storeValues(0, 10 * mib);  // the newest now

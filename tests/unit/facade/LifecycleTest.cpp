@@ -1,4 +1,6 @@
 #include <algorithm>
+#include <mutex>
+#include <set>
 #include <thread>
 
 #include "FacadeFixture.h"
@@ -106,6 +108,60 @@ TEST_F(Lifecycle, AShutdownAsksTheAgentToEndAndTracesEach50MsThatItWaits) {
     EXPECT_TRUE(agent.hasEnded());
     EXPECT_GE(trace().size(), 3u);
     EXPECT_THAT(trace(), Each("2\tQOR Remote agent thread is still active, wait next 50 ms."));
+}
+
+TEST_F(Lifecycle, OfTwoShutdownsAtOnceOneWaitsForTheAgentAndTheOtherForTheFirst) {
+    std::mutex mutex;
+    std::set<std::thread::id> awaitTheAgent;
+    std::set<std::thread::id> awaitTheirTurn;
+    std::atomic<bool> mayEnd{false};
+    clock.onSleep = [&](unsigned int ms) {
+        {
+            const std::lock_guard<std::mutex> guard(mutex);
+            (ms < 50 ? awaitTheirTurn : awaitTheAgent).insert(std::this_thread::get_id());
+            if (awaitTheirTurn.size() + awaitTheAgent.size() == 2) mayEnd = true;
+        }
+        // The first one sleeps until the other is there, too.
+        for (int i = 0; i < 10000 && !mayEnd; ++i) Sleep(1);
+        Sleep(1);
+    };
+    agent.script().atEnd = [&](Channel&) {
+        while (!mayEnd) Sleep(1);
+    };
+    start();
+    std::atomic<int> ended{0};
+    const auto shutDown = [&] {
+        facade->shutdown();
+        ended += agent.hasEnded() ? 1 : 0;
+    };
+    std::thread first(shutDown);
+    std::thread second(shutDown);
+    first.join();
+    second.join();
+    clock.onSleep = nullptr;
+    EXPECT_THAT(awaitTheAgent, SizeIs(1));
+    EXPECT_EQ(ended, 2) << "neither returns before the end";
+    EXPECT_THAT(trace(), Each("2\tQOR Remote agent thread is still active, wait next 50 ms."));
+}
+
+TEST_F(Lifecycle, AnAgentWhoseStateCannotBeReadIsNotAwaited) {
+    std::atomic<bool> mayEnd{false};
+    agent.script().atEnd = [&](Channel&) {
+        while (!mayEnd) Sleep(1);
+    };
+    start();
+    const auto channel = agent.channel();
+    clock.onSleep = [&](unsigned int) {
+        ++sleeps;
+        channel->agent.letGo();  // there is no thread behind the handle any more
+    };
+    facade->shutdown();
+    EXPECT_EQ(sleeps, 1);
+    ASSERT_THAT(trace(), SizeIs(1));
+    EXPECT_THAT(trace()[0],
+                ::testing::StartsWith("3\tCan't obtain QOR Remote agent thread exit code, "));
+    mayEnd = true;
+    while (!agent.hasEnded()) Sleep(1);
 }
 
 TEST_F(Lifecycle, TheStateIsFreedWithTheFacade) {
@@ -217,6 +273,57 @@ TEST_F(Lifecycle, ThePathOfTheExecutableIsAwaitedUntilTheAgentPublishesIt) {
     facade = std::make_unique<QorControlFacade>("s", nullptr, 0u, "");
     EXPECT_EQ(facade->getQorExecutablePath(), "c:\\q.exe");
     EXPECT_EQ(sleeps, 0);
+}
+
+/// A window of the calling thread whose copy-data messages publish the path of the executable.
+class PublishingWindow {
+public:
+    explicit PublishingWindow(channel::Channel& shared) {
+        published_ = &shared;
+        WNDCLASSA windowClass = {};
+        windowClass.lpfnWndProc = handle;
+        windowClass.lpszClassName = "publishing window";
+        RegisterClassA(&windowClass);
+        window_ = CreateWindowA("publishing window", "", 0, 0, 0, 0, 0, nullptr, nullptr, nullptr,
+                                nullptr);
+    }
+    ~PublishingWindow() {
+        DestroyWindow(window_);
+        UnregisterClassA("publishing window", nullptr);
+    }
+    PublishingWindow(const PublishingWindow&) = delete;
+    PublishingWindow& operator=(const PublishingWindow&) = delete;
+
+    HWND window() const { return window_; }
+
+private:
+    static LRESULT CALLBACK handle(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+        if (message != WM_COPYDATA) return DefWindowProcA(window, message, wParam, lParam);
+        published_->executable.publish("c:\\q.exe");
+        return 1;
+    }
+
+    static inline channel::Channel* published_ = nullptr;
+    HWND window_ = nullptr;
+};
+
+TEST_F(Lifecycle, CopyDataOfTheThreadThatAwaitsThePathOfTheExecutableIsDispatched) {
+    start();
+    clock.msPerRead = 1;
+    PublishingWindow window(*agent.channel());
+    std::atomic<bool> isSent{false};
+    std::thread sender([&isSent, target = window.window()] {
+        COPYDATASTRUCT nothing = {};
+        DWORD_PTR result = 0;
+        SendMessageTimeoutA(target, WM_COPYDATA, 0, reinterpret_cast<LPARAM>(&nothing), SMTO_NORMAL,
+                            10000, &result);
+        isSent = true;
+    });
+    std::string path;
+    // The faked three seconds may be over before the sender has begun.
+    while (path.empty() && !isSent) path = facade->getQorExecutablePath();
+    EXPECT_EQ(path, "c:\\q.exe");
+    sender.join();
 }
 
 TEST_F(Lifecycle, ThePathOfTheExecutableIsGivenUpAfterThreeSeconds) {

@@ -23,7 +23,8 @@ protected:
     /// What the agent does once QOR sends the values.
     void activate(ParamQueue& target) {
         const auto channel = agent.channel();
-        channel->streams.notePreparation(&target, true, 0);
+        channel->streams.notePreparation(&target, true, 0,
+                                         channel->streams.all().at(&target).names);
     }
     void endAgent() {
         const auto channel = agent.channel();

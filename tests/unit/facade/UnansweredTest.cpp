@@ -1,7 +1,9 @@
 // Why there was no answer in time: the agent at other requests, one that was pushed out, one that
 // was under way.
 
+#include <memory>
 #include <thread>
+#include <vector>
 
 #include "FacadeFixture.h"
 #include "qorcontrol/Outcome.h"
@@ -103,6 +105,22 @@ TEST_F(Unanswered, WithoutAWaitIsThatNobodyHasWaited) {
         EXPECT_THAT(lastOutcome().sentence, testing::HasSubstr("with a time-out of 0"));
         EXPECT_EQ(lastOutcome().check, "Give a time-out if the result is wanted.");
     }
+}
+
+TEST_F(Unanswered, OfManyNoneLeavesItsQueueBehind) {
+    answers = false;
+    start();
+    std::vector<std::weak_ptr<channel::AnswerQueue>> queues;
+    for (int i = 0; i < 100; ++i) {
+        facade->pingQor(1);
+        while (agent.requests().empty()) Sleep(1);
+        queues.emplace_back(agent.requests().back().replyQueue);
+        agent.forgetRequests();
+    }
+    // The ring of the agent's requests keeps copies of the last ten.
+    std::size_t kept = 0;
+    for (const auto& queue : queues) kept += queue.expired() ? 0 : 1;
+    EXPECT_LE(kept, 12u);
 }
 
 TEST_F(Unanswered, AQueueThatIsUsedAgainTellsNothingOfBefore) {

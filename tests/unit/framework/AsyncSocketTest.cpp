@@ -38,6 +38,20 @@ TEST(AsyncSocket, CreateBindsToTheGivenPortOfTheGivenAddress) {
     EXPECT_EQ(htonl(INADDR_LOOPBACK), address.sin_addr.s_addr);
 }
 
+// As much as a connect to another machine needs.
+TEST(AsyncSocket, CreateWithoutAnAddressBindsToAllOfThem) {
+    const tcp::WinsockUse winsock;
+    CAsyncSocket socket;
+
+    ASSERT_TRUE(socket.Create());
+
+    sockaddr_in address = {};
+    int length = sizeof address;
+    ASSERT_EQ(0, getsockname(socket.m_hSocket, reinterpret_cast<sockaddr*>(&address), &length));
+    EXPECT_NE(0, address.sin_port);
+    EXPECT_EQ(htonl(INADDR_ANY), address.sin_addr.s_addr);
+}
+
 TEST(AsyncSocket, CreateOnATakenPortFailsAndLeavesNoSocket) {
     const TcpPeer peer;
     CAsyncSocket socket;

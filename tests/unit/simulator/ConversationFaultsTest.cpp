@@ -80,6 +80,41 @@ TEST(ConversationFaults, AnAnswerMayComeSeveralTimes) {
     EXPECT_THAT(qor.ask(CommandId::Ping), SizeIs(3));
 }
 
+TEST(ConversationFaults, AnAnswerMayComeOnceMoreLater) {
+    ConversationHarness qor(ruleFor("{'id': 3}", "{'duplicates': 1, 'duplicateAfterMs': 20}"));
+    EXPECT_THAT(qor.ask(CommandId::GetParamInfo, nameRequest("Scalar")), SizeIs(1));
+    EXPECT_THAT(qor.wait(19), IsEmpty());
+    EXPECT_THAT(qor.wait(1), SizeIs(1));
+}
+
+TEST(ConversationFaults, AnAnswerMayGoBehindTheNextOne) {
+    ConversationHarness qor(ruleFor("{'id': 3}", "{'afterNext': true}"));
+    EXPECT_THAT(qor.ask(CommandId::GetParamInfo, nameRequest("Scalar")), IsEmpty());
+    const auto answers = qor.ask(CommandId::Ping);
+    ASSERT_THAT(answers, SizeIs(2));
+    EXPECT_EQ(CommandId::Ping, answers[0].id);
+    EXPECT_EQ(CommandId::GetParamInfo, answers[1].id);
+    EXPECT_THAT(qor.ask(CommandId::Ping), SizeIs(1));
+}
+
+TEST(ConversationFaults, AnAnswerMayBeToAnotherQuestion) {
+    ConversationHarness qor(ruleFor("{}", "{'answer': 'another'}"));
+    const auto info = qor.ask(CommandId::GetParamInfo, nameRequest("Live"));
+    EXPECT_EQ("Scalar", ParamInfoPayload::read(info.at(0).payload).name);
+    const auto read = qor.ask(CommandId::DirectCtrl, DirectCtrlPayload{0, 1, {}, ""}.write());
+    EXPECT_EQ(1u, DirectCtrlPayload::read(read.at(0).payload).index);
+    qor.ask(CommandId::DirectCtrl, DirectCtrlPayload{0, 4, {7}, ""}.write());
+    const auto last = qor.ask(CommandId::DirectCtrl, DirectCtrlPayload{6, 1, {}, ""}.write());
+    EXPECT_THAT(DirectCtrlPayload::read(last.at(0).payload).values, ElementsAre(7));
+}
+
+TEST(ConversationFaults, AnAnswerMayNameTheRequestBefore) {
+    ConversationHarness qor(ruleFor("{'id': 3}", "{'answer': 'foreignId'}"));
+    qor.conversation().received({CommandId::Ping, false, 5, {}}, qor.nowMs());
+    qor.pieces();
+    EXPECT_EQ(5u, qor.ask(CommandId::GetParamInfo, nameRequest("Scalar")).at(0).requestId);
+}
+
 TEST(ConversationFaults, RawBytesComeInFrontOfTheAnswer) {
     ConversationHarness qor(ruleFor("{}", "{'rawHexBefore': 'FF'}"));
     qor.conversation().received({CommandId::Ping, false, 1, ""}, qor.nowMs());

@@ -45,7 +45,8 @@ TEST(ModelLoader, ErrorsNameFileParameterAndReason) {
          "m.json: parameter \"P\": needs exactly one of \"value\", \"values\", \"text\", \"live\""},
         {"'value': 1, 'limit': [0, 2]",
          "m.json: parameter \"P\": unknown key \"limit\" - did you mean \"limits\"? Known: name, "
-         "description, unit, group, limits, value, values, x, y, text, maxLength, live, actuator"},
+         "description, unit, group, limits, value, values, x, y, text, maxLength, live, actuator, "
+         "stamp"},
         {"'values': [1, 2], 'x': [1], 'limits': [0, 2]",
          "m.json: parameter \"P\": values: has 2 numbers; the axes ask for 1"},
         {"'values': [1, 2], 'x': [2, 1], 'limits': [0, 2]",
@@ -66,6 +67,13 @@ TEST(ModelLoader, ErrorsNameFileParameterAndReason) {
          "m.json: parameter \"P\": the name is used twice"},
     };
     for (const auto& c : cases) EXPECT_EQ(errorOfParameter(c.fields), c.error) << c.fields;
+}
+
+TEST(ModelLoader, OnlyNumbersCanBeStampsAndNotEveryNumber) {
+    EXPECT_EQ(errorOfParameter("'text': 'abc', 'stamp': 1"),
+              "m.json: parameter \"P\": only numbers can be a stamp");
+    EXPECT_EQ(errorOfParameter("'value': 1, 'limits': [0, 2], 'stamp': 1024"),
+              "m.json: parameter \"P\": stamp: must be a whole number from 0 to 1023");
 }
 
 TEST(ModelLoader, ErrorsOutsideTheParametersSayWhereTheyAre) {

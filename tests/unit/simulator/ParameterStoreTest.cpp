@@ -92,6 +92,21 @@ TEST_F(ParameterStoreTest, TimeDoesNotRunBackwards) {
     EXPECT_EQ(store_.firstValue(Live), before);
 }
 
+TEST(ParameterStoreStamps, EachReadingTellsItsNumberAndAnotherTime) {
+    const EcuModel model = modelOf(
+        "{'parameters': [{'name': 'A', 'value': 1, 'limits': [0, 9], 'stamp': 3},"
+        " {'name': 'B', 'values': [1, 2], 'x': [1, 2], 'limits': [0, 9], 'stamp': 1023}]}");
+    const ParameterStore store(model.parameters);
+    const double unit = 4398046511104.0;  // 2^42
+    const double first = store.firstValue(0);
+    EXPECT_EQ(3.0, std::floor(first / unit));
+    const Arrays curve = store.read(1);
+    EXPECT_EQ(1023.0, std::floor(curve.first.at(0) / unit));
+    EXPECT_EQ(curve.first.at(0), curve.first.at(1));
+    EXPECT_THAT(curve.second, testing::ElementsAre(1, 2));
+    EXPECT_GE(curve.first.at(0) - 1023 * unit, first - 3 * unit);
+}
+
 TEST_F(ParameterStoreTest, ATextTakesAnyLengthUpToItsLongest) {
     EXPECT_EQ(store_.writeText(Text, "xyz"), std::nullopt);
     EXPECT_THAT(store_.read(Text).first, testing::ElementsAre('x', 'y', 'z'));

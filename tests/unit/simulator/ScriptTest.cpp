@@ -50,7 +50,8 @@ TEST(Script, TheFirstRuleThatFitsDecides) {
 TEST(Script, EveryKeyOfAnActionIsRead) {
     Script script = scriptOf(R"({'rules': [{'match': {}, 'action': {
         'answer': 'fewerVectors', 'delayMs': 1, 'hangMs': 8, 'ackStatus': 0, 'splitAfterBytes': 2, 'gapMs': 3,
-        'mergeWithNext': true, 'duplicates': 4, 'close': 'mid', 'rawHexBefore': '0A0b',
+        'mergeWithNext': true, 'duplicates': 4, 'duplicateAfterMs': 9, 'afterNext': true,
+        'note': 'n', 'close': 'mid', 'rawHexBefore': '0A0b',
         'bootstrap': {'durationMs': 5, 'steps': 6, 'result': null, 'online': false},
         'then': [{'afterMs': 7, 'stall': '*'}]}}]})");
     const Action action = script.actionFor(facts(CommandId::Ping));
@@ -62,6 +63,9 @@ TEST(Script, EveryKeyOfAnActionIsRead) {
     EXPECT_EQ(action.gapMs, 3U);
     EXPECT_TRUE(action.mergeWithNext);
     EXPECT_EQ(action.duplicates, 4U);
+    EXPECT_EQ(action.duplicateAfterMs, 9U);
+    EXPECT_TRUE(action.afterNext);
+    EXPECT_EQ(action.note, "n");
     EXPECT_EQ(action.close, CloseWhen::Mid);
     EXPECT_EQ(action.rawBefore, "\x0A\x0B");
     ASSERT_TRUE(action.bootstrap);

@@ -39,6 +39,20 @@ TEST(SocketPump, ItTakesSocketMessagesOnly) {
     EXPECT_FALSE(PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE));
 }
 
+// What they have brought is parsed before the next ones are taken.
+TEST(SocketPump, OfManySocketMessagesItTakesSixtyFour) {
+    MSG message;
+    PeekMessageA(&message, nullptr, 0, 0, PM_NOREMOVE);  // makes the queue
+    for (int i = 0; i < 200; ++i)
+        PostThreadMessageA(GetCurrentThreadId(), socketNotifyMessage, 0, 0);
+
+    pumpSocketNotifications(nullptr);
+
+    int left = 0;
+    while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE)) ++left;
+    EXPECT_EQ(200 - 64, left);
+}
+
 TEST(SocketPump, AQuitMessageIsPostedAgainAndEndsThePump) {
     PostQuitMessage(9);
 

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "SocketTransportSupport.h"
+#include "support/FakeClock.h"
 #include "support/TcpProcessFigures.h"
 
 namespace {
@@ -205,6 +206,51 @@ TEST(SocketTransportConnection, ItCanBeDestroyedWhenThePeerIsGone) {
     transport.reset();
 
     EXPECT_LT(watch.ms(), 3000u);
+}
+
+TEST(SocketTransportConnection, AStopTellsThatAWorkerHangs) {
+    FakeClock clock;  // on which five seconds take no time
+    TcpPeer peer;
+    Gate handlerMayEnd;
+    const unsigned threads = tcp::threadCount();
+    {
+        TestTransport transport(
+            peer.port(), [&](IExternalCommand&, auto&) { return handlerMayEnd.passWithin(20000); });
+        peer.accept();
+        peer.send(request(1));
+        ASSERT_EQ(1u, transport.seen(1).size());
+        EXPECT_FALSE(transport.stop());
+        EXPECT_FALSE(transport.stop());
+        handlerMayEnd.open();
+        for (int i = 0; i < 1000 && tcp::threadCount() > threads; ++i) Sleep(10);
+    }
+    EXPECT_LE(tcp::threadCount(), threads);
+}
+
+TEST(SocketTransportConnection, AStopThatTheWorkerFollowsTellsThat) {
+    TcpPeer peer;
+    TestTransport transport(peer.port());
+    EXPECT_TRUE(transport.stop());
+    EXPECT_TRUE(transport.stop());
+}
+
+// The test program itself has none while it has no peer.
+TEST(SocketTransportConnection, TheSocketSupportEndsWithTheTransport) {
+    const auto becomes = [](bool wanted) {
+        for (int i = 0; i < 500; ++i) {
+            const SOCKET made = socket(AF_INET, SOCK_STREAM, 0);
+            if (made != INVALID_SOCKET) closesocket(made);
+            if ((made != INVALID_SOCKET) == wanted) return true;
+            Sleep(10);
+        }
+        return false;
+    };
+    ASSERT_TRUE(becomes(false));
+    {
+        const TestTransport transport(1);
+        EXPECT_TRUE(becomes(true));
+    }
+    EXPECT_TRUE(becomes(false));
 }
 
 TEST(SocketTransportConnection, TwoTransportsWorkSideBySide) {

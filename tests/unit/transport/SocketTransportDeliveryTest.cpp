@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <stdexcept>
+
 #include "SocketTransportSupport.h"
 
 namespace {
@@ -99,6 +101,23 @@ TEST(SocketDeliveryWithoutAPeer, IsNoConnectionWhetherTheTimeOrTheAttemptEndsFir
                                std::make_unique<CommandEcuToolRoutine>(), 20000));
     EXPECT_FALSE(asked);
     EXPECT_FALSE(transport.isConnected());
+}
+
+// Nothing comes any more, so nothing is waited for.
+TEST(SocketDeliveryOfAWorkerThatDies, IsBrokenAtOnce) {
+    TcpPeer peer;
+    TestTransport transport{peer.port(), [](IExternalCommand&, auto&) -> bool {
+                                throw std::runtime_error("not foreseen");
+                            }};
+    peer.accept();
+    std::future<Delivery> sent = deliverOnThread(transport, 60000);
+    const Stopwatch watch;
+    peer.expectRecord();
+
+    peer.send(tcp::record(8, 5, word(3)));
+
+    EXPECT_EQ(Delivery::broken, sent.get());
+    EXPECT_LT(watch.ms(), 30000u);
 }
 
 TEST(SocketDeliveryBehindAHandler, WasNotBegun) {

@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
 
 #include <new>
+#include <utility>
 
 #include "SocketTransportSupport.h"
+#include "transport/ConnInstance.h"
 
 namespace {
 
@@ -302,6 +304,50 @@ TEST_F(SocketTransportReceiving, RunningOutOfMemoryOutsideAHandlerReplacesTheCon
     peer.accept();
     peer.send(request(16));
     EXPECT_EQ(pingAnswer(16, 1), peer.expectRecord().bytes());
+}
+
+TEST_F(SocketTransportReceiving, WhatCameBeforeAnAbsurdLengthIsAcknowledgedBeforeTheEnd) {
+    connect();
+
+    peer.send(pushedValue(1) + pushedValue(2) + word(6) + word(3) + word(0xFFFFFFF0));
+
+    EXPECT_EQ(pingAnswer(1, 1), peer.expectRecord().bytes());
+    EXPECT_EQ(pingAnswer(2, 1), peer.expectRecord().bytes());
+    EXPECT_TRUE(peer.seesTheEndWithin(3000));
+}
+
+TEST_F(SocketTransportReceiving, TheConnectionAfterOneThatMemoryRanOutForHearsOnlyOfItsOwn) {
+    connect([&](IExternalCommand& command, Replyer&) -> bool {
+        if (static_cast<const ExternalCommand&>(command).requestId() == 2) throw std::bad_alloc();
+        return true;
+    });
+
+    peer.send(pushedValue(1) + pushedValue(2));
+
+    ASSERT_TRUE(peer.seesTheEndWithin(3000));
+    peer.accept();
+    peer.send(request(16));
+    EXPECT_EQ(pingAnswer(16, 1), peer.expectRecord().bytes());
+}
+
+// A handler that shows a message box has the socket's notifications dispatched.
+TEST_F(SocketTransportReceiving, AFloodBehindAHandlerReplacesTheConnection) {
+    const std::string flood(ReceiveBuffer::maxBytes + 1, 'x');
+    bool first = true;
+    connect([&](IExternalCommand&, Replyer&) {
+        class Any final : public ConnInstance {};
+        Any any;
+        if (std::exchange(first, false)) transport->onData(any, flood);
+        return true;
+    });
+
+    peer.send(request(17));
+
+    EXPECT_EQ(pingAnswer(17, 1), peer.expectRecord().bytes());
+    ASSERT_TRUE(peer.seesTheEndWithin(3000));
+    peer.accept();
+    peer.send(request(18));
+    EXPECT_EQ(pingAnswer(18, 1), peer.expectRecord().bytes());
 }
 
 TEST_F(SocketTransportReceiving, APingThatThereIsNoMemoryForIsNoSuccessOfItsRequest) {

@@ -209,4 +209,35 @@ TEST_F(SocketTransport, ABurstOfSendsThatDoNotWaitKeepsItsOrder) {
         EXPECT_EQ(word(routine), peer.expectRecord().payload);
 }
 
+TEST_F(SocketTransport, TenSendsThatDoNotWaitFindRoomWhileTheWorkerIsBusy) {
+    Gate handlerMayEnd;
+    TcpPeer otherPeer;
+    TestTransport busy(otherPeer.port(),
+                       [&](IExternalCommand&, auto&) { return handlerMayEnd.passWithin(20000); });
+    otherPeer.accept();
+    otherPeer.send(record(8, 1, word(3)));
+    ASSERT_EQ(1u, busy.seen(1).size());
+
+    for (std::uint32_t routine = 0; routine < 10; ++routine)
+        busy.send(std::make_unique<CommandEcuToolRoutine>(protocol::EcuToolRoutine{routine}), 0);
+    handlerMayEnd.open();
+
+    EXPECT_EQ(pingAnswer(1, 1), otherPeer.expectRecord().bytes());
+    for (std::uint32_t routine = 0; routine < 10; ++routine)
+        EXPECT_EQ(word(routine), otherPeer.expectRecord().payload);
+}
+
+TEST_F(SocketTransport, ASendThatDoesNotWaitLeavesNoResultBehind) {
+    auto command = std::make_unique<CommandShutdown>();
+    const std::uint32_t id = command->requestId();
+    transport.send(std::move(command), 0);
+    EXPECT_EQ(id, peer.expectRecord().requestId);
+
+    peer.send(pingAnswer(id, 1));
+
+    EXPECT_TRUE(exchangeWorks(transport, peer));  // so the answer has been looked at
+    CmdResult left;
+    EXPECT_FALSE(resultQueueOfThisThread().pop(left, 0));
+}
+
 }  // namespace
