@@ -20,7 +20,8 @@ LONG_FUNCTIONS = {
     ("tests/unit/agent/AgentHandlersTest.cpp", "rows"): "a table, a row per operation",
 }
 FUNCTION_FOLDERS = {"src", "simulator", "tools", "bench", "tests"}
-SKIPPED_FOLDERS = {".git", "build", "out", "__pycache__"}
+# A corpus holds inputs of the fuzzers: any bytes, some of which look like text.
+SKIPPED_FOLDERS = {".git", "build", "out", "__pycache__", "corpus"}
 
 # Which folders of src/ a folder may include, apart from itself: one way only.
 ALLOWED_INCLUDES = {
