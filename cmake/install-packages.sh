@@ -1,6 +1,6 @@
 #!/bin/bash
-# Installs the Debian packages that building (build), packing (package), testing (test) or measuring
-# (bench) needs.
+# Installs the Debian packages that building (build), packing (package), testing (test), measuring
+# (bench) or counting lines (coverage) needs.
 # usage: cmake/install-packages.sh GROUP...
 # Safe to repeat: when nothing is missing it needs neither root nor network.
 set -u
@@ -18,6 +18,7 @@ testPackages=("${packagePackages[@]}" googletest g++ g++-multilib clang libclang
     libmono-system-runtime-serialization4.0-cil libmono-system-xml-linq4.0-cil mypy curl python3-venv
     prometheus mosquitto mosquitto-clients)
 benchPackages=("${buildPackages[@]}")
+coveragePackages=("${testPackages[@]}" gcovr)
 
 packages=()
 for group in "$@"; do
@@ -26,10 +27,11 @@ for group in "$@"; do
         package) packages+=("${packagePackages[@]}") ;;
         test) packages+=("${testPackages[@]}") ;;
         bench) packages+=("${benchPackages[@]}") ;;
-        *) die "unknown group '$group' (known: build, package, test, bench)" ;;
+        coverage) packages+=("${coveragePackages[@]}") ;;
+        *) die "unknown group '$group' (known: build, package, test, bench, coverage)" ;;
     esac
 done
-[ ${#packages[@]} -gt 0 ] || die "usage: install-packages.sh build|package|test|bench ..."
+[ ${#packages[@]} -gt 0 ] || die "usage: install-packages.sh build|package|test|bench|coverage ..."
 
 missingPackages() {
     local installed name

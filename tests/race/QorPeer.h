@@ -7,7 +7,7 @@
 #include <thread>
 #include <vector>
 
-#include "platform/Link.h"
+#include "Link.h"
 #include "protocol/Commands.h"
 
 /// QOR at the other end of a link, on a thread of its own: acknowledges and answers everything,

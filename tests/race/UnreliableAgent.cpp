@@ -47,7 +47,8 @@ int noteAndLook(Channel& channel) {
     channel.values.beginAnew();
     common::sleepMs(0);
     const auto registered = channel.streams.all();
-    for (const auto& entry : registered) channel.streams.notePreparation(entry.first, true, 0);
+    for (const auto& entry : registered)
+        channel.streams.notePreparation(entry.first, true, 0, entry.second.names);
     return static_cast<int>(registered.size());
 }
 

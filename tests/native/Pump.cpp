@@ -1,0 +1,6 @@
+#include "common/Pump.h"
+
+// There are no window messages.
+void common::pumpCopyData() {}
+
+void common::pumpOneMessage() {}
