@@ -263,6 +263,20 @@ class Watching(SharedServer):
         self.panel.says(".actuator", "QOR refused the request.")
         self.assertEqual("false", self.panel.run("document.querySelector('.hold').ariaPressed"))
 
+    def test_what_is_suggested_later_moves_no_button(self):
+        self.panel.type("#drive-name", "IdleSpeedTarget")
+        self.panel.browser.strike("Enter")
+        self.panel.wait("!!document.querySelector('.hold')")
+        before, chips, after = self.panel.run("""(() => {
+            const top = () => document.querySelector(".hold").getBoundingClientRect().top;
+            const suggest = (...names) => Panel.tell("names", names.map((name) => ({...Panel.names.of(name), group: "Actuator"})));
+            suggest();
+            const before = top();
+            suggest("One", "Another");
+            return [before, [...document.querySelectorAll("#drive-suggested .chip")].map((e) => e.innerText), top()];
+        })()""")
+        self.assertEqual((["One", "Another"], before), (chips, after))
+
     def test_each_unit_has_a_chart(self):
         for name in ("EngineSpeed", "EngineLoad", "ThrottlePosition"):
             self.panel.watch(name)

@@ -46,9 +46,16 @@ class ServePage(unittest.TestCase):
         command = [*stations.program_of(program_folder), "serve", str(cls.station.settings), "--stdio",
                    "--trace", str(cls.station.folder / "trace.log")]
         asked = json.dumps({"jsonrpc": "2.0", "id": 1, "method": "rpc.discover"}) + "\n"
-        told = subprocess.run(command, input=asked, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
-                              timeout=200, check=True).stdout.splitlines()
-        answers = [line for line in map(json.loads, told) if line.get("id") == 1]
+        # Not a pipe: the desktop's process that a first window starts would keep it open for as long
+        # as any program of the prefix has a window.
+        with open(cls.station.folder / "errors", "w+b") as errors:
+            ended = subprocess.run(command, input=asked, stdout=subprocess.PIPE, stderr=errors, text=True,
+                                   timeout=200, check=False)
+            errors.seek(0)
+            told = errors.read().decode(errors="replace")
+        if ended.returncode:
+            raise AssertionError(f"the server ended with exit code {ended.returncode}: {told}")
+        answers = [line for line in map(json.loads, ended.stdout.splitlines()) if line.get("id") == 1]
         cls.methods = {method["name"]: method for method in answers[0]["result"]["methods"]}
 
     @classmethod

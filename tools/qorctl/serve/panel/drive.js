@@ -148,12 +148,13 @@ Panel.drive = (() => {
 
     const releaseAll = (why, isLast = false) => cards.forEach(({ actuator }) => actuator.release(why, isLast));
 
-    /// What the list of names calls an actuator.
+    /// What the list of names calls an actuator. Below the cards: names may come late, and a button that is
+    /// about to be held must not move away.
     const suggest = () => {
         const offered = suggested.filter((name) => !cards.has(name)).slice(0, 12);
         byId("drive-suggested")?.remove();
         if (offered.length === 0) return;
-        byId("drive-add").after(el("p", { id: "drive-suggested", class: "chips" }, ...offered.map((name) =>
+        byId("actuators").after(el("p", { id: "drive-suggested", class: "chips" }, ...offered.map((name) =>
             el("button", { type: "button", class: "chip", "aria-label": `Add ${name}`, onclick: () => add(name) }, name))));
     };
     let suggested = [];
