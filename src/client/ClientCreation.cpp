@@ -12,6 +12,7 @@
 #include "client/MySocketCommandFactory.h"
 #include "client/ProcessStarter.h"
 #include "framework/Application.h"
+#include "qorcontrol/Lock.h"
 
 namespace {
 
@@ -25,7 +26,10 @@ bool isReadableFile(const std::string& path) {
            _access(path.c_str(), readPermission) == 0;
 }
 
+/// The state is the module's, and agents of several facades may come here at once.
 void prepareFramework(bool asOwnApplication) {
+    static common::Lock lock;
+    const common::LockGuard guard(lock);
     const HINSTANCE process = GetModuleHandleA(nullptr);
     if (asOwnApplication) {
         if (!AfxWinInit(process, nullptr, GetCommandLineA(), 0))
