@@ -15,6 +15,11 @@ Listeners& all() {
     return listeners;
 }
 
+std::shared_ptr<Link> takeWaiting(const std::string& name) {
+    const std::lock_guard<std::mutex> guard(all().mutex);
+    return std::move(all().waiting.at(name));
+}
+
 }  // namespace
 
 void listen(const std::string& name) {
@@ -23,13 +28,15 @@ void listen(const std::string& name) {
 }
 
 void stopListening(const std::string& name) {
+    if (const auto refused = takeWaiting(name)) refused->toLibrary.close();
     const std::lock_guard<std::mutex> guard(all().mutex);
     all().waiting.erase(name);
 }
 
 std::shared_ptr<Link> accept(const std::string& name) {
-    const std::lock_guard<std::mutex> guard(all().mutex);
-    return std::move(all().waiting.at(name));
+    const auto accepted = takeWaiting(name);
+    if (accepted) accepted->toLibrary.accept();
+    return accepted;
 }
 
 std::shared_ptr<Link> connect(const std::string& name) {

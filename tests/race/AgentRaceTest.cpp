@@ -1,4 +1,4 @@
-// The library with its true agent, client and TCP worker before a faked QOR, and a host that calls
+// The library with its true agent, client and transports before a faked QOR, and a host that calls
 // everything at once.
 #include <gtest/gtest.h>
 
@@ -11,6 +11,7 @@
 #include "facade/QorControlFacade.h"
 #include "QorPeer.h"
 #include "support/FakeMonitor.h"
+#include "Way.h"
 
 namespace {
 
@@ -18,7 +19,8 @@ using Values = std::vector<double>;
 using ParamQueue = ThreadSafeQueue<std::vector<QorControlFacade::ParamValue>>;
 using DtcQueue = ThreadSafeQueue<std::vector<QorControlFacade::DtcDescription>>;
 
-const char* const qorName = "/qor";
+const char* const qorName = "qor";
+const char* const otherName = "guest qor";
 constexpr unsigned int patienceMs = 2000;
 constexpr unsigned int periodMs = 20;
 
@@ -34,7 +36,7 @@ bool awaitAgent(const QorControlFacade& facade) {
     return false;
 }
 
-class AgentRace : public ::testing::Test {
+class AgentRace : public ::testing::TestWithParam<Way> {
 protected:
     bool connects() {
         FakeMonitor monitor;
@@ -42,8 +44,10 @@ protected:
                monitor.reports.empty();
     }
 
-    QorPeer qor{qorName};
-    QorControlFacade facade{qorName, nullptr, periodMs, ""};
+    std::string settings(const char* name) const { return settingsFor(GetParam(), name); }
+
+    QorPeer qor{makeEnd(GetParam(), qorName)};
+    QorControlFacade facade{settings(qorName), nullptr, periodMs, ""};
     std::atomic<bool> enough{false};
 };
 
@@ -62,7 +66,7 @@ void streamParams(const QorControlFacade& facade, int thread, std::atomic<int>& 
     awaitAgent(facade);  // it may have been about to fill the queue
 }
 
-TEST_F(AgentRace, FourThreadsStreamTheSameValuesIntoQueuesOfTheirOwn) {
+TEST_P(AgentRace, FourThreadsStreamTheSameValuesIntoQueuesOfTheirOwn) {
     ASSERT_TRUE(awaitAgent(facade));
     ASSERT_TRUE(connects());
     std::atomic<int> batches{0};
@@ -87,7 +91,7 @@ bool areAllTheSame(const Values& values) {
     return true;
 }
 
-TEST_F(AgentRace, ValuesThatAreReadWrittenAndStreamedAtOnceAreNeverPiecesOfTwo) {
+TEST_P(AgentRace, ValuesThatAreReadWrittenAndStreamedAtOnceAreNeverPiecesOfTwo) {
     ASSERT_TRUE(awaitAgent(facade));
     ASSERT_TRUE(connects());
     ParamQueue streamed(4);
@@ -150,7 +154,7 @@ void callTheRest(QorControlFacade& facade, DtcQueue& dtcs, int round) {
     facade.stopDtcRead();
 }
 
-TEST_F(AgentRace, EveryOperationRunsBesideEveryOtherAndBesideAShutdown) {
+TEST_P(AgentRace, EveryOperationRunsBesideEveryOtherAndBesideAShutdown) {
     ASSERT_TRUE(awaitAgent(facade));
     // An agent that a slow machine makes the shutdown let go may use them to the end.
     static DtcQueue dtcs[3] = {DtcQueue(2), DtcQueue(2), DtcQueue(2)};
@@ -178,7 +182,7 @@ TEST_F(AgentRace, EveryOperationRunsBesideEveryOtherAndBesideAShutdown) {
     enough = true;
 }
 
-TEST_F(AgentRace, TheConnectionBreaksAgainAndAgainWhileHostsCall) {
+TEST_P(AgentRace, TheConnectionBreaksAgainAndAgainWhileHostsCall) {
     ASSERT_TRUE(awaitAgent(facade));
     std::atomic<int> good{0};
     Crowd crowd;
@@ -197,9 +201,9 @@ TEST_F(AgentRace, TheConnectionBreaksAgainAndAgainWhileHostsCall) {
     EXPECT_GE(good, 20);
 }
 
-TEST_F(AgentRace, TwoFacadesOfOneProcessShareTheirTables) {
-    QorPeer otherQor("/other qor");
-    QorControlFacade other("/other qor", nullptr, periodMs, "");
+TEST_P(AgentRace, TwoFacadesOfOneProcessShareTheirTables) {
+    QorPeer otherQor(makeEnd(GetParam(), otherName));
+    QorControlFacade other(settings(otherName), nullptr, periodMs, "");
     ASSERT_TRUE(awaitAgent(facade));
     ASSERT_TRUE(awaitAgent(other));
     std::atomic<int> good{0};
@@ -213,10 +217,10 @@ TEST_F(AgentRace, TwoFacadesOfOneProcessShareTheirTables) {
     EXPECT_EQ(good, 160);
 }
 
-TEST_F(AgentRace, AnAgentThatWasLetGoEndsByItselfBesideTheNextFacade) {
+TEST_P(AgentRace, AnAgentThatWasLetGoEndsByItselfBesideTheNextFacade) {
     static FakeMonitor monitor;  // such an agent may use it to the end
     facade.shutdown();
-    auto stuck = std::make_unique<QorControlFacade>(qorName, nullptr, periodMs, "");
+    auto stuck = std::make_unique<QorControlFacade>(settings(qorName), nullptr, periodMs, "");
     ASSERT_TRUE(awaitAgent(*stuck));
     qor.holdResults(true);
     Crowd crowd;
@@ -225,8 +229,8 @@ TEST_F(AgentRace, AnAgentThatWasLetGoEndsByItselfBesideTheNextFacade) {
     });
     while (monitor.polls == 0) common::sleepMs(1);
     std::thread ending([&] { stuck->shutdown(); });
-    QorPeer otherQor("/other qor");
-    QorControlFacade next("/other qor", nullptr, periodMs, "");
+    QorPeer otherQor(makeEnd(GetParam(), otherName));
+    QorControlFacade next(settings(otherName), nullptr, periodMs, "");
     EXPECT_TRUE(awaitAgent(next));
     ending.join();
     crowd.join();
@@ -236,5 +240,9 @@ TEST_F(AgentRace, AnAgentThatWasLetGoEndsByItselfBesideTheNextFacade) {
     for (int i = 0; i < 10000 && qor.isConnected(); ++i) next.pingQor(1);
     EXPECT_FALSE(qor.isConnected());
 }
+
+INSTANTIATE_TEST_SUITE_P(Over, AgentRace,
+                         ::testing::Values(Way::tcp, Way::windows, Way::interruptedWindows),
+                         ::testing::PrintToStringParamName());
 
 }  // namespace

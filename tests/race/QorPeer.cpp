@@ -3,6 +3,7 @@
 #include <functional>
 
 #include "common/Clock.h"
+#include "LinkEnd.h"
 #include "protocol/RecordStream.h"
 
 namespace {
@@ -32,46 +33,48 @@ std::int32_t indexOf(const std::string& name) {
 
 }  // namespace
 
-QorPeer::QorPeer(std::string name)
-    : name_(std::move(name)),
+QorPeer::QorPeer(std::string name) : QorPeer(std::make_unique<LinkEnd>(std::move(name))) {}
+
+QorPeer::QorPeer(std::unique_ptr<QorEnd> end)
+    : end_(std::move(end)),
       prototypes_(make<CommandPing, CommandStartEdit, CommandKwpConnect, CommandGetParamInfo,
                        CommandShutdown, CommandSetParamList, CommandDirectCtrl,
                        CommandEcuToolRoutine, CommandGetDTC, CommandRedirectUI, CommandStaticParam,
                        CommandEcuSegment, CommandExecKwp, CommandCanBusConnect, CommandCanBusData,
                        CommandReadTogether, CommandCanBusSend>()) {
-    links::listen(name_);
     thread_ = std::thread([this] { run(); });
 }
 
 QorPeer::~QorPeer() {
     ending_ = true;
     thread_.join();
-    links::stopListening(name_);
 }
 
 void QorPeer::run() {
     while (!ending_) {
-        if (!link_ && (link_ = links::accept(name_))) ++connections_;
-        if (link_) talk();
-        connected_ = link_ != nullptr;
+        if (!connected_ && end_->accept()) {
+            ++connections_;
+            connected_ = true;
+        }
+        if (connected_) talk();
         common::sleepMs(1);
     }
-    if (link_) link_->toLibrary.close();
+    if (connected_) end_->hangUp();
 }
 
 void QorPeer::talk() {
     takeRecords();
     stream();
-    if (hangUp_.exchange(false)) link_->toLibrary.close();
-    if (!link_->toQor.isClosed() && !link_->toLibrary.isClosed()) return;
-    link_ = nullptr;
+    if (hangUp_.exchange(false)) end_->hangUp();
+    if (end_->isOpen()) return;
+    connected_ = false;
     unparsed_.clear();
     subscribed_.clear();
     connecting_ = false;
 }
 
 void QorPeer::takeRecords() {
-    unparsed_ += link_->toQor.takeAll();
+    unparsed_ += end_->receive();
     for (;;) {
         const auto framed = protocol::recordAt(unparsed_, 0);
         if (framed.state != protocol::StreamState::complete) return;
@@ -171,5 +174,5 @@ void QorPeer::reply(ExternalCommand& answer, std::uint32_t requestId) {
 void QorPeer::send(const IExternalCommand& command) {
     std::string bytes;
     command.write(bytes);
-    link_->toLibrary.append(bytes);
+    end_->send(bytes);
 }

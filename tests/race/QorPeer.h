@@ -7,16 +7,17 @@
 #include <thread>
 #include <vector>
 
-#include "Link.h"
 #include "protocol/Commands.h"
+#include "QorEnd.h"
 
-/// QOR at the other end of a link, on a thread of its own: acknowledges and answers everything,
-/// sends the subscribed values without pause and now and then a question for the operator. All
-/// numbers of one answer are the same, and each answer has another: a host that sees two different
-/// ones in a record has got pieces of two answers.
+/// QOR at the other end of a transport, on a thread of its own: acknowledges and answers
+/// everything, sends the subscribed values without pause and now and then a question for the
+/// operator. All numbers of one answer are the same, and each answer has another: a host that sees
+/// two different ones in a record has got pieces of two answers.
 class QorPeer {
 public:
-    /// Listens under this name, at once.
+    explicit QorPeer(std::unique_ptr<QorEnd> end);
+    /// At the end of a link: it listens under this name, at once.
     explicit QorPeer(std::string name);
     ~QorPeer();
     QorPeer(const QorPeer&) = delete;
@@ -47,9 +48,8 @@ private:
     void reply(ExternalCommand& answer, std::uint32_t requestId);
     void send(const IExternalCommand& command);
 
-    const std::string name_;
+    const std::unique_ptr<QorEnd> end_;
     const std::vector<std::unique_ptr<ExternalCommand>> prototypes_;
-    std::shared_ptr<Link> link_;
     std::string unparsed_;
     std::vector<std::uint32_t> subscribed_;
     bool connecting_ = false;  // from the first connect on

@@ -8,10 +8,11 @@
 #include "Crowd.h"
 #include "QorPeer.h"
 #include "transport/ClientSocketCommandFactory.h"
+#include "Way.h"
 
 namespace {
 
-const char* const qorName = "/qor of the worker";
+const char* const qorName = "qor of the worker";
 
 /// Fails in a way that nobody expects, with the first record that QOR sends.
 class FailingReceiver final : public ICommandReceiver {
@@ -30,10 +31,10 @@ private:
 };
 
 TEST(WorkerRace, SendersOutliveAWorkerThatAHandlerHasEnded) {
-    const QorPeer qor(qorName);
+    const QorPeer qor(makeEnd(Way::tcp, qorName));
     for (int round = 0; round < 5; ++round) {
         FailingReceiver receiver;
-        ClientSocketCommandFactory transport(qorName, 0, receiver);
+        ClientSocketCommandFactory transport(qorName, qorPort, receiver);
         transport.start();
         Crowd crowd;
         crowd.add(4, [&](int) {
