@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <deque>
 #include <string>
 #include <vector>
 
@@ -199,6 +200,54 @@ TEST_P(AgentRace, TheConnectionBreaksAgainAndAgainWhileHostsCall) {
     crowd.join();
     EXPECT_GE(qor.connections(), before + 20);
     EXPECT_GE(good, 20);
+}
+
+TEST_P(AgentRace, StreamsComeBackEachTimeQorHasGone) {
+    ASSERT_TRUE(awaitAgent(facade));
+    ASSERT_TRUE(connects());
+    ParamQueue queues[3] = {ParamQueue(4), ParamQueue(4), ParamQueue(4)};
+    std::atomic<int> batches{0};
+    for (ParamQueue& queue : queues) facade.startParamRead(&queue, {"Speed", "Torque"});
+    Crowd crowd;
+    crowd.add(3, [&](int thread) {
+        std::vector<QorControlFacade::ParamValue> batch;
+        while (!enough) batches += queues[thread].pop(batch, 5) ? 1 : 0;
+    });
+    for (int round = 0; round < 5; ++round) {
+        const int before = batches;
+        for (int i = 0; i < 10000 && batches < before + 6; ++i) common::sleepMs(1);
+        EXPECT_GE(batches, before + 6) << round;
+        const int connections = qor.connections();
+        qor.hangUp();
+        for (int i = 0; i < 10000 && qor.connections() == connections; ++i) common::sleepMs(1);
+    }
+    enough = true;
+    crowd.join();
+    facade.shutdown();
+}
+
+TEST_P(AgentRace, ConnectsAreCancelledAtEachMomentWhileOthersCall) {
+    ASSERT_TRUE(awaitAgent(facade));
+    // An agent that a slow machine makes the shutdown let go may use them to the end.
+    static std::deque<FakeMonitor> monitors;
+    qor.holdResults(true);
+    Crowd crowd;
+    crowd.add(2, [&](int) {
+        Values values;
+        while (!enough) facade.getParamData("Speed", values, 5);
+    });
+    for (int patience = 0; patience < 12; ++patience) {
+        FakeMonitor& monitor = monitors.emplace_back();
+        Crowd user;
+        user.add(1, [&](int) {
+            while (monitor.polls < patience) common::sleepMs(0);
+            monitor.cancelled = true;
+        });
+        EXPECT_FALSE(facade.connect(ecu(), QorControlFacade::EcuConnect::Default, &monitor));
+    }
+    enough = true;
+    crowd.join();
+    facade.shutdown();
 }
 
 TEST_P(AgentRace, TwoFacadesOfOneProcessShareTheirTables) {
