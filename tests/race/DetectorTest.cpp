@@ -11,6 +11,7 @@
 #include "Desktop.h"
 #include "framework/AsyncSocket.h"
 #include "QorPeer.h"
+#include "QuietAccepter.h"
 #include "QuietReceiver.h"
 #include "transport/ClientConnInstance.h"
 #include "transport/ExternalCommandFactory.h"
@@ -19,15 +20,6 @@
 namespace {
 
 const char* const qorName = "qor of the detector";
-
-/// Takes whatever there is to hear of a connection.
-class NoAccepter final : public ConnectionDataAccepter {
-public:
-    void onConnected(ConnInstance&) override {}
-    void onData(ConnInstance&, const std::string&) override {}
-    void onClosed(ConnInstance&) override {}
-    bool isStopping() const override { return false; }
-};
 
 class Detector : public ::testing::Test {
 protected:
@@ -78,7 +70,7 @@ TEST_F(DetectorDeathTest, AMemberOfTheWindowTransportThatTwoThreadsUseIsReported
 [[noreturn]] void askAConnectionOnAForeignThread() {
     {
         const QorPeer qor(makeEnd(Way::tcp, qorName));
-        NoAccepter accepter;
+        QuietAccepter accepter;
         AfxSocketInit();
         ClientConnInstance connection(qorName, qorPort, accepter);
         std::atomic<int> errors{0};

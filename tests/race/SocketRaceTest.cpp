@@ -8,10 +8,14 @@
 #include "common/Clock.h"
 #include "Crowd.h"
 #include "Desktop.h"
+#include "framework/AsyncSocket.h"
 #include "Link.h"
 #include "protocol/RecordStream.h"
+#include "QuietAccepter.h"
 #include "QuietReceiver.h"
+#include "transport/ClientConnInstance.h"
 #include "transport/ClientSocketCommandFactory.h"
+#include "transport/SocketPump.h"
 #include "Way.h"
 
 namespace {
@@ -130,6 +134,33 @@ TEST_F(SocketRace, WhatAQorDoesNotReadForAWhileAllComesLater) {
     EXPECT_GE(left, 40);
     EXPECT_EQ(recordsIn(bytes), left + 1);
     EXPECT_TRUE(transport.stop());
+}
+
+TEST_F(SocketRace, BytesThatManyThreadsHandOverAllLeaveWhole) {
+    constexpr int records = 300;
+    std::string record;
+    longCommand()->write(record);
+    QuietAccepter accepter;
+    AfxSocketInit();
+    {
+        ClientConnInstance connection(host, qorPort, accepter);
+        std::shared_ptr<Link> qor;
+        senders.add(1, [&](int) { qor = listener.accept(); });
+        ASSERT_TRUE(connection.ensureConnected(10000));
+        senders.join();
+        senders.add(3, [&](int) {
+            for (int i = 0; i < records / 3; ++i) connection.send(record);
+        });
+        std::string bytes;
+        for (int i = 0; i < 10000 && recordsIn(bytes) < records; ++i) {
+            pumpSocketNotifications(nullptr);
+            connection.send("");  // what other threads handed over leaves with it
+            bytes += qor->toQor.takeAll();
+        }
+        EXPECT_EQ(recordsIn(bytes), records);
+        senders.join();
+    }
+    AfxSocketTerm();
 }
 
 TEST_F(SocketRace, AQorThatHangsUpWhileConnectsAreUnderWayIsFoundAgain) {

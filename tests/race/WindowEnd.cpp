@@ -25,7 +25,9 @@ bool WindowEnd::accept() {
         window_ = CreateWindowExA(0, className, name_.c_str(), 0, 0, 0, 0, 0, nullptr, nullptr,
                                   nullptr, this);
     client_ = FindWindowA(nullptr, clientTitle_.c_str());
-    return isOpen();
+    if (isOpen()) return true;
+    receive();  // of others, who need no answer
+    return false;
 }
 
 bool WindowEnd::isOpen() {

@@ -20,8 +20,7 @@ constexpr unsigned int timeoutMs = 2000;
 
 TEST(WindowRace, TransportsOfManyThreadsComeAndGoBesideOneAnother) {
     const QorPeer qor(makeEnd(Way::windows, qorName));
-    QuietReceiver first;
-    const ExternalCommandFactory known(desktop::clientTitleOf(qorName), qorName, first);
+    while (FindWindowA(nullptr, qorName) == nullptr) common::sleepMs(1);
     std::atomic<int> taken{0};
     Crowd crowd;
     crowd.add(4, [&](int thread) {
