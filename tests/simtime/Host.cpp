@@ -79,7 +79,10 @@ void Host::checkMade(const char* name, Ms made, Ms begin, bool mayBeCached) {
     if (made > station_.machine().now()) station_.complain(name, "a value from the future");
     if (lastOutcome().mayBelongToEarlier) return;
     const Ms oldest = mayBeCached && station_.hasCache() ? station_.oldestCachedMs() : 0;
-    if (made + oldest < begin)
+    if (made + oldest >= begin) return;
+    if (station_.qor().hasToldTwiceAt(made))
+        station_.noteTakenForNext();
+    else
         station_.complain(
             name, "a value of " + std::to_string(made) + " for a call of " + std::to_string(begin));
 }
@@ -263,7 +266,8 @@ void Host::sendKwp() {
     const bool succeeded =
         station_.call("kwp", ms * 2, [&] { return station_.facade().sendKwpCommand(kwp, ms); });
     if (!judge("kwp", succeeded) || lastOutcome().mayBelongToEarlier) return;
-    if (kwp.data != "R" + mark) station_.complain("kwp", "the answer to another: " + kwp.data);
+    if (kwp.data == "R" + mark) return;
+    complainOfAnother("kwp", std::strtoull(kwp.data.erase(0, 1).c_str(), nullptr, 10));
 }
 
 void Host::readCan() {
@@ -273,9 +277,17 @@ void Host::readCan() {
     const bool succeeded = station_.call(
         "can values", ms * 2, [&] { return station_.facade().getCanBusData(frames, ms); });
     if (!judge("can values", succeeded) || lastOutcome().mayBelongToEarlier) return;
-    if (frames.items.size() != 1 || frames.items[0].canId != mark ||
-        frames.items[0].value != static_cast<int>(mark ^ 0x5A5Au))
-        station_.complain("can values", "the answer to another");
+    if (frames.items.size() != 1 ||
+        frames.items[0].value != static_cast<int>(frames.items[0].canId ^ 0x5A5Au))
+        return station_.complain("can values", "none of QOR's");
+    if (frames.items[0].canId != mark) complainOfAnother("can values", frames.items[0].canId);
+}
+
+void Host::complainOfAnother(const char* name, std::uint64_t mark) {
+    if (station_.qor().hasToldTwice(mark))
+        station_.noteTakenForNext();
+    else
+        station_.complain(name, "the answer to another: " + std::to_string(mark));
 }
 
 void Host::sendCan() {

@@ -54,6 +54,7 @@ private:
     void checkValue(const char* name, double value, unsigned int param, Ms begin, bool mayBeCached);
     void checkMade(const char* name, Ms made, Ms begin, bool mayBeCached);
     void checkMark(const char* name, bool succeeded, std::uint64_t mark);
+    void complainOfAnother(const char* name, std::uint64_t mark);
 
     Station& station_;
     const unsigned int number_;

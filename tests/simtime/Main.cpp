@@ -51,17 +51,20 @@ int main(int count, char** texts) {
         sum.simulatedMs += report.simulatedMs;
         sum.calls += report.calls;
         sum.faults += report.faults;
+        sum.takenForNext += report.takenForNext;
         sum.wraps += report.wraps;
         sum.findingCount += report.findingCount;
     }
     const double seconds = std::chrono::duration<double>(Clock::now() - begin).count();
     std::printf(
-        "%llu seeds: %.2f years, %llu calls, %llu faults, %u wraps, %.0f s, factor %.0f, "
+        "%llu seeds: %.2f years, %llu calls, %llu faults, %llu copies taken for the next answer, "
+        "%u wraps, %.0f s, factor %.0f, "
         "%llu findings\n",
         static_cast<unsigned long long>(arguments.seeds),
         static_cast<double>(sum.simulatedMs) / msPerDay / 365.25,
         static_cast<unsigned long long>(sum.calls), static_cast<unsigned long long>(sum.faults),
-        sum.wraps, seconds, static_cast<double>(sum.simulatedMs) / 1000 / seconds,
+        static_cast<unsigned long long>(sum.takenForNext), sum.wraps, seconds,
+        static_cast<double>(sum.simulatedMs) / 1000 / seconds,
         static_cast<unsigned long long>(sum.findingCount));
     return sum.findingCount == 0 ? 0 : 1;
 }

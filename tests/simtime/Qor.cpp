@@ -15,6 +15,8 @@ constexpr std::int32_t result = -12;
 constexpr double succeeded = -1;
 constexpr double failed = -2;
 constexpr std::uint32_t indicesPerEpoch = 100;
+/// No answer is on its way for longer, and no value in the cache.
+constexpr Ms remembersMs = 60000;
 
 template <class... Commands>
 std::vector<std::unique_ptr<ExternalCommand>> make() {
@@ -31,6 +33,10 @@ std::string bytesOf(const ExternalCommand& command) {
     std::string bytes;
     command.write(bytes);
     return bytes;
+}
+
+std::uint64_t markOf(const std::string& text) {
+    return std::strtoull(text.c_str(), nullptr, 10);
 }
 
 }  // namespace
@@ -211,7 +217,7 @@ void Qor::noteWrite(double value) {
 }
 
 void Qor::noteText(const std::string& text) {
-    handled_.insert(std::strtoull(text.c_str(), nullptr, 10));
+    handled_.insert(markOf(text));
 }
 
 unsigned int Qor::paramOf(std::uint32_t index, const char* what) {
@@ -328,10 +334,33 @@ void Qor::sendAnswer(ExternalCommand& data, bool hasData) {
     const bool isAcknowledged =
         (!isSilent || random.oneIn(2)) && !(isNamed && isTold && random.oneIn(2));
     const int copies = chance(mood_.twice) ? 2 : 1;
+    if (copies == 2 && isTold && !isNamed) noteToldTwice(data);
     for (int copy = 0; copy < copies; ++copy) {
         if (isAcknowledged) acknowledge(requestId, acknowledgedAfter, protocol::Ping::handled);
         if (isTold) later(toldAfter, bytes);
     }
+}
+
+void Qor::noteToldTwice(const ExternalCommand& data) {
+    const Ms now = machine().now();
+    while (!toldTwice_.empty() && toldTwice_.front().moment + remembersMs < now)
+        toldTwice_.pop_front();
+    std::uint64_t mark = 0;
+    if (const auto* kwp = dynamic_cast<const CommandExecKwp*>(&data))
+        mark = markOf(kwp->data.substr(1));
+    else if (const auto* can = dynamic_cast<const CommandCanBusData*>(&data))
+        mark = can->items.empty() ? 0 : can->items.front().canId;
+    toldTwice_.push_back({now, mark});
+}
+
+bool Qor::hasToldTwiceAt(Ms moment) const {
+    return std::any_of(toldTwice_.begin(), toldTwice_.end(),
+                       [&](const ToldTwice& told) { return told.moment == moment; });
+}
+
+bool Qor::hasToldTwice(std::uint64_t mark) const {
+    return std::any_of(toldTwice_.begin(), toldTwice_.end(),
+                       [&](const ToldTwice& told) { return told.mark == mark; });
 }
 
 void Qor::sendForeign() {

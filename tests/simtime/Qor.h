@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <map>
 #include <memory>
 #include <set>
@@ -64,6 +65,12 @@ public:
     /// Whether a request with this mark was carried out.
     bool hasHandled(std::uint64_t mark) const { return handled_.count(mark) != 0; }
     void forgetHandled() { handled_.clear(); }
+    /// @name Whether an answer went out twice without naming its request
+    /// Who asks for the same next may get the second, and nobody can tell.
+    /// @{
+    bool hasToldTwiceAt(Ms moment) const;
+    bool hasToldTwice(std::uint64_t mark) const;
+    /// @}
 
     unsigned int boxesShown() const { return boxesShown_; }
     unsigned int boxesAnswered() const { return boxesAnswered_; }
@@ -90,6 +97,7 @@ private:
     void openModel();
 
     void sendAnswer(ExternalCommand& data, bool hasData);
+    void noteToldTwice(const ExternalCommand& data);
     void sendForeign();
     void later(Ms delay, const std::string& bytes);
     void acknowledge(std::uint32_t requestId, Ms delay, std::uint32_t status);
@@ -102,6 +110,11 @@ private:
     std::int32_t indexOf(unsigned int param) const {
         return static_cast<std::int32_t>(firstIndex_ + param);
     }
+
+    struct ToldTwice {
+        Ms moment;
+        std::uint64_t mark;  // of the request, if it has one
+    };
 
     const Naming naming_;
     const unsigned int streamPeriodMs_;
@@ -119,6 +132,7 @@ private:
     bool isConnected_ = false;
     Mood mood_;
     std::set<std::uint64_t> handled_;
+    std::deque<ToldTwice> toldTwice_;  // oldest first
     unsigned int boxesShown_ = 0;
     unsigned int boxesAnswered_ = 0;
     std::uint64_t faults_ = 0;

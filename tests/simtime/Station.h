@@ -34,6 +34,7 @@ struct Report {
     std::uint64_t calls = 0;
     std::uint64_t failedCalls = 0;
     std::uint64_t faults = 0;
+    std::uint64_t takenForNext = 0;  ///< second copies of an answer that names nobody
     std::uint64_t episodes = 0;
     std::uint64_t restarts = 0;
     unsigned int wraps = 0;
@@ -93,6 +94,7 @@ public:
     }
     /// A call that failed or a value that is wrong.
     void complain(const char* name, const std::string& what);
+    void noteTakenForNext() { ++report_.takenForNext; }
     /// Fails have to be explained.
     bool mustSucceed() const { return mustSucceed_; }
     bool hasCache() const { return periodMs_ > 1; }
