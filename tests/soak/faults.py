@@ -53,9 +53,8 @@ def pieces(dice, tcp):
 
 KINDS = {"late": late, "twice": twice, "reordered": reordered, "foreign": foreign, "wrong": wrong,
          "missing": missing, "slow": slow, "closed": cut, "pieces": pieces}
-# What a QOR that does not tell whose answer it gives may not do without the reader being fooled, whoever reads; and
-# an answer that comes once more is taken for that of the next request for the same, whatever it says.
-FOOLING, ALWAYS_FOOLING = {"twice", "reordered", "foreign"}, {"twice"}
+# What a QOR that does not tell whose answer it gives may not do without the reader being fooled, whoever reads.
+FOOLING = {"twice", "reordered", "foreign"}
 
 
 def rule(kind, dice, tcp):
@@ -82,5 +81,4 @@ def script(dice, tcp, caption, wrongs):
 
 
 def may_fool(made, style):
-    fooling = FOOLING if style == "separate" else ALWAYS_FOOLING
-    return any(rule["action"]["note"] in fooling for rule in made["rules"])
+    return style == "separate" and any(rule["action"]["note"] in FOOLING for rule in made["rules"])

@@ -108,18 +108,22 @@ class FiguresOfAServer(unittest.TestCase):
         self.connect()
         names = ["EngineSpeed", "VehicleSpeed", "LambdaVoltage", "CoolantTemperature"]
         # Of what comes at once there is room for one, or for all.
+        begin = time.monotonic()
         good, tight = (self.server.call("startParamRead", events.client, names=names, slots=slots)["stream"]
                        for slots in (1000, 1))
+        alone_s = time.monotonic() - begin
         wait_until(lambda: len(self.samples(events, tight)) >= 5 and len(self.samples(events, good)) >= 20, "values")
+        begin = time.monotonic()
         for stream in (tight, good):
             self.server.call("stopParamRead", events.client, stream=stream)
+        alone_s += time.monotonic() - begin
         time.sleep(0.3)
         all_of_them, got = len(self.samples(events, good)), len(self.samples(events, tight))
         self.assertEqual(all_of_them + got, self.since("qor_stream_values_total"))
         self.assertEqual({0}, {missed for *_, missed in self.samples(events, good)})
-        # One stream lived a little longer than the other.
+        # One stream lived a little longer than the other: on a busy machine for several batches.
         more = all_of_them - got - self.since("qor_stream_values_missed_total")
-        self.assertIn(more, range(2 * len(names)))
+        self.assertIn(more, range(len(names) * (2 + int(alone_s * 1000 / REFRESH_MS))))
 
     @staticmethod
     def samples(events, stream):

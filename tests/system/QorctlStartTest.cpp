@@ -71,11 +71,10 @@ protected:
         ASSERT_NE(std::string::npos, text.find(from));
         station.folder.write("qor settings.ini", text.replace(text.find(from), from.size(), to));
     }
-    /// A watch that has begun to show values.
-    std::unique_ptr<QorctlProcess> startWatch(const std::string& forS) {
+    /// A watch that has begun to show values, and goes on until it is interrupted.
+    std::unique_ptr<QorctlProcess> startWatch() {
         station.writeSettings();
-        auto watch = std::make_unique<QorctlProcess>(
-            words("watch", {"EngineSpeed", "--for", forS, "--csv"}));
+        auto watch = std::make_unique<QorctlProcess>(words("watch", {"EngineSpeed", "--csv"}));
         EXPECT_TRUE(eventually(15000, [&] { return isWatching(); }));
         return watch;
     }
@@ -291,7 +290,7 @@ TEST_P(QorctlStart, WhatIsCommentedOutIsNotMentioned) {
 }
 
 TEST_P(QorctlStart, ASecondOneSaysWhoIsThereAndTheFirstGoesOnUnharmed) {
-    const auto watch = startWatch("8");
+    const auto watch = startWatch();
     const unsigned connects = requestsOf("KwpConnect");
 
     EXPECT_THAT(whyNotStarted(station.settingsPath),
@@ -301,6 +300,7 @@ TEST_P(QorctlStart, ASecondOneSaysWhoIsThereAndTheFirstGoesOnUnharmed) {
     EXPECT_EQ(occupied, second.exitCode) << second.err;
     EXPECT_EQ(connects, requestsOf("KwpConnect"));
 
+    watch->raise(CTRL_C_EVENT);
     const auto first = watch->wait();
     EXPECT_EQ(0, first.exitCode) << first.err;
     EXPECT_THAT(bytesOfFile(station.tracePath()),
@@ -335,7 +335,7 @@ TEST_P(QorctlStart, OfTwoThatBeginAtOnceOneWorks) {
 }
 
 TEST_P(QorctlStart, ATraceThatAnotherProgramWritesIsLeftToIt) {
-    const auto watch = startWatch("6");
+    const auto watch = startWatch();
     Station another(GetParam());
     another.writeSettings();
     const auto ended =
@@ -348,6 +348,7 @@ TEST_P(QorctlStart, ATraceThatAnotherProgramWritesIsLeftToIt) {
     EXPECT_NE(station.tracePath(), own);
     EXPECT_THAT(bytesOfFile(own), HasSubstr("QorControlFacade::QorControlFacade()"));
     EXPECT_THAT(bytesOfFile(station.tracePath()), Not(HasSubstr("~QorControlFacade()")));
+    watch->raise(CTRL_C_EVENT);
     EXPECT_EQ(0, watch->wait().exitCode);
     EXPECT_THAT(bytesOfFile(station.tracePath()), HasSubstr("~QorControlFacade()"));
 }

@@ -39,7 +39,7 @@ public:
     /// A value that is read out of the library's cache may be so much older.
     std::atomic<std::uint64_t> cacheUs{0};
     /// Whether an answer that QOR gave to an earlier request, and of which the library does not say
-    /// that it may be one, is a breach. Not where QOR answers twice without saying to what.
+    /// that it may be one, is a breach. Not where QOR does wrong and does not say whom it answers.
     std::atomic<bool> isStrict{true};
 
     bool isBusySince(std::uint64_t startUs) const { return lateness_.isBusy(startUs, nowUs()); }

@@ -16,6 +16,7 @@ struct Worker {
     unsigned confirmed = 0;  ///< the last one of which QOR has said yes
     unsigned textsWritten = 0;
     unsigned textsConfirmed = 0;
+    std::uint64_t textConfirmedUs = 0;
 };
 
 /// What an operation gets: one call of the library, and the judgement of it.

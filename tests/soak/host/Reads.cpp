@@ -154,8 +154,10 @@ bool readText(Turn& turn) {
     });
     if (!ok) return false;
     bool fits = text == name + ":0";
-    for (unsigned count = turn.worker.textsConfirmed; !fits && count <= turn.worker.textsWritten;
-         ++count)
+    // Unlike a number that is written, a text does not go into the library's cache.
+    const bool mayBeCached = turn.startUs < turn.worker.textConfirmedUs + turn.judge.cacheUs;
+    for (unsigned count = mayBeCached ? 0 : turn.worker.textsConfirmed;
+         !fits && count <= turn.worker.textsWritten; ++count)
         fits = text == name + ":" + std::to_string(count);
     const bool isOwn = text.compare(0, name.size() + 1, name + ":") == 0;
     turn.judge.expect(isOwn, turn.where, "another's text: " + text);

@@ -37,7 +37,10 @@ bool writeText(Turn& turn) {
     const bool ok = turn.make(2 * turn.timeoutMs, [&] {
         return turn.qor.setDynamicData(name, name + ":" + std::to_string(count), turn.timeoutMs);
     });
-    if (ok) worker.textsConfirmed = count;
+    if (ok) {
+        worker.textsConfirmed = count;
+        worker.textConfirmedUs = nowUs();
+    }
     return ok;
 }
 
