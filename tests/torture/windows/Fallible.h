@@ -8,6 +8,8 @@
     ROW(CreateEventA, 0, ERROR_NOT_ENOUGH_MEMORY, false)             \
     ROW(CreateProcessA, 0, ERROR_FILE_NOT_FOUND, false)              \
     ROW(DeleteFileA, 0, ERROR_ACCESS_DENIED, false)                  \
+    ROW(FlsAlloc, -1, ERROR_NOT_ENOUGH_MEMORY, false)                \
+    ROW(FlsSetValue, 0, ERROR_NOT_ENOUGH_MEMORY, false)              \
     ROW(FormatMessageA, 0, ERROR_NOT_ENOUGH_MEMORY, false)           \
     ROW(GetExitCodeThread, 0, ERROR_ACCESS_DENIED, false)            \
     ROW(GetFileAttributesA, -1, ERROR_SHARING_VIOLATION, false)      \
@@ -69,8 +71,11 @@ inline const char* const infallible[] = {
     "DispatchMessageA",
     "EnableWindow",
     "EnterCriticalSection",
+    "FlsFree",
+    "FlsGetValue",
     "FreeLibrary",
     "FreeLibraryAndExitThread",
+    "GetACP",
     "GetCommandLineA",
     "GetCurrentProcessId",
     "GetCurrentThreadId",
@@ -145,6 +150,48 @@ inline const char* const ofRunTime[] = {"GetCurrentProcess",
                                         "tolower",
                                         "vfprintf",
                                         "wcslen"};
+
+/// The same of a module that brings the run-time libraries of C++ and its threads along.
+inline const char* const ofRunTimesInside[] = {"AddVectoredExceptionHandler",
+                                               "CreateSemaphoreA",
+                                               "DuplicateHandle",
+                                               "GetCurrentThread",
+                                               "GetHandleInformation",
+                                               "GetProcessAffinityMask",
+                                               "GetThreadContext",
+                                               "GetThreadPriority",
+                                               "GetTickCount64",
+                                               "IsDebuggerPresent",
+                                               "LoadLibraryW",
+                                               "OpenProcess",
+                                               "RaiseException",
+                                               "ReleaseSemaphore",
+                                               "RemoveVectoredExceptionHandler",
+                                               "ResumeThread",
+                                               "SetProcessAffinityMask",
+                                               "SetThreadContext",
+                                               "SetThreadPriority",
+                                               "SuspendThread",
+                                               "TlsAlloc",
+                                               "TlsSetValue",
+                                               "TryEnterCriticalSection",
+                                               "WaitForMultipleObjects",
+                                               "_assert",
+                                               "_close",
+                                               "_endthreadex",
+                                               "_read",
+                                               "_setjmp3",
+                                               "_strdup",
+                                               "_ultoa",
+                                               "exit",
+                                               "fprintf",
+                                               "getenv",
+                                               "isspace",
+                                               "longjmp",
+                                               "printf",
+                                               "sprintf",
+                                               "strcmp",
+                                               "strstr"};
 
 /// Allocation is one of their imports and has a row of its own.
 inline const char* const runTimeModules[] = {"libgcc_s_dw2-1.dll", "libstdc++-6.dll"};

@@ -35,7 +35,8 @@ enum class Row : std::size_t {
     QOR_FALLIBLE(QOR_ROW)
 #undef QOR_ROW
         splitPath,  // overloaded in the header
-    allocation
+    allocation,
+    memory
 };
 
 enum class Mode { rest, record, fail };
@@ -49,6 +50,7 @@ struct Plan {
     std::map<std::pair<std::size_t, std::size_t>, unsigned int> calls;
     std::vector<Site> sites;
     std::size_t base = 0;
+    DWORD thread = 0;  // which records or fails
 };
 
 Plan& plan() {
@@ -122,6 +124,14 @@ void* newOrNot(std::size_t bytes) {
     return originalNew(bytes);
 }
 
+void* (*originalMalloc)(std::size_t) = nullptr;
+
+void* mallocOrNot(std::size_t bytes) {
+    const bool isHosts = GetCurrentThreadId() == plan().thread;
+    return isHosts && mustFail(Row::memory, __builtin_return_address(0)) ? nullptr
+                                                                         : originalMalloc(bytes);
+}
+
 using SplitPath = errno_t (*)(const char*, char*, std::size_t, char*, std::size_t, char*,
                               std::size_t, char*, std::size_t);
 SplitPath originalSplit = nullptr;
@@ -166,7 +176,8 @@ const std::vector<Replacement>& replacements() {
         QOR_FALLIBLE(QOR_ROW)
 #undef QOR_ROW
             {"_splitpath_s", asAddress(&splitOrNot), reinterpret_cast<void**>(&originalSplit)},
-        {"_Znwj", asAddress(&newOrNot), reinterpret_cast<void**>(&originalNew)}};
+        {"_Znwj", asAddress(&newOrNot), reinterpret_cast<void**>(&originalNew)},
+        {"malloc", asAddress(&mallocOrNot), reinterpret_cast<void**>(&originalMalloc)}};
     return all;
 }
 
@@ -188,6 +199,13 @@ void* hasty(const std::string& function) {
     return nullptr;
 }
 
+/// Whether memory comes from inside of the module, or else from another one: then only what is
+/// printed still asks the system for some here.
+bool bringsRunTimes(const std::vector<imports::Import>& all) {
+    return std::none_of(all.begin(), all.end(),
+                        [](const auto& each) { return each.function == "_Znwj"; });
+}
+
 void beginAnew() {
     rest();
     Plan& all = plan();
@@ -195,6 +213,7 @@ void beginAnew() {
     all.calls.clear();
     all.sites.clear();
     all.hasFailed = false;
+    all.thread = GetCurrentThreadId();
 }
 
 }  // namespace
@@ -217,9 +236,12 @@ std::string nameOf(const Site& site) {
 
 std::vector<std::string> unknownImports(const char* moduleName) {
     std::vector<std::string> unknown;
-    for (const imports::Import& each : imports::of(moduleName))
+    const std::vector<imports::Import> all = imports::of(moduleName);
+    const bool isInside = bringsRunTimes(all);
+    for (const imports::Import& each : all)
         if (find(each.function) == nullptr && !isAmong(infallible, each.function) &&
-            !isAmong(ofRunTime, each.function) && !isAmong(runTimeModules, each.module))
+            !isAmong(ofRunTime, each.function) && !isAmong(runTimeModules, each.module) &&
+            !(isInside && isAmong(ofRunTimesInside, each.function)))
             unknown.push_back(each.module + " " + each.function);
     return unknown;
 }
@@ -232,7 +254,10 @@ std::size_t tortured(const char* moduleName) {
 
 Replaced::Replaced(const char* moduleName) {
     plan().base = reinterpret_cast<std::size_t>(GetModuleHandleA(moduleName));
-    for (const imports::Import& each : imports::of(moduleName)) {
+    const std::vector<imports::Import> all = imports::of(moduleName);
+    const bool isInside = bringsRunTimes(all);
+    for (const imports::Import& each : all) {
+        if (each.function == "malloc" && !isInside) continue;
         const Replacement* const fallible = find(each.function);
         void* const address = fallible != nullptr ? fallible->address : hasty(each.function);
         if (address == nullptr) continue;

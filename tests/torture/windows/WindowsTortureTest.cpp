@@ -6,21 +6,15 @@
 
 #include <gmock/gmock.h>
 
-#include <algorithm>
 #include <cstdio>
-#include <cstdlib>
-#include <map>
 
-#include "Faults.h"
+#include "Campaign.h"
 #include "Operations.h"
 #include "qorcontrol/Outcome.h"
 #include "QorProcesses.h"
 #include "StationSettings.h"
-#include "support/HandleCensus.h"
-#include "support/ImportTable.h"
 #include "support/TempFolder.h"
 #include "Waiting.h"
-#include "Watchdog.h"
 
 namespace torture {
 namespace {
@@ -28,23 +22,6 @@ namespace {
 using qorcontrol::Cause;
 
 constexpr const char* library = "QorControlFacade.dll";
-constexpr unsigned int longestOperationMs = 60000;
-
-/// Of each operation, in place of the first one that comes to a place.
-bool isExhaustive() {
-    return std::getenv("QOR_TORTURE") != nullptr;
-}
-
-int total(const HandleCensus& census) {
-    int sum = 0;
-    for (const auto& [type, count] : census) sum += count;
-    return sum;
-}
-
-struct Case {
-    const Operation* operation;
-    Site site;
-};
 
 /// What a host is told when a start fails for this reason.
 struct Text {
@@ -74,7 +51,35 @@ const char* textOf(const Site& site, Transport transport) {
     return nullptr;
 }
 
-constexpr const char* launch = "start of QOR";
+/// A facade that works does the next operation, one whose agent has ended says why it does not.
+class FacadeTrial final : public Trial {
+public:
+    FacadeTrial(const Operation& operation, const std::string& settings, Transport transport)
+        : operation_(operation), host_(settings, "LambdaMap"), transport_(transport) {}
+
+    bool begin() { return !operation_.needsFacade || host_.start(); }
+    bool run() override { return operation_.run(host_); }
+    void expectNextWorks(const Site& failed) override {
+        const bool answers = host_.facade == nullptr || host_.awaitAnswer();
+        const qorcontrol::Outcome outcome = qorcontrol::lastOutcome();
+        const char* const words = hasFailed() ? textOf(failed, transport_) : nullptr;
+        if (words != nullptr) {
+            EXPECT_THAT(outcome.sentence, testing::HasSubstr(words));
+        }
+        if (answers) return;
+        // A key that cannot be read has its default: another port or title, where nobody is.
+        const bool wasSetting = std::string(functionOf(failed)).find("GetPrivateProfile") == 0;
+        if (wasSetting && outcome.cause == Cause::noConnection) return;
+        EXPECT_THAT(outcome.cause, testing::AnyOf(Cause::agentEnded, Cause::systemFailure));
+        EXPECT_FALSE(outcome.sentence.empty());
+        EXPECT_FALSE(outcome.check.empty());
+    }
+
+private:
+    const Operation& operation_;
+    Host host_;
+    const Transport transport_;
+};
 
 class WindowsTorture : public testing::TestWithParam<Transport> {
 protected:
@@ -85,31 +90,27 @@ protected:
         folder.write("host.cfg", "enabled=1\n");
         EXPECT_TRUE(settings.startQor(settingsPath));
         addOperations();
+        campaign.share = [](const Site& site) {
+            const bool isAllocation = functionOf(site) == std::string("_Znwj");
+            const bool isLeft = !isExhaustive() || GetParam() == Transport::tcp;
+            return isAllocation && isLeft ? Campaign::Share::none : Campaign::Share::first;
+        };
     }
     ~WindowsTorture() override { qor::killAll(); }
 
     void addOperations();
-    std::vector<Site> sitesOf(const Operation& operation);
-    void collect();
-    void play(const Case& each);
-    void playAll();
-
-private:
-    bool playOnce(const Case& each);
-    void expectNextWorks(const Host& host, const Site& failed) const;
+    std::vector<Deed> deeds() const;
 
     TempFolder folder;
     StationSettings settings{GetParam(), folder.path()};
     const std::string settingsPath = folder.pathOf("settings.ini");
-    Watchdog watchdog;
-    Replaced replaced{library};
+    Campaign campaign{library};
     std::vector<Operation> operations_ = operations();
-    std::vector<Case> cases_;
-    std::map<std::string, int> perFunction_;
-    int notMet_ = 0;
 };
 
 INSTANTIATE_TEST_SUITE_P(Over, WindowsTorture, everyTransport(), transportName);
+
+constexpr const char* launch = "start of QOR";
 
 /// Starts of other hosts than those of all operations: with a trace, with settings that are looked
 /// for beside the program, with a QOR of its own.
@@ -129,102 +130,26 @@ void WindowsTorture::addOperations() {
     operations_.push_back({launch, {}, false, startOf("launch.ini", "host.exe")});
 }
 
-std::vector<Site> WindowsTorture::sitesOf(const Operation& operation) {
-    for (int attempt = 0; attempt < 5; ++attempt) {
-        Host host(settingsPath, "LambdaMap");
-        if (operation.needsFacade && !host.start()) continue;
-        record(isExhaustive() ? 3 : 1);
-        const bool worked = operation.run(host);
-        rest();
-        if (worked) return recorded();
-    }
-    ADD_FAILURE() << operation.name
-                  << " does not work even if nothing fails: " << qorcontrol::lastOutcome().sentence;
-    return {};
-}
-
-void WindowsTorture::collect() {
-    std::vector<Site> distinct;
+std::vector<Deed> WindowsTorture::deeds() const {
+    std::vector<Deed> all;
     for (const Operation& operation : operations_) {
-        watchdog.expect(operation.name);
-        for (const Site& site : sitesOf(operation)) {
-            const bool isAllocation = functionOf(site) == std::string("_Znwj");
-            if (isAllocation && (!isExhaustive() || GetParam() == Transport::tcp)) continue;
-            const bool isNew = std::find(distinct.begin(), distinct.end(), site) == distinct.end();
-            if (isNew) distinct.push_back(site);
-            if (isNew) ++perFunction_[functionOf(site)];
-            if (isNew || isExhaustive()) cases_.push_back({&operation, site});
-        }
+        const auto begin = [this, &operation]() -> std::unique_ptr<Trial> {
+            auto trial = std::make_unique<FacadeTrial>(operation, settingsPath, GetParam());
+            return trial->begin() ? std::move(trial) : nullptr;
+        };
+        all.push_back({operation.name, operation.name == launch, begin});
     }
-    for (const auto& [function, count] : perFunction_)
-        std::printf("%5d %s\n", count, function.c_str());
-    std::printf("%zu call sites, %zu cases\n", distinct.size(), cases_.size());
-}
-
-/// Behind an operation: a facade that works does the next one, one whose agent has ended says why
-/// it does not.
-void WindowsTorture::expectNextWorks(const Host& host, const Site& failed) const {
-    const bool answers = host.facade == nullptr || host.awaitAnswer();
-    const qorcontrol::Outcome outcome = qorcontrol::lastOutcome();
-    const char* const words = hasFailed() ? textOf(failed, GetParam()) : nullptr;
-    if (words != nullptr) {
-        EXPECT_THAT(outcome.sentence, testing::HasSubstr(words));
-    }
-    if (answers) return;
-    // A key that cannot be read has its default: another port or title, where nobody is.
-    const bool wasSetting = std::string(functionOf(failed)).find("GetPrivateProfile") == 0;
-    if (wasSetting && outcome.cause == Cause::noConnection) return;
-    EXPECT_THAT(outcome.cause, testing::AnyOf(Cause::agentEnded, Cause::systemFailure));
-    EXPECT_FALSE(outcome.sentence.empty());
-    EXPECT_FALSE(outcome.check.empty());
-}
-
-/// Whether there are more handles behind it.
-bool WindowsTorture::playOnce(const Case& each) {
-    const int before = total(countHandles());
-    {
-        Host host(settingsPath, "LambdaMap");
-        EXPECT_TRUE(!each.operation->needsFacade || host.start());
-        fail(each.site);
-        try {
-            each.operation->run(host);
-        } catch (const std::bad_alloc&) {
-            EXPECT_STREQ(functionOf(each.site), "_Znwj");
-        }
-        rest();
-        expectNextWorks(host, each.site);
-    }
-    return total(countHandles()) > before;
-}
-
-void WindowsTorture::play(const Case& each) {
-    const std::string name = each.operation->name + (", " + nameOf(each.site));
-    watchdog.expect(name);
-    const testing::ScopedTrace trace(__FILE__, __LINE__, name);
-    // What threads keep for good is there after the first time. Of each QOR that is started two
-    // handles are kept.
-    bool leavesHandles = playOnce(each);
-    notMet_ += hasFailed() ? 0 : 1;
-    for (int again = 0; again < 3 && leavesHandles && each.operation->name != launch; ++again)
-        leavesHandles = playOnce(each);
-    EXPECT_FALSE(leavesHandles && each.operation->name != launch) << "handles are left each time";
-}
-
-void WindowsTorture::playAll() {
-    // A class is registered once in the life of a process: it is the first that must fail.
-    play({&operations_.front(), anywhere("RegisterClassA")});
-    EXPECT_EQ(notMet_, 0) << "nothing has registered a class";
-    collect();
-    for (const Case& each : cases_) play(each);
-    std::printf("%d not met\n", notMet_);
-    EXPECT_FALSE(cases_.empty());
-    EXPECT_LT(notMet_, static_cast<int>(cases_.size()) / 3 + 1);
-    Host host(settingsPath);
-    EXPECT_TRUE(host.start()) << "another facade does not work";
+    return all;
 }
 
 TEST_P(WindowsTorture, NothingCrashesHangsOrLeavesHandlesWhereACallOfTheSystemFails) {
-    playAll();
+    const std::vector<Deed> all = deeds();
+    // A class is registered once in the life of a process: it is the first that must fail.
+    campaign.play(all.front(), anywhere("RegisterClassA"));
+    EXPECT_EQ(campaign.notMet(), 0) << "nothing has registered a class";
+    campaign.playAll(all);
+    Host host(settingsPath);
+    EXPECT_TRUE(host.start()) << "another facade does not work";
 }
 
 TEST(WindowsTortureImports, AreAllSaidToBeFallibleOrNot) {
