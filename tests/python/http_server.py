@@ -45,8 +45,8 @@ class Handler(BaseHTTPRequestHandler):
         self.send_header("Transfer-Encoding", "chunked")
         self.end_headers()
         try:
+            self.server.behaviour.tell = self.tell  # whom the client calls as soon as it is greeted
             self.chunk(b": hello\r\n\r\nevent: hello\ndata: " + json.dumps(self.server.hello).encode() + b"\n\n")
-            self.server.behaviour.tell = self.tell
             while not self.server.is_stopping:
                 time.sleep(0.05)
                 if not self.server.is_silent:

@@ -283,7 +283,7 @@ static int connectAndAnswer(QorHandle qor) {
     if (!ok("connect", beginConnect(qor, 125000))) return 0;
     while (lookAtConnect(qor, 0, &cause)) Sleep(50);
     if (!ok("connected", cause)) return 0;
-    for (i = 0; i < 20; ++i, Sleep(50)) lookAtBoxes(qor);
+    for (i = 0; i < 60; ++i, Sleep(50)) lookAtBoxes(qor);
     if (!ok("no progress", QorSetProgress(qor, NULL, NULL))) return 0;
     return ok("online", QorIsEcuOnline(qor, &online)) && online &&
            ok("connecting", QorIsConnecting(qor, &connecting)) && !connecting && figure > 0 &&
