@@ -59,12 +59,11 @@ add_library(fuzz_standins OBJECT EXCLUDE_FROM_ALL
     standins/ClientCalls.cpp
     standins/CodePage.cpp
     standins/ExportFiles.cpp
-    standins/FiberKernel.cpp
-    standins/Fibers.cpp
     standins/Messages.cpp
     standins/OpenFiles.cpp
     standins/Profile.cpp
-    standins/ScriptedQor.cpp)
+    standins/ScriptedQor.cpp
+    standins/Turns.cpp)
 target_link_libraries(fuzz_standins PUBLIC fuzz_parts)
 set(wrapped_calls -Wl,--wrap=fopen)
 
@@ -77,7 +76,7 @@ if(QOR_FUZZ)
     list(APPEND fuzz_sources ${json_sources})
     foreach(target source IN ZIP_LISTS fuzz_targets fuzz_sources)
         add_executable(fuzz_${target} EXCLUDE_FROM_ALL ${source})
-        target_link_libraries(fuzz_${target} PRIVATE fuzz_main fuzz_standins)
+        target_link_libraries(fuzz_${target} PRIVATE fuzz_main fuzz_standins fiber_kernel)
         if(target IN_LIST json_targets)
             target_link_libraries(fuzz_${target} PRIVATE fuzz_json_parts)
         endif()
@@ -87,7 +86,7 @@ if(QOR_FUZZ)
 else()
     qor_add_test(NAME fuzz_replay_test
         SOURCES ReplayTest.cpp ${fuzz_sources}
-        LIBS fuzz_standins
+        LIBS fuzz_standins fiber_kernel
         LABELS fuzz
         TIMEOUT 300)
     if(TARGET fuzz_replay_test)

@@ -12,6 +12,8 @@
 #include <system_error>
 #include <thread>
 
+#include "ThreadEntry.h"
+
 namespace {
 
 thread_local DWORD lastError = 0;
@@ -48,11 +50,6 @@ private:
 };
 
 using ExitCode = std::shared_ptr<std::atomic<DWORD>>;
-
-/// Thrown by a thread that ends without returning from its entry.
-struct ThreadEnd {
-    DWORD exitCode;
-};
 
 /// The threads whose handles are open. Their handles are odd numbers, which no event has.
 struct ThreadTable {
@@ -98,13 +95,7 @@ std::uintptr_t _beginthreadex(void*, unsigned, unsigned (*entry)(void*), void* a
                               unsigned*) {
     const ExitCode exitCode = std::make_shared<std::atomic<DWORD>>(STILL_ACTIVE);
     try {
-        std::thread([=] {
-            try {
-                *exitCode = entry(argument);
-            } catch (const ThreadEnd& end) {
-                *exitCode = end.exitCode;
-            }
-        }).detach();
+        std::thread([=] { *exitCode = native::runThread(entry, argument); }).detach();
     } catch (const std::system_error&) {
         return 0;
     }
@@ -141,33 +132,12 @@ HANDLE OpenThread(DWORD, BOOL, DWORD id) noexcept {
     return nullptr;
 }
 
-DWORD GetProcessIdOfThread(HANDLE) noexcept {
-    return GetCurrentProcessId();
-}
-
-DWORD GetCurrentProcessId() noexcept {
-    return static_cast<DWORD>(getpid());
-}
-
 DWORD GetLastError() noexcept {
     return lastError;
 }
 
 void SetLastError(DWORD error) noexcept {
     lastError = error;
-}
-
-BOOL GetModuleHandleExA(DWORD, const char* address, HMODULE* module) noexcept {
-    *module = const_cast<char*>(address);  // one for all; it must only not be null
-    return TRUE;
-}
-
-BOOL FreeLibrary(HMODULE) noexcept {
-    return TRUE;
-}
-
-void FreeLibraryAndExitThread(HMODULE, DWORD exitCode) {
-    throw ThreadEnd{exitCode};
 }
 
 DWORD GetCurrentThreadId() noexcept {

@@ -39,10 +39,3 @@ BOOL QueryPerformanceCounter(LARGE_INTEGER* counter) noexcept {
     counter->QuadPart = sinceBoot().count();
     return TRUE;
 }
-
-BOOL QueryPerformanceFrequency(LARGE_INTEGER* frequency) noexcept {
-    frequency->QuadPart = 1000000000;
-    return TRUE;
-}
-
-void OutputDebugStringA(const char*) noexcept {}

@@ -5,10 +5,10 @@
 #include <cstdint>
 
 /// The few kernel calls that the library's own sources of `common/` and `trace/` make, under the
-/// system's names. Handles.cpp, Sections.cpp and Time.cpp have them on the threads of the native
-/// system: so those very sources run under the thread sanitizer. Nothing here orders threads more
-/// strongly than the calls that it stands for: what a lock in here hides, the sanitizer does not
-/// see.
+/// system's names. EveryKernel.cpp has some; Handles.cpp, Sections.cpp and Time.cpp have the rest
+/// on the threads of the native system: so those very sources run under the thread sanitizer.
+/// Nothing here orders threads more strongly than the calls that it stands for: what a lock in
+/// here hides, the sanitizer does not see.
 
 using BOOL = int;
 using DWORD = std::uint32_t;

@@ -4,6 +4,7 @@
 
 #include "common/Clock.h"
 #include "common/ClockSeam.h"
+#include "fibers/Calls.h"
 #include "Host.h"
 #include "Memory.h"
 
@@ -61,15 +62,9 @@ DtcQueue& Station::dtcQueue() {
 }
 
 Report Station::run() {
-    machine_.start([this]() -> std::uint32_t {
-        direct();
-        return 0;
-    });
+    machine_.start([this] { direct(); });
     for (unsigned int number = 0; number < hostCount; ++number)
-        machine_.start([this, number]() -> std::uint32_t {
-            host(number);
-            return 0;
-        });
+        machine_.start([this, number] { host(number); });
     if (!machine_.run()) machine_.find("all wait for ever:" + machine_.describeTasks());
     judgeMemory();
     report_.simulatedMs = machine_.now();
@@ -127,7 +122,8 @@ void Station::direct() {
     isOver_ = true;
     machine_.signal(&callsToDo_, true);
     endHost();
-    if (machine_.events > 400) complain("events", std::to_string(machine_.events) + " are left");
+    if (fibers::openEvents() > 400)
+        complain("events", std::to_string(fibers::openEvents()) + " are left");
 }
 
 void Station::beginHost() {
@@ -218,8 +214,8 @@ void Station::episode(Trouble what) {
 void Station::restartHost() {
     endHost();
     // One that had to be let go comes to its end by itself.
-    sleep(machine_.tasks() > hostCount + 1 ? 120000 : 3000);
-    if (machine_.tasks() != hostCount + 1)
+    sleep(machine_.tasks().size() > hostCount + 1 ? 120000 : 3000);
+    if (machine_.tasks().size() != hostCount + 1)
         complain("shutdown", "threads are left:" + machine_.describeTasks());
     ++report_.restarts;
     beginHost();

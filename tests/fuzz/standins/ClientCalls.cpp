@@ -1,6 +1,6 @@
 #include "ClientCalls.h"
 
-#include "Fibers.h"
+#include "Turns.h"
 
 // The sanitizer's; elsewhere there is none.
 extern "C" std::size_t __sanitizer_get_current_allocated_bytes() __attribute__((weak));
@@ -139,7 +139,7 @@ std::unique_ptr<ClientExternalOperating> makeClient(
 }
 
 void callClient(ClientExternalOperating& client, Input& input) {
-    const std::uint64_t startMs = fibers::nowMs();
+    const std::uint64_t startMs = turns::nowMs();
     client.beginRequest(nullptr);
     const std::uint32_t which = input.below(18);
     if (which < 8)
@@ -147,7 +147,7 @@ void callClient(ClientExternalOperating& client, Input& input) {
     else
         callDiagnostics(client, input, which - 8);
     client.endRequest();
-    FUZZ_REQUIRE(fibers::nowMs() - startMs < longestMs);
+    FUZZ_REQUIRE(turns::nowMs() - startMs < longestMs);
 }
 
 std::size_t heapBytes() {

@@ -3,7 +3,7 @@
 
 #include "common/LastError.h"
 #include "common/Pump.h"
-#include "Fibers.h"
+#include "fibers/Scheduler.h"
 #include "framework/Window.h"
 #include "Target.h"
 
@@ -34,7 +34,7 @@ LRESULT messages::deliver(COPYDATASTRUCT* record) {
 
 void common::pumpCopyData() {
     if (messages::onPump != nullptr) messages::onPump();
-    fibers::noteLook();
+    fibers::Scheduler::present().lookAtClock();  // who pumps without end lets others run, too
 }
 
 void common::pumpOneMessage() {

@@ -2,10 +2,10 @@
 
 #include <utility>
 
-#include "Fibers.h"
 #include "protocol/Commands.h"
 #include "protocol/RecordHead.h"
 #include "protocol/RecordStream.h"
+#include "Turns.h"
 
 namespace fuzz {
 namespace {
@@ -71,12 +71,12 @@ std::string recordFrom(Input& input, std::uint32_t lastRequestId) {
 
 ScriptedQor::ScriptedQor(std::string name, Input& input) : name_(std::move(name)), input_(input) {
     links::listen(name_);
-    fibers::spawn([this] { run(); });
+    turns::spawn([this] { run(); });
 }
 
 ScriptedQor::~ScriptedQor() {
     end();
-    fibers::wait([this] { return hasEnded_; }, 1000);
+    if (!hasEnded_) fibers::Scheduler::present().wait(1000, &hasEnded_);
     FUZZ_REQUIRE(hasEnded_);
     links::stopListening(name_);
 }
@@ -93,11 +93,12 @@ void ScriptedQor::run() {
             if (!input_.isEmpty()) act();
         }
         if (link_ && link_->toQor.isClosed()) link_ = nullptr;
-        fibers::wait([] { return false; }, turnMs);
+        turns::pause(turnMs);
     }
     if (link_) link_->toLibrary.close();
     link_ = nullptr;
     hasEnded_ = true;
+    fibers::Scheduler::present().signal(&hasEnded_, true);
 }
 
 void ScriptedQor::takeRequests() {

@@ -12,7 +12,7 @@ namespace fuzz {
 /// says, step by step, a step whenever it has its turn. When the input is at its end it is silent.
 class ScriptedQor {
 public:
-    /// Listens under this name, from the beginning of an execution (fibers::begin) on.
+    /// Listens under this name, from the beginning of an execution (turns::execute) on.
     ScriptedQor(std::string name, Input& input);
     ~ScriptedQor();
     ScriptedQor(const ScriptedQor&) = delete;

@@ -2,12 +2,12 @@
 // they have, also while the client waits for its own message to QOR.
 #include "client/ParamTables.h"
 #include "ClientCalls.h"
-#include "Fibers.h"
 #include "Messages.h"
 #include "protocol/RecordHead.h"
 #include "ScriptedQor.h"
 #include "Target.h"
 #include "transport/ExternalCommandFactory.h"
+#include "Turns.h"
 
 namespace {
 
@@ -86,7 +86,7 @@ public:
         if ((end & 1) == 0) script_.deliver();
         result = end == 15 ? 2 : end != 13;
         if (end < 12 || end == 13) return MessageEnd::handled;
-        fibers::wait([] { return false; }, std::min(timeoutMs, 5000u));
+        turns::pause(std::min(timeoutMs, 5000u));
         const MessageEnd ends[] = {MessageEnd::late, MessageEnd::gone, MessageEnd::forbidden};
         return end == 12 ? MessageEnd::hung : ends[end % 3];
     }
@@ -98,24 +98,23 @@ private:
     unsigned long process_ = 1;
 };
 
-void tryOne(std::string_view bytes) {
-    fibers::begin();
+void play(std::string_view bytes) {
     fuzz::Input input(bytes);
     Script script(input);
     const std::size_t heapBefore = fuzz::heapBytes();
-    {
-        const auto client = fuzz::makeClient([&](ICommandReceiver& receiver) {
-            return std::make_unique<ExternalCommandFactory>("ours", "qor", receiver,
-                                                            std::make_unique<Platform>(script));
-        });
-        messages::onPump = [&] { script.deliver(); };
-        for (int calls = 0; calls < 40 && !input.isEmpty(); ++calls)
-            fuzz::callClient(*client, input);
-        messages::onPump = nullptr;
-        messages::deliver(nullptr);
-        FUZZ_REQUIRE(fuzz::heapBytes() <= heapBefore + ParamTables::maxBytes + otherBytes);
-    }
-    fibers::end();
+    const auto client = fuzz::makeClient([&](ICommandReceiver& receiver) {
+        return std::make_unique<ExternalCommandFactory>("ours", "qor", receiver,
+                                                        std::make_unique<Platform>(script));
+    });
+    messages::onPump = [&] { script.deliver(); };
+    for (int calls = 0; calls < 40 && !input.isEmpty(); ++calls) fuzz::callClient(*client, input);
+    messages::onPump = nullptr;
+    messages::deliver(nullptr);
+    FUZZ_REQUIRE(fuzz::heapBytes() <= heapBefore + ParamTables::maxBytes + otherBytes);
+}
+
+void tryOne(std::string_view bytes) {
+    turns::execute([bytes] { play(bytes); });
 }
 
 const fuzz::Registered registered({"window", tryOne});
