@@ -202,24 +202,36 @@ TEST_P(AgentRace, TheConnectionBreaksAgainAndAgainWhileHostsCall) {
     EXPECT_GE(good, 20);
 }
 
+/// Reads a stream and notes the highest value, which is the newest: what is streamed is repeated
+/// where nothing new has come.
+void readStream(ParamQueue& queue, const std::atomic<bool>& enough, std::atomic<double>& newest) {
+    std::vector<QorControlFacade::ParamValue> batch;
+    while (!enough) {
+        if (!queue.pop(batch, 5)) continue;
+        for (const QorControlFacade::ParamValue& value : batch)
+            if (value.values.at(0) > newest) newest = value.values.at(0);
+    }
+}
+
 TEST_P(AgentRace, StreamsComeBackEachTimeQorHasGone) {
     ASSERT_TRUE(awaitAgent(facade));
     ASSERT_TRUE(connects());
     ParamQueue queues[3] = {ParamQueue(4), ParamQueue(4), ParamQueue(4)};
-    std::atomic<int> batches{0};
+    std::atomic<double> newest[3] = {};
     for (ParamQueue& queue : queues) facade.startParamRead(&queue, {"Speed", "Torque"});
     Crowd crowd;
-    crowd.add(3, [&](int thread) {
-        std::vector<QorControlFacade::ParamValue> batch;
-        while (!enough) batches += queues[thread].pop(batch, 5) ? 1 : 0;
-    });
+    crowd.add(3, [&](int thread) { readStream(queues[thread], enough, newest[thread]); });
     for (int round = 0; round < 5; ++round) {
-        const int before = batches;
-        for (int i = 0; i < 10000 && batches < before + 6; ++i) common::sleepMs(1);
-        EXPECT_GE(batches, before + 6) << round;
+        for (std::atomic<double>& value : newest) {
+            const double before = value;
+            for (int i = 0; i < 10000 && value <= before; ++i) common::sleepMs(1);
+            EXPECT_GT(value, before) << round;
+        }
         const int connections = qor.connections();
         qor.hangUp();
         for (int i = 0; i < 10000 && qor.connections() == connections; ++i) common::sleepMs(1);
+        EXPECT_GT(qor.connections(), connections) << round;
+        common::sleepMs(2 * periodMs);  // what had come before is passed on meanwhile
     }
     enough = true;
     crowd.join();

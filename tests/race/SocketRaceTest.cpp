@@ -149,7 +149,10 @@ TEST_F(SocketRace, BytesThatManyThreadsHandOverAllLeaveWhole) {
         ASSERT_TRUE(connection.ensureConnected(10000));
         senders.join();
         senders.add(3, [&](int) {
-            for (int i = 0; i < records / 3; ++i) connection.send(record);
+            for (int i = 0; i < records / 3; ++i) {
+                connection.send(record);
+                if (i % 10 == 0) common::sleepMs(1);  // the socket is full meanwhile
+            }
         });
         std::string bytes;
         for (int i = 0; i < 10000 && recordsIn(bytes) < records; ++i) {

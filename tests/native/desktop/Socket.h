@@ -29,7 +29,7 @@ private:
     void tellNews();
     void tell(long event, int error = 0);
 
-    mutable std::mutex mutex_;  // never held while one of the link's streams calls
+    mutable std::mutex mutex_;  // not held while a stream is changed, which calls back
     std::shared_ptr<Link> link_;
     HWND window_ = nullptr;  // null: nobody is told anything
     UINT message_ = 0;

@@ -3,9 +3,10 @@
 #include "../windows.h"
 
 /// What the library's sources of `framework/` and `transport/` call besides: windows, messages
-/// between threads, and what the framework asks of its module. Each thread of the program stands
-/// for a process of its own as far as messages go; here too nothing orders threads more strongly
-/// than a message from one to the other does.
+/// between threads, and what the framework asks of its module. As far as messages go, each thread
+/// of the program stands for a process of its own. Here too nothing orders threads more strongly
+/// than the system: a message orders two, and so does making or destroying a window, but no look at
+/// one.
 
 using HINSTANCE = HMODULE;
 using LONG_PTR = std::intptr_t;
