@@ -18,12 +18,17 @@ class Stopped(Exception):
     """The time is over."""
 
 
+class ServerLost(Exception):
+    """Wine's server has gone, and with it the host and its QOR."""
+
+
 class Host:
     def __init__(self, programs, settings, caption, seed, threads, grace_ms, tell, ends, trace=None):
         """`tell`: of each breach; `ends`: set when nobody waits any more."""
         arguments = [wine.windows_path(settings), caption, str(seed), str(threads), str(grace_ms)]
         if trace:
             arguments.append(wine.windows_path(trace))
+        self.server = wine.Server.pid()
         self.errors = open(settings.parent / "host-errors.txt", "ab")
         self.process = wine.start(programs / "soak-host.exe", *arguments, stdin=subprocess.PIPE,
                                   stdout=subprocess.PIPE, stderr=self.errors, text=True, bufsize=1)
@@ -74,6 +79,8 @@ class Host:
             return answer
 
     def watch(self):
+        if not wine.lives(self.server):
+            raise ServerLost
         if time.monotonic() - self._last > BEAT_S:
             raise HostLost(f"no sign of life of the host for {BEAT_S} s")
 

@@ -95,7 +95,7 @@ def main():
     ends = threading.Event()
     for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
         signal.signal(number, lambda *_: ends.set())
-    wine.warm()
+    wine.Server.pid()
     with tempfile.TemporaryDirectory(prefix="qor-soak-") as folder:
         return soak(options, Path(folder), ends)
 

@@ -6,7 +6,7 @@ import threading
 import time
 
 import faults
-from host import Host, HostLost, Stopped
+from host import Host, HostLost, ServerLost, Stopped
 from proxy import Mood, Proxy
 from qor import Qor
 import wine
@@ -37,13 +37,28 @@ class Station:
         """Hosts follow each other until the time is over."""
         try:
             while time.monotonic() < until and not self.ends.is_set():
-                self.live(min(until, time.monotonic() + host_life_s * self.dice.uniform(0.7, 1.3)))
+                self.live_or_lose_all(min(until, time.monotonic() + host_life_s * self.dice.uniform(0.7, 1.3)))
         except HostLost as lost:
             self.told(str(lost))
         except Stopped:
             pass
         finally:
             self.close()
+
+    def live_or_lose_all(self, until):
+        """That Wine's server crashes is none of the library's faults, whatever it looks like from here."""
+        try:
+            self.live(until)
+        except Stopped:
+            raise
+        except Exception:  # pylint: disable=broad-except
+            if self.host is None or wine.lives(self.host.server):
+                raise
+            self.tally.count("hosts lost with Wine's server")
+            self.host.kill()
+            self.tally.ended(self.name, self.host.counts)
+            self.host = None
+            self.qor.kill()
 
     def close(self):
         if self.host is not None:

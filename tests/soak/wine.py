@@ -3,6 +3,7 @@ import os
 import re
 import signal
 import subprocess
+import threading
 import time
 from pathlib import Path
 
@@ -64,6 +65,31 @@ def wait_until(condition, patience_s, pause_s=0.004):
     return True
 
 
-def warm():
-    """The prefix and its server, so that no program of the soak has to."""
-    subprocess.run([str(RUNNER)], check=True)
+class Server:
+    """Wine's server, which serves all programs of the prefix. It is known to crash, and takes them with it."""
+    _lock, _pid = threading.Lock(), None
+
+    @classmethod
+    def pid(cls):
+        """Started, with the prefix, unless it runs; so no program of the soak has to."""
+        with cls._lock:
+            if not lives(cls._pid):
+                subprocess.run([str(RUNNER)], check=True)
+                cls._pid = cls._find()
+            return cls._pid
+
+    @staticmethod
+    def _find():
+        prefix = os.environ.get("WINEPREFIX", str(RUNNER.parents[1] / "build/wine-prefix"))
+        for entry in Path("/proc").iterdir():
+            try:
+                if entry.name.isdigit() and (entry / "comm").read_text().startswith("wineserver") and \
+                        f"WINEPREFIX={prefix}".encode() in (entry / "environ").read_bytes().split(b"\0"):
+                    return int(entry.name)
+            except OSError:
+                continue  # gone meanwhile
+        raise RuntimeError(f"no Wine server of {prefix}")
+
+
+def lives(pid):
+    return pid is not None and Path(f"/proc/{pid}").exists()
