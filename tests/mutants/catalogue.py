@@ -21,6 +21,7 @@ FIELDS = {"name", "file", "before", "after", "test"}
 PRESETS = {"mingw32", "native64", "native32", "race64"}
 TEST = re.compile(r"(?:(\w+):)?(\w+) (\S+)")
 TEST_IN_SOURCE = re.compile(r"^(?:TYPED_)?TEST(?:_F|_P)?\(\s*(\w+)\s*,\s*(\w+)\s*\)", re.MULTILINE)
+PARAMETERISED = re.compile(r"\bTEST_P\(\s*(\w+),\s*(\w+)\s*\)")
 
 
 class Malformed(Exception):
@@ -78,6 +79,11 @@ def tests_of(root: Path) -> set:
     return {found for path in paths for found in TEST_IN_SOURCE.findall(path.read_text(encoding="utf-8"))}
 
 
+def with_parameters(root: Path) -> set:
+    return {found for path in (root / "tests").rglob("*.cpp")
+            for found in PARAMETERISED.findall(path.read_text(encoding="utf-8"))}
+
+
 def single_tests(filters: str) -> Iterator[Tuple[str, str]]:
     """Suite and name of each, without what GoogleTest adds to those that have parameters."""
     for test in filters.split(":"):
@@ -101,7 +107,7 @@ def has_program(lists: str, program: str) -> bool:
 
 def complaints(root: Path, mutants: List[Mutant]) -> Iterator[str]:
     """What no longer fits the sources, a line each."""
-    tests, lists = tests_of(root), lists_of(root)
+    tests, parameterised, lists = tests_of(root), with_parameters(root), lists_of(root)
     for mutant in mutants:
         count = occurrences(root, mutant)
         if count != 1:
@@ -111,3 +117,6 @@ def complaints(root: Path, mutants: List[Mutant]) -> Iterator[str]:
         for test in single_tests(mutant.filters):
             if test not in tests:
                 yield f"{mutant.name}: there is no test {'.'.join(test)}"
+        for test in mutant.filters.split(":"):
+            if tuple(test.split(".")) in parameterised:
+                yield f"{mutant.name}: {test} has parameters: write */{test}/*"

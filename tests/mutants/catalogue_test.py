@@ -63,6 +63,10 @@ class ACatalogue(unittest.TestCase):
         self.assertEqual(["sum: subtracts: there is no test program system_c_whole_test"],
                          self.complaints("system_c_whole_test Sum.AddsUp"))
 
+    def test_of_which_no_run_has_that_very_name_is_told(self):
+        self.assertEqual(["sum: subtracts: Sums.AddUp has parameters: write */Sums.AddUp/*"],
+                         self.complaints("sum_test Sums.AddUp"))
+
     def test_that_cannot_be_understood_is_refused(self):
         for test, before in (("sum_test", "a + b"), ("wine:sum_test Sum.AddsUp", "a + b"),
                              ("sum_test Sum.AddsUp", "a - b"), ("sum_test Sum.AddsUp", "")):

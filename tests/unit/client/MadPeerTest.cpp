@@ -7,6 +7,7 @@
 namespace {
 
 constexpr std::size_t mib = 1u << 20;
+constexpr std::int32_t connectResult = -12;
 
 /// The memory that this process has in use.
 std::size_t usedBytes() {
@@ -71,6 +72,7 @@ TEST_F(MadPeer, ThatAnswersWhatNobodyAskedForFillsNothing) {
         protocol::GetHex model;
         model.text1.assign(16 * mib, 'x');
         client().onModelDescription(model);
+        for (int i = 0; i < 3000000; ++i) client().onParamValue(connectResult, -2);
     }
     EXPECT_LT(usedBytes(), before + 8 * mib);
 }

@@ -164,6 +164,8 @@ TEST(Clock, ThatHoldsForAThreadThatWasHeldUpForWeeks) {
     clock.heldUpMs = 49 * dayMs;
     EXPECT_EQ(common::now(), first);
     EXPECT_EQ(common::now() - first, 49u * dayMs);
+    clock.now += 20 * dayMs;  // more than a round since the first look
+    EXPECT_EQ(common::now() - first, 69u * std::uint64_t{dayMs});
 }
 
 TEST(Clock, TheVeryFirstLookMayBeOvertakenToo) {

@@ -124,6 +124,7 @@ TEST_F(Unanswered, OfManyNoneLeavesItsQueueBehind) {
 }
 
 TEST_F(Unanswered, AQueueThatIsUsedAgainTellsNothingOfBefore) {
+    present = Cause::qorSilent;  // until it had answered
     start();
     ASSERT_TRUE(facade->pingQor(1000));
     keepBusy();

@@ -4,6 +4,7 @@
 
 #include "support/FakeClock.h"
 #include "support/TcpPeer.h"
+#include "transport/SocketPump.h"
 
 namespace {
 
@@ -41,6 +42,15 @@ TEST_F(ClientConnection, TheTimeForItIsTheSameAcrossTheWrapOfTheTickCount) {
 TEST_F(ClientConnection, AnAttemptRightBeforeTheWrapSucceeds) {
     clock.advanceToBeforeWrap(50);
     EXPECT_TRUE(connection.ensureConnected(60000));
+}
+
+TEST_F(ClientConnection, ThatWasLostIsNoneWhileNobodyListens) {
+    ASSERT_TRUE(connection.ensureConnected(60000));
+    peer.accept();
+    peer.stopListening();
+    peer.close();
+    while (connection.isConnected()) pumpSocketNotifications(nullptr);
+    EXPECT_FALSE(connection.ensureConnected(150));
 }
 
 }  // namespace
