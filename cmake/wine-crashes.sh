@@ -10,6 +10,7 @@ crashDebuggerIsOff() {
     ! grep -q '^"Debugger"=".' "$WINEPREFIX/system.reg"
 }
 
+# With a limit: it would wait for ever for a server that has crashed meanwhile.
 turnCrashDebuggerOff() {
-    wine reg add 'HKLM\Software\Microsoft\Windows NT\CurrentVersion\AeDebug' /v Debugger /d '' /f
+    timeout -k 5 60 wine reg add 'HKLM\Software\Microsoft\Windows NT\CurrentVersion\AeDebug' /v Debugger /d '' /f
 }

@@ -89,8 +89,9 @@ void SocketWorker::handleReceived() {
     const std::size_t handled = handleRecords(bytes);
     sendAcknowledgements();
     if (handled == bytes.size()) return;
-    // Cut off, what is left does not keep the memory of a long record.
-    if (handled != 0) bytes = bytes.substr(handled);
+    // What is left must not keep the memory of a long record: swapped, for a short text that is
+    // assigned goes into the room that is there.
+    if (handled != 0) bytes.substr(handled).swap(bytes);
     factory_.received_.putBack(std::move(bytes));
 }
 

@@ -8,6 +8,7 @@ import time
 from pathlib import Path
 
 RUNNER = Path(__file__).resolve().parents[2] / "cmake/wine-run.sh"
+STARTS_S = 300
 
 
 def windows_path(path):
@@ -74,7 +75,7 @@ class Server:
         """Started, with the prefix, unless it runs; so no program of the soak has to."""
         with cls._lock:
             if not lives(cls._pid):
-                subprocess.run([str(RUNNER)], check=True)
+                subprocess.run([str(RUNNER)], check=True, timeout=STARTS_S)
                 cls._pid = cls._find()
             return cls._pid
 
