@@ -99,3 +99,13 @@ TEST(LyingCount, AListThatWouldTakeTooMuchMemoryIsRefusedEvenIfThePayloadBacksIt
     EXPECT_EQ(recordFrom<protocol::StartEdit>(payload(granted)).files.size(), granted);
     EXPECT_THROW(recordFrom<protocol::StartEdit>(payload(granted + 1)), std::length_error);
 }
+
+TEST(LyingCount, AllListsOfARecordShareTheMemoryThatItMayTake) {
+    const unsigned int granted = wire::Reader::maxElementBytes / sizeof(std::string);
+    const auto payload = [=](unsigned int indices) {
+        return wordOf(indices) + std::string(indices * 4u, '\0') + wordOf(0) + wordOf(granted) +
+               std::string(granted * 4u, '\0');
+    };
+    EXPECT_EQ(recordFrom<protocol::ReadTogether>(payload(0)).names.size(), granted);
+    EXPECT_THROW(recordFrom<protocol::ReadTogether>(payload(1000)), std::length_error);
+}

@@ -68,6 +68,16 @@ TEST(RecordStream, AnIncompleteRecordIsIncompleteAtEveryLength) {
     EXPECT_EQ(whole.requestId, 7u);
 }
 
+TEST(RecordStream, NothingIsReadBehindAnIncompleteHead) {
+    const std::string before(40, 'x');
+    const std::string head = headOf(7, 5);
+    for (std::size_t present = 0; present < head.size(); ++present) {
+        const std::string all = before + head.substr(0, present);
+        const std::string exact(all.data(), all.size());  // a sanitizer sees its end
+        EXPECT_EQ(recordAt(exact, before.size()).state, StreamState::incomplete) << present;
+    }
+}
+
 TEST(RecordStream, APositionAtTheEndIsIncomplete) {
     const std::string record = headOf(7, 0);
     EXPECT_EQ(recordAt(record, record.size()).state, StreamState::incomplete);
