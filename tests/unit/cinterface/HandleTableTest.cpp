@@ -72,6 +72,7 @@ TEST(HandleTable, NoNumberComesTwiceAndAPlaceIsGivenUpWhenItsNumbersAre) {
     }
     const auto next = table.add(object);  // of another place
     EXPECT_LT(next, before);
+    EXPECT_NE(0u, next);
     EXPECT_EQ(object, table.find(next));
     EXPECT_EQ(nullptr, table.find(before));
 }
