@@ -58,7 +58,7 @@ class Station:
             self.host.kill()
             self.tally.ended(self.name, self.host.counts)
             self.host = None
-            self.qor.kill()
+            self.stop_qor()
 
     def close(self):
         if self.host is not None:

@@ -96,6 +96,15 @@ TEST_F(Unanswered, WhatIsUnderWayTellsHowFarItIs) {
     }
 }
 
+TEST_F(Unanswered, ThatItIsGivenUpIsToldToTheAgent) {
+    start();
+    keepBusy();
+    EXPECT_FALSE(facade->pingQor(20));
+    isHeld = false;
+    while (agent.requests().size() < 2) Sleep(1);
+    EXPECT_TRUE(agent.requests().back().replyQueue->isGivenUp());
+}
+
 TEST_F(Unanswered, WithoutAWaitIsThatNobodyHasWaited) {
     start();
     keepBusy();
