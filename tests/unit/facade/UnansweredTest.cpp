@@ -5,6 +5,8 @@
 #include <thread>
 #include <vector>
 
+#include "facade/FacadeImpl.h"
+#include "facade/Quietly.h"
 #include "FacadeFixture.h"
 #include "qorcontrol/Outcome.h"
 #include "qorcontrol/Waiting.h"
@@ -94,6 +96,27 @@ TEST_F(Unanswered, WhatIsUnderWayTellsHowFarItIs) {
         EXPECT_FALSE(facade->pingQor(20));
         EXPECT_EQ(lastOutcome().cause, how);
     }
+}
+
+TEST_F(Unanswered, ACallThatHasBegunIsWaitedForEvenIfItIsNotWantedAnyMore) {
+    present = Cause::qorSilent;
+    start();
+    isHeld = true;
+    std::atomic<bool> isWanted{true};
+    std::atomic<bool> hasEnded{false};
+    hosts.emplace_back([&] {
+        quietly::connect(FacadeAccess::stateOf(*facade), {}, QorControlFacade::EcuConnect::Default,
+                         nullptr, [&] { return isWanted.load(); });
+        hasEnded = true;
+    });
+    while (agent.requests().empty() || agent.requests().back().replyQueue->present() == Cause::none)
+        Sleep(1);
+    isWanted = false;
+    Sleep(100);
+    EXPECT_FALSE(hasEnded);
+    isHeld = false;
+    join();
+    EXPECT_TRUE(hasEnded);
 }
 
 TEST_F(Unanswered, ThatItIsGivenUpIsToldToTheAgent) {
