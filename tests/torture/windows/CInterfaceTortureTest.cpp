@@ -214,10 +214,8 @@ public:
         return function_ == nullptr || (host_.open() == QOR_OK && host_.awaitAnswer() == QOR_OK);
     }
     bool run() override {
-        const bool worked = function_ != nullptr
-                                ? function_->work(host_)
-                                : host_.open() == QOR_OK && host_.awaitAnswer() == QOR_OK;
-        return worked;
+        if (function_ != nullptr) return function_->work(host_);
+        return host_.open() == QOR_OK && host_.awaitAnswer() == QOR_OK;
     }
     void expectNextWorks(const Site& failed) override {
         if (host_.handle == nullptr) return;

@@ -1,7 +1,7 @@
-#include "Campaign.h"
-
-// Stands before windows.h.
+// This one stands before windows.h.
 #include <winsock2.h>
+
+#include "Campaign.h"
 
 #include <gmock/gmock.h>
 
@@ -26,11 +26,8 @@ std::string growthSince(const HandleCensus& before) {
     const HandleCensus now = countHandles();
     std::string more;
     if (total(now) <= total(before)) return more;
-    for (const auto& [type, count] : now) {
-        const auto found = before.find(type);
-        const int had = found == before.end() ? 0 : found->second;
-        if (count != had) more += " " + type + " " + std::to_string(count - had);
-    }
+    for (const auto& [type, count] : difference(now, before))
+        more += " " + type + " " + std::to_string(count);
     return more;
 }
 
