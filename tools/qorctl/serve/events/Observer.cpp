@@ -44,14 +44,12 @@ bool Observer::look() {
 }
 
 bool Observer::lookAtState() {
-    json state = this->state();
-    const bool isOnline = state["isEcuOnline"];
-    if (isOnline && !isLettingGo_) isLossExpected_ = false;
-    if (state == state_) return false;
-    const bool wasOnline = state_.is_object() && state_["isEcuOnline"].get<bool>();
-    if (wasOnline && !isOnline) isLost_ = isLost_ || !isLossExpected_;
-    const bool isBack = isOnline && !wasOnline && isLost_;
-    if (isOnline) isLost_ = false;
+    json state;
+    const bool isBack = losses_.look([&] {
+        state = this->state();
+        return state["isEcuOnline"].get<bool>();
+    });
+    if (state == state_) return isBack;
     state_ = std::move(state);
     audience_.tell("state", state_);
     return isBack;

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <atomic>
 #include <chrono>
 #include <deque>
 #include <memory>
@@ -12,6 +11,7 @@
 #include "qorcontrol/MessageBoxes.h"
 #include "QorControlFacade.h"
 #include "serve/Audience.h"
+#include "serve/events/EcuLosses.h"
 
 namespace qorctl::serve {
 
@@ -52,20 +52,18 @@ public:
     /// QOR does not tell which memory page is worked on: it is known from what was asked for.
     /// @param segment  its name in UTF-8; empty: not known.
     void noteSegment(const std::string& segment);
-    /// The time in which QOR is asked for something for which it lets the ECU go: a loss that comes
-    /// of it, until the ECU is seen online again, is wanted.
+    /// The time in which QOR is asked for something for which it lets the ECU go.
     class LettingGo {
     public:
-        explicit LettingGo(Observer& observer) : observer_(observer) {
-            observer_.isLettingGo_ = true;
-            observer_.isLossExpected_ = true;
+        explicit LettingGo(Observer& observer) : losses_(observer.losses_) {
+            losses_.beginLettingGo(observer.facade_.isEcuOnline());
         }
-        ~LettingGo() { observer_.isLettingGo_ = false; }
+        ~LettingGo() { losses_.endLettingGo(); }
         LettingGo(const LettingGo&) = delete;
         LettingGo& operator=(const LettingGo&) = delete;
 
     private:
-        Observer& observer_;
+        EcuLosses& losses_;
     };
 
 private:
@@ -82,9 +80,7 @@ private:
     const Audience& audience_;
     const bool answersBoxes_;
     nlohmann::json state_;  // told
-    std::atomic<bool> isLettingGo_{false};
-    std::atomic<bool> isLossExpected_{false};
-    bool isLost_ = false;  // and nobody wanted that
+    EcuLosses losses_;
     mutable std::mutex mutex_;
     std::string segment_;  // guarded by mutex_
     // Guarded by mutex_; of the connect that runs.
