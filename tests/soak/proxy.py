@@ -5,6 +5,7 @@ import socket
 import struct
 import threading
 import time
+from pathlib import Path
 
 
 class Side:
@@ -32,15 +33,20 @@ class Mood:
         return None if self.most is None else int(self.most ** dice.random()) - 1
 
 
+def connections_of(*ports):
+    """Lines of the system's list: from, to, state, bytes that wait to be sent and to be read."""
+    numbers = tuple(f":{port:04X}" for port in ports)
+    for line in Path("/proc/net/tcp").read_text().splitlines()[1:]:
+        near, far, state, waiting = line.split()[1:5]
+        if near.endswith(numbers) or far.endswith(numbers):
+            yield f"{near} {far} {state} {waiting}"
+
+
 class Proxy:
-    def __init__(self, qor_port, dice, count):
-        """`count`: of what was done, by name."""
-        self.qor_port, self._dice, self._count = qor_port, dice, count
-        self._listener = socket.socket()
-        self._listener.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)
-        self._listener.bind(("127.0.0.1", 0))
-        self.port = self._listener.getsockname()[1]
-        self._listener.close()
+    def __init__(self, port, qor_port, dice, mood_dice, count):
+        """`count`: of what was done, by name. The dice are of two threads, which take turns as they like."""
+        self.port, self.qor_port, self._count = port, qor_port, count
+        self._dice, self._mood_dice = dice, mood_dice
         self._listener = None
         self._lock = threading.RLock()
         self._selector = selectors.DefaultSelector()
@@ -81,7 +87,14 @@ class Proxy:
             for link in self._links:
                 link.mood = mood
                 for side in (link.up, link.down):
-                    side.left = mood.cut_after(self._dice)
+                    side.left = mood.cut_after(self._mood_dice)
+
+    def view(self):
+        """What there is of it, and of its connections by the system's own list."""
+        with self._lock:
+            own = f"the wire {'runs' if self._thread.is_alive() else 'has failed'}, " \
+                  f"{'listens' if self._listener else 'refuses'}, {len(self._links)} connections"
+        return "; ".join([own] + list(connections_of(self.port, self.qor_port)))
 
     def close(self):
         self._ends = True

@@ -67,6 +67,9 @@ class Qor:
     def lives(self):
         return self.process is not None and self.process.poll() is None
 
+    def view(self):
+        return f"QOR {'lives' if self.lives() else 'has gone'}, its log ends {self._log_text()[-1000:]!r}"
+
     def hang(self):
         self.is_stopped = True
         wine.send(self.process, signal.SIGSTOP)

@@ -15,21 +15,23 @@ import wine
 # then.) A leak per connection, per call or per QOR is a multiple of it.
 MORE_HANDLES, MORE_THREADS, MORE_HEAP, MORE_PRIVATE = 6, 2, 400_000, 16_000_000
 CHANGES = 12
-VISITORS, GONE_S, VISIT = 8, 30, "visit.ini"
+VISITORS, GONE_S, CRASH_S, VISIT = 8, 30, 5, "visit.ini"
 
 
 class Station:
-    def __init__(self, name, tcp, programs, folder, seed, tally, ends, options, port):
+    def __init__(self, name, tcp, programs, folder, seed, tally, ends, options, port, wire_port):
         self.name, self.tcp, self.programs, self.tally, self.ends = name, tcp, programs, tally, ends
         self.dice = random.Random(f"{seed}/{name}")
         self.options, self.step = options, 0
         folder.mkdir(parents=True)
         self.folder = folder
-        self.proxy = Proxy(port, random.Random(f"{seed}/{name}/wire"), tally.count) if tcp else None
+        dices = [random.Random(f"{seed}/{name}/{part}") for part in ("wire", "moods")]
+        self.proxy = Proxy(wire_port, port, *dices, tally.count) if tcp else None
         self.qor = Qor(programs, folder, tcp, options.threads, port)
         self.settings = folder / "host.ini"
         self.settings.write_text(self.qor.settings_for(self.proxy.port if tcp else port))
         self.host, self.before, self.period_ms, self.is_strict = None, None, 0, True
+        self.reachable_us = 0  # since then QOR is, by the host's clock
 
     # The whole of it.
 
@@ -52,7 +54,8 @@ class Station:
         except Stopped:
             raise
         except Exception:  # pylint: disable=broad-except
-            if self.host is None or wine.lives(self.host.server):
+            # (It still is there while the system writes down how it crashed.)
+            if self.host is None or not wine.wait_until(lambda: not wine.lives(self.host.server), CRASH_S):
                 raise
             self.tally.count("hosts lost with Wine's server")
             self.host.kill()
@@ -92,7 +95,7 @@ class Station:
                          self.options.threads, self.options.grace, self.told, self.ends)
         self.start_qor(wrongs=0)
         self.order(f"open {self.dice.randrange(3)}")
-        self.recover()
+        self.recover(self.clock_us())
         self.connect(100)
         self.order("warm")
         # What comes once comes in the first rounds.
@@ -103,7 +106,7 @@ class Station:
         """In order, or as in a crash."""
         if self.dice.random() < 0.5:
             self.order("quiet")
-            self.host.end()
+            self.end_in_order()
         else:
             self.order("load few")
             self.rest(self.dice.uniform(0.05, 0.3))
@@ -112,6 +115,11 @@ class Station:
         self.tally.ended(self.name, self.host.counts)
         self.host = None
         self.stop_qor()
+
+    def end_in_order(self):
+        answer = self.host.end()
+        if not answer.startswith("done"):
+            self.told("a host does not end in order: " + answer)
 
     def visit(self):
         """A host that starts its QOR by itself, and that QOR goes with it; unless the host dies."""
@@ -130,7 +138,7 @@ class Station:
         self.rest(self.dice.uniform(0.1, 0.6))
         if self.dice.random() < 0.6:
             self.order("quiet")
-            self.host.end()
+            self.end_in_order()
             if not wine.wait_until(lambda: not list(wine.naming(settings)), GONE_S, 0.1):
                 self.told("QOR is still there although its host has ended")
         else:
@@ -172,7 +180,10 @@ class Station:
         self.tally.count("QORs started")
         if self.tcp:
             self.proxy.be(Mood())
+            self.reachable_us = self.clock_us()
             self.proxy.listen()
+        else:
+            self.reachable_us = self.clock_us()
 
     def stop_qor(self):
         if self.qor.kill():
@@ -184,16 +195,26 @@ class Station:
         """The host's, now; the way there and back is part of the time that QOR has been there."""
         return self.host.now_us()
 
-    def recover(self):
+    def recover(self, since_us):
         self.order("strict 1" if self.is_strict else "strict 0")
-        self.order(f"recover {self.clock_us()}")
+        try:
+            self.order(f"recover {since_us}")
+        except HostLost:
+            self.told("seen from outside: " + self.view())
+            raise
+
+    def view(self):
+        """Of a connection that does not come: whose fault it is."""
+        wire = self.proxy.view() if self.tcp else "window messages"
+        return f"{self.qor.view()}; {wire}"
 
     def connect(self, period_ms):
         """Without a period nothing comes out of the library's cache, so that each value must be a new one; but QOR
         would send streams as fast as it can, which is more than a busy machine takes."""
         self.period_ms = period_ms
         self.order(f"streams {1 if period_ms else 0}")
-        self.order(f"connect {period_ms}")
+        if self.order(f"connect {period_ms}") != "done":
+            self.told("no connect although QOR does nothing wrong")
 
     def census(self):
         """At a point that is the same each time: all is quiet, QOR does nothing wrong, the ECU is online."""
@@ -207,11 +228,12 @@ class Station:
 
     def change_often(self):
         """What is lost with each connection or QOR must show, also where a slow machine does little in the time."""
-        self.order("quiet")
+        self.renew(wrongs=0)
         for _ in range(CHANGES):
             if self.tcp:
+                since_us = self.clock_us()
                 self.proxy.cut_all()
-                self.recover()
+                self.recover(since_us)
             else:
                 self.renew(wrongs=0)
 
@@ -233,7 +255,7 @@ class Station:
         self.order("quiet")
         self.stop_qor()
         self.start_qor(wrongs)
-        self.recover()
+        self.recover(self.reachable_us)
 
     def cycle(self):
         """A QOR, a load, faults, and its end."""
@@ -293,7 +315,7 @@ class Station:
 
     def cuts(self):
         self.proxy.be(Mood(self.dice.choice((30, 200, 1000)), 0.1, 0.1))
-        self.rest(self.dice.uniform(1.0, 3.0))
+        self.rest(self.dice.uniform(2.0, 6.0))
         self.proxy.be(Mood())
 
     def stutter(self):

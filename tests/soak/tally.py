@@ -63,6 +63,9 @@ class Tally:
         results = self._totals()[1]
         return sum(count for cause, count in results.items() if isinstance(cause, int))
 
+    def done(self, what):
+        return self.requests() if what == "requests" else self._totals()[0][what]
+
     def progress(self):
         done = self._totals()[0]
         return (f"{time.monotonic() - self._start:.0f} s: {self.requests()} requests, {done['kills']} kills, "

@@ -96,8 +96,7 @@ bool readTogether(Turn& turn) {
     if (!ok) return false;
     turn.judge.expect(values.size() == count, turn.where, "not an array per name");
     for (std::size_t i = 0; i < values.size() && i < count; ++i)
-        for (const double value : values[i])
-            turn.judge.stamp(turn.where, value, numbers[i], turn.startUs);
+        expectStamps(turn, values[i], 1, numbers[i]);
     return true;
 }
 
