@@ -1,5 +1,8 @@
 #include "CodecBench.h"
 
+#include <cstring>
+#include <stdexcept>
+#include <string_view>
 #include <type_traits>
 
 #include "protocol/Commands.h"
@@ -52,8 +55,8 @@ CodecResult measureCommand(const char* name, int runs) {
         command.write(record);
         result.recordBytes = record.size();
         const auto head = protocol::RecordHead::read(record, 0);
-        const std::string payload =
-            record.substr(protocol::RecordHead::encodedBytes, head.payloadLength);
+        const auto payload =
+            std::string_view(record).substr(protocol::RecordHead::encodedBytes, head.payloadLength);
         typename Command::Payload fresh;
         wire::Reader(payload).get(fresh);
         read = std::move(fresh);
@@ -61,7 +64,33 @@ CodecResult measureCommand(const char* name, int runs) {
     return result;
 }
 
+using Doubles = std::vector<double>;
+
+/// Into memory that is there, and so are the others.
+double copyOf(const std::string& bytes, std::string& copy) {
+    std::memcpy(&copy[0], bytes.data(), bytes.size());
+    return copy.back();
+}
+
 }  // namespace
+
+ArrayResult measureArrays(int runs) {
+    ArrayResult result;
+    Doubles values(arrayLength);
+    for (std::size_t i = 0; i < values.size(); ++i) values[i] = static_cast<double>(i) / 7;
+    std::string bytes, copy(values.size() * sizeof(double), 'x');
+    bytes.reserve(copy.size() + 4);
+    const std::string source = copy;
+    Doubles read;
+    for (int run = 0; run < runs; ++run) {
+        measureBatches(result.copy, 1, 1, [&] { copyOf(source, copy); });
+        bytes.clear();
+        measureBatches(result.write, 1, 1, [&] { wire::Writer(bytes).put(values); });
+        measureBatches(result.read, 1, 1, [&] { wire::Reader(bytes).get(read); });
+    }
+    if (read != values) throw std::logic_error("what was written is not what is read");
+    return result;
+}
 
 std::vector<CodecResult> measureCodec(int runs) {
     std::vector<CodecResult> results;

@@ -13,3 +13,12 @@ struct CodecResult {
 };
 
 std::vector<CodecResult> measureCodec(int runs);
+
+/// An array of numbers beside a plain copy of the bytes that it takes.
+struct ArrayResult {
+    Samples copy, write, read;
+};
+
+ArrayResult measureArrays(int runs);
+/// So many doubles.
+constexpr int arrayLength = 100000;

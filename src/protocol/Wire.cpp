@@ -1,5 +1,6 @@
 #include "protocol/Wire.h"
 
+#include <algorithm>
 #include <cstring>
 #include <stdexcept>
 
@@ -13,12 +14,6 @@ namespace {
 constexpr std::size_t mapEntryBytes = 2 * sizeof(std::string) + 6 * sizeof(void*);
 
 }  // namespace
-
-void Writer::put(std::uint32_t value) {
-    const char bytes[4] = {static_cast<char>(value), static_cast<char>(value >> 8),
-                           static_cast<char>(value >> 16), static_cast<char>(value >> 24)};
-    out_.append(bytes, sizeof bytes);
-}
 
 void Writer::put(double value) {
     std::uint64_t image = 0;
@@ -46,16 +41,6 @@ void Counter::put(const std::map<std::string, std::string>& entries) {
         put(entry.first);
         put(entry.second);
     }
-}
-
-void Reader::get(std::uint32_t& value) {
-    if (remaining() < 4) return;
-    std::uint32_t read = 0;
-    for (unsigned int i = 0; i < 4; ++i)
-        read |= static_cast<std::uint32_t>(static_cast<unsigned char>(payload_[position_ + i]))
-                << (8 * i);
-    value = read;
-    position_ += 4;
 }
 
 void Reader::get(std::int32_t& value) {
@@ -113,6 +98,13 @@ void Reader::get(std::map<std::string, std::string>& entries) {
         entries[key] = value;
         if (position_ == before) return;
     }
+}
+
+void Reader::copyImages(void* to, std::size_t count, std::size_t elementBytes) {
+    const std::size_t bytes = std::min(count, remaining() / elementBytes) * elementBytes;
+    if (bytes == 0) return;
+    std::memcpy(to, payload_.data() + position_, bytes);
+    position_ += bytes;
 }
 
 void Reader::charge(std::size_t count, std::size_t elementBytes) {

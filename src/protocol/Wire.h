@@ -22,6 +22,14 @@
 /// it.
 namespace wire {
 
+/// Whether values of the type lie in memory as they travel, so that whole arrays are copied. Only
+/// as bytes: a number that is loaded and stored may come out another one (a signalling NaN does).
+template <class T>
+constexpr bool travelsAsItLies = __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__ &&
+                                 (std::is_same<T, double>::value ||
+                                  std::is_same<T, std::uint32_t>::value ||
+                                  std::is_same<T, std::int32_t>::value);
+
 /// A sequence without a count in front: as many whole elements as the payload holds.
 template <class T>
 struct BareRun {
@@ -33,7 +41,11 @@ class Writer {
 public:
     explicit Writer(std::string& out) : out_(out) {}
 
-    void put(std::uint32_t value);
+    void put(std::uint32_t value) {
+        const char bytes[4] = {static_cast<char>(value), static_cast<char>(value >> 8),
+                               static_cast<char>(value >> 16), static_cast<char>(value >> 24)};
+        out_.append(bytes, sizeof bytes);
+    }
     void put(std::int32_t value) { put(static_cast<std::uint32_t>(value)); }
     void put(std::uint8_t value) { put(static_cast<std::uint32_t>(value)); }
     void put(bool value) { put(static_cast<std::uint32_t>(value ? 1 : 0)); }
@@ -44,12 +56,12 @@ public:
     template <class T>
     void put(const std::vector<T>& items) {
         put(static_cast<std::uint32_t>(items.size()));
-        for (const T& item : items) put(item);
+        putEach(items);
     }
 
     template <class T>
     void put(const BareRun<T>& run) {
-        for (const T& item : run.items) put(item);
+        putEach(run.items);
     }
 
     /// A record, alone or inside a sequence: its fields, nothing around them.
@@ -59,6 +71,14 @@ public:
     }
 
 private:
+    template <class T>
+    void putEach(const std::vector<T>& items) {
+        if constexpr (travelsAsItLies<T>)
+            out_.append(reinterpret_cast<const char*>(items.data()), items.size() * sizeof(T));
+        else
+            for (const T& item : items) put(item);
+    }
+
     std::string& out_;
 };
 
@@ -78,12 +98,12 @@ public:
     template <class T>
     void put(const std::vector<T>& items) {
         bytes_ += 4;
-        for (const T& item : items) put(item);
+        putEach(items);
     }
 
     template <class T>
     void put(const BareRun<T>& run) {
-        for (const T& item : run.items) put(item);
+        putEach(run.items);
     }
 
     template <class Record>
@@ -92,6 +112,14 @@ public:
     }
 
 private:
+    template <class T>
+    void putEach(const std::vector<T>& items) {
+        if constexpr (travelsAsItLies<T>)
+            bytes_ += items.size() * sizeof(T);
+        else
+            for (const T& item : items) put(item);
+    }
+
     std::size_t bytes_ = 0;  // cannot overflow: in memory every value takes as many, or nearly so
 };
 
@@ -131,7 +159,11 @@ public:
 
     explicit Reader(std::string_view payload) : payload_(payload) {}
 
-    void get(std::uint32_t& value);
+    void get(std::uint32_t& value) {
+        if (remaining() < 4) return;
+        value = byteAt(0) | byteAt(1) << 8 | byteAt(2) << 16 | byteAt(3) << 24;
+        position_ += 4;
+    }
     void get(std::int32_t& value);
     /// Takes the low byte of a word.
     void get(std::uint8_t& value);
@@ -146,18 +178,13 @@ public:
         std::uint32_t count = 0;
         get(count);
         items.assign(admitted(count, sizeof(T), smallestEncoding<T>()), T());
-        for (T& item : items) {
-            const std::size_t before = position_;
-            get(item);
-            // What could not be read here cannot be read by any later element of the same kind.
-            if (position_ == before) return;
-        }
+        getEach(items);
     }
 
     template <class T>
     void get(BareRun<T>& run) {
         run.items.resize(remaining() / sizeof(T));
-        for (T& item : run.items) get(item);
+        getEach(run.items);
     }
 
     template <class Record>
@@ -166,7 +193,26 @@ public:
     }
 
 private:
+    template <class T>
+    void getEach(std::vector<T>& items) {
+        if constexpr (travelsAsItLies<T>) {
+            copyImages(items.data(), items.size(), sizeof(T));
+        } else {
+            for (T& item : items) {
+                const std::size_t before = position_;
+                get(item);
+                // What could not be read here cannot be read by any later element of the kind.
+                if (position_ == before) return;
+            }
+        }
+    }
+
     std::size_t remaining() const { return payload_.size() - position_; }
+    std::uint32_t byteAt(std::size_t ahead) const {
+        return static_cast<unsigned char>(payload_[position_ + ahead]);
+    }
+    /// As many whole ones as there are.
+    void copyImages(void* to, std::size_t count, std::size_t elementBytes);
     void charge(std::size_t count, std::size_t elementBytes);
     std::size_t admitted(std::uint32_t count, std::size_t elementBytes, std::size_t encodedBytes);
 

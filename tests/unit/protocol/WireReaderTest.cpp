@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "FieldDump.h"
 #include "HexBytes.h"
@@ -146,4 +147,54 @@ TEST(WireReader, EveryByteValueIsReadWithoutSign) {
         wire::Reader(payload).get(value);
         EXPECT_EQ(value, byte * 0x01010101u);
     }
+}
+
+// Arrays of numbers are copied whole.
+
+TEST(WireReader, AnArrayTakesItsWholeElementsAndLeavesTheRest) {
+    const std::string payload = bytesOf("03 00 00 00  01 00 00 00  FE FF FF FF  AA BB");
+    wire::Reader reader(payload);
+    std::vector<std::int32_t> items;
+    reader.get(items);
+    EXPECT_EQ(items, (std::vector<std::int32_t>{1, -2, 0})) << "what is not there is 0";
+    std::uint8_t cut = 7;
+    reader.get(cut);
+    EXPECT_EQ(cut, 7) << "two bytes are no value";
+    wire::BareRun<double> none;
+    reader.get(none);
+    EXPECT_TRUE(none.items.empty());
+}
+
+TEST(WireReader, WhatStandsBehindAnArrayIsReadNext) {
+    std::string payload;
+    wire::Writer writer(payload);
+    writer.put(std::vector<double>{1.5, -2.5});
+    writer.put(std::vector<double>{});
+    writer.put(std::vector<std::uint32_t>{0x80000001u});
+    writer.put(std::uint32_t{77});
+    EXPECT_EQ(payload.size(), 4u + 16 + 4 + 4 + 4 + 4);
+    wire::Reader reader(payload);
+    std::vector<double> numbers, empty = {1};
+    std::vector<std::uint32_t> words;
+    std::uint32_t last = 0;
+    reader.get(numbers);
+    reader.get(empty);
+    reader.get(words);
+    reader.get(last);
+    EXPECT_EQ(numbers, (std::vector<double>{1.5, -2.5}));
+    EXPECT_TRUE(empty.empty());
+    EXPECT_EQ(words, (std::vector<std::uint32_t>{0x80000001u}));
+    EXPECT_EQ(last, 77u);
+}
+
+TEST(WireReader, ADoubleInAnArrayKeepsEachOfItsBits) {
+    // A signalling NaN: arithmetic would make a quiet one of it.
+    const std::string payload =
+        bytesOf("02 00 00 00  01 00 00 00 00 00 F4 7F  00 00 00 00 00 00 00 80");
+    std::vector<double> items;
+    wire::Reader(payload).get(items);
+    ASSERT_EQ(items.size(), 2u);
+    std::string again;
+    wire::Writer(again).put(items);
+    EXPECT_EQ(again, payload);
 }
