@@ -106,7 +106,10 @@ class Host:
 
     def _close(self):
         self._thread.join(timeout=10)
-        for stream in (self.process.stdin, self.process.stdout, self.errors):
+        # A QOR that the host has started, or Wine's desktop, may hold the other end still: what reads would not let
+        # go of it.
+        read = [] if self._thread.is_alive() else [self.process.stdout]
+        for stream in [self.process.stdin, self.errors, *read]:
             try:
                 stream.close()
             except OSError:

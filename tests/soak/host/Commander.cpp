@@ -149,12 +149,23 @@ std::string Commander::connect(const std::string& periodText) {
     const auto periodMs = static_cast<unsigned>(std::strtoul(periodText.c_str(), nullptr, 10));
     judge_.cacheUs = 1000000000;
     Patience patience;
-    bool ok = qor_->connect(ecuWith(periodMs), QorControlFacade::EcuConnect::Default, &patience);
+    const std::uint64_t startUs = nowUs();
+    std::string failures;
+    const auto note = [&](const char* what, bool ok) {
+        if (ok) return;
+        const qorcontrol::Outcome outcome = qorcontrol::lastOutcome();
+        failures += std::string(" ") + what + " after " +
+                    std::to_string((nowUs() - startUs) / 1000) + " ms: cause " +
+                    std::to_string(static_cast<int>(outcome.cause)) + ", " + outcome.sentence;
+    };
+    note("connect",
+         qor_->connect(ecuWith(periodMs), QorControlFacade::EcuConnect::Default, &patience));
     const QorControlFacade::CanBusConnect bus = {250000, true, false};
-    ok = qorcontrol::connectCanBusAndWait(*qor_, bus, QorControlFacade::EcuConnect::Default) && ok;
+    note("connectCanBus",
+         qorcontrol::connectCanBusAndWait(*qor_, bus, QorControlFacade::EcuConnect::Default));
     constexpr std::uint64_t longestCallUs = 8000000;
     judge_.cacheUs = periodMs > 1 ? periodMs * 500 + longestCallUs : 0;
-    return ok ? "done" : "failed";
+    return failures.empty() ? "done" : "failed:" + failures;
 }
 
 std::string Commander::quiet() {
