@@ -6,6 +6,7 @@
 
 #include "common/Deadline.h"
 #include "Process.h"
+#include "qorcontrol/TcpNoDelay.h"
 
 namespace {
 
@@ -41,7 +42,9 @@ void require(bool succeeded, const char* what) {
 
 }  // namespace
 
-FacadeBench::FacadeBench(Transport transport) : settingsPath_(writeSettings(transport, "facade")) {
+FacadeBench::FacadeBench(Transport transport, Answers answers)
+    : settingsPath_(
+          writeSettings(transport, answers == Answers::stamped ? "facade" : "separate", answers)) {
     facade_ = std::make_unique<QorControlFacade>(settingsPath_, nullptr, 0,
                                                  programFolder() + "qor-bench.exe");
     awaitReady();
@@ -68,6 +71,10 @@ void FacadeBench::connect(unsigned int refreshPeriodMs) {
     require(facade_->connect(settings, QorControlFacade::EcuConnect::Default, &monitor), "connect");
     periodMs_ = refreshPeriodMs;
     require(facade_->getParamData(scalar, values_, timeoutMs), "the first read");
+}
+
+void FacadeBench::setNoDelay(bool isWanted) {
+    qorcontrol::setTcpNoDelay(*facade_, isWanted);
 }
 
 void FacadeBench::ping() {

@@ -12,10 +12,13 @@
 /// parameter known by name.
 class FacadeBench {
 public:
-    explicit FacadeBench(Transport transport);
+    explicit FacadeBench(Transport transport, Answers answers = Answers::stamped);
     ~FacadeBench();
     FacadeBench(const FacadeBench&) = delete;
     FacadeBench& operator=(const FacadeBench&) = delete;
+
+    /// See qorcontrol::setTcpNoDelay; heeded with the next request.
+    void setNoDelay(bool isWanted);
 
     void ping();
     /// A read that QOR answers; the value cache is off.

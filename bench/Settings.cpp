@@ -6,7 +6,7 @@
 
 #include "Process.h"
 
-std::string writeSettings(Transport transport, const std::string& who) {
+std::string writeSettings(Transport transport, const std::string& who, Answers answers) {
     const bool useTcp = transport == Transport::tcp;
     const std::string id =
         who + "-" + std::to_string(GetCurrentProcessId()) + (useTcp ? "-tcp" : "-window");
@@ -18,7 +18,8 @@ std::string writeSettings(Transport transport, const std::string& who) {
                         << "\nServerIp=127.0.0.1\nTcpPort=" << freePort()
                         << "\nServerPipeName=qor-bench server " << id
                         << "\nClientPipeName=qor-bench client " << id
-                        << "\n[Simulator]\nModel=" << programFolder()
-                        << "engine.json\nConnectMs=50\nExitWithoutClientMs=5000\n";
+                        << "\n[Simulator]\nModel=" << programFolder() << "engine.json\nAnswerStyle="
+                        << (answers == Answers::stamped ? "stamped" : "separate")
+                        << "\nConnectMs=50\nExitWithoutClientMs=5000\n";
     return path;
 }

@@ -2,6 +2,8 @@
 
 #include <CLI/CLI.hpp>
 #include <exception>
+#include <functional>
+#include <vector>
 
 #include "BlockingFloor.h"
 #include "CodecBench.h"
@@ -10,6 +12,7 @@
 #include "EchoPeer.h"
 #include "FacadeBench.h"
 #include "framework/AsyncSocket.h"
+#include "NoDelayFigures.h"
 #include "PipedProcess.h"
 #include "protocol/RequestId.h"
 #include "Report.h"
@@ -27,8 +30,7 @@ struct Options {
     std::string copyDataPeerTitle;
     unsigned int streamPeerPort = 0;
     int streamWindow = 0;
-    bool streamsOnly = false;
-    bool serveOnly = false;
+    std::string only;  ///< one of the sections; empty: all
     bool isPipePeer = false;
 };
 
@@ -37,6 +39,7 @@ constexpr double p50Factor = 1.3;
 constexpr double p99Factor = 3.0;
 constexpr double shortActionBoundUs = 1.0;
 constexpr int cachedBatch = 1000;
+constexpr double leastShareOfCopy = 0.25;
 
 /// A facade's requests and what they are held against. Everything takes its turn in one run, so
 /// that a machine that changes its speed changes all.
@@ -107,20 +110,54 @@ void reportRoundTrips(const RoundTrips& all, Report& report) {
     report.add("getParamData, cached", all.tcp.cached, shortActionBoundUs);
 }
 
-void measureRequestsAndCodec(const Options& options, Report& report) {
+void measureRoundTripsOf(const Options& options, Report& report) {
     RoundTrips roundTrips;
     measureRoundTrips(options, roundTrips);
     reportRoundTrips(roundTrips, report);
+}
+
+void reportArrays(const ArrayResult& arrays, Report& report) {
+    const double bound = arrays.copy.p50() / leastShareOfCopy;
+    const std::string what = fmt::format("{} doubles", arrayLength);
+    report.add("floor: copy of " + what, arrays.copy);
+    report.add("write " + what, arrays.write, bound);
+    report.add("read " + what, arrays.read, bound);
+}
+
+void measureCodecOf(const Options& options, Report& report) {
     for (const CodecResult& codec : measureCodec(options.rounds * 10))
         report.add(fmt::format("write + parse {} ({} B)", codec.command, codec.recordBytes),
                    codec.samples, shortActionBoundUs);
+    reportArrays(measureArrays(options.rounds * 100), report);
+}
+
+/// A part of a run.
+struct Section {
+    std::string name;
+    std::function<void(const Options&, Report&)> measure;
+};
+
+const std::vector<Section>& sections() {
+    static const std::vector<Section> all = {
+        {"requests", measureRoundTripsOf},
+        {"codec", measureCodecOf},
+        {"no-delay", [](const Options& of, Report& to) { measureNoDelay(of.rounds, to); }},
+        {"streams",
+         [](const Options& of, Report& to) { measureStreams(of.rounds, of.perRound, to); }},
+        {"serve", [](const Options& of, Report& to) { measureServe(of.rounds, of.perRound, to); }}};
+    return all;
+}
+
+std::vector<std::string> namesOfSections() {
+    std::vector<std::string> names;
+    for (const Section& section : sections()) names.push_back(section.name);
+    return names;
 }
 
 int run(const Options& options) {
     Report report;
-    if (!options.streamsOnly && !options.serveOnly) measureRequestsAndCodec(options, report);
-    if (!options.serveOnly) measureStreams(options.rounds, options.perRound, report);
-    if (!options.streamsOnly) measureServe(options.rounds, options.perRound, report);
+    for (const Section& section : sections())
+        if (options.only.empty() || options.only == section.name) section.measure(options, report);
     report.print();
     report.writeJson(options.jsonPath);
     fmt::print("figures written to {}\n", options.jsonPath);
@@ -142,8 +179,8 @@ int main(int argc, char** argv) {
     app.add_option("--echo-peer", options.echoPeerPort, "be the other side of a floor")->group("");
     app.add_option("--copy-data-peer", options.copyDataPeerTitle, "be the other side of a floor")
         ->group("");
-    app.add_flag("--streams-only", options.streamsOnly, "measure nothing but the streams");
-    app.add_flag("--serve-only", options.serveOnly, "measure nothing but qorctl serve");
+    app.add_option("--only", options.only, "measure nothing but this")
+        ->check(CLI::IsMember(namesOfSections()));
     app.add_flag("--pipe-peer", options.isPipePeer, "be the other side of a floor")->group("");
     app.add_option("--stream-peer", options.streamPeerPort, "be the other side of the streams")
         ->group("");

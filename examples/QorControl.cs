@@ -181,6 +181,8 @@ static class Qor
     [DllImport(Dll, CallingConvention = C)]
     public static extern int QorClose(IntPtr handle);
     [DllImport(Dll, CallingConvention = C)]
+    public static extern int QorSetTcpNoDelay(IntPtr handle, int wanted);
+    [DllImport(Dll, CallingConvention = C)]
     public static extern int QorIsEcuOnline(IntPtr handle, out int online);
     [DllImport(Dll, CallingConvention = C)]
     public static extern int QorIsConnecting(IntPtr handle, out int connecting);

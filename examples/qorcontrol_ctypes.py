@@ -128,6 +128,7 @@ FUNCTIONS = {
     # Life and state
     "QorOpen": (c_int, [TEXT, c_uint, TEXT, POINTER(QorHandle)]),
     "QorClose": (c_int, [QorHandle]),
+    "QorSetTcpNoDelay": (c_int, [QorHandle, c_int]),
     "QorIsEcuOnline": (c_int, [QorHandle, INT]),
     "QorIsConnecting": (c_int, [QorHandle, INT]),
     "QorGetQorExecutablePath": (c_int, [QorHandle, BUFFER, c_uint, SIZE]),

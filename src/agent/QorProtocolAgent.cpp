@@ -35,6 +35,7 @@ void QorProtocolAgent::start() {
         ClientExternalOperating::create(resolved.empty() ? given : resolved, std::move(messageBox))
             .release());
     channel_->executable.publish(client_->executablePath());
+    client_->setNoDelay(channel_->isTcpNoDelay);
     if (!client_->launch(launchMs)) failToLaunch();
     common::sleepMs(afterLaunchMs);
 }
@@ -53,7 +54,9 @@ void QorProtocolAgent::step() {
     noteOnlineState();
     common::pumpCopyData();
     channel::ProtocolCmd command;
-    if (!channel_->commandQueue.pop(command, requestWaitMs)) {
+    const bool isAsked = channel_->commandQueue.pop(command, requestWaitMs);
+    client_->setNoDelay(channel_->isTcpNoDelay);
+    if (!isAsked) {
         channel_->backlog.noteEmpty();
         streamParams();
         streamDtcs();

@@ -43,6 +43,13 @@ int QOR_CALL QorClose(QorHandle handle) {
     });
 }
 
+int QOR_CALL QorSetTcpNoDelay(QorHandle handle, int wanted) {
+    return callOn(handle, [&](Session& session) -> Outcome {
+        session.channel().isTcpNoDelay = wanted != 0;
+        return {};
+    });
+}
+
 int QOR_CALL QorIsEcuOnline(QorHandle handle, int* online) {
     return callOn(handle, [&](Session& session) -> Outcome {
         mustNotBeNull(online, "online");

@@ -65,6 +65,9 @@ public:
     /// and may still use the client, which must then not be deleted.
     bool stop() { return transport_ == nullptr || transport_->stop(); }
 
+    /// See the transport.
+    void setNoDelay(bool isWanted) { transport_->setNoDelay(isWanted); }
+
     /// The resolved path of QOR's executable; empty if the settings name none.
     const std::string& executablePath() const { return executablePath_; }
     /// Drive and directory of that path; for debuggers, no operation needs them.

@@ -4,6 +4,7 @@
 
 #include "qorcontrol/Cause.h"
 #include "qorcontrol/Export.h"
+#include "qorcontrol/TcpNoDelay.h"
 
 namespace qorcontrol {
 

@@ -48,6 +48,12 @@ void ClientConnInstance::awaitConnected(unsigned int attemptMs) {
     while (!connected_ && !isEnding() && !deadline.hasPassed()) pumpSocketNotifications(nullptr);
 }
 
+void ClientConnInstance::keepNoDelay(bool isWanted) {
+    if (isWanted == noDelay_) return;
+    noDelay_ = isWanted;
+    if (isConnected()) setNoDelay(noDelay_);
+}
+
 void ClientConnInstance::abandon() {
     connected_ = false;
     dropPeer();
@@ -56,7 +62,9 @@ void ClientConnInstance::abandon() {
 void ClientConnInstance::onConnect(int errorCode) {
     ConnInstance::onConnect(errorCode);
     connected_ = errorCode == 0;
-    if (connected_) accepter_.onConnected(*this);
+    if (!connected_) return;
+    if (noDelay_) setNoDelay(true);
+    accepter_.onConnected(*this);
 }
 
 void ClientConnInstance::onData(const std::string& bytes) {

@@ -22,6 +22,9 @@ public:
 
     bool isConnected() const { return isOpen() && connected_; }
 
+    /// Of this connection and those after it; costs nothing unless it has changed.
+    void keepNoDelay(bool isWanted);
+
     /// Gives the connection up: the next `ensureConnected` makes a new one.
     void abandon();
 
@@ -38,6 +41,7 @@ private:
     const std::string serverAddress_;
     const unsigned int serverPort_;
     bool connected_ = false;
+    bool noDelay_ = false;
     bool closing_ = false;  // in the destructor: it forbids its accepter an attempt in onClosed
     ConnectionDataAccepter& accepter_;
 };

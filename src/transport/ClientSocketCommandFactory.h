@@ -59,6 +59,9 @@ public:
 
     bool isConnected() const override { return isConnected_; }
 
+    /// From any thread. Heeded with the worker's next pass, of the connection that stands, too.
+    void setNoDelay(bool isWanted) override { noDelay_ = isWanted; }
+
     unsigned int defaultTimeout(unsigned int commandType) const override;
 
     /// A new connection starts with an empty buffer: what the broken one left would misalign it.
@@ -84,6 +87,7 @@ private:
     const CommandPing pingPrototype_;
     common::Thread worker_;
     std::atomic<bool> stop_{false};
+    std::atomic<bool> noDelay_{false};
     bool stopped_ = true;  // no worker runs; false once one was let go
     const std::string serverAddress_;
     const unsigned int serverPort_;

@@ -44,6 +44,12 @@ void ConnInstance::send(std::string bytes) {
     if (peer_) peer_->sendBytes(std::move(bytes));
 }
 
+void ConnInstance::setNoDelay(bool isWanted) {
+    const BOOL value = isWanted ? TRUE : FALSE;
+    // One that does not take it is slower, which is no reason to fail anything.
+    if (isOpen()) peer_->SetSockOpt(TCP_NODELAY, &value, sizeof value, IPPROTO_TCP);
+}
+
 bool ConnInstance::isOpen() const {
     return peer_ && peer_->isOpen();
 }

@@ -23,6 +23,9 @@ public:
     bool connect(const std::string& host, unsigned int port);
     void send(std::string bytes);
     bool isOpen() const;
+    /// Whether what is sent leaves at once though the other side has not yet confirmed what left
+    /// before it. Of the present socket, if there is one: a new one begins without.
+    void setNoDelay(bool isWanted);
 
     /// The socket's last error code, for tests and debuggers: a send tells of success alone.
     int lastError() const { return lastError_; }

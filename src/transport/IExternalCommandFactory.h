@@ -47,6 +47,10 @@ public:
     /// Whether the QOR that took the last command is known to be gone; asks the system.
     virtual bool isPeerGone() { return !isConnected(); }
 
+    /// Whether a short record leaves at once though QOR's system has not confirmed the one before
+    /// it yet. Where records have nothing to wait for it says nothing.
+    virtual void setNoDelay(bool /*isWanted*/) {}
+
     /// Begins the work of threads of its own, if it has any, once its owner is ready for them.
     /// Throws std::runtime_error if that is not possible.
     virtual void start() {}

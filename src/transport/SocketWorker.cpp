@@ -38,6 +38,7 @@ void SocketWorker::work() {
     handleReceived();
     noteConnection();
     pending_.failExpired();
+    connection_.keepNoDelay(factory_.noDelay_);
     connection_.ensureConnected(connectMs);
     factory_.isConnected_ = connection_.isConnected();
     sendNextCommand();

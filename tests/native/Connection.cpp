@@ -82,6 +82,8 @@ void ConnInstance::send(std::string bytes) {
     if (peer_) peer_->send(bytes);
 }
 
+void ConnInstance::setNoDelay(bool) {}  // nothing here waits
+
 bool ConnInstance::isOpen() const {
     return peer_ && peer_->isOpen();
 }

@@ -120,6 +120,7 @@ private:
     int open();
     int close();
     int closeAgain() { return QorClose(below(2) == 0 ? pool_.closed : nullptr); }
+    int noDelay() { return QorSetTcpNoDelay(handle(), static_cast<int>(below(3))); }
     int online() { return QorIsEcuOnline(handle(), maybe(&number_)); }
     int connecting() { return QorIsConnecting(handle(), maybe(&number_)); }
     int path() { return QorGetQorExecutablePath(handle(), text(), capacity(), needed()); }
@@ -327,22 +328,18 @@ int Chaos::stopStream() {
 }
 
 const Chaos::Call Chaos::calls[] = {
-    &Chaos::open,         &Chaos::close,       &Chaos::closeAgain,
-    &Chaos::online,       &Chaos::connecting,  &Chaos::path,
-    &Chaos::defaults,     &Chaos::poll,        &Chaos::waitConnect,
-    &Chaos::cancel,       &Chaos::reason,      &Chaos::connect,
-    &Chaos::model,        &Chaos::bus,         &Chaos::segment,
-    &Chaos::ping,         &Chaos::describe,    &Chaos::read,
-    &Chaos::readString,   &Chaos::write,       &Chaos::writeText,
-    &Chaos::startControl, &Chaos::stopControl, &Chaos::readTogether,
-    &Chaos::clearCodes,   &Chaos::readCodes,   &Chaos::kwp,
-    &Chaos::readBus,      &Chaos::sendBus,     &Chaos::resultValues,
-    &Chaos::resultBytes,  &Chaos::resultText,  &Chaos::resultCodes,
-    &Chaos::resultItems,  &Chaos::startStream, &Chaos::readStream,
-    &Chaos::stopStream,   &Chaos::startCodes,  &Chaos::readCodeStream,
-    &Chaos::stopCodes,    &Chaos::boxPolicy,   &Chaos::nextBox,
-    &Chaos::answerBox,    &Chaos::log,         &Chaos::hearProgress,
-    &Chaos::lastTexts,
+    &Chaos::open,         &Chaos::close,        &Chaos::closeAgain,   &Chaos::noDelay,
+    &Chaos::online,       &Chaos::connecting,   &Chaos::path,         &Chaos::defaults,
+    &Chaos::poll,         &Chaos::waitConnect,  &Chaos::cancel,       &Chaos::reason,
+    &Chaos::connect,      &Chaos::model,        &Chaos::bus,          &Chaos::segment,
+    &Chaos::ping,         &Chaos::describe,     &Chaos::read,         &Chaos::readString,
+    &Chaos::write,        &Chaos::writeText,    &Chaos::startControl, &Chaos::stopControl,
+    &Chaos::readTogether, &Chaos::clearCodes,   &Chaos::readCodes,    &Chaos::kwp,
+    &Chaos::readBus,      &Chaos::sendBus,      &Chaos::resultValues, &Chaos::resultBytes,
+    &Chaos::resultText,   &Chaos::resultCodes,  &Chaos::resultItems,  &Chaos::startStream,
+    &Chaos::readStream,   &Chaos::stopStream,   &Chaos::startCodes,   &Chaos::readCodeStream,
+    &Chaos::stopCodes,    &Chaos::boxPolicy,    &Chaos::nextBox,      &Chaos::answerBox,
+    &Chaos::log,          &Chaos::hearProgress, &Chaos::lastTexts,
 };
 
 int Chaos::call() {

@@ -35,6 +35,8 @@ int Conversation::run(const ConnectOptions* connection, const Work& work) {
         if (connection == nullptr || step("connect the ECU", connect)) carryOut(work);
         giveActuatorsBack();
         tellLoss();
+        const std::string hint = session_.delayHint();
+        if (!hint.empty()) console_.line("note    " + hint);
         report_.runAlways("shut down", [this] { return session_.shutDown(); });
     }
     console_.line(report_.summary());

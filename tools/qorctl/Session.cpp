@@ -12,6 +12,7 @@
 #include "HostPaths.h"
 #include "Interrupt.h"
 #include "Numbers.h"
+#include "qorcontrol/TcpNoDelay.h"
 
 namespace qorctl {
 namespace {
@@ -74,6 +75,8 @@ void SessionOptions::declare(CLI::App& command) {
         ->type_name("MS")
         ->check(CLI::Range(100u, 5000u))
         ->capture_default_str();
+    command.add_flag("--tcp-no-delay", tcpNoDelay,
+                     "Send at once over TCP: for a QOR that acknowledges before it sends its data");
     command
         .add_option("--answer-boxes", boxAnswers,
                     "Answer QOR's message boxes with these, the first that a box has, else with "
@@ -133,6 +136,7 @@ void Session::startLibrary() {
     start_.begin();
     facade_ = std::make_unique<QorControlFacade>(settings_.path(), &log_, options_.refreshMs,
                                                  trace_.path());
+    qorcontrol::setTcpNoDelay(*facade_, options_.tcpNoDelay);
     actuators_ = std::make_unique<HeldActuators>(*facade_);
     contact_ = std::make_unique<Contact>(*facade_, options_.timeoutMs);
     boxes_ = std::make_unique<BoxWatch>(*facade_, log_, boxAnswersOf(options_));
@@ -171,6 +175,15 @@ Outcome Session::refused(start::Refusal refusal) {
 
 bool Session::namesExecutable() const {
     return !start_.settings()["QORexecutable"].text.empty();
+}
+
+std::string Session::delayHint() const {
+    const auto usual = reads_.usualMs();
+    if (!usual || !settings_.usesTcp() || options_.tcpNoDelay) return {};
+    return fmt::format(
+        "a read takes {:.0f} ms: if QOR acknowledges before it sends its data, --tcp-no-delay "
+        "makes that quick ('qorctl doctor' finds it out)",
+        *usual);
 }
 
 std::vector<std::string> Session::notGivenBack() const {

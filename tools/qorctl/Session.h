@@ -11,6 +11,7 @@
 #include "Console.h"
 #include "ConsoleLog.h"
 #include "Contact.h"
+#include "DelayedReads.h"
 #include "HeldActuators.h"
 #include "Outcome.h"
 #include "QorControlFacade.h"
@@ -31,6 +32,7 @@ struct SessionOptions {
     std::string transport;  ///< "tcp" or "window"; empty: as the settings say
     unsigned int timeoutMs = 1000;
     unsigned int refreshMs = 200;
+    bool tcpNoDelay = false;  ///< see qorcontrol::setTcpNoDelay
     std::string boxAnswers;   ///< see BoxAnswers; empty: boxes are shown
     bool keepsGoing = false;  ///< a loss of the ECU, QOR or a stream ends and fails nothing
 
@@ -88,6 +90,11 @@ public:
     /// Tells what was seen of it: what the library does then depends on the settings.
     Outcome shutDown();
 
+    /// Of this conversation.
+    DelayedReads& reads() { return reads_; }
+    /// What to do about reads that wait for confirmations; empty if they do not.
+    std::string delayHint() const;
+
     /// Half a refresh period and the grain of the system's clock: after that long the library asks
     /// QOR again for a value that it has read or written.
     unsigned int staleAfterMs() const;
@@ -109,6 +116,7 @@ private:
     Console& console_;
     const TraceFile trace_;
     const ConsoleLog log_;
+    DelayedReads reads_;
     bool hasMore_ = false;
     bool isOccupied_ = false;
     bool isQorGone_ = false;    // it was started and has ended

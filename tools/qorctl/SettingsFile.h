@@ -20,12 +20,12 @@ public:
 
     /// The transport that it chooses, for people.
     std::string transport() const;
+    bool usesTcp() const;
 
     /// Of any section; empty if it is not there.
     std::string value(const char* section, const char* key) const;
 
 private:
-    bool usesTcp() const;
     std::string value(const char* key) const;
 
     std::string path_;

@@ -37,6 +37,7 @@ struct Channel {
     /// who puts another interface on the facade; hosts of the class itself wait their whole time.
     std::atomic<bool> areWaitsWatchful{false};
     StreamRegistry streams;
+    std::atomic<bool> isTcpNoDelay{false};  ///< see setTcpNoDelay
 
     // From the agent to the facade.
     ExecutablePath executable;

@@ -171,6 +171,7 @@ void Host::callLife(std::uint32_t which) {
             break;
         case 3:
             check(QorIsConnecting(handle(), &flag));
+            check(QorSetTcpNoDelay(handle(), flag));
             break;
         case 4:
             check(withBuffer<char>([&](char* path, unsigned int capacity, unsigned int* needed) {

@@ -2,28 +2,10 @@
 
 #include <windows.h>
 
+#include "WinsockNumbers.h"
+
 /// Winsock as the framework's sockets use it, on the `Link`s of this process (../Link.h). A host is
 /// an address by itself: it listens as "host:port".
-
-using SOCKET = std::uintptr_t;
-
-constexpr SOCKET INVALID_SOCKET = ~SOCKET{0};
-constexpr int SOCKET_ERROR = -1;
-constexpr int AF_INET = 2;
-constexpr int SOCK_STREAM = 1;
-constexpr int SOL_SOCKET = 0xFFFF;
-constexpr int SO_SNDBUF = 0x1001;
-constexpr int SO_RCVBUF = 0x1002;
-
-constexpr int WSAEINVAL = 10022;
-constexpr int WSAEWOULDBLOCK = 10035;
-constexpr int WSAENOTSOCK = 10038;
-constexpr int WSAECONNRESET = 10054;
-constexpr int WSAENOBUFS = 10055;
-constexpr int WSAEISCONN = 10056;
-constexpr int WSAENOTCONN = 10057;
-constexpr int WSAECONNREFUSED = 10061;
-constexpr int WSANOTINITIALISED = 10093;
 
 constexpr long FD_READ = 1;
 constexpr long FD_WRITE = 2;

@@ -173,7 +173,8 @@ bool hearAndDecide(CHost& host) {
 bool askOfItself(CHost& host) {
     int is = 0;
     return QorIsEcuOnline(host.handle, &is) == QOR_OK &&
-           QorIsConnecting(host.handle, &is) == QOR_OK;
+           QorIsConnecting(host.handle, &is) == QOR_OK &&
+           QorSetTcpNoDelay(host.handle, 1) == QOR_OK;
 }
 
 bool close(CHost& host) {

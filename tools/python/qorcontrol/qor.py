@@ -44,7 +44,7 @@ class Qor(Operations):
 
     def __init__(self, settings: Paths, *, program: Optional[Program] = None, transport: Optional[str] = None,
                  trace: Optional[Paths] = None, names: Optional[Paths] = None, read_only: bool = False,
-                 boxes_to_clients: bool = False, listen: Optional[str] = None,
+                 tcp_no_delay: bool = False, boxes_to_clients: bool = False, listen: Optional[str] = None,
                  token_file: Optional[Paths] = None, options: Sequence[str] = (),
                  start_timeout: float = 60.0) -> None:
         """Returns when QOR answers, or raises `NoServer` with the reason.
@@ -54,6 +54,7 @@ class Qor(Operations):
         transport      "tcp" or "window", whatever the settings choose
         trace          a file for the library's trace, ending in .log
         names          a file with names of parameters, one per line, for `get_param_names`
+        tcp_no_delay   send at once over TCP: for a QOR that acknowledges before it sends its data
         read_only      refuse all that changes QOR or the ECU
         boxes_to_clients  QOR's message boxes are not shown but told as `BoxEvent`, for `answer_box`
         listen         "ADDRESS:PORT" where others may join over HTTP; ":0" chooses a port. See `url`
@@ -66,6 +67,7 @@ class Qor(Operations):
             words += [option, value] if value is not None else []
         for option, path in (("--trace", trace), ("--names", names), ("--token-file", token_file)):
             words += [option, path_for(path)] if path is not None else []
+        words += ["--tcp-no-delay"] if tcp_no_delay else []
         words += ["--read-only"] if read_only else []
         words += ["--boxes-to-clients"] if boxes_to_clients else []
         words += options

@@ -32,8 +32,9 @@ struct DoctorOptions {
 
 const char* const footer =
     "Nothing is changed: what could be written is found out without leaving a file, and a QOR\n"
-    "that runs is only asked for a sign of life and its state, not even that while it talks to a\n"
-    "host. With --start a QOR that does not run is started as the settings say and ended again.\n"
+    "that runs is only asked for a sign of life and its state, over TCP for a few parameters that\n"
+    "nobody has, too, and not even that while it talks to a host. With --start a QOR that does not "
+    "run is started as the settings say and ended again.\n"
     "A QOR on another machine is asked by a connection to its port.\n"
     "--host looks in place of another host: paths in the settings go by its folder, its DLLs and\n"
     "its trace lie beside it. --trace says where else the trace would go (with --start: goes).\n"
@@ -56,12 +57,13 @@ HostPlace placeOf(const DoctorOptions& options) {
 
 QorAnswers answersOf(const DoctorOptions& options, const std::string& settingsPath,
                      const PeerFacts& peer, const std::string& executable) {
-    if (mayBeAsked(peer)) return QorAnswers::ofRunning(settingsPath, options.session.timeoutMs);
+    if (mayBeAsked(peer))
+        return QorAnswers::ofRunning(settingsPath, options.session.timeoutMs, peer.isTcp);
     const bool isToBeStarted = options.start && !executable.empty() && peer.isUsable &&
                                !peer.isSomebodyThere() && peer.clients.empty();
     if (!isToBeStarted) return {};
     Console console(stderr);
-    return QorAnswers::ofStarted(options.session, console);
+    return QorAnswers::ofStarted(options.session, peer.isTcp, console);
 }
 
 /// What depends on the content of the settings.

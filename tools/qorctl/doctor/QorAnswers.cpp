@@ -4,11 +4,13 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <chrono>
 #include <stdexcept>
 
 #include "doctor/SettingsKeys.h"
 #include "Interrupt.h"
+#include "qorcontrol/Outcome.h"
 #include "Session.h"
 
 namespace qorctl::doctor {
@@ -17,6 +19,8 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr unsigned pingCount = 5;
+constexpr int requestCount = 5;
+constexpr int mostRequests = 30;
 constexpr unsigned refreshMs = 200;
 constexpr unsigned betweenPingsMs = 20;
 // The library connects anew for up to 1 s at a time.
@@ -59,6 +63,41 @@ void askSeveralTimes(const QorControlFacade& qor, unsigned timeoutMs, QorAnswers
     }
 }
 
+int count(const std::vector<double>& times) {
+    return static_cast<int>(times.size());
+}
+
+double lowestOfLast(const std::vector<double>& times) {
+    return *std::min_element(times.end() - requestCount, times.end());
+}
+
+/// The usual time of a request that QOR answers, in ms: descriptions of parameters that it does not
+/// know, which changes nothing. 0 if it does not answer them.
+double usualRequestMs(const QorControlFacade& qor, const std::string& series) {
+    std::vector<double> times;
+    wex::ParamDescription nothing = {};
+    // The first pieces of a connection are confirmed at once.
+    while (count(times) < mostRequests && !interrupt::isRequested()) {
+        const Clock::time_point start = Clock::now();
+        qor.getParamDescription(fmt::format("qorctl.doctor.{}.{}", series, times.size()), nothing);
+        if (qorcontrol::lastOutcome().cause != qorcontrol::Cause::unknownName) return 0;
+        times.push_back(msSince(start));
+        if (count(times) >= requestCount && lowestOfLast(times) >= QorAnswers::confirmedMs) break;
+    }
+    if (count(times) < requestCount) return 0;
+    const auto first = times.end() - requestCount;
+    std::sort(first, times.end());
+    return first[requestCount / 2];
+}
+
+void askForData(const QorControlFacade& qor, QorAnswers& answers) {
+    qorcontrol::setTcpNoDelay(qor, false);
+    answers.requestMs = usualRequestMs(qor, "usual");
+    if (answers.requestMs == 0) return;
+    qorcontrol::setTcpNoDelay(qor, true);
+    answers.noDelayMs = usualRequestMs(qor, "at-once");
+}
+
 bool makesContact(const QorControlFacade& qor, unsigned timeoutMs) {
     const Clock::time_point start = Clock::now();
     do {
@@ -69,7 +108,7 @@ bool makesContact(const QorControlFacade& qor, unsigned timeoutMs) {
 
 }  // namespace
 
-QorAnswers QorAnswers::ofRunning(const std::string& settingsPath, unsigned timeoutMs) {
+QorAnswers QorAnswers::ofRunning(const std::string& settingsPath, unsigned timeoutMs, bool isTcp) {
     const SettingsWithoutStart settings(settingsPath);
     QorAnswers answers;
     answers.isAsked = true;
@@ -78,13 +117,14 @@ QorAnswers QorAnswers::ofRunning(const std::string& settingsPath, unsigned timeo
     if (makesContact(qor, timeoutMs)) {
         answers.firstMs = msSince(start);
         askSeveralTimes(qor, timeoutMs, answers);
+        if (isTcp) askForData(qor, answers);
     } else {
         answers.pings = 1;
     }
     return answers;
 }
 
-QorAnswers QorAnswers::ofStarted(const SessionOptions& options, Console& console) {
+QorAnswers QorAnswers::ofStarted(const SessionOptions& options, bool isTcp, Console& console) {
     QorAnswers answers;
     answers.isStartTried = true;
     Session session(options, console);
@@ -94,6 +134,7 @@ QorAnswers QorAnswers::ofStarted(const SessionOptions& options, Console& console
     if (started.ok) {
         answers.isAsked = true;
         askSeveralTimes(session.facade(), options.timeoutMs, answers);
+        if (isTcp) askForData(session.facade(), answers);
     } else {
         const std::string& why = started.told.sentence;
         answers.startFailure = why.empty() ? started.text : why;

@@ -101,6 +101,18 @@ Findings checkAnswers(const QorAnswers& answers) {
     return {Finding::ok(id, what)};
 }
 
+Findings checkDelay(const QorAnswers& answers) {
+    const bool isDelayed = answers.requestMs >= QorAnswers::confirmedMs && answers.noDelayMs > 0 &&
+                           answers.noDelayMs * 2 <= answers.requestMs;
+    if (!isDelayed) return {};
+    return {Finding::warning(
+        "qor.delay",
+        fmt::format("a request for data takes {:.0f} ms, and {:.0f} ms if it need not wait for the "
+                    "confirmation of what left before: QOR acknowledges before it sends its data",
+                    answers.requestMs, answers.noDelayMs),
+        "use the option: --tcp-no-delay of qorctl, setTcpNoDelay in C++, QorSetTcpNoDelay in C")};
+}
+
 }  // namespace
 
 Findings checkQor(const PeerFacts& peer, const QorAnswers& answers, const std::string& executable) {
@@ -114,6 +126,7 @@ Findings checkQor(const PeerFacts& peer, const QorAnswers& answers, const std::s
     append(findings, checkClients(peer));
     append(findings, checkStart(answers));
     append(findings, checkAnswers(answers));
+    append(findings, checkDelay(answers));
     return findings;
 }
 

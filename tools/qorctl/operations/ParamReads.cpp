@@ -1,5 +1,6 @@
 #include <fmt/format.h>
 
+#include <chrono>
 #include <CLI/CLI.hpp>
 #include <memory>
 
@@ -32,11 +33,17 @@ nlohmann::json rowOf(Session& session, const std::string& name) {
 using ReadOne = std::function<void(const std::string& name, Reply& reply, CallNotes& calls)>;
 
 /// Reads one after the other, also behind one that fails.
-Reply readEach(const Names& names, const ReadOne& read) {
+Reply readEach(Session& session, const Names& names, const ReadOne& read) {
+    using Clock = std::chrono::steady_clock;
     Reply reply;
     reply.result = nlohmann::json::array();
     CallNotes calls;
-    for (const std::string& name : names) read(name, reply, calls);
+    for (const std::string& name : names) {
+        const Clock::time_point start = Clock::now();
+        read(name, reply, calls);
+        const std::chrono::duration<double, std::milli> took = Clock::now() - start;
+        if (calls.allWorked()) session.reads().note(took.count());
+    }
     reply.outcome = calls.allWorked() ? calls.success(fmt::format("{}", fmt::join(names, ", ")))
                                       : calls.failureOfNames("not read");
     return reply;
@@ -129,9 +136,10 @@ template <typename Read>
 OperationWork declareReadEach(CLI::App& command, Read read) {
     const auto names = declareNames(command);
     return [names, read](Session& session) {
-        return readEach(*names, [&](const std::string& name, Reply& reply, CallNotes& calls) {
-            read(session, name, reply, calls);
-        });
+        return readEach(session, *names,
+                        [&](const std::string& name, Reply& reply, CallNotes& calls) {
+                            read(session, name, reply, calls);
+                        });
     };
 }
 

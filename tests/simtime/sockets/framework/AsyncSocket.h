@@ -4,24 +4,11 @@
 
 #include <memory>
 
+#include "WinsockNumbers.h"
+
 /// The framework's asynchronous sockets on the network of the simulated machine (Network.h), as far
 /// as the transport's own sources use them.
 using UINT = unsigned int;
-using SOCKET = std::uintptr_t;
-
-constexpr SOCKET INVALID_SOCKET = ~SOCKET{0};
-constexpr int SOCKET_ERROR = -1;
-constexpr int SOCK_STREAM = 1;
-constexpr int SOL_SOCKET = 0xFFFF;
-constexpr int SO_SNDBUF = 0x1001;
-constexpr int SO_RCVBUF = 0x1002;
-constexpr int WSAEWOULDBLOCK = 10035;
-constexpr int WSAENOTSOCK = 10038;
-constexpr int WSAECONNRESET = 10054;
-constexpr int WSAENOBUFS = 10055;
-constexpr int WSAEISCONN = 10056;
-constexpr int WSAENOTCONN = 10057;
-constexpr int WSAECONNREFUSED = 10061;
 
 namespace simtime {
 class Line;

@@ -5,9 +5,11 @@
 #include "Found.h"
 
 using namespace qorctl::doctor;
+using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 
 namespace {
 
@@ -134,6 +136,28 @@ TEST_F(QorCheck, SlowAndLostAnswersAreWarnings) {
     answered({1, 1});
     EXPECT_EQ(Status::warning, found(check(), "qor.answer").status);
     EXPECT_THAT(found(check(), "qor.answer").what, HasSubstr("2 of 3"));
+}
+
+TEST_F(QorCheck, RequestsThatWaitForAConfirmationAreAWarningThatNamesTheOption) {
+    peer.servers = {itself};
+    answered({1, 1, 1});
+    answers.requestMs = 44;
+    answers.noDelayMs = 1.5;
+    EXPECT_EQ(Status::warning, found(check(), "qor.delay").status);
+    EXPECT_THAT(found(check(), "qor.delay").what, HasSubstr("takes 44 ms, and 2 ms"));
+    EXPECT_THAT(found(check(), "qor.delay").remedy, HasSubstr("--tcp-no-delay"));
+}
+
+TEST_F(QorCheck, RequestsThatAreSlowAnywayOrQuickAreNone) {
+    peer.servers = {itself};
+    answered({1, 1, 1});
+    const std::pair<double, double> others[] = {{44, 43}, {2, 1}, {29, 1}, {0, 0}, {44, 0}};
+    for (const auto& [requestMs, noDelayMs] : others) {
+        answers.requestMs = requestMs;
+        answers.noDelayMs = noDelayMs;
+        EXPECT_THAT(check(), Not(Contains(testing::Field(&Finding::id, "qor.delay"))))
+            << requestMs << " and " << noDelayMs;
+    }
 }
 
 TEST_F(QorCheck, AStartThatFailsIsAProblemWithTheReason) {
