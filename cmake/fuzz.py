@@ -4,7 +4,7 @@
 usage: fuzz.py CHECKOUT BUILD-FOLDER fuzz|merge|coverage SECONDS TARGET...
 
 fuzz: SECONDS in all, each target in 64 and in 32 bits side by side: the one with the seed that is always
-the same, the other with a new one. New inputs stay in BUILD-FOLDER/fuzz/corpus, findings in
+the same, the other with a new one, or with that of QOR_FUZZ_SEED. New inputs stay in BUILD-FOLDER/fuzz/corpus, findings in
 BUILD-FOLDER/fuzz/findings. merge: what of the new inputs reaches something new goes into the tree, and what
 of the tree's own reaches nothing of its own goes. coverage: the branches of framing and parsing that the
 corpus takes. The exit code is 1 after a finding, and 130 if it was ended from outside.
@@ -93,7 +93,7 @@ class Fuzzer:
 
 
 def fuzz(root, build, seconds, targets):
-    fresh = secrets.randbelow(2**31 - 2) + 1
+    fresh = int(os.environ.get("QOR_FUZZ_SEED") or secrets.randbelow(2**31 - 2) + 1)
     print(f"seeds: {FIXED_SEED} in 64 bits, {fresh} in 32 bits", flush=True)
     each = max(seconds // len(targets), 1)
     good, executions = True, 0

@@ -1,5 +1,6 @@
 // "qorctl serve" and a hundred thousand messages of which hardly one is right.
 
+#include <cstdlib>
 #include <set>
 
 #include "RandomMessages.h"
@@ -50,12 +51,19 @@ protected:
     }
 };
 
+/// A new one each time, unless QOR_SERVE_SEED names one that was printed.
+unsigned seedOfThisRun() {
+    const char* const given = std::getenv("QOR_SERVE_SEED");
+    return given != nullptr ? static_cast<unsigned>(std::strtoul(given, nullptr, 10))
+                            : GetTickCount();
+}
+
 INSTANTIATE_TEST_SUITE_P(Over, ServeFuzz, testing::Values(Transport::tcp), transportName);
 
 TEST_P(ServeFuzz, AnswersByTheCodesOfTheProtocolAndKeepsItsMemoryBounded) {
     station.settings.connectMs = 1;
     serve();
-    const unsigned seed = GetTickCount();
+    const unsigned seed = seedOfThisRun();
     std::printf("seed %u\n", seed);
     RandomMessages random(seed);
     exchangeSome(random);  // whatever it needs once

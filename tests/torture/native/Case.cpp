@@ -115,6 +115,9 @@ bool isAboutLife(const Operation& operation) {
 void judge(const Operation& operation, Result result, Findings& findings) {
     if (isAboutLife(operation) || result == Result::worked) return;
     const Cause cause = qorcontrol::lastOutcome().cause;
+    // (Of an agent that has ended who only waits for values learns with its next request.)
+    if (result == Result::failed)
+        findings.expect(cause != Cause::none || hasAgentFailed(), "it failed without a cause");
     if (result == Result::threw)
         findings.expect(cause == Cause::outOfMemory, "memory ran out, and the cause is another");
 }
