@@ -8,7 +8,7 @@
 #include "qorcontrol/HostInterfaces.h"
 
 /// A host's progress window: cancelled when the test says so, keeps the failure reports.
-class FakeMonitor final : public IProgressMonitor {
+class FakeMonitor : public IProgressMonitor {
 public:
     using Report = std::pair<std::string, unsigned int>;
 

@@ -41,6 +41,17 @@ const std::vector<std::string>& allNames() {
     return names;
 }
 
+/// Of more than a string holds by itself; the host's own, as the other names.
+const std::string& longName() {
+    static const std::string name = "CoolantTemperature";
+    return name;
+}
+
+const std::string& actuator() {
+    static const std::string name = "ThrottleActuator";
+    return name;
+}
+
 const Values& oneValue() {
     static const Values value{120};
     return value;
@@ -63,7 +74,7 @@ std::vector<Operation> reads() {
         of("describe", {Kind::getParamDescription},
            [](Facade& qor) {
                wex::ParamDescription description{};
-               return qor.getParamDescription("CoolantTemperature", description);
+               return qor.getParamDescription(longName(), description);
            }),
         of("read one array", {Kind::getParamData},
            [](Facade& qor) {
@@ -115,8 +126,8 @@ std::vector<Operation> writes() {
            [](Facade& qor) { return qor.setDynamicData("MaxVehicleSpeed", "130", timeoutMs); }),
         of("direct control", {Kind::startDirectCtrl, Kind::stopDirectCtrl},
            [](Facade& qor) {
-               return qor.startDirectCtrl("ThrottleActuator", timeoutMs) &&
-                      qor.stopDirectCtrl("ThrottleActuator", timeoutMs);
+               return qor.startDirectCtrl(actuator(), timeoutMs) &&
+                      qor.stopDirectCtrl(actuator(), timeoutMs);
            }),
     };
 }
@@ -264,7 +275,8 @@ bool Host::awaitAnswer() const {
 
 const std::vector<Operation>& operations() {
     static const std::vector<Operation> all = [] {
-        twoNames(), allNames(), oneValue();  // made before anything can fail
+        twoNames(), allNames(), longName(), actuator(),
+            oneValue();  // made before anything can fail
         std::vector<Operation> every;
         for (const auto& group : {lives(), reads(), writes(), diagnostics(), sessions(), streams()})
             every.insert(every.end(), group.begin(), group.end());

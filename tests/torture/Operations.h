@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -18,6 +19,24 @@ namespace torture {
 /// As long as an operation may take, where it takes a time-out.
 constexpr unsigned int timeoutMs = 1000;
 
+/// Cancels a connect that takes long: a result that is lost with its connection never comes.
+class PatientMonitor final : public FakeMonitor {
+public:
+    bool isCancelled() override {
+        const Clock::time_point now = Clock::now();
+        if (now - asked_ > pause) begin_ = now;  // another connect
+        asked_ = now;
+        return FakeMonitor::isCancelled() || now - begin_ > patience;
+    }
+
+private:
+    using Clock = std::chrono::steady_clock;
+    static constexpr std::chrono::milliseconds pause{500};
+    static constexpr std::chrono::milliseconds patience{5000};
+
+    Clock::time_point begin_{}, asked_{};
+};
+
 /// A host. Its queues outlive its facade.
 struct Host {
     explicit Host(std::string settings, std::string mapName = "Map", std::string own = "")
@@ -32,7 +51,7 @@ struct Host {
     const std::string settingsPath;
     const std::string map;  ///< a parameter of three arrays
     const std::string hostPath;
-    FakeMonitor monitor;
+    PatientMonitor monitor;
     ThreadSafeQueue<std::vector<QorControlFacade::ParamValue>> values{4};
     ThreadSafeQueue<std::vector<QorControlFacade::DtcDescription>> codes{4};
     std::unique_ptr<QorControlFacade> facade;
