@@ -57,10 +57,14 @@ bool ClientSocketCommandFactory::stop() {
     if (!worker_.hasHandle()) return stopped_;
     stop_ = true;
     common::sleepMs(stopPollMs);
-    // To the very end of the thread, so that it has let go of this module, too.
-    const auto isRunning = [this] { return worker_.state() == common::ThreadState::running; };
-    for (int poll = 0; poll < stopPolls && isRunning(); ++poll) common::sleepMs(stopPollMs);
-    stopped_ = !isRunning();
+    // To the very end of the thread, so that it has let go of this module, too. Of one whose state
+    // cannot be read nobody knows that it has ended.
+    const auto hasEnded = [this] { return worker_.state() == common::ThreadState::ended; };
+    stopped_ = hasEnded();
+    for (int poll = 0; poll < stopPolls && !stopped_; ++poll) {
+        common::sleepMs(stopPollMs);
+        stopped_ = hasEnded();
+    }
     worker_.close();
     return stopped_;
 }
