@@ -63,6 +63,9 @@ FAINT = """(() => {
     return found;
 })()"""
 
+# Until no colour is on its way to another one.
+FADED = "Promise.all(document.getAnimations().map((each) => each.finished)).then(() => true)"
+
 # What reaches beyond the page, unless it lies in something that can be scrolled.
 TOO_WIDE = """(() => {
     const limit = document.documentElement.clientWidth;
@@ -123,6 +126,7 @@ class Looks(SharedServer):
                     self.panel.run(f"location.hash = '#/{view}'")
                     self.panel.wait(f"!document.getElementById({view!r}).hidden")
                     self.panel.browser.settle()
+                    self.panel.run(FADED)
                     problems = self.panel.run(script)
                     if problems:
                         found[view, width, scheme] = problems
