@@ -42,6 +42,13 @@ bool isChosen(const std::string& name) {
     return words == nullptr || name.find(words) != std::string::npos;
 }
 
+/// An agent whose state cannot be read when the host wants it to end: nobody waits for it then, and
+/// it goes on with all that is its own.
+bool staysByOrder(const Deed& deed, const Site& site) {
+    return deed.name == std::string("destruction") &&
+           functionOf(site) == std::string("GetExitCodeThread");
+}
+
 }  // namespace
 
 bool isExhaustive() {
@@ -105,7 +112,7 @@ void Campaign::play(const Deed& deed, const Site& site) {
     // What threads keep for good is there after the first time.
     std::string left = playOnce(deed, site);
     notMet_ += hasFailed() ? 0 : 1;
-    if (deed.keepsHandles) return;
+    if (deed.keepsHandles || staysByOrder(deed, site)) return;
     for (int again = 0; again < 3 && !left.empty(); ++again) left = playOnce(deed, site);
     EXPECT_EQ(left, "") << "handles are left each time";
 }
