@@ -35,7 +35,6 @@ void QorProtocolAgent::start() {
         ClientExternalOperating::create(resolved.empty() ? given : resolved, std::move(messageBox))
             .release());
     channel_->executable.publish(client_->executablePath());
-    client_->setNoDelay(channel_->isTcpNoDelay);
     if (!client_->launch(launchMs)) failToLaunch();
     common::sleepMs(afterLaunchMs);
 }

@@ -33,8 +33,8 @@ struct DoctorOptions {
 const char* const footer =
     "Nothing is changed: what could be written is found out without leaving a file, and a QOR\n"
     "that runs is only asked for a sign of life and its state, over TCP for a few parameters that\n"
-    "nobody has, too, and not even that while it talks to a host. With --start a QOR that does not "
-    "run is started as the settings say and ended again.\n"
+    "nobody has, too, and not even that while it talks to a host.\n"
+    "With --start a QOR that does not run is started as the settings say and ended again.\n"
     "A QOR on another machine is asked by a connection to its port.\n"
     "--host looks in place of another host: paths in the settings go by its folder, its DLLs and\n"
     "its trace lie beside it. --trace says where else the trace would go (with --start: goes).\n"

@@ -18,11 +18,11 @@ struct QorAnswers {
     double firstMs = 0;         ///< until the first answer (of a start: the whole start)
     unsigned pings = 0;         ///< asked behind that
     std::vector<double> times;  ///< of the answered ones, in ms
+    /// Systems confirm a piece of a TCP stream after 40 to 200 ms if they have nothing to send.
+    static constexpr double confirmedMs = 30;
     /// Of a request that QOR answers with data of its own, one behind the other, in ms: as hosts
     /// have it, and if all that the library sends leaves at once. Over TCP; 0: not asked, or QOR
     /// did not say.
-    /// Systems confirm a piece of a TCP stream after 40 to 200 ms if they have nothing to send.
-    static constexpr double confirmedMs = 30;
     double requestMs = 0;
     double noDelayMs = 0;
 
