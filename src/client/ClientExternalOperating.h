@@ -14,6 +14,7 @@
 #include "client/IProcessStarter.h"
 #include "common/Guarded.h"
 #include "common/Interest.h"
+#include "common/News.h"
 #include "common/Verdict.h"
 #include "qorcontrol/HostInterfaces.h"
 #include "transport/ICommandReceiver.h"
@@ -193,7 +194,10 @@ public:
 
     /// Ends every wait of the client as a failure. For tests alone: the thread that waits is the
     /// one that destroys the client, so nothing waits when the destructor does the same.
-    void stopOperating() { operating_ = false; }
+    void stopOperating() {
+        operating_ = false;
+        handled_.tell();
+    }
 
 private:
     /// Where a parameter is to be found, and how long that holds.
@@ -216,7 +220,8 @@ private:
     template <class Find, class T>
     bool copyOut(Epoch epoch, Find entry, T& copy);
 
-    /// Pumps until `isThere` is true, the time-out has passed or the client ends.
+    /// Pumps until `isThere` is true, the time-out has passed or the client ends; in between it
+    /// waits for QOR's next command to be handled.
     template <class Condition>
     bool waitUntil(unsigned int timeoutMs, Condition isThere);
     /// The same for the data that a command has asked for. An answer that names its request is no
@@ -225,6 +230,8 @@ private:
     bool awaitData(unsigned int timeoutMs, Condition isThere);
     bool isAnswerCertain();
     bool isAnswerDoubtful();
+    /// The whole handling of a received command.
+    bool dispatch(IExternalCommand& command, IExternalCommand::ICommandReplyer& replyer);
     /// A record names a request; is it of the kind that that one awaits?
     void noteKind(std::uint32_t commandId, std::uint32_t requestId);
 
@@ -265,6 +272,7 @@ private:
     std::string qorDirectory_;
     common::Guarded<ClientState> state_;
     std::atomic<bool> operating_{true};
+    common::News handled_;  // a command of QOR's has been
     // Of the request under way, for the agent thread alone.
     std::shared_ptr<common::Interest> caller_;
     std::optional<Epoch> requestEpoch_;

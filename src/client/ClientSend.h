@@ -14,6 +14,8 @@ namespace clientsend {
 
 /// How long resolving a name may take where the caller gives no time of its own.
 constexpr unsigned int resolveMs = 400;
+/// So often a wait looks around though nothing has been told.
+constexpr unsigned int lookMs = 10;
 
 /// A time-out with some extra time for QOR; "no limit" stays what it is.
 constexpr unsigned int withExtra(unsigned int timeoutMs, unsigned int extraMs) {
@@ -102,6 +104,9 @@ bool ClientExternalOperating::waitUntil(unsigned int timeoutMs, Condition isTher
         common::pumpCopyData();
         if (isThere()) return true;
         if (deadline.hasPassed()) return false;
+        const common::News::Awaiting news(handled_);
+        if (isThere()) return true;
+        transport_->awaitInput(news.event(), deadline.sliceMs(clientsend::lookMs));
     }
     return false;
 }

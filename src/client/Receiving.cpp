@@ -87,6 +87,13 @@ void keepValue(ParamTables& params, std::int32_t id, double value) {
 
 bool ClientExternalOperating::handleCommand(IExternalCommand& command,
                                             IExternalCommand::ICommandReplyer& replyer) {
+    const bool isTaken = dispatch(command, replyer);
+    handled_.tell();
+    return isTaken;
+}
+
+bool ClientExternalOperating::dispatch(IExternalCommand& command,
+                                       IExternalCommand::ICommandReplyer& replyer) {
     const auto& received = static_cast<const ExternalCommand&>(command);
     const Answered answered = received.isReply() ? Answered(received.requestId()) : std::nullopt;
     try {

@@ -38,6 +38,13 @@ public:
         return rest < noLimitMs ? static_cast<std::uint32_t>(rest) : noLimitMs - 1;
     }
 
+    /// How long one wait may take of many that look around in between: `mostMs` at most, and not
+    /// beyond the moment in which the deadline `hasPassed`. Looks at the clock.
+    std::uint32_t sliceMs(std::uint32_t mostMs) const {
+        const std::uint32_t restMs = remainingMs(now());
+        return restMs < mostMs ? restMs + 1 : mostMs;
+    }
+
 private:
     constexpr Deadline(Moment end, bool never) : end_(end), never_(never) {}
 

@@ -24,6 +24,10 @@ void pumpCopyData() {
     }
 }
 
+void awaitSentMessage(unsigned int timeoutMs) {
+    MsgWaitForMultipleObjectsEx(0, nullptr, timeoutMs, QS_SENDMESSAGE, MWMO_INPUTAVAILABLE);
+}
+
 void pumpOneMessage() {
     MSG message;
     if (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE)) translateAndDispatch(message);

@@ -35,6 +35,13 @@ void TimedCallBase::post(channel::Kind kind, std::shared_ptr<channel::CmdData> r
     push({kind, std::move(request), queue_, nullptr, 0});
 }
 
+bool TimedCallBase::takeBack() {
+    if (!queue_->isEmpty()) return true;
+    queue_->giveUp();
+    queue_ = nullptr;
+    return false;
+}
+
 bool TimedCallBase::await(std::uint32_t waitMs) {
     waits_ = waitMs != 0;
     answered_ = popWithin(waitMs);

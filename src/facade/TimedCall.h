@@ -34,6 +34,9 @@ protected:
     TimedCallBase(const FacadeState& state, channel::AnswerTable& answers, const char* name);
 
     void post(channel::Kind kind, std::shared_ptr<channel::CmdData> request);
+    /// As if nothing had been posted, because nobody is there; false then. True if there was
+    /// somebody who has answered it.
+    bool takeBack();
 
     /// Waits for the answer; true if it came and tells success. A caller that waits no time at all
     /// waits for nobody: its request is carried out whenever the agent comes to it.
@@ -81,12 +84,13 @@ public:
         static_assert(Operation::wait == Wait::threeSeconds, "see the table");
     }
 
-    /// Posts the request; false if there is no agent.
+    /// Posts the request; false if there is no agent. The agent is at it already while the system
+    /// is asked whether its thread still runs.
     template <class... Args>
     bool post(Args&&... payload) {
-        if (!isOperating()) return false;
+        if (!mayBeOperating()) return false;
         send(std::forward<Args>(payload)...);
-        return true;
+        return isOperating() || takeBack();
     }
     /// The same, for who has just seen that there is one.
     template <class... Args>

@@ -58,11 +58,19 @@ public:
             lock_.enter();
         }
         const Leave leave(lock_);
-        if (empty_) return false;
-        item = slots_[readIndex_];
-        readIndex_ = after(readIndex_);
-        if (readIndex_ == writeIndex_) empty_ = true;
-        return true;
+        return take(item);
+    }
+
+    /// Takes the oldest item, if there is one, without a call of the system: the signal of its push
+    /// stays, and ends a later wait early.
+    bool takeIfThere(T& item) {
+        const common::LockGuard guard(lock_);
+        return take(item);
+    }
+
+    bool isEmpty() {
+        const common::LockGuard guard(lock_);
+        return empty_;
     }
 
     /// Drops all unread items and a left-over signal. The slots keep their copies.
@@ -97,6 +105,14 @@ private:
     private:
         common::Lock& lock_;
     };
+
+    bool take(T& item) {
+        if (empty_) return false;
+        item = slots_[readIndex_];
+        readIndex_ = after(readIndex_);
+        if (readIndex_ == writeIndex_) empty_ = true;
+        return true;
+    }
 
     bool isFull() const { return writeIndex_ == readIndex_ && !empty_; }
     std::uint32_t after(std::uint32_t index) const {

@@ -17,6 +17,8 @@ constexpr unsigned int outgoingSlots = 10;
 constexpr unsigned int defaultTimeoutMs = 2000;
 constexpr int stopPolls = 100;
 constexpr unsigned int stopPollMs = 50;
+/// So often a sender that waits sees whether the worker is still there.
+constexpr unsigned int lookMs = 10;
 
 /// The socket support of the process while the worker runs.
 class SocketSupport {
@@ -137,8 +139,9 @@ bool ClientSocketCommandFactory::awaitResult(const CmdData& sent) {
     const auto deadline = common::Deadline::after(common::now(), sent.timeoutMs);
     for (;;) {
         CmdResult result;
+        const bool isThere = sent.results->pop(result, deadline.sliceMs(lookMs));
         // A result with another id belongs to an earlier send that no longer waited for it.
-        if (sent.results->pop(result, 1) && result.requestId == sent.requestId)
+        if (isThere && result.requestId == sent.requestId)
             return result.status == CmdResult::success;
         if (deadline.hasPassed() || stop_) return false;
     }

@@ -62,6 +62,11 @@ public:
     /// From any thread. Heeded with the worker's next pass, of the connection that stands, too.
     void setNoDelay(bool isWanted) override { noDelay_ = isWanted; }
 
+    /// No message brings anything here.
+    void awaitInput(common::Event& handled, unsigned int timeoutMs) override {
+        handled.wait(timeoutMs);
+    }
+
     unsigned int defaultTimeout(unsigned int commandType) const override;
 
     /// A new connection starts with an empty buffer: what the broken one left would misalign it.

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "common/LastError.h"
+#include "common/Pump.h"
 #include "protocol/RecordHead.h"
 #include "protocol/RecordStream.h"
 #include "transport/ReceivedCommand.h"
@@ -95,6 +96,10 @@ Delivery ExternalCommandFactory::deliver(const std::string& bytes, unsigned int 
 
 bool ExternalCommandFactory::isPeerGone() {
     return peer_.window != nullptr && platform_->processOf(peer_.window) != peer_.process;
+}
+
+void ExternalCommandFactory::awaitInput(common::Event&, unsigned int timeoutMs) {
+    common::awaitSentMessage(timeoutMs);
 }
 
 HWND ExternalCommandFactory::findServer() {

@@ -42,6 +42,9 @@ public:
 
     bool isPeerGone() override;
 
+    /// What comes is handled where this thread's messages are dispatched: until there is one to be.
+    void awaitInput(common::Event& handled, unsigned int timeoutMs) override;
+
     unsigned int defaultTimeout(unsigned int commandType) const override;
 
     /// Handles a received message; the result goes back to the sender.

@@ -6,6 +6,7 @@
 
 #include "common/TimeLimits.h"
 #include "protocol/IExternalCommand.h"
+#include "qorcontrol/Event.h"
 #include "transport/Delivery.h"
 
 /// A transport: carries commands to QOR and hands what QOR sends to the `ICommandReceiver` that it
@@ -50,6 +51,12 @@ public:
     /// Whether a short record leaves at once though QOR's system has not confirmed the one before
     /// it yet. Where records have nothing to wait for it says nothing.
     virtual void setNoDelay(bool /*isWanted*/) {}
+
+    /// Called in turns with a look for what QOR has sent and the dispatch of this thread's
+    /// messages: waits, at most so long, until another turn is worth while. `handled` is signalled
+    /// when another thread has handled something. One that does not wait costs nothing but the
+    /// turns.
+    virtual void awaitInput(common::Event& /*handled*/, unsigned int /*timeoutMs*/) {}
 
     /// Begins the work of threads of its own, if it has any, once its owner is ready for them.
     /// Throws std::runtime_error if that is not possible.

@@ -1,6 +1,8 @@
 #include "transport/SocketWorker.h"
 
 #include <new>
+#include <optional>
+#include <string_view>
 #include <utility>
 
 #include "protocol/RecordHead.h"
@@ -10,10 +12,15 @@
 
 namespace {
 
-/// Of a whole record.
-bool tellsStatus(const std::string& record) {
-    const auto head = protocol::RecordHead::read(record, 0);
-    return (head.header & ExternalCommand::idMask) == CommandPing::id;
+/// Of a ping at the head of `bytes`, a whole record; none of any other record.
+std::optional<std::uint32_t> statusOfPing(const std::string& bytes) {
+    using protocol::RecordHead;
+    const auto head = RecordHead::read(bytes, 0);
+    if ((head.header & ExternalCommand::idMask) != CommandPing::id) return std::nullopt;
+    const std::string_view record = bytes;
+    protocol::Ping ping;
+    wire::Reader(record.substr(RecordHead::encodedBytes, head.payloadLength)).get(ping);
+    return ping.status;
 }
 
 constexpr unsigned int connectMs = 1000;
@@ -117,17 +124,22 @@ std::size_t SocketWorker::handleRecords(const std::string& bytes) {
 }
 
 void SocketWorker::handleRecord(const std::string& bytes, std::uint32_t requestId) {
+    // The sender is released before the handler runs: it waits for its data by itself. A record
+    // that no prototype takes still answers its request. Nor does a sender that an acknowledgement
+    // alone can release wait for the object of that one, whose request id costs a generator fill.
+    const std::optional<std::uint32_t> status = statusOfPing(bytes);
+    if (status) release(requestId, *status);
     const ReceivedCommand received =
         recognise(bytes, factory_.receiver_.prototypes(), factory_.pingPrototype_);
-    // Perhaps a refusal, and it must not be taken for the opposite.
-    if (received.lacksMemory && tellsStatus(bytes)) throw std::bad_alloc();
-    // The sender is released before the handler runs: it waits for its data by itself. A record
-    // that no prototype takes still answers its request.
-    const bool refused = received.pingStatus() == protocol::Ping::notHandled;
-    if (refused) factory_.receiver_.onRefused(requestId);
-    pending_.complete(requestId, refused ? CmdResult::failure : CmdResult::success);
+    if (!status) release(requestId, protocol::Ping::handled);
     if (!received.command) return tellUnreadable(received, bytes, factory_.receiver_);
     handleCommand(*received.command);
+}
+
+void SocketWorker::release(std::uint32_t requestId, std::uint32_t status) {
+    const bool isRefused = status == protocol::Ping::notHandled;
+    if (isRefused) factory_.receiver_.onRefused(requestId);
+    pending_.complete(requestId, isRefused ? CmdResult::failure : CmdResult::success);
 }
 
 void SocketWorker::handleCommand(IExternalCommand& command) {
@@ -145,7 +157,7 @@ void SocketWorker::sendNextCommand() {
     std::string bytes;
     do {
         // No wait here: the pump waits for the queue and the socket together.
-        if (!factory_.outgoing_.pop(next, 0)) return;
+        if (!factory_.outgoing_.takeIfThere(next)) return;
         bytes = std::move(*next.bytes);
     } while (isWithdrawn(next));
     if (!connection_.isConnected()) return fail(next, Delivery::noConnection);

@@ -34,6 +34,8 @@ private:
     std::size_t handleRecords(const std::string& bytes);
     /// `bytes` begin with the record.
     void handleRecord(const std::string& bytes, std::uint32_t requestId);
+    /// The sender of a request, if it still waits, by what QOR has said of it.
+    void release(std::uint32_t requestId, std::uint32_t status);
     void handleCommand(IExternalCommand& command);
     void sendNextCommand();
     /// Whether a command may not leave any more; its sender is told then.

@@ -4,3 +4,5 @@
 void common::pumpCopyData() {}
 
 void common::pumpOneMessage() {}
+
+void common::awaitSentMessage(unsigned int) {}

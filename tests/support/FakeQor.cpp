@@ -26,6 +26,9 @@ public:
         return sent == Delivery::taken ? sent : qor_.failure.value_or(sent);
     }
     bool isConnected() const override { return qor_.isConnected; }
+    void awaitInput(common::Event& handled, unsigned int timeoutMs) override {
+        if (qor_.whileAwaited) qor_.whileAwaited(handled, timeoutMs);
+    }
     unsigned int defaultTimeout(unsigned int) const override { return 2000; }
 
 private:

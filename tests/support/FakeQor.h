@@ -49,6 +49,9 @@ public:
     /// What happens while a command waits for its turn to leave.
     std::function<void(const IExternalCommand&)> beforeLeaving = [](const auto&) {};
 
+    /// What happens where a transport waits between two looks for data; without it nothing does.
+    std::function<void(common::Event& handled, unsigned int timeoutMs)> whileAwaited;
+
     /// QOR answers questions for this parameter at once, under its own name.
     void knows(const protocol::ParamInfo& description);
     void knows(const std::string& name, std::int32_t index, bool threeArrays = false);

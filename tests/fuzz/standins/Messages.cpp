@@ -41,6 +41,10 @@ void common::pumpOneMessage() {
     pumpCopyData();
 }
 
+void common::awaitSentMessage(unsigned int) {
+    fibers::Scheduler::present().lookAtClock();
+}
+
 CWnd::~CWnd() {
     CWnd::DestroyWindow();
 }

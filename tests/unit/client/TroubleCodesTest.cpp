@@ -97,4 +97,17 @@ TEST_F(TroubleCodes, ClearingRunsRoutineThreeAndTakesTheResultOfTheSend) {
     EXPECT_FALSE(client().clearDtc());
 }
 
+TEST_F(TroubleCodes, OfAnotherThreadEndTheWaitForThem) {
+    clock.msPerRead = 0;
+    qor.whileAwaited = [this](common::Event& handled, unsigned int timeoutMs) {
+        EXPECT_EQ(timeoutMs, 10u);
+        EXPECT_FALSE(handled.wait(0));
+        soon([this] { tell(0x1234); });
+        EXPECT_TRUE(handled.wait(5000));
+        qor.whileAwaited = [](auto&&...) { ADD_FAILURE() << "they are there"; };
+    };
+    ASSERT_TRUE(get());
+    EXPECT_EQ(dtcs.at(0).code, 0x1234u);
+}
+
 }  // namespace

@@ -106,6 +106,23 @@ TEST(Deadline, AcrossTheWrapOfTheTicksIsLikeAnyOther) {
     EXPECT_TRUE(deadline.hasPassed(Moment(0x200000011)));
 }
 
+TEST(Deadline, ASliceOfItIsNoLongerThanAskedForAndEndsWhenItHasPassed) {
+    FakeClock clock;
+    const Deadline deadline = Deadline::after(common::now(), 50);
+    EXPECT_EQ(deadline.sliceMs(10), 10u);
+    clock.advance(40);
+    EXPECT_EQ(deadline.sliceMs(10), 10u);
+    clock.advance(1);
+    EXPECT_EQ(deadline.sliceMs(10), 10u);
+    clock.advance(1);
+    EXPECT_EQ(deadline.sliceMs(10), 9u);
+    clock.advance(8);
+    EXPECT_EQ(deadline.sliceMs(10), 1u) << "the last millisecond is its own";
+    clock.advance(8);
+    EXPECT_EQ(deadline.sliceMs(10), 1u);
+    EXPECT_EQ(Deadline::never().sliceMs(10), 10u);
+}
+
 TEST(Deadline, LooksAtTheClockThatIsInPlace) {
     FakeClock clock(0xFFFFFFF0);
     const Deadline deadline = Deadline::after(common::now(), 0x20);

@@ -98,3 +98,29 @@ TEST(Pump, OtherMessagesStayInTheQueueOfACopyDataPump) {
     common::pumpOneMessage();
     EXPECT_EQ(window.posted, 1);
 }
+
+TEST(Pump, AWaitForASentMessageEndsWithItAndLeavesItToThePump) {
+    CountingWindow window;
+    TestThread sender([&] {
+        Sleep(30);
+        sendCopyData(window.handle());
+    });
+    const DWORD before = GetTickCount();
+    common::awaitSentMessage(5000);
+    EXPECT_LT(GetTickCount() - before, 4000u);
+    EXPECT_EQ(window.copyData, 0);
+    common::awaitSentMessage(5000);
+    EXPECT_LT(GetTickCount() - before, 4000u) << "it is still there";
+    common::pumpCopyData();
+    EXPECT_EQ(window.copyData, 1);
+}
+
+TEST(Pump, AWaitForASentMessageTakesItsTimeWhereThereIsNoneWhateverElseIsThere) {
+    CountingWindow window;
+    PostMessageA(window.handle(), WM_APP, 0, 0);
+    const DWORD before = GetTickCount();
+    common::awaitSentMessage(80);
+    EXPECT_GE(GetTickCount() - before, 60u) << "ticks move in steps of up to 20 ms";
+    EXPECT_EQ(window.posted, 0);
+    common::pumpOneMessage();
+}

@@ -90,6 +90,33 @@ TEST(ThreadSafeQueue, ASignalLeftOverFromAPopWithoutWaitEndsTheNextWaitAtOnce) {
     EXPECT_EQ(popped(queue, 0), nothing) << "the signal served once";
 }
 
+TEST(ThreadSafeQueue, WhatIsThereIsTakenWithoutItsSignal) {
+    ThreadSafeQueue<int> queue(2);
+    int item = 0;
+    EXPECT_FALSE(queue.takeIfThere(item));
+    queue.push(1);
+    queue.push(2);
+    EXPECT_TRUE(queue.takeIfThere(item));
+    EXPECT_EQ(item, 1);
+    EXPECT_TRUE(queue.takeIfThere(item));
+    EXPECT_EQ(item, 2);
+    EXPECT_FALSE(queue.takeIfThere(item));
+    EXPECT_EQ(WaitForSingleObject(queue.pushed().handle(), 0), WAIT_OBJECT_0);
+}
+
+TEST(ThreadSafeQueue, IsEmptyFromTheLastItemToTheNextOne) {
+    ThreadSafeQueue<int> queue(2);
+    EXPECT_TRUE(queue.isEmpty());
+    queue.push(1);
+    EXPECT_FALSE(queue.isEmpty());
+    EXPECT_EQ(popped(queue), 1);
+    EXPECT_TRUE(queue.isEmpty());
+    queue.push(2);
+    EXPECT_FALSE(queue.isEmpty());
+    queue.clear();
+    EXPECT_TRUE(queue.isEmpty());
+}
+
 TEST(ThreadSafeQueue, ClearDropsAllItemsAndTheLeftOverSignal) {
     ThreadSafeQueue<int> queue(2);
     queue.push(1);

@@ -49,6 +49,25 @@ TEST_F(LostAgent, ThatEndedWithoutReturningHasEveryPostingOperationFailAtOnce) {
     EXPECT_THAT(agent.requests(), SizeIs(2));
 }
 
+TEST_F(LostAgent, ThatEndedWithoutReturningLeavesNoLineOfACallThatNobodyHasTaken) {
+    endAfterOneRead();
+    const std::size_t before = trace().size();
+    EXPECT_FALSE(facade->pingQor(5000));
+    EXPECT_FALSE(facade->getParamData("Load", values, 5000));
+    QorControlFacade::KwpCommand kwp{1, "10 03", 0};
+    EXPECT_FALSE(facade->sendKwpCommand(kwp, 5000));
+    EXPECT_THAT(trace(), SizeIs(before));
+}
+
+TEST_F(LostAgent, ThatEndsRightBehindItsAnswerHasGivenIt) {
+    agent.script().onRequest = [](Channel&, const Cmd& command) {
+        ScriptedAgent::succeed(command);
+        ExitThread(0);
+    };
+    start(60000);
+    EXPECT_TRUE(facade->pingQor(5000));
+}
+
 TEST_F(LostAgent, ThatEndedWithoutReturningLeavesTheCacheReadable) {
     endAfterOneRead();
     values.clear();

@@ -30,12 +30,14 @@ public:
     }
 };
 
-/// For pings of this status there is no memory, the others it leaves to others.
-class StarvingPing final : public CommandPing, public IClientCommand {
+/// For pings of one status there is no memory, the others it leaves to others.
+class OwnPing final : public CommandPing, public IClientCommand {
 public:
     static constexpr std::uint32_t starvingStatus = 99;
+    static inline std::function<void()> beforeAnyIsMade;
 
     IExternalCommand* createFromPayload(std::string_view bytes) const override {
+        if (beforeAnyIsMade != nullptr) beforeAnyIsMade();
         if (bytes == tcp::word(starvingStatus)) throw std::bad_alloc();
         return nullptr;
     }
@@ -47,7 +49,7 @@ public:
 /// The prototypes of the tests: command ids 3, 6, 8, 9 and 10, and 0 without memory.
 inline ICommandReceiver::Prototypes testPrototypes() {
     ICommandReceiver::Prototypes prototypes;
-    prototypes.push_back(std::make_unique<StarvingPing>());
+    prototypes.push_back(std::make_unique<OwnPing>());
     prototypes.push_back(std::make_unique<AcceptingCommand<CommandGetParamInfo>>());
     prototypes.push_back(std::make_unique<AcceptingCommand<CommandReceiveParamData>>());
     prototypes.push_back(std::make_unique<AcceptingCommand<CommandEcuToolRoutine>>());
