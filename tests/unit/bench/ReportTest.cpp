@@ -1,8 +1,8 @@
 #include "bench/Report.h"
 
 #include <gmock/gmock.h>
-#include <stdio.h>
 
+#include <cstdio>
 #include <fstream>
 #include <nlohmann/json.hpp>
 
@@ -18,7 +18,7 @@ nlohmann::json written(const Report& report) {
     std::ifstream file(path);
     auto read = nlohmann::json::parse(file);
     file.close();
-    remove(path.c_str());
+    std::remove(path.c_str());
     return read;
 }
 
