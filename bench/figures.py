@@ -14,7 +14,7 @@ class Unusable(Exception):
 class Figure(NamedTuple):
     """Durations, in microseconds."""
     name: str
-    count: int
+    samples: int
     least: float
     p50: float
     p95: float
@@ -89,7 +89,7 @@ def _figure(entry: Dict[str, Any]) -> Figure:
     count, least, p50, p95, p99, bound = (
         _amount(entry, key) for key in ("count", "minUs", "p50Us", "p95Us", "p99Us", "p50BoundUs"))
     _wanted(p50 > 0, f"'{name}' took no time at all")
-    return Figure(name, int(count), least, p50, p95, p99, bound, parts, [tuple(each) for each in quantiles],
+    return Figure(name, int(count), least, p50, p95, p99, bound, parts, [(share, us) for share, us in quantiles],
                   _text(entry, "floor"), entry.get("peer") is True)
 
 

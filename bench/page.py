@@ -45,7 +45,7 @@ def card(name: str, plots: str, beside: str) -> str:
 
 def figure_card(run: figures.Run, index: int, figure: figures.Figure) -> str:
     quantiles = figure.quantiles or [(0, figure.least), (0.5, figure.p50), (0.95, figure.p95), (0.99, figure.p99)]
-    facts = [["samples", str(figure.count)], ["p50", shown(figure.p50)]]
+    facts = [["samples", str(figure.samples)], ["p50", shown(figure.p50)]]
     if figure.bound:
         facts += [["bound of p50", shown(figure.bound)], ["p50 / bound", shown(figure.p50 / figure.bound, 3)]]
     if run.over_floor(figure):
