@@ -12,6 +12,17 @@ std::string ratio(double value, double bound) {
     return bound > 0 ? fmt::format("{:.2f}", value / bound) : "-";
 }
 
+/// Where a curve of all samples is looked at.
+constexpr double shares[] = {0,   0.01, 0.05, 0.1, 0.2,  0.3,  0.4,  0.5,
+                             0.6, 0.7,  0.8,  0.9, 0.95, 0.98, 0.99, 1};
+
+/// Pairs: the share of the samples, and the microseconds below which it lies.
+nlohmann::ordered_json quantilesOf(const Samples& samples) {
+    auto quantiles = nlohmann::ordered_json::array();
+    for (const double share : shares) quantiles.push_back({share, samples.percentile(share)});
+    return quantiles;
+}
+
 }  // namespace
 
 void Report::add(const std::string& name, const Samples& samples, double p50Bound,
@@ -62,7 +73,9 @@ void Report::writeJson(const std::string& path) const {
                            {"p95Us", row.samples.p95()},
                            {"p99Us", row.samples.p99()},
                            {"p50BoundUs", row.p50Bound},
-                           {"p99BoundUs", row.p99Bound}});
+                           {"p99BoundUs", row.p99Bound},
+                           {"partP50Us", row.samples.medians(static_cast<std::size_t>(rounds_))},
+                           {"quantilesUs", quantilesOf(row.samples)}});
     for (const Rate& rate : rates_)
         figures.push_back({{"name", rate.name},
                            {"perSecond", rate.perSecond},
@@ -73,6 +86,6 @@ void Report::writeJson(const std::string& path) const {
                            {"amount", each.amount},
                            {"mostBound", each.mostBound}});
     std::ofstream file(path);
-    file << figures.dump(2) << '\n';
+    file << nlohmann::ordered_json{{"rounds", rounds_}, {"figures", figures}}.dump(1) << '\n';
     if (!file) throw std::runtime_error("cannot write " + path);
 }

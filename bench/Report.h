@@ -8,6 +8,9 @@
 /// Collects what was measured, prints it as a table and writes it as JSON.
 class Report {
 public:
+    /// `rounds`: into so many parts the samples of each figure are cut for the medians in the JSON.
+    explicit Report(int rounds) : rounds_(rounds) {}
+
     /// `p50Bound` and `p99Bound` are what the figure is held against, in microseconds, 0: nothing.
     void add(const std::string& name, const Samples& samples, double p50Bound = 0,
              double p99Bound = 0);
@@ -46,6 +49,7 @@ private:
 
     void printAmounts() const;
 
+    int rounds_;
     std::vector<Row> rows_;
     std::vector<Rate> rates_;
     std::vector<Amount> amounts_;

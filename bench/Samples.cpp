@@ -1,28 +1,33 @@
 #include "Samples.h"
 
-#include <windows.h>
-
 #include <algorithm>
 #include <cmath>
 
-double Samples::percentile(double p) const {
-    if (us_.empty()) return 0;
-    std::vector<double> sorted = us_;
+namespace {
+
+double percentileOf(std::vector<double> sorted, double p) {
+    if (sorted.empty()) return 0;
     const auto last = static_cast<double>(sorted.size() - 1);
     const auto rank = static_cast<std::ptrdiff_t>(std::floor(last * p + 0.5));
     std::nth_element(sorted.begin(), sorted.begin() + rank, sorted.end());
     return sorted[static_cast<std::size_t>(rank)];
 }
 
-double nowUs() {
-    static const double perUs = [] {
-        LARGE_INTEGER frequency;
-        QueryPerformanceFrequency(&frequency);
-        return static_cast<double>(frequency.QuadPart) / 1e6;
-    }();
-    LARGE_INTEGER counter;
-    QueryPerformanceCounter(&counter);
-    return static_cast<double>(counter.QuadPart) / perUs;
+}  // namespace
+
+double Samples::percentile(double p) const {
+    return percentileOf(us_, p);
+}
+
+std::vector<double> Samples::medians(std::size_t parts) const {
+    const std::size_t count = std::min(parts, us_.size());
+    const auto edge = [&](std::size_t part) {
+        return us_.begin() + static_cast<std::ptrdiff_t>(us_.size() * part / count);
+    };
+    std::vector<double> medians;
+    for (std::size_t part = 0; part < count; ++part)
+        medians.push_back(percentileOf({edge(part), edge(part + 1)}, 0.5));
+    return medians;
 }
 
 void measure(Samples& samples, int count, const std::function<void()>& action) {

@@ -18,6 +18,11 @@ public:
     double p95() const { return percentile(0.95); }
     double p99() const { return percentile(0.99); }
 
+    /// The medians of so many parts of the samples, or of each sample where there are fewer, in
+    /// the order of measuring. The parts are equally long: where every round adds as many samples
+    /// and there are as many parts as rounds, each is a round.
+    std::vector<double> medians(std::size_t parts) const;
+
 private:
     std::vector<double> us_;
 };

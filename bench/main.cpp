@@ -155,7 +155,7 @@ std::vector<std::string> namesOfSections() {
 }
 
 int run(const Options& options) {
-    Report report;
+    Report report(options.rounds);
     for (const Section& section : sections())
         if (options.only.empty() || options.only == section.name) section.measure(options, report);
     report.print();

@@ -16,8 +16,8 @@ packagePackages=("${buildPackages[@]}" llvm cmark-gfm)
 testPackages=("${packagePackages[@]}" googletest g++ g++-multilib clang libclang-rt-14-dev
     clang-format clang-tidy git chromium lld mono-mcs mono-runtime
     libmono-system-runtime-serialization4.0-cil libmono-system-xml-linq4.0-cil mypy curl python3-venv
-    prometheus mosquitto mosquitto-clients)
-benchPackages=("${buildPackages[@]}")
+    prometheus mosquitto mosquitto-clients python3-scipy)
+benchPackages=("${buildPackages[@]}" g++ libzmq3-dev python3-scipy)
 coveragePackages=("${testPackages[@]}" gcovr)
 
 packages=()
