@@ -144,7 +144,8 @@ void PostQuitMessage(int exitCode) {
 }
 
 // An event tells nobody but its own waiter, so it is looked at again and again: the only wait of
-// the library's for both lasts a millisecond.
+// the library's for both lasts a millisecond. What is only posted may end a wait for messages of
+// other threads, too.
 DWORD MsgWaitForMultipleObjectsEx(DWORD count, const HANDLE* handles, DWORD timeoutMs, DWORD,
                                   DWORD) {
     ThreadQueue& own = *ThreadQueue::own();

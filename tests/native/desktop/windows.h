@@ -31,6 +31,7 @@ constexpr int GCLP_WNDPROC = -24;
 constexpr DWORD ISMEX_SEND = 1;
 constexpr DWORD ISMEX_REPLIED = 8;
 constexpr DWORD QS_ALLINPUT = 0x4FF;
+constexpr DWORD QS_SENDMESSAGE = 0x40;
 constexpr DWORD MWMO_INPUTAVAILABLE = 4;
 inline const HWND HWND_MESSAGE = reinterpret_cast<HWND>(LONG_PTR{-3});
 
@@ -75,7 +76,7 @@ LRESULT DispatchMessageA(const MSG* message);
 BOOL TranslateMessage(const MSG* message);
 BOOL PostMessageA(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 void PostQuitMessage(int exitCode);
-/// For one handle at most, an event.
+/// For one handle at most, an event, and input of any kind.
 DWORD MsgWaitForMultipleObjectsEx(DWORD count, const HANDLE* handles, DWORD timeoutMs, DWORD kinds,
                                   DWORD flags);
 /// A copy-data message takes its bytes with it, as it does to another process: a sender that has

@@ -45,8 +45,8 @@ bool isChosen(const std::string& name) {
 /// An agent whose state cannot be read when the host wants it to end: nobody waits for it then, and
 /// it goes on with all that is its own.
 bool staysByOrder(const Deed& deed, const Site& site) {
-    return deed.name == std::string("destruction") &&
-           functionOf(site) == std::string("GetExitCodeThread");
+    const bool isEnd = deed.name == std::string("destruction") || deed.name == std::string("close");
+    return isEnd && functionOf(site) == std::string("GetExitCodeThread");
 }
 
 }  // namespace

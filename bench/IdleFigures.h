@@ -1,0 +1,8 @@
+#pragma once
+
+#include "Report.h"
+
+/// What the library costs while it has nothing to do and while it waits: the work of this program
+/// and of Wine's server, in per cent of one core, beside a floor of two threads that look around
+/// every millisecond.
+void measureIdle(int rounds, Report& report);
