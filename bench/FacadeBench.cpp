@@ -91,6 +91,11 @@ void FacadeBench::readCachedParam() {
     require(facade_->getParamData(scalar, values_, timeoutMs), "a cached getParamData");
 }
 
+void FacadeBench::slowExchange() {
+    QorControlFacade::KwpCommand reset{0x11, "\x01", 0};
+    require(facade_->sendKwpCommand(reset, timeoutMs), "sendKwpCommand");
+}
+
 std::unique_ptr<Taker> FacadeBench::startStream() {
     if (periodMs_ != streamPeriodMs) connect(streamPeriodMs);
     require(facade_->startParamRead(&queue_, streamed), "startParamRead");

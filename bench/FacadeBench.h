@@ -26,6 +26,9 @@ public:
     /// A read that the value cache answers.
     void readCachedParam();
 
+    /// A KWP exchange for which QOR takes 300 ms.
+    void slowExchange();
+
     /// Streams twelve values, which QOR sends every 100 ms, to a host that takes them as long as
     /// the result lives; keep it beyond `stopStream`. Returns when they flow.
     std::unique_ptr<Taker> startStream();

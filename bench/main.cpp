@@ -12,8 +12,10 @@
 #include "EchoPeer.h"
 #include "FacadeBench.h"
 #include "framework/AsyncSocket.h"
+#include "IdleFigures.h"
 #include "NoDelayFigures.h"
 #include "PipedProcess.h"
+#include "profile/ProfileFigures.h"
 #include "protocol/RequestId.h"
 #include "Report.h"
 #include "ServeFigures.h"
@@ -31,6 +33,7 @@ struct Options {
     unsigned int streamPeerPort = 0;
     int streamWindow = 0;
     std::string only;  ///< one of the sections; empty: all
+    bool isProfile = false;
     bool isPipePeer = false;
 };
 
@@ -142,6 +145,7 @@ const std::vector<Section>& sections() {
         {"requests", measureRoundTripsOf},
         {"codec", measureCodecOf},
         {"no-delay", [](const Options& of, Report& to) { measureNoDelay(of.rounds, to); }},
+        {"idle", [](const Options& of, Report& to) { measureIdle(of.rounds, to); }},
         {"streams",
          [](const Options& of, Report& to) { measureStreams(of.rounds, of.perRound, to); }},
         {"serve", [](const Options& of, Report& to) { measureServe(of.rounds, of.perRound, to); }}};
@@ -181,6 +185,10 @@ int main(int argc, char** argv) {
         ->group("");
     app.add_option("--only", options.only, "measure nothing but this")
         ->check(CLI::IsMember(namesOfSections()));
+    app.add_flag("--profile", options.isProfile,
+                 "tell where the time of a request goes, and measure nothing else")
+        ->excludes("--only")
+        ->excludes("--json");
     app.add_flag("--pipe-peer", options.isPipePeer, "be the other side of a floor")->group("");
     app.add_option("--stream-peer", options.streamPeerPort, "be the other side of the streams")
         ->group("");
@@ -193,6 +201,7 @@ int main(int argc, char** argv) {
         if (!options.copyDataPeerTitle.empty()) return runCopyDataPeer(options.copyDataPeerTitle);
         if (options.streamPeerPort != 0)
             return streampeer::run(options.streamPeerPort, options.streamWindow);
+        if (options.isProfile) return printProfile(options.rounds, options.perRound);
         return run(options);
     } catch (const std::exception& error) {
         fmt::print(stderr, "qor-bench: {}\n", error.what());

@@ -3,6 +3,7 @@
 benchUsage() {
     cat >&2 <<'TEXT'
 usage: ./run bench [--against FILE] [--json FILE] [--only SECTION|peer] [--rounds N] [--per-round N]
+       ./run bench --profile [--rounds N] [--per-round N]    (where the time of a request goes)
        ./run bench --compare OLD NEW    (no run)
        ./run bench --history FILE...    (no run)
 TEXT
@@ -36,15 +37,21 @@ measurePeer() {
     interruptible "$build/peer/qor-bench-peer" --json "$runTemp/peer.json" "$@" || fail "the peer failed"
 }
 
-measureOurs() {
+# runOurs LAST-LINE ARGUMENT...
+runOurs() {
+    local last=$1
+    shift
     fetch
     compile mingw32 bench/all
     useWinePrefix wine-prefix-bench
     warmWine
     stage "benchmarks"
-    interruptible "$root/cmake/wine-test.sh" --closing '^(figures written to|Usage:) ' \
-        "$build/mingw32/bin/qor-bench.exe" --json "$(windowsPath "$runTemp/ours.json")" "$@" ||
-        fail "the benchmarks failed"
+    interruptible "$root/cmake/wine-test.sh" --closing "^($last|Usage:) " \
+        "$build/mingw32/bin/qor-bench.exe" "$@" || fail "the benchmarks failed"
+}
+
+measureOurs() {
+    runOurs 'figures written to' --json "$(windowsPath "$runTemp/ours.json")" "$@"
 }
 
 # The options of a run. What both programs take goes to both.
@@ -101,6 +108,15 @@ runBench() {
             [ $# -ge 2 ] || benchUsage
             installPackages bench
             benchPage "$build/bench.html" "${@:2}"
+            return
+            ;;
+        --profile)
+            parseBench "${@:2}"
+            [ -z "$against$only" ] || benchUsage
+            installPackages bench
+            makeTemp
+            lockCheckout
+            runOurs 'profile made of' --profile "${both[@]}"
             return
             ;;
     esac

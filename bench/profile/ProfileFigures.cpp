@@ -151,7 +151,7 @@ void profileOf(Transport transport, Profiles& profiles, int count) {
 
 }  // namespace
 
-void printProfile(int rounds, int perRound) {
+int printProfile(int rounds, int perRound) {
     Samples fill;
     measure(fill, perRound, [] { protocol::drawRequestId(); });
     fmt::print("A generator fill takes {:.0f} us (p50).\n", fill.p50());
@@ -162,4 +162,6 @@ void printProfile(int rounds, int perRound) {
     tcp.read.print("getParamData, one value, TCP");
     window.ping.print("pingQor, window");
     window.read.print("getParamData, one value, window");
+    fmt::print("\nprofile made of {} requests of each kind\n", rounds * perRound);
+    return 0;
 }
