@@ -1,7 +1,7 @@
 # "./run coverage": lines and branches of src/ that the tests run through. Sourced by ./run.
 
 # The tests of the library; those of its programs come by the same ways.
-coverageTests=(-L '^(unit|system)$' -E 'simulator|qorctl|serve|doctor|watch|terminal|guide|stations')
+coverageTests=(-L '^(unit|system|fuzz)$' -E 'simulator|qorctl|serve|doctor|watch|terminal|guide|stations')
 
 runCoverage() {
     local names targets filter=("${coverageTests[@]}")

@@ -15,7 +15,8 @@ class Options(unittest.TestCase):
 
     def test_an_option_without_its_value_is_answered_with_the_usage(self):
         for arguments in (["--against"], ["--json"], ["--only", "codec", "--rounds"], ["--compare", "old"],
-                          ["--compare", "old", "new", "third"], ["--history"], ["--help"]):
+                          ["--compare", "old", "new", "third"], ["--history"], ["--help"],
+                          ["--profile", "--only", "codec"], ["--profile", "--against", "old"]):
             with self.subTest(arguments=arguments):
                 self.assertRegex(self.refused(*arguments), r"^usage: \./run bench ")
 
