@@ -7,10 +7,6 @@
 
 using protocol::RecordHead;
 
-std::uint32_t ReceivedCommand::pingStatus() const {
-    return isPing ? static_cast<const CommandPing&>(*command).status : 0;
-}
-
 namespace {
 
 ReceivedCommand offer(const std::string& record, const ICommandReceiver::Prototypes& prototypes,

@@ -11,9 +11,6 @@ struct ReceivedCommand {
     std::unique_ptr<IExternalCommand> command;  ///< null: no prototype takes the record
     bool isPing = false;                        ///< taken by the ping prototype
     bool lacksMemory = false;                   ///< which is why there is no command
-
-    /// The status of a ping; 0 for any other command.
-    std::uint32_t pingStatus() const;
 };
 
 /// Offers `record` to the prototypes in their order, then to `ping`; the first that takes it wins.

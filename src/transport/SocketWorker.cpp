@@ -1,7 +1,6 @@
 #include "transport/SocketWorker.h"
 
 #include <new>
-#include <optional>
 #include <string_view>
 #include <utility>
 
@@ -10,16 +9,18 @@
 #include "transport/SocketCommandReplyer.h"
 #include "transport/SocketPump.h"
 
+using protocol::RecordHead;
+
 namespace {
 
-/// Of a ping at the head of `bytes`, a whole record; none of any other record.
-std::optional<std::uint32_t> statusOfPing(const std::string& bytes) {
-    using protocol::RecordHead;
-    const auto head = RecordHead::read(bytes, 0);
-    if ((head.header & ExternalCommand::idMask) != CommandPing::id) return std::nullopt;
-    const std::string_view record = bytes;
+bool isPing(const RecordHead& head) {
+    return (head.header & ExternalCommand::idMask) == CommandPing::id;
+}
+
+/// Of a whole ping at the head of `bytes`.
+std::uint32_t statusOf(std::string_view bytes, const RecordHead& head) {
     protocol::Ping ping;
-    wire::Reader(record.substr(RecordHead::encodedBytes, head.payloadLength)).get(ping);
+    wire::Reader(bytes.substr(RecordHead::encodedBytes, head.payloadLength)).get(ping);
     return ping.status;
 }
 
@@ -124,14 +125,16 @@ std::size_t SocketWorker::handleRecords(const std::string& bytes) {
 }
 
 void SocketWorker::handleRecord(const std::string& bytes, std::uint32_t requestId) {
-    // The sender is released before the handler runs: it waits for its data by itself. A record
-    // that no prototype takes still answers its request. Nor does a sender that an acknowledgement
-    // alone can release wait for the object of that one, whose request id costs a generator fill.
-    const std::optional<std::uint32_t> status = statusOfPing(bytes);
-    if (status) release(requestId, *status);
+    const RecordHead head = RecordHead::read(bytes, 0);
+    if (isPing(head)) release(requestId, statusOf(bytes, head));
+    // An acknowledgement has no more to tell. An object of it would cost a generator fill, and what
+    // comes behind it waits meanwhile.
+    if (isPing(head) && (head.header & ExternalCommand::replyFlag) != 0) return;
     const ReceivedCommand received =
         recognise(bytes, factory_.receiver_.prototypes(), factory_.pingPrototype_);
-    if (!status) release(requestId, protocol::Ping::handled);
+    // The sender is released before the handler runs: it waits for its data by itself. A record
+    // that no prototype takes still answers its request.
+    if (!isPing(head)) release(requestId, protocol::Ping::handled);
     if (!received.command) return tellUnreadable(received, bytes, factory_.receiver_);
     handleCommand(*received.command);
 }

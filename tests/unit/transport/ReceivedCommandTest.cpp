@@ -81,21 +81,15 @@ TEST_F(Recognising, OnlyWhatNobodyTakesIsOfferedToThePing) {
     const ReceivedCommand received = recognise(tcp::pingAnswer(5, 2), prototypes, ping);
 
     EXPECT_TRUE(received.isPing);
-    EXPECT_EQ(2u, received.pingStatus());
+    EXPECT_EQ(2u, static_cast<CommandPing&>(*received.command).status);
     EXPECT_EQ("", asked);
-}
-
-TEST_F(Recognising, AStatusIsReadFromPingsOnly) {
-    add('a', true);
-
-    EXPECT_EQ(0u, recognise(record(8, 5, word(2)), prototypes, ping).pingStatus());
 }
 
 TEST_F(Recognising, APingWithoutAStatusHasStatusZero) {
     const ReceivedCommand received = recognise(record(0, 5, ""), prototypes, ping);
 
     EXPECT_TRUE(received.isPing);
-    EXPECT_EQ(0u, received.pingStatus());
+    EXPECT_EQ(0u, static_cast<CommandPing&>(*received.command).status);
 }
 
 TEST_F(Recognising, ARecordThatNobodyTakesGivesNothing) {

@@ -97,7 +97,7 @@ TEST(SocketTransportLoad, ASendGetsThroughWhileThePeerFloods) {
 
     EXPECT_TRUE(result.get());
     script.join();
-    EXPECT_EQ(3000u + 1u, transport.seen(3001).size());
+    EXPECT_EQ(3000u, transport.seen(3000).size());
 }
 
 TEST(SocketTransportLoad, AnswersAreHeardWhileAnotherThreadSendsWithoutPause) {

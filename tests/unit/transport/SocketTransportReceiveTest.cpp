@@ -350,31 +350,59 @@ TEST_F(SocketTransportReceiving, AFloodBehindAHandlerReplacesTheConnection) {
     EXPECT_EQ(pingAnswer(18, 1), peer.expectRecord().bytes());
 }
 
+TEST_F(SocketTransportReceiving, AnAcknowledgementIsNoCommandAndNeedsNoObject) {
+    connect();
+    bool isOffered = false;
+    OwnPing::onOffer = [&] { isOffered = true; };
+
+    EXPECT_TRUE(exchangeWorks(*transport, peer));
+    std::future<bool> result = sendOnThread(*transport, 5000);
+    peer.send(pingAnswer(peer.expectRecord().requestId, 2));
+    EXPECT_FALSE(result.get());
+    EXPECT_FALSE(isOffered);
+    EXPECT_EQ(0u, transport->seen(0).size());
+
+    peer.send(record(0, 17, word(0)));
+    EXPECT_EQ(pingAnswer(17, 1), peer.expectRecord().bytes());
+    EXPECT_TRUE(isOffered) << "a request of QOR's is one";
+    transport.reset();
+    OwnPing::onOffer = nullptr;
+}
+
+TEST_F(SocketTransportReceiving, AnAcknowledgementWithoutAStatusIsASuccess) {
+    connect();
+    std::future<bool> result = sendOnThread(*transport, 5000);
+
+    peer.send(record(0 | replyFlag, peer.expectRecord().requestId, ""));
+
+    EXPECT_TRUE(result.get());
+}
+
 TEST_F(SocketTransportReceiving, APingThatThereIsNoMemoryForTellsItsStatusAllTheSame) {
     connect();
     std::future<bool> result = sendOnThread(*transport, 5000);
 
-    peer.send(pingAnswer(peer.expectRecord().requestId, OwnPing::starvingStatus));
+    peer.send(record(0, peer.expectRecord().requestId, word(OwnPing::starvingStatus)));
 
     EXPECT_TRUE(result.get());
     EXPECT_TRUE(exchangeWorks(*transport, peer));
 }
 
-TEST_F(SocketTransportReceiving, ASenderDoesNotWaitForTheObjectOfItsAcknowledgement) {
+TEST_F(SocketTransportReceiving, ASenderDoesNotWaitForTheObjectOfAPing) {
     connect();
     std::promise<void> mayBeMade;
-    OwnPing::beforeAnyIsMade = [&] {
+    OwnPing::onOffer = [&] {
         EXPECT_EQ(mayBeMade.get_future().wait_for(std::chrono::seconds(5)),
                   std::future_status::ready);
     };
     std::future<bool> result = sendOnThread(*transport, 5000);
 
-    peer.send(pingAnswer(peer.expectRecord().requestId, 1));
+    peer.send(record(0, peer.expectRecord().requestId, word(1)));
 
     EXPECT_TRUE(result.get());
     mayBeMade.set_value();
     transport.reset();
-    OwnPing::beforeAnyIsMade = nullptr;
+    OwnPing::onOffer = nullptr;
 }
 
 TEST_F(SocketTransportReceiving, RequestsAreAnsweredWhileASendWaits) {

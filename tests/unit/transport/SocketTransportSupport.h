@@ -34,10 +34,10 @@ public:
 class OwnPing final : public CommandPing, public IClientCommand {
 public:
     static constexpr std::uint32_t starvingStatus = 99;
-    static inline std::function<void()> beforeAnyIsMade;
+    static inline std::function<void()> onOffer;
 
     IExternalCommand* createFromPayload(std::string_view bytes) const override {
-        if (beforeAnyIsMade != nullptr) beforeAnyIsMade();
+        if (onOffer != nullptr) onOffer();
         if (bytes == tcp::word(starvingStatus)) throw std::bad_alloc();
         return nullptr;
     }
