@@ -93,7 +93,8 @@ void Torture::playAll() {
     for (const Case& each : cases_) playCase(each);
     tell();
     EXPECT_FALSE(cases_.empty()) << "of that name";
-    EXPECT_LE(notMet_, static_cast<int>(cases_.size()) / 2);
+    // Seen: none of 141, and 19 of 1569 if all are played. (One alone may always be of those.)
+    EXPECT_LE(notMet_, static_cast<int>(cases_.size()) / 20 + 1);
 }
 
 TEST_F(Torture, NothingCrashesHangsOrLeaksWhereACallOfThePlatformFails) {

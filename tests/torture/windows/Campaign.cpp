@@ -123,7 +123,10 @@ void Campaign::playAll(const std::vector<Deed>& deeds) {
         if (isChosen(nameOf(*each.deed, each.site))) play(*each.deed, each.site);
     std::printf("%d not met\n", notMet_);
     EXPECT_FALSE(cases_.empty());
-    EXPECT_LT(notMet_, static_cast<int>(cases_.size()) / 3 + 1);
+    // What the agent does beside an operation comes at another time, or not at all. Seen: up to 12
+    // of 58, and 83 of 722 if all are played.
+    const int oneIn = isExhaustive() ? 5 : 3;
+    EXPECT_LE(notMet_, static_cast<int>(cases_.size()) / oneIn);
 }
 
 }  // namespace torture
