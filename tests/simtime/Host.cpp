@@ -24,6 +24,8 @@ constexpr Ms busMs = 10000;
 constexpr Ms modelMs = 3000 + 5000 + 90000;
 /// For who waits without limit: all that can be before him.
 constexpr Ms queueMs = 300000;
+/// Among the topics: no parameter of QOR's.
+constexpr auto unknown = static_cast<unsigned int>(paramNames.size());
 
 }  // namespace
 
@@ -67,33 +69,58 @@ unsigned int Host::patience() {
     return patience;
 }
 
-bool Host::judge(const char* name, bool succeeded) {
+Question Host::ask(Topics topics, bool mayBeCached) {
+    ++calls_;
+    return {std::move(topics), station_.machine().now(), mayBeCached && station_.hasCache()};
+}
+
+Ms Host::cachedMs(const Question& question) const {
+    return question.mayBeCached ? station_.oldestCachedMs() : 0;
+}
+
+bool Host::judge(const char* name, bool succeeded, const Question& question) {
     if (succeeded != (lastOutcome().cause == Cause::none))
         station_.complain(name, "the result does not fit the cause");
     if (!succeeded && station_.mustSucceed())
         station_.complain(name, "failed before a sound QOR: " + lastOutcome().sentence);
+    checkWarning(name, question);
     return succeeded;
 }
 
-void Host::checkMade(const char* name, Ms made, Ms begin, bool mayBeCached) {
-    if (made > station_.machine().now()) station_.complain(name, "a value from the future");
-    if (lastOutcome().mayBelongToEarlier) return;
-    const Ms oldest = mayBeCached && station_.hasCache() ? station_.oldestCachedMs() : 0;
-    if (made + oldest >= begin) return;
-    if (station_.qor().hasToldTwiceAt(made))
-        station_.noteTakenForNext();
-    else
-        station_.complain(
-            name, "a value of " + std::to_string(made) + " for a call of " + std::to_string(begin));
+/// Of what QOR has told once and in time no answer may be marked as perhaps another request's.
+void Host::checkWarning(const char* name, const Question& question) {
+    const Ms since = question.begin - std::min(question.begin, cachedMs(question));
+    const bool isDoubtful = station_.qor().ledger().isDoubtful(question.topics, since);
+    const bool isMarked = lastOutcome().mayBelongToEarlier;
+    if (isMarked && !isDoubtful)
+        station_.complain(name, "marked, though nothing of it was owed");
+    else if (lastOutcome().cause == Cause::none && !question.topics.empty())
+        station_.noteAnswer(isDoubtful, isMarked);
 }
 
-void Host::checkValue(const char* name, double value, unsigned int param, Ms begin,
-                      bool mayBeCached) {
-    const ValueOrigin origin = ValueOrigin::of(value);
-    if (origin.param != param)
+void Host::checkMade(const char* name, Ms made, const Topic& topic, const Question& question) {
+    if (made > station_.machine().now()) station_.complain(name, "a value from the future");
+    if (lastOutcome().mayBelongToEarlier) return;
+    if (made + cachedMs(question) >= question.begin) return;
+    const std::uint64_t call = calls_ * (hostCount + 1) + number_;
+    if (station_.qor().ledger().explains(topic, made, call, cachedMs(question)))
+        station_.noteTakenForNext();
+    else
+        station_.complain(name, "a value of " + std::to_string(made) + " for a call of " +
+                                    std::to_string(question.begin));
+}
+
+void Host::checkValues(const char* name, const Numbers& values, const Topic& topic,
+                       const Question& question) {
+    if (values.empty()) return station_.complain(name, "no value");
+    if (std::count(values.begin(), values.end(), values.front()) !=
+        static_cast<std::ptrdiff_t>(values.size()))
+        station_.complain(name, "values of two answers");
+    const ValueOrigin origin = ValueOrigin::of(values.front());
+    if (origin.param != topic.param)
         station_.complain(name, std::string("a value of ") + std::to_string(origin.param) +
-                                    " for " + paramNames[param]);
-    checkMade(name, origin.made, begin, mayBeCached);
+                                    " for " + paramNames[topic.param]);
+    checkMade(name, origin.made, topic, question);
 }
 
 void Host::checkMark(const char* name, bool succeeded, std::uint64_t mark) {
@@ -109,65 +136,64 @@ void Host::ping() {
 void Host::readNumber() {
     const unsigned int ms = patience();
     const unsigned int param = station_.random().below(numberCount);
-    const Ms begin = station_.machine().now();
+    const Question question = ask({{Topic::values, param}}, true);
     Numbers values;
     const bool succeeded = station_.call("read", ms * 2, [&] {
         return station_.facade().getParamData(paramNames[param], values, ms);
     });
-    if (!judge("read", succeeded)) return;
-    if (values.empty()) return station_.complain("read", "no value");
-    for (const double value : values) checkValue("read", value, param, begin, true);
+    if (judge("read", succeeded, question))
+        checkValues("read", values, question.topics.front(), question);
 }
 
 void Host::readMap() {
     const unsigned int ms = patience();
     const unsigned int param = firstMap + station_.random().below(mapCount);
-    const Ms begin = station_.machine().now();
+    const Question question = ask({{Topic::arrays, param}}, true);
     Numbers first, second, third;
     const bool succeeded = station_.call("read map", ms * 2, [&] {
         return station_.facade().getParamData(paramNames[param], first, second, third, ms);
     });
-    if (!judge("read map", succeeded)) return;
-    if (first.empty() || first != second || first != third)
+    if (!judge("read map", succeeded, question)) return;
+    if (first != second || first != third)
         return station_.complain("read map", "pieces of two answers");
-    for (const double value : first) checkValue("read map", value, param, begin, true);
+    checkValues("read map", first, question.topics.front(), question);
 }
 
 void Host::readText() {
     const unsigned int ms = patience();
-    const Ms begin = station_.machine().now();
+    const Question question = ask({{Topic::values, textParam}}, true);
     std::string text;
     const bool succeeded = station_.call("read text", ms * 2, [&] {
         return station_.facade().getParamDataAsString(paramNames[textParam], text, ms);
     });
-    if (judge("read text", succeeded))
-        checkMade("read text", std::strtoull(text.c_str(), nullptr, 10), begin, true);
+    if (judge("read text", succeeded, question))
+        checkMade("read text", std::strtoull(text.c_str(), nullptr, 10), question.topics.front(),
+                  question);
 }
 
 void Host::readGroup() {
     const unsigned int ms = patience();
-    std::vector<unsigned int> params;
+    Topics topics;
     std::vector<std::string> names;
     for (unsigned int param = 0; param < firstActuator; ++param) {
         if (!station_.random().oneIn(3)) continue;
-        params.push_back(param);
+        topics.push_back({Topic::values, param});
         names.emplace_back(paramNames[param]);
     }
-    const Ms begin = station_.machine().now();
+    const Question question = ask(topics);
     std::vector<Numbers> values;
     const bool succeeded = station_.call("read several", ms * 2, [&] {
         return station_.facade().getParamDataAtOnce(names, values, ms);
     });
-    if (!judge("read several", succeeded)) return;
-    if (values.size() != params.size()) return station_.complain("read several", "too few");
-    for (std::size_t i = 0; i < values.size(); ++i) {
-        if (values[i].empty()) return station_.complain("read several", "no value");
-        checkValue("read several", values[i].front(), params[i], begin, false);
-    }
+    if (!judge("read several", succeeded, question)) return;
+    if (values.size() != topics.size()) return station_.complain("read several", "too few");
+    for (std::size_t i = 0; i < values.size(); ++i)
+        checkValues("read several", values[i], topics[i], question);
 }
 
 void Host::readUnknown() {
     const unsigned int ms = patience();
+    const Question question = ask({{Topic::description, unknown}});
     Numbers values;
     const bool succeeded = station_.call("read unknown", ms * 2, [&] {
         return station_.facade().getParamData(unknownParam, values, ms);
@@ -175,17 +201,19 @@ void Host::readUnknown() {
     if (succeeded) station_.complain("read unknown", "succeeded");
     if (station_.mustSucceed() && lastOutcome().cause != Cause::unknownName)
         station_.complain("read unknown", lastOutcome().sentence);
+    checkWarning("read unknown", question);
 }
 
 void Host::describe() {
     const unsigned int param =
         station_.random().below(static_cast<unsigned int>(paramNames.size()));
     station_.noteLongest(resolveMs * 2);
+    const Question question = ask({{Topic::description, param}});
     wex::ParamDescription description{};
     const bool succeeded = station_.call("describe", 3000, [&] {
         return station_.facade().getParamDescription(paramNames[param], description);
     });
-    if (!judge("describe", succeeded)) return;
+    if (!judge("describe", succeeded, question)) return;
     if (description.text1 != paramNames[param] || description.threeArrays != isMap(param))
         station_.complain("describe", "the description of " + description.text1);
 }
@@ -244,13 +272,14 @@ void Host::control() {
 
 void Host::readCodes() {
     const unsigned int ms = patience();
-    const Ms begin = station_.machine().now();
+    const Question question = ask({{Topic::codes}});
     std::vector<QorControlFacade::DtcDescription> codes;
     const bool succeeded = station_.call(
         "read codes", ms * 2, [&] { return station_.facade().getDtcByStatus(codes, ms); });
-    if (!judge("read codes", succeeded)) return;
+    if (!judge("read codes", succeeded, question)) return;
     if (codes.size() != 2) return station_.complain("read codes", "not those of QOR");
-    checkMade("read codes", std::strtoull(codes.front().text1.c_str(), nullptr, 10), begin, false);
+    checkMade("read codes", std::strtoull(codes.front().text1.c_str(), nullptr, 10),
+              question.topics.front(), question);
 }
 
 void Host::clearCodes() {
@@ -262,29 +291,32 @@ void Host::clearCodes() {
 void Host::sendKwp() {
     const unsigned int ms = patience();
     const std::string mark = std::to_string(station_.nextMark());
+    const Question question = ask({{Topic::kwp}});
     QorControlFacade::KwpCommand kwp{0x1A, mark, 0};
     const bool succeeded =
         station_.call("kwp", ms * 2, [&] { return station_.facade().sendKwpCommand(kwp, ms); });
-    if (!judge("kwp", succeeded) || lastOutcome().mayBelongToEarlier) return;
+    if (!judge("kwp", succeeded, question) || lastOutcome().mayBelongToEarlier) return;
     if (kwp.data == "R" + mark) return;
-    complainOfAnother("kwp", std::strtoull(kwp.data.erase(0, 1).c_str(), nullptr, 10));
+    complainOfAnother("kwp", Topic::kwp, std::strtoull(kwp.data.erase(0, 1).c_str(), nullptr, 10));
 }
 
 void Host::readCan() {
     const unsigned int ms = patience();
     const auto mark = static_cast<unsigned int>(station_.nextMark());
+    const Question question = ask({{Topic::canValues}});
     QorControlFacade::CanBusData frames{{{mark, 0}}};
     const bool succeeded = station_.call(
         "can values", ms * 2, [&] { return station_.facade().getCanBusData(frames, ms); });
-    if (!judge("can values", succeeded) || lastOutcome().mayBelongToEarlier) return;
+    if (!judge("can values", succeeded, question) || lastOutcome().mayBelongToEarlier) return;
     if (frames.items.size() != 1 ||
         frames.items[0].value != static_cast<int>(frames.items[0].canId ^ 0x5A5Au))
         return station_.complain("can values", "none of QOR's");
-    if (frames.items[0].canId != mark) complainOfAnother("can values", frames.items[0].canId);
+    if (frames.items[0].canId != mark)
+        complainOfAnother("can values", Topic::canValues, frames.items[0].canId);
 }
 
-void Host::complainOfAnother(const char* name, std::uint64_t mark) {
-    if (station_.qor().hasToldTwice(mark))
+void Host::complainOfAnother(const char* name, Topic::Kind kind, std::uint64_t mark) {
+    if (station_.qor().ledger().explains({kind}, mark, calls_ * (hostCount + 1) + number_))
         station_.noteTakenForNext();
     else
         station_.complain(name, "the answer to another: " + std::to_string(mark));

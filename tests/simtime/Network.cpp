@@ -23,6 +23,7 @@ Ms Line::arrivalTime(Ms& last) {
 }
 
 void Line::sendToLibrary(const std::string& bytes) {
+    sent_ += bytes.size();
     std::size_t sent = 0;
     while (sent < bytes.size()) {
         std::size_t length = bytes.size() - sent;
@@ -61,31 +62,42 @@ void Line::setReading(bool isReading) {
 }
 
 int Line::sendToQor(const char* bytes, int length) {
-    if (toQor_.size() >= sendBufferBytes) {
+    if (toQorBytes_ >= sendBufferBytes) {
         wantsToSend_ = true;
         return -1;
     }
-    std::size_t taken = std::min(static_cast<std::size_t>(length), sendBufferBytes - toQor_.size());
+    std::size_t taken = std::min(static_cast<std::size_t>(length), sendBufferBytes - toQorBytes_);
     if (taken > 1 && machine().random().oneIn(40))
         taken = 1 + machine().random().below(static_cast<unsigned int>(taken) - 1);
     if (taken < static_cast<std::size_t>(length)) wantsToSend_ = true;
-    machine().at(
-        arrivalTime(lastToQor_),
-        [self = shared_from_this(), piece = std::string(bytes, taken)] { self->arrive(piece); });
+    machine().at(arrivalTime(lastToQor_),
+                 [self = shared_from_this(), piece = Piece{std::string(bytes, taken), known()}] {
+                     self->arrive(piece);
+                 });
     return static_cast<int>(taken);
 }
 
-void Line::arrive(const std::string& piece) {
-    toQor_ += piece;
+std::uint64_t Line::known() const {
+    const auto recent = std::find_if(reads_.begin(), reads_.end(), [](const auto& read) {
+        return read.first + hasteMs >= machine().now();
+    });
+    return recent == reads_.end() ? read_ : recent->second;
+}
+
+void Line::arrive(const Piece& piece) {
+    toQor_.push_back(piece);
+    toQorBytes_ += piece.bytes.size();
     passOn();
 }
 
 void Line::passOn() {
     if (!isReading_) return;
-    std::string bytes;
-    bytes.swap(toQor_);
+    std::deque<Piece> pieces;
+    pieces.swap(toQor_);
+    toQorBytes_ = 0;
     // What was sent before the library closed its end arrives all the same.
-    if (!bytes.empty() && onBytes && !isClosedByQor_) onBytes(bytes);
+    for (const Piece& piece : pieces)
+        if (onBytes && !isClosedByQor_) onBytes(piece.bytes, piece.known);
     if (wantsToSend_) {
         wantsToSend_ = false;
         notify(Notification::writable, 0);
@@ -99,6 +111,9 @@ int Line::receive(char* bytes, int length) {
         count = 1 + machine().random().below(static_cast<unsigned int>(count));
     std::copy_n(toLibrary_.begin(), count, bytes);
     toLibrary_.erase(0, count);
+    while (!reads_.empty() && reads_.front().first + hasteMs < machine().now()) reads_.pop_front();
+    reads_.emplace_back(machine().now(), read_);
+    read_ += count;
     if (!toLibrary_.empty()) notify(Notification::readable, 0);
     return static_cast<int>(count);
 }
@@ -110,7 +125,7 @@ void Line::close() {
     machine().at(arrivalTime(lastToQor_), [self = shared_from_this()] {
         const auto toTell = std::move(self->onBytes);
         self->onBytes = nullptr;
-        if (toTell) toTell(std::string());
+        if (toTell) toTell(std::string(), 0);
     });
 }
 

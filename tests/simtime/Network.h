@@ -1,13 +1,19 @@
 #pragma once
 
+#include <cstdint>
 #include <deque>
 #include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "Machine.h"
 
 namespace simtime {
+
+/// From the moment in which the library's agent begins with a request, so long at most until it
+/// leaves on a connection that is there.
+constexpr Ms hasteMs = 5;
 
 /// One TCP connection, or the attempt to make one, between the library's socket and the simulated
 /// QOR. The bytes of each direction arrive in their order, in pieces that chance cuts, after a time
@@ -22,9 +28,12 @@ public:
 
     /// @name QOR's end
     /// @{
-    /// Called with each piece; empty once the library has closed its end.
-    std::function<void(const std::string&)> onBytes;
+    /// Called with each piece; empty once the library has closed its end. `known`: so many bytes of
+    /// QOR's the library had read `hasteMs` before it sent the piece.
+    std::function<void(const std::string&, std::uint64_t known)> onBytes;
     void sendToLibrary(const std::string& bytes);
+    /// So many bytes in all.
+    std::uint64_t sentToLibrary() const { return sent_; }
     /// Ends it, behind what was sent before: in order, or as a reset, which loses part of that.
     void hangUp(bool isReset);
     /// While it does not read, the library's socket soon takes no more.
@@ -49,14 +58,25 @@ public:
 
 private:
     void notify(Notification::What what, int error);
+    /// On its way to QOR.
+    struct Piece {
+        std::string bytes;
+        std::uint64_t known;
+    };
+
     void deliver(const std::string& piece);
-    void arrive(const std::string& piece);
+    void arrive(const Piece& piece);
     Ms arrivalTime(Ms& last);
     void passOn();
+    std::uint64_t known() const;
 
     std::deque<Notification> notifications_;
     std::string toLibrary_;
-    std::string toQor_;  // not read by QOR
+    std::deque<Piece> toQor_;  // not read by QOR
+    std::size_t toQorBytes_ = 0;
+    std::uint64_t sent_ = 0;
+    std::uint64_t read_ = 0;
+    std::deque<std::pair<Ms, std::uint64_t>> reads_;  // the last: when, and how much in all before
     bool isConnected_ = false;
     bool isOpen_ = true;          // neither end has closed it
     bool isClosedByQor_ = false;  // all of it has arrived

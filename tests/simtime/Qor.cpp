@@ -15,8 +15,8 @@ constexpr std::int32_t result = -12;
 constexpr double succeeded = -1;
 constexpr double failed = -2;
 constexpr std::uint32_t indicesPerEpoch = 100;
-/// No answer is on its way for longer, and no value in the cache.
-constexpr Ms remembersMs = 60000;
+/// So long a message box is told of before it opens and behind its end.
+constexpr Ms boxSlackMs = 100;
 
 template <class... Commands>
 std::vector<std::unique_ptr<ExternalCommand>> make() {
@@ -89,6 +89,7 @@ void Qor::dropConnection(bool isReset) {
         line_->hangUp(isReset);
     }
     line_.reset();
+    ledger_.begin();
     unparsed_.clear();
     subscribed_.clear();
     ++series_;
@@ -103,15 +104,18 @@ void Qor::setHung(bool isHung) {
 void Qor::accept(const std::shared_ptr<Line>& line) {
     dropConnection(false);
     line_ = line;
-    line_->onBytes = [this, weak = std::weak_ptr<Line>(line)](const std::string& bytes) {
-        if (const auto present = weak.lock()) onBytes(present, bytes);
+    line_->onBytes = [this, weak = std::weak_ptr<Line>(line)](const std::string& bytes,
+                                                              std::uint64_t known) {
+        if (const auto present = weak.lock()) onBytes(present, bytes, known);
     };
     if (isHung_) line_->setReading(false);
 }
 
-void Qor::onBytes(const std::shared_ptr<Line>& line, const std::string& bytes) {
+void Qor::onBytes(const std::shared_ptr<Line>& line, const std::string& bytes,
+                  std::uint64_t known) {
     if (line != line_) return;
     if (bytes.empty()) return dropConnection(false);
+    if (unparsed_.empty()) known_ = known;
     unparsed_ += bytes;
     while (line_ == line) {
         const auto framed = protocol::recordAt(unparsed_, 0);
@@ -121,6 +125,7 @@ void Qor::onBytes(const std::shared_ptr<Line>& line, const std::string& bytes) {
         const std::string record = unparsed_.substr(0, framed.length);
         unparsed_.erase(0, framed.length);
         take(record);
+        known_ = known;
     }
 }
 
@@ -145,8 +150,8 @@ bool Qor::chance(unsigned int percent) {
 
 void Qor::handle(ExternalCommand& request) {
     ++requests_;
-    if (chance(mood_.refused))
-        return acknowledge(request.requestId(), 0, protocol::Ping::notHandled);
+    noteTaken(request);
+    if (chance(mood_.refused)) return refuse(request);
     if (chance(mood_.foreign)) sendForeign();
     if (handleQuestion(request)) return sendAnswer(request, true);
     handleOrder(request);
@@ -203,6 +208,7 @@ void Qor::handleOrder(ExternalCommand& request) {
         openModel();
     } else if (dynamic_cast<CommandRedirectUI*>(&request) != nullptr) {
         ++boxesAnswered_;
+        boxEnd_ = machine().now() + boxSlackMs;
     }
 }
 
@@ -297,20 +303,65 @@ void Qor::connectEcu(const CommandKwpConnect& request) {
     });
 }
 
+Topics Qor::topicsOf(const ExternalCommand& request) const {
+    const auto about = [this](Topic::Kind kind, std::uint32_t index) {
+        return Topic{kind, index - firstIndex_};
+    };
+    if (const auto* info = dynamic_cast<const CommandGetParamInfo*>(&request)) {
+        const auto known = std::find(paramNames.begin(), paramNames.end(), info->name);
+        return {{Topic::description, static_cast<unsigned int>(known - paramNames.begin())}};
+    }
+    if (const auto* read = dynamic_cast<const CommandDirectCtrl*>(&request)) {
+        if (read->operation != protocol::DirectCtrl::readValues) return {};
+        return {about(Topic::values, read->paramIndex)};
+    }
+    if (const auto* arrays = dynamic_cast<const CommandStaticParam*>(&request)) {
+        if (arrays->operation != protocol::StaticParam::readArrays) return {};
+        return {about(Topic::arrays, arrays->paramIndex)};
+    }
+    if (const auto* group = dynamic_cast<const CommandReadTogether*>(&request)) {
+        Topics topics;
+        for (const std::uint32_t index : group->paramIndices)
+            topics.push_back(about(Topic::values, index));
+        return topics;
+    }
+    if (dynamic_cast<const CommandGetDTC*>(&request) != nullptr) return {{Topic::codes}};
+    if (dynamic_cast<const CommandExecKwp*>(&request) != nullptr) return {{Topic::kwp}};
+    if (dynamic_cast<const CommandCanBusData*>(&request) != nullptr) return {{Topic::canValues}};
+    return {};
+}
+
+void Qor::noteTaken(const ExternalCommand& request) {
+    if (dynamic_cast<const CommandStartEdit*>(&request) != nullptr) ledger_.openModel();
+    const Topics topics = topicsOf(request);
+    ledger_.take(request.requestId(), topics, known_);
+    if (machine().now() < boxEnd_) ledger_.doubt(topics);
+}
+
 void Qor::acknowledge(std::uint32_t requestId, Ms delay, std::uint32_t status) {
     CommandPing ping(protocol::Ping{status});
     ping.stampAsReplyTo(requestId);
     later(delay, bytesOf(ping));
 }
 
+void Qor::refuse(const ExternalCommand& request) {
+    acknowledge(request.requestId(), 0, protocol::Ping::notHandled);
+    if (line_) ledger_.refuse(request.requestId(), topicsOf(request), line_->sentToLibrary());
+}
+
 /// Bytes on the present connection, unless it is gone by then, or another model open.
-void Qor::later(Ms delay, const std::string& bytes) {
+void Qor::later(Ms delay, const std::string& bytes, const std::function<void()>& then) {
     if (!line_ || isHung_) return;
-    if (delay == 0) return line_->sendToLibrary(bytes);
-    machine().after(delay, [this, weak = std::weak_ptr<Line>(line_), first = firstIndex_, bytes] {
-        const auto line = weak.lock();
-        if (line && line == line_ && first == firstIndex_) line->sendToLibrary(bytes);
-    });
+    const auto send = [then](Line& line, const std::string& all) {
+        line.sendToLibrary(all);
+        if (then) then();
+    };
+    if (delay == 0) return send(*line_, bytes);
+    machine().after(delay,
+                    [this, weak = std::weak_ptr<Line>(line_), first = firstIndex_, bytes, send] {
+                        const auto line = weak.lock();
+                        if (line && line == line_ && first == firstIndex_) send(*line, bytes);
+                    });
 }
 
 void Qor::sendAnswer(ExternalCommand& data, bool hasData) {
@@ -328,39 +379,29 @@ void Qor::sendAnswer(ExternalCommand& data, bool hasData) {
     if (hasData && chance(mood_.disordered)) std::swap(acknowledgedAfter, toldAfter);
     const bool isNamed = naming_ == Naming::named || (naming_ == Naming::mixed && random.oneIn(2));
     if (isNamed) data.stampAsReplyTo(requestId);
-    const std::string bytes = hasData ? bytesOf(data) : std::string();
     const bool isSilent = chance(mood_.silent);
     const bool isTold = hasData && !isSilent;
     const bool isAcknowledged =
         (!isSilent || random.oneIn(2)) && !(isNamed && isTold && random.oneIn(2));
     const int copies = chance(mood_.twice) ? 2 : 1;
-    if (copies == 2 && isTold && !isNamed) noteToldTwice(data);
     for (int copy = 0; copy < copies; ++copy) {
         if (isAcknowledged) acknowledge(requestId, acknowledgedAfter, protocol::Ping::handled);
-        if (isTold) later(toldAfter, bytes);
+        if (isTold) sendData(data, isNamed, toldAfter, copy != 0);
     }
 }
 
-void Qor::noteToldTwice(const ExternalCommand& data) {
-    const Ms now = machine().now();
-    while (!toldTwice_.empty() && toldTwice_.front().moment + remembersMs < now)
-        toldTwice_.pop_front();
+void Qor::sendData(const ExternalCommand& data, bool isNamed, Ms delay, bool isSecond) {
     std::uint64_t mark = 0;
     if (const auto* kwp = dynamic_cast<const CommandExecKwp*>(&data))
         mark = markOf(kwp->data.substr(1));
     else if (const auto* can = dynamic_cast<const CommandCanBusData*>(&data))
         mark = can->items.empty() ? 0 : can->items.front().canId;
-    toldTwice_.push_back({now, mark});
-}
-
-bool Qor::hasToldTwiceAt(Ms moment) const {
-    return std::any_of(toldTwice_.begin(), toldTwice_.end(),
-                       [&](const ToldTwice& told) { return told.moment == moment; });
-}
-
-bool Qor::hasToldTwice(std::uint64_t mark) const {
-    return std::any_of(toldTwice_.begin(), toldTwice_.end(),
-                       [&](const ToldTwice& told) { return told.mark == mark; });
+    const auto named = isNamed ? std::optional<std::uint32_t>(data.requestId()) : std::nullopt;
+    later(delay, bytesOf(data),
+          [this, named, isSecond, mark, topics = topicsOf(data), made = machine().now()] {
+              ledger_.tell(named, topics, line_->sentToLibrary());
+              if (isSecond && !named) ledger_.tellAgain(topics, made, mark);
+          });
 }
 
 void Qor::sendForeign() {
@@ -407,6 +448,7 @@ void Qor::showBox() {
     if (!line_ || isHung_) return;
     ++boxesShown_;
     ++faults_;
+    boxEnd_ = machine().now() + longestBoxMs + boxSlackMs;
     later(0,
           bytesOf(CommandRedirectUI(protocol::RedirectUI{"QOR", "Is the key in its lock?", 4, 0})));
 }

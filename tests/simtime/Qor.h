@@ -1,13 +1,14 @@
 #pragma once
 
 #include <cstdint>
-#include <deque>
+#include <functional>
 #include <map>
 #include <memory>
 #include <set>
 #include <string>
 #include <vector>
 
+#include "Ledger.h"
 #include "Machine.h"
 #include "Network.h"
 #include "protocol/Commands.h"
@@ -17,6 +18,8 @@ namespace simtime {
 
 /// So late at most QOR answers.
 constexpr unsigned int latestAnswerMs = 4000;
+/// So long at most an operator takes for a message box.
+constexpr unsigned int longestBoxMs = 2500;
 
 /// How the simulated QOR answers: so many of a hundred requests it treats so.
 struct Mood {
@@ -65,12 +68,7 @@ public:
     /// Whether a request with this mark was carried out.
     bool hasHandled(std::uint64_t mark) const { return handled_.count(mark) != 0; }
     void forgetHandled() { handled_.clear(); }
-    /// @name Whether an answer went out twice without naming its request
-    /// Who asks for the same next may get the second, and nobody can tell.
-    /// @{
-    bool hasToldTwiceAt(Ms moment) const;
-    bool hasToldTwice(std::uint64_t mark) const;
-    /// @}
+    Ledger& ledger() { return ledger_; }
 
     unsigned int boxesShown() const { return boxesShown_; }
     unsigned int boxesAnswered() const { return boxesAnswered_; }
@@ -80,7 +78,7 @@ public:
 
 private:
     void accept(const std::shared_ptr<Line>& line);
-    void onBytes(const std::shared_ptr<Line>& line, const std::string& bytes);
+    void onBytes(const std::shared_ptr<Line>& line, const std::string& bytes, std::uint64_t known);
     void take(const std::string& record);
     void handle(ExternalCommand& request);
     bool handleQuestion(ExternalCommand& request);
@@ -97,9 +95,12 @@ private:
     void openModel();
 
     void sendAnswer(ExternalCommand& data, bool hasData);
-    void noteToldTwice(const ExternalCommand& data);
+    void refuse(const ExternalCommand& request);
+    void sendData(const ExternalCommand& data, bool isNamed, Ms delay, bool isSecond);
     void sendForeign();
-    void later(Ms delay, const std::string& bytes);
+    void later(Ms delay, const std::string& bytes, const std::function<void()>& then = {});
+    Topics topicsOf(const ExternalCommand& request) const;
+    void noteTaken(const ExternalCommand& request);
     void acknowledge(std::uint32_t requestId, Ms delay, std::uint32_t status);
     void sendValue(unsigned int index, ValueOrigin origin);
     void sendState(std::int32_t index, double value, Ms delay);
@@ -110,11 +111,6 @@ private:
     std::int32_t indexOf(unsigned int param) const {
         return static_cast<std::int32_t>(firstIndex_ + param);
     }
-
-    struct ToldTwice {
-        Ms moment;
-        std::uint64_t mark;  // of the request, if it has one
-    };
 
     const Naming naming_;
     const unsigned int streamPeriodMs_;
@@ -132,7 +128,9 @@ private:
     bool isConnected_ = false;
     Mood mood_;
     std::set<std::uint64_t> handled_;
-    std::deque<ToldTwice> toldTwice_;  // oldest first
+    Ledger ledger_;
+    std::uint64_t known_ = 0;  // to the library, when it began with the request that is taken
+    Ms boxEnd_ = 0;            // of the last box, at the latest
     unsigned int boxesShown_ = 0;
     unsigned int boxesAnswered_ = 0;
     std::uint64_t faults_ = 0;

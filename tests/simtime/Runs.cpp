@@ -15,7 +15,8 @@ constexpr double msPerDay = 86400000;
 
 void write(std::ostream& out, const Report& report) {
     out << report.simulatedMs << ' ' << report.calls << ' ' << report.failedCalls << ' '
-        << report.faults << ' ' << report.takenForNext << ' ' << report.episodes << ' '
+        << report.faults << ' ' << report.takenForNext << ' ' << report.certain << ' '
+        << report.doubtful << ' ' << report.marked << ' ' << report.episodes << ' '
         << report.restarts << ' ' << report.wraps << ' ' << report.wrapsUnderCalls << ' '
         << report.hash << ' ' << report.findingCount << '\n';
     for (const std::string& finding : report.findings) out << finding << '\n';
@@ -25,8 +26,9 @@ void write(std::ostream& out, const Report& report) {
 bool read(std::istream& in, Report& report) {
     std::string line;
     if (!(in >> report.simulatedMs >> report.calls >> report.failedCalls >> report.faults >>
-          report.takenForNext >> report.episodes >> report.restarts >> report.wraps >>
-          report.wrapsUnderCalls >> report.hash >> report.findingCount))
+          report.takenForNext >> report.certain >> report.doubtful >> report.marked >>
+          report.episodes >> report.restarts >> report.wraps >> report.wrapsUnderCalls >>
+          report.hash >> report.findingCount))
         return false;
     std::getline(in, line);
     while (std::getline(in, line)) report.findings.push_back(line);
@@ -75,13 +77,14 @@ Report runApart(const Wish& wish) {
 
 void print(const Wish& wish, const Report& report, double seconds) {
     std::printf("seed %" PRIu64 ": %.2f days, %" PRIu64 " calls (%" PRIu64 " failed), %" PRIu64
-                " faults, %" PRIu64 " copies taken for the next answer, %" PRIu64
-                " episodes, %" PRIu64
+                " faults, %" PRIu64 " copies taken for the next answer, answers: %" PRIu64
+                " certain, %" PRIu64 " doubtful, %" PRIu64 " marked, %" PRIu64 " episodes, %" PRIu64
                 " restarts of the host, %u wraps (%u calls across one), %.2f s, factor %.0f, hash "
                 "%016" PRIx64 ", %" PRIu64 " findings\n",
                 wish.seed, static_cast<double>(report.simulatedMs) / msPerDay, report.calls,
-                report.failedCalls, report.faults, report.takenForNext, report.episodes,
-                report.restarts, report.wraps, report.wrapsUnderCalls, seconds,
+                report.failedCalls, report.faults, report.takenForNext, report.certain,
+                report.doubtful, report.marked, report.episodes, report.restarts, report.wraps,
+                report.wrapsUnderCalls, seconds,
                 static_cast<double>(report.simulatedMs) / 1000 / (seconds > 0 ? seconds : 1),
                 report.hash, report.findingCount);
     for (const std::string& finding : report.findings) std::printf("  %s\n", finding.c_str());

@@ -24,14 +24,21 @@ Report reportOf(std::uint64_t seed, Ms spanMs) {
 TEST(SimulatedTime, DaysOfTroubleBringNoWrongValueNoLateCallNoNestedLocksAndNoLeak) {
     std::uint64_t calls = 0;
     std::uint64_t faults = 0;
+    std::uint64_t certain = 0;
+    std::uint64_t doubtful = 0;
     for (std::uint64_t seed = 1; seed <= 4; ++seed) {
         const Report report = reportOf(seed, 3 * dayMs);
         EXPECT_GE(report.simulatedMs, 3 * dayMs);
         calls += report.calls;
         faults += report.faults;
+        certain += report.certain;
+        doubtful += report.doubtful + report.marked;
     }
     EXPECT_GT(calls, 10000u);
     EXPECT_GT(faults, 300u);
+    // Nearly every answer must not be marked as perhaps an earlier request's.
+    EXPECT_GT(certain, 3000u);
+    EXPECT_LT(doubtful * 10, certain);
 }
 
 TEST(SimulatedTime, CallsThatAreUnderWayWhileTheTickCountWrapsEndAsAnyOthers) {

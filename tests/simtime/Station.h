@@ -19,8 +19,6 @@ using ParamQueue = ThreadSafeQueue<std::vector<QorControlFacade::ParamValue>>;
 using DtcQueue = ThreadSafeQueue<std::vector<QorControlFacade::DtcDescription>>;
 
 constexpr unsigned int hostCount = 4;
-/// So long at most an operator takes for a message box.
-constexpr unsigned int longestBoxMs = 2500;
 
 /// What a run is told.
 struct Wish {
@@ -35,6 +33,9 @@ struct Report {
     std::uint64_t failedCalls = 0;
     std::uint64_t faults = 0;
     std::uint64_t takenForNext = 0;  ///< second copies of an answer that names nobody
+    std::uint64_t certain = 0;       ///< answers that must not be marked, and are not
+    std::uint64_t doubtful = 0;      ///< that may be marked, and are not
+    std::uint64_t marked = 0;        ///< that may be marked, and are
     std::uint64_t episodes = 0;
     std::uint64_t restarts = 0;
     unsigned int wraps = 0;
@@ -95,6 +96,10 @@ public:
     /// A call that failed or a value that is wrong.
     void complain(const char* name, const std::string& what);
     void noteTakenForNext() { ++report_.takenForNext; }
+    /// An answer with data: whether it may be marked as perhaps another request's, and is.
+    void noteAnswer(bool mayBeMarked, bool isMarked) {
+        ++(isMarked ? report_.marked : mayBeMarked ? report_.doubtful : report_.certain);
+    }
     /// Fails have to be explained.
     bool mustSucceed() const { return mustSucceed_; }
     bool hasCache() const { return periodMs_ > 1; }
