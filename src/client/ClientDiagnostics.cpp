@@ -43,6 +43,12 @@ private:
     Arrival<T> ClientState::*const arrival_;
 };
 
+/// Drops the answer to an earlier request, which came while the present one was being made.
+template <class T>
+auto forgetting(Arrival<T> ClientState::*arrival) {
+    return [arrival](ClientState& state) { (state.*arrival).arrived = false; };
+}
+
 }  // namespace
 
 bool ClientExternalOperating::getDtc(std::uint32_t statusMask,
@@ -52,7 +58,8 @@ bool ClientExternalOperating::getDtc(std::uint32_t statusMask,
     protocol::GetDtc request;
     request.option = statusMask != 0;
     return ask<ClientCommandGetDTC, Answer>(request, timeoutMs, &ClientState::owedAnswers,
-                                            {Answer::troubleCodes}) &&
+                                            {Answer::troubleCodes},
+                                            forgetting(&ClientState::dtcs)) &&
            awaitData(timeoutMs, [&] { return take(state_.lock()->dtcs, dtcs); });
 }
 
@@ -71,7 +78,7 @@ bool ClientExternalOperating::execKwp(const protocol::ExecKwp& request, protocol
     }
     const Expecting expecting(state_, &ClientState::kwpAnswer);
     return ask<ClientCommandExecKwp, Answer>(std::move(command), kwpMs, &ClientState::owedAnswers,
-                                             {Answer::kwp}) &&
+                                             {Answer::kwp}, forgetting(&ClientState::kwpAnswer)) &&
            awaitData(clientsend::withExtra(request.timeoutMs, kwpMs),
                      [&] { return take(state_.lock()->kwpAnswer, answer); });
 }
@@ -85,7 +92,8 @@ bool ClientExternalOperating::getCanBusData(const std::vector<protocol::CanBusIt
                                             unsigned int timeoutMs) {
     const Expecting expecting(state_, &ClientState::canFrames);
     return ask<ClientCommandCanBusData, Answer>(protocol::CanBusData{request}, timeoutMs,
-                                                &ClientState::owedAnswers, {Answer::canValues}) &&
+                                                &ClientState::owedAnswers, {Answer::canValues},
+                                                forgetting(&ClientState::canFrames)) &&
            awaitData(clientsend::withExtra(timeoutMs, canExtraMs),
                      [&] { return take(state_.lock()->canFrames, frames); });
 }

@@ -250,9 +250,11 @@ private:
     bool send(typename Command::Payload payload, unsigned int timeoutMs,
               std::optional<Epoch> epoch = std::nullopt);
     /// The same for a command that is answered with data: of each key one thing of `owed`.
-    template <class Command, class Key>
+    /// `forget` drops what is there of such data, in the moment from which on it is known whether
+    /// what comes can be this command's.
+    template <class Command, class Key, class Forget>
     bool ask(typename Command::Payload payload, unsigned int timeoutMs,
-             Owed<Key> ClientState::*owed, const std::vector<Key>& keys,
+             Owed<Key> ClientState::*owed, const std::vector<Key>& keys, Forget forget,
              std::optional<Epoch> epoch = std::nullopt);
 
     IExternalCommandFactory::Permit permit(unsigned int timeoutMs, std::optional<Epoch> epoch);

@@ -37,10 +37,9 @@ bool ClientExternalOperating::readTogether(const std::vector<std::string>& names
     request.paramIndices.assign(indices.begin(), indices.end());
     request.names = names;
     const Awaiting awaiting(state_, indices);
-    {
-        const auto state = state_.lock();
-        for (const std::int32_t index : indices) state->params.dropValues(index);
-    }
+    const auto forget = [&](ClientState& state) {
+        for (const std::int32_t index : indices) state.params.dropValues(index);
+    };
     std::vector<std::vector<double>> found(indices.size());
     const auto areThere = [&] {
         const auto state = state_.lock();
@@ -55,7 +54,7 @@ bool ClientExternalOperating::readTogether(const std::vector<std::string>& names
     const std::set<std::int32_t> distinct(indices.begin(), indices.end());
     if (!ask<ClientCommandReadTogether, std::int32_t>(
             std::move(request), timeoutMs, &ClientState::owedValues,
-            std::vector<std::int32_t>(distinct.begin(), distinct.end()), epoch))
+            std::vector<std::int32_t>(distinct.begin(), distinct.end()), forget, epoch))
         return false;
     if (!awaitData(timeoutMs, areThere)) return false;
     values = std::move(found);

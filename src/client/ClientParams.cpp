@@ -37,8 +37,8 @@ bool ClientExternalOperating::describe(const std::string& name, ParamInfo& descr
         const Awaiting awaiting(state_, name);
         ParamInfo request;
         request.name = name;
-        if (!ask<ClientCommandGetParamInfo, std::string>(request, timeoutMs,
-                                                         &ClientState::owedDescriptions, {name}))
+        if (!ask<ClientCommandGetParamInfo, std::string>(
+                request, timeoutMs, &ClientState::owedDescriptions, {name}, [](auto&) {}))
             return false;
         if (!awaitData(timeoutMs, isThere)) {
             // Under the empty name, so that the requested one is asked for again next time.
@@ -91,8 +91,9 @@ bool ClientExternalOperating::getParamData(const std::string& name, std::vector<
     request.paramIndex = static_cast<std::uint32_t>(place.index);
     request.operation = DirectCtrl::readValues;
     request.name = name;
+    const auto forget = [&](ClientState& state) { state.params.dropValues(place.index); };
     return ask<ClientCommandDirectCtrl, std::int32_t>(request, timeoutMs, &ClientState::owedValues,
-                                                      {place.index}, place.epoch) &&
+                                                      {place.index}, forget, place.epoch) &&
            awaitData(timeoutMs, isThere);
 }
 
@@ -130,7 +131,6 @@ bool ClientExternalOperating::getStaticParam(const std::string& name, SampledVal
     Place place;
     if (!resolve(name, timeoutMs, place)) return false;
     const Awaiting awaiting(state_, std::vector<std::int32_t>{place.index});
-    state_.lock()->params.dropSample(place.index);
     StaticParam request;
     request.paramIndex = static_cast<std::uint32_t>(place.index);
     request.operation = StaticParam::readArrays;
@@ -139,8 +139,9 @@ bool ClientExternalOperating::getStaticParam(const std::string& name, SampledVal
             place.epoch, [&](const ParamTables& params) { return params.sample(place.index); },
             sample);
     };
+    const auto forget = [&](ClientState& state) { state.params.dropSample(place.index); };
     return ask<ClientCommandStaticParam, std::int32_t>(
-               request, timeoutMs, &ClientState::owedSamples, {place.index}, place.epoch) &&
+               request, timeoutMs, &ClientState::owedSamples, {place.index}, forget, place.epoch) &&
            awaitData(timeoutMs, isThere);
 }
 

@@ -65,10 +65,10 @@ bool ClientExternalOperating::send(typename Command::Payload payload, unsigned i
                                       std::make_unique<Command>(std::move(payload)), timeoutMs));
 }
 
-template <class Command, class Key>
+template <class Command, class Key, class Forget>
 bool ClientExternalOperating::ask(typename Command::Payload payload, unsigned int timeoutMs,
                                   Owed<Key> ClientState::*owed, const std::vector<Key>& keys,
-                                  std::optional<Epoch> epoch) {
+                                  Forget forget, std::optional<Epoch> epoch) {
     const auto loan = std::make_shared<Loan<Key>>(owed, keys);
     auto command = std::make_unique<Command>(std::move(payload));
     const std::uint32_t requestId = command->requestId();
@@ -84,7 +84,11 @@ bool ClientExternalOperating::ask(typename Command::Payload payload, unsigned in
         return true;
     };
     beginSend();
-    state_.lock()->asked = {requestId, Command::id, loan};
+    {
+        const auto state = state_.lock();
+        forget(*state);
+        state->asked = {requestId, Command::id, loan};
+    }
     const Delivery delivery = transport_->sendIf(leaves, std::move(command), timeoutMs);
     {
         const auto state = state_.lock();
