@@ -85,12 +85,14 @@ public:
     }
 
     /// Posts the request; false if there is no agent. The agent is at it already while the system
-    /// is asked whether its thread still runs.
+    /// is asked whether its thread still runs; but for a call that does not wait, which must not
+    /// give it that time.
     template <class... Args>
     bool post(Args&&... payload) {
-        if (!mayBeOperating()) return false;
+        const bool asksFirst = waitMs_ == 0;
+        if (asksFirst ? !isOperating() : !mayBeOperating()) return false;
         send(std::forward<Args>(payload)...);
-        return isOperating() || takeBack();
+        return asksFirst || isOperating() || takeBack();
     }
     /// The same, for who has just seen that there is one.
     template <class... Args>

