@@ -17,8 +17,8 @@ void write(std::ostream& out, const Report& report) {
     out << report.simulatedMs << ' ' << report.calls << ' ' << report.failedCalls << ' '
         << report.faults << ' ' << report.takenForNext << ' ' << report.certain << ' '
         << report.doubtful << ' ' << report.marked << ' ' << report.episodes << ' '
-        << report.restarts << ' ' << report.wraps << ' ' << report.wrapsUnderCalls << ' '
-        << report.hash << ' ' << report.findingCount << '\n';
+        << report.restarts << ' ' << report.isMemoryJudged << ' ' << report.wraps << ' '
+        << report.wrapsUnderCalls << ' ' << report.hash << ' ' << report.findingCount << '\n';
     for (const std::string& finding : report.findings) out << finding << '\n';
 }
 
@@ -27,8 +27,8 @@ bool read(std::istream& in, Report& report) {
     std::string line;
     if (!(in >> report.simulatedMs >> report.calls >> report.failedCalls >> report.faults >>
           report.takenForNext >> report.certain >> report.doubtful >> report.marked >>
-          report.episodes >> report.restarts >> report.wraps >> report.wrapsUnderCalls >>
-          report.hash >> report.findingCount))
+          report.episodes >> report.restarts >> report.isMemoryJudged >> report.wraps >>
+          report.wrapsUnderCalls >> report.hash >> report.findingCount))
         return false;
     std::getline(in, line);
     while (std::getline(in, line)) report.findings.push_back(line);

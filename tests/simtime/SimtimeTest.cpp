@@ -29,6 +29,7 @@ TEST(SimulatedTime, DaysOfTroubleBringNoWrongValueNoLateCallNoNestedLocksAndNoLe
     for (std::uint64_t seed = 1; seed <= 4; ++seed) {
         const Report report = reportOf(seed, 3 * dayMs);
         EXPECT_GE(report.simulatedMs, 3 * dayMs);
+        EXPECT_TRUE(report.isMemoryJudged) << report.episodes << " episodes";
         calls += report.calls;
         faults += report.faults;
         certain += report.certain;

@@ -228,9 +228,10 @@ void Station::measureMemory() {
 /// What the library keeps on purpose (places of threads, the last of everything) is there after the
 /// first third.
 void Station::judgeMemory() {
-    constexpr std::size_t least = 60;
-    constexpr std::size_t allowed = 65536;
-    if (memory_.size() < least) return;
+    constexpr std::size_t least = 40;  // of the three days of the short form there are 43 to 70
+    constexpr std::size_t allowed = 32768;
+    report_.isMemoryJudged = memory_.size() >= least;
+    if (!report_.isMemoryJudged) return;
     const auto third = static_cast<std::ptrdiff_t>(memory_.size() / 3);
     const auto tenth = static_cast<std::ptrdiff_t>(memory_.size() / 10);
     const std::size_t before = *std::max_element(memory_.begin(), memory_.begin() + third);

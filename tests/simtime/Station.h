@@ -38,6 +38,7 @@ struct Report {
     std::uint64_t marked = 0;        ///< that may be marked, and are
     std::uint64_t episodes = 0;
     std::uint64_t restarts = 0;
+    bool isMemoryJudged = false;  ///< a shorter run is not
     unsigned int wraps = 0;
     unsigned int wrapsUnderCalls = 0;
     std::uint64_t hash = 0;
