@@ -2,9 +2,11 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <memory>
 #include <stdexcept>
 #include <string>
 
+#include "client/ClientCommands.h"
 #include "Crowd.h"
 #include "QorPeer.h"
 #include "transport/ClientSocketCommandFactory.h"
@@ -14,9 +16,11 @@ namespace {
 
 const char* const qorName = "qor of the worker";
 
-/// Fails in a way that nobody expects, with the first record that QOR sends.
+/// Fails in a way that nobody expects, with the first data that QOR sends.
 class FailingReceiver final : public ICommandReceiver {
 public:
+    FailingReceiver() { prototypes_.push_back(std::make_unique<ClientCommandGetParamInfo>()); }
+
     const Prototypes& prototypes() const override { return prototypes_; }
     bool handleCommand(IExternalCommand&, IExternalCommand::ICommandReplyer&) override {
         ++calls_;
@@ -26,7 +30,7 @@ public:
     int calls() const { return calls_; }
 
 private:
-    const Prototypes prototypes_;
+    Prototypes prototypes_;
     std::atomic<int> calls_{0};
 };
 
@@ -38,7 +42,8 @@ TEST(WorkerRace, SendersOutliveAWorkerThatAHandlerHasEnded) {
         transport.start();
         Crowd crowd;
         crowd.add(4, [&](int) {
-            for (int i = 0; i < 200; ++i) transport.send(std::make_unique<CommandPing>(), 1);
+            for (int i = 0; i < 200; ++i)
+                transport.send(std::make_unique<CommandGetParamInfo>(), 1);
         });
         crowd.join();
         EXPECT_EQ(receiver.calls(), 1);
