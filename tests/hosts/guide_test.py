@@ -47,7 +47,7 @@ class Guide(unittest.TestCase):
         programs.let_node_run()
         with ThreadPoolExecutor(programs.AT_ONCE) as pool:
             runs = {name: pool.submit(run_host, *run) for name, run in {
-                "guide": (guide_in_c, {"at": [{"since": "connect", "afterMs": 500, "messageBox": BOX}]}),
+                "guide": (guide_in_c, {"at": [{"since": "connect", "afterMs": 1500, "messageBox": BOX}]}),
                 "c": (first_in_c, {}), "node": (first_in_node, {}),
                 "failure": (first_in_c, {"rules": [REFUSAL]}),
                 "failure in node": (first_in_node, {"rules": [REFUSAL]})}.items()}
