@@ -10,3 +10,6 @@ enum class Answers { stamped, separate };
 /// the path of the file. `who` tells those of one run apart.
 std::string writeSettings(Transport transport, const std::string& who,
                           Answers answers = Answers::stamped);
+
+/// The same for a peer of the benchmark's own that listens at the port.
+std::string writeSettings(unsigned int port, const std::string& who);

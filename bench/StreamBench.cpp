@@ -2,10 +2,10 @@
 
 #include <windows.h>
 
-#include <fstream>
 #include <stdexcept>
 
 #include "common/Deadline.h"
+#include "Settings.h"
 
 namespace {
 
@@ -13,16 +13,6 @@ constexpr unsigned int timeoutMs = 2000;
 constexpr unsigned int readyMs = 15000;
 constexpr unsigned int refreshMs = 100;
 constexpr unsigned int popMs = 20;
-
-std::string writeSettings(unsigned int port) {
-    char folder[MAX_PATH] = "";
-    GetTempPathA(sizeof folder, folder);
-    std::string path =
-        std::string(folder) + "qor-bench-" + std::to_string(GetCurrentProcessId()) + "-stream.ini";
-    std::ofstream(path) << "[CommonSettings]\nUseTcp=true\nServerIp=127.0.0.1\nTcpPort=" << port
-                        << "\n";
-    return path;
-}
 
 std::vector<std::string> streamedNames() {
     std::vector<std::string> names;
@@ -46,7 +36,7 @@ void await(Condition holds, const char* what) {
 
 StreamBench::StreamBench()
     : port_(freePort()),
-      settingsPath_(writeSettings(port_)),
+      settingsPath_(writeSettings(port_, "stream")),
       peer_("qor-bench.exe", "--stream-peer " + std::to_string(port_)),
       facade_(std::make_unique<QorControlFacade>(settingsPath_, nullptr, refreshMs,
                                                  programFolder() + "qor-bench.exe")) {

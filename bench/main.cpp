@@ -19,6 +19,8 @@
 #include "protocol/RequestId.h"
 #include "Report.h"
 #include "ServeFigures.h"
+#include "SizeFigures.h"
+#include "SizePeer.h"
 #include "StreamFigures.h"
 #include "StreamPeer.h"
 
@@ -31,6 +33,8 @@ struct Options {
     unsigned int echoPeerPort = 0;
     std::string copyDataPeerTitle;
     unsigned int streamPeerPort = 0;
+    unsigned int sizePeerPort = 0;
+    unsigned int rawSizePeerPort = 0;
     int streamWindow = 0;
     std::string only;  ///< one of the sections; empty: all
     bool isProfile = false;
@@ -145,6 +149,7 @@ const std::vector<Section>& sections() {
         {"requests", measureRoundTripsOf},
         {"codec", measureCodecOf},
         {"no-delay", [](const Options& of, Report& to) { measureNoDelay(of.rounds, to); }},
+        {"size", [](const Options& of, Report& to) { measureSize(of.rounds, to); }},
         {"idle", [](const Options& of, Report& to) { measureIdle(of.rounds, to); }},
         {"streams",
          [](const Options& of, Report& to) { measureStreams(of.rounds, of.perRound, to); }},
@@ -168,6 +173,33 @@ int run(const Options& options) {
     return 0;
 }
 
+void addPeerOptions(CLI::App& app, Options& options) {
+    const auto isHidden = [](CLI::Option* option) { option->group(""); };
+    isHidden(app.add_option("--echo-peer", options.echoPeerPort, "be the other side of a floor"));
+    isHidden(app.add_option("--copy-data-peer", options.copyDataPeerTitle,
+                            "be the other side of a floor"));
+    isHidden(app.add_flag("--pipe-peer", options.isPipePeer, "be the other side of a floor"));
+    isHidden(app.add_option("--stream-peer", options.streamPeerPort,
+                            "be the other side of the streams"));
+    isHidden(app.add_option("--stream-window", options.streamWindow, "values on their way"));
+    isHidden(app.add_option("--size-peer", options.sizePeerPort,
+                            "be the other side of the large arrays"));
+    isHidden(
+        app.add_option("--raw-size-peer", options.rawSizePeerPort, "be the other side of a floor"));
+}
+
+int runAsTold(const Options& options) {
+    if (options.isPipePeer) return runPipePeer();
+    if (options.echoPeerPort != 0) return runEchoPeer(options.echoPeerPort);
+    if (!options.copyDataPeerTitle.empty()) return runCopyDataPeer(options.copyDataPeerTitle);
+    if (options.streamPeerPort != 0)
+        return streampeer::run(options.streamPeerPort, options.streamWindow);
+    if (options.sizePeerPort != 0) return sizepeer::run(options.sizePeerPort);
+    if (options.rawSizePeerPort != 0) return sizepeer::runRaw(options.rawSizePeerPort);
+    if (options.isProfile) return printProfile(options.rounds, options.perRound);
+    return run(options);
+}
+
 }  // namespace
 
 // The parser of the command line catches what it throws itself.
@@ -180,29 +212,17 @@ int main(int argc, char** argv) {
     app.add_option("--per-round", options.perRound, "round trips of each kind in a round")
         ->check(CLI::PositiveNumber);
     app.add_option("--json", options.jsonPath, "file for the figures");
-    app.add_option("--echo-peer", options.echoPeerPort, "be the other side of a floor")->group("");
-    app.add_option("--copy-data-peer", options.copyDataPeerTitle, "be the other side of a floor")
-        ->group("");
     app.add_option("--only", options.only, "measure nothing but this")
         ->check(CLI::IsMember(namesOfSections()));
     app.add_flag("--profile", options.isProfile,
                  "tell where the time of a request goes, and measure nothing else")
         ->excludes("--only")
         ->excludes("--json");
-    app.add_flag("--pipe-peer", options.isPipePeer, "be the other side of a floor")->group("");
-    app.add_option("--stream-peer", options.streamPeerPort, "be the other side of the streams")
-        ->group("");
-    app.add_option("--stream-window", options.streamWindow, "values on their way")->group("");
+    addPeerOptions(app, options);
     CLI11_PARSE(app, argc, argv);
     AfxSocketInit();
     try {
-        if (options.isPipePeer) return runPipePeer();
-        if (options.echoPeerPort != 0) return runEchoPeer(options.echoPeerPort);
-        if (!options.copyDataPeerTitle.empty()) return runCopyDataPeer(options.copyDataPeerTitle);
-        if (options.streamPeerPort != 0)
-            return streampeer::run(options.streamPeerPort, options.streamWindow);
-        if (options.isProfile) return printProfile(options.rounds, options.perRound);
-        return run(options);
+        return runAsTold(options);
     } catch (const std::exception& error) {
         fmt::print(stderr, "qor-bench: {}\n", error.what());
         return 1;

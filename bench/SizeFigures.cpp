@@ -1,0 +1,51 @@
+#include "SizeFigures.h"
+
+#include <fmt/core.h>
+
+#include "PeakMemory.h"
+#include "SizeBench.h"
+#include "SizePeer.h"
+
+namespace {
+
+/// The aim: at least half as fast as the raw socket, in at most three times the memory.
+constexpr double leastShareOfRaw = 0.5;
+constexpr double mostTimesData = 3.0;
+constexpr int perRound = 5;
+
+template <class Action>
+double timesData(Action action) {
+    const PeakMemory memory;
+    action();
+    return static_cast<double>(memory.growth()) / sizepeer::bytes;
+}
+
+}  // namespace
+
+void measureSize(int rounds, Report& report) {
+    Samples rawRead, rawWrite, read, write;
+    SizeFloor floor;
+    SizeBench facade;
+    facade.letGo();
+    const double readMemory = timesData([&] { facade.read(); });
+    facade.letGo();
+    const std::size_t before = privateBytes();
+    facade.write();
+    facade.letGo();
+    const double kept = static_cast<double>(privateBytes()) - static_cast<double>(before);
+    const double writeMemory = timesData([&] { facade.write(); });
+    for (int round = 0; round < rounds; ++round) {
+        measure(rawRead, perRound, [&] { floor.read(); });
+        measure(read, perRound, [&] { facade.read(); });
+        measure(rawWrite, perRound, [&] { floor.write(); });
+        measure(write, perRound, [&] { facade.write(); });
+    }
+    const std::string what = fmt::format("{} doubles, TCP", sizepeer::doubles);
+    report.add("floor: read " + what, rawRead);
+    report.add("getParamData, " + what, read, rawRead.p50() / leastShareOfRaw);
+    report.add("floor: write " + what, rawWrite);
+    report.add("setParamData, " + what, write, rawWrite.p50() / leastShareOfRaw);
+    report.addAmount("memory while they are read", "x data", readMemory, mostTimesData);
+    report.addAmount("memory while they are written", "x data", writeMemory, mostTimesData);
+    report.addAmount("memory kept after that", "x data", kept / sizepeer::bytes);
+}
