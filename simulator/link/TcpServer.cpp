@@ -91,7 +91,7 @@ void TcpServer::receive() {
 
 void TcpServer::send(const std::string& bytes) {
     if (!client_ || closing_) return;
-    if (pending_.size() + bytes.size() > maxPendingBytes) {
+    if (pending_.size() - sent_ + bytes.size() > maxPendingBytes) {
         drop();
         return;
     }
@@ -100,18 +100,21 @@ void TcpServer::send(const std::string& bytes) {
 }
 
 void TcpServer::sendPending() {
-    std::size_t sent = 0;
-    while (client_ && sent < pending_.size()) {
-        const auto size = static_cast<int>(pending_.size() - sent);
-        const int count = ::send(client_.get(), pending_.data() + sent, size, 0);
+    while (client_ && sent_ < pending_.size()) {
+        const auto size = static_cast<int>(pending_.size() - sent_);
+        const int count = ::send(client_.get(), pending_.data() + sent_, size, 0);
         if (count == SOCKET_ERROR) {
             if (!wouldBlock()) drop();
             break;
         }
-        sent += static_cast<std::size_t>(count);
+        sent_ += static_cast<std::size_t>(count);
     }
     if (!client_) return;
-    pending_.erase(0, sent);
+    // The rest is moved only when it is the smaller part: a long record leaves in many pieces.
+    if (sent_ > pending_.size() / 2) {
+        pending_.erase(0, sent_);
+        sent_ = 0;
+    }
     if (closing_ && pending_.empty()) finish();
 }
 
@@ -143,6 +146,7 @@ void TcpServer::drop() {
     if (!client_) return;
     client_.reset();
     pending_.clear();
+    sent_ = 0;
     closing_ = false;
     events_.onDisconnected();
 }

@@ -51,7 +51,8 @@ private:
     WSAEVENT event_;
     Socket listener_;
     Socket client_;
-    std::string pending_;  // accepted by send(), not yet by the socket
+    std::string pending_;   // accepted by send(), not yet by the socket
+    std::size_t sent_ = 0;  // of pending_, the first so many are sent already
     bool closing_ = false;
 };
 
