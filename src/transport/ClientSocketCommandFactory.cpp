@@ -157,8 +157,8 @@ void ClientSocketCommandFactory::onConnected(ConnInstance&) {
     wasConnected_ = true;
 }
 
-void ClientSocketCommandFactory::onData(ConnInstance&, const std::string& bytes) {
-    received_.append(bytes);
+void ClientSocketCommandFactory::onData(ConnInstance& connection, const std::string& bytes) {
+    connection.expect(received_.append(bytes));
 }
 
 void ClientSocketCommandFactory::onClosed(ConnInstance&) {}

@@ -50,6 +50,10 @@ void ConnInstance::setNoDelay(bool isWanted) {
     if (isOpen()) peer_->SetSockOpt(TCP_NODELAY, &value, sizeof value, IPPROTO_TCP);
 }
 
+void ConnInstance::expect(std::size_t bytes) {
+    if (peer_) peer_->expect(bytes);
+}
+
 bool ConnInstance::isOpen() const {
     return peer_ && peer_->isOpen();
 }

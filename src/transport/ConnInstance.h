@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <string>
 
@@ -26,6 +27,8 @@ public:
     /// Whether what is sent leaves at once though the other side has not yet confirmed what left
     /// before it. Of the present socket, if there is one: a new one begins without.
     void setNoDelay(bool isWanted);
+    /// See PeerAsyncSocket; of the present socket, if there is one.
+    void expect(std::size_t bytes);
 
     /// The socket's last error code, for tests and debuggers: a send tells of success alone.
     int lastError() const { return lastError_; }

@@ -1,5 +1,6 @@
 #include "transport/PeerAsyncSocket.h"
 
+#include <algorithm>
 #include <new>
 #include <utility>
 
@@ -80,7 +81,7 @@ void PeerAsyncSocket::sendAsMuchAsPossible(UnsentOutput& output) {
 
 void PeerAsyncSocket::OnReceive(int errorCode) {
     try {
-        receiveChunk();
+        receiveChunks();
     } catch (const std::bad_alloc&) {
         // It must not pass through the system's code that called us. A chunk is lost, and with it
         // the place in the stream: a broken connection.
@@ -89,16 +90,34 @@ void PeerAsyncSocket::OnReceive(int errorCode) {
     CAsyncSocket::OnReceive(errorCode);
 }
 
-void PeerAsyncSocket::receiveChunk() {
-    char chunk[16384];
-    const int received = Receive(chunk, sizeof chunk);
-    if (received > 0) {
-        connection_.onData(std::string(chunk, static_cast<std::size_t>(received)));
-    } else {
+void PeerAsyncSocket::expect(std::size_t bytes) {
+    expectedBytes_ = bytes;
+    if (bytes == 0) std::string().swap(expectedChunk_);
+}
+
+void PeerAsyncSocket::receiveChunks() {
+    std::string chunk(chunkBytes, '\0');
+    bool isMoreThere = receiveInto(chunk);
+    while (isMoreThere && expectedBytes_ > 0) {
+        expectedChunk_.resize(std::min(expectedBytes_, maxExpectedChunkBytes));
+        isMoreThere = receiveInto(expectedChunk_);
+    }
+}
+
+/// True if it was filled, which leaves it open whether there is more.
+bool PeerAsyncSocket::receiveInto(std::string& chunk) {
+    const int received = Receive(chunk.data(), static_cast<int>(chunk.size()));
+    if (received <= 0) {
         // A close by the peer (nothing received) arrives here too, with whatever code is left.
         const int error = GetLastError();
         if (received == 0 || error != WSAEWOULDBLOCK) connection_.onError(error);
+        return false;
     }
+    const bool isFilled = static_cast<std::size_t>(received) == chunk.size();
+    chunk.resize(static_cast<std::size_t>(received));
+    expectedBytes_ -= std::min(expectedBytes_, chunk.size());
+    connection_.onData(chunk);
+    return isFilled;
 }
 
 void PeerAsyncSocket::OnConnect(int errorCode) {

@@ -30,9 +30,17 @@ public:
     /// keep all, and fail for lack of room.
     static constexpr std::size_t maxSendBytes = 1u << 20;
 
+    /// The first chunk of a notification, and those behind it.
+    static constexpr std::size_t chunkBytes = 16384;
+    static constexpr std::size_t maxExpectedChunkBytes = 1u << 20;
+
     /// Takes over bytes to send; on the owner's thread they leave at once, as far as the socket
     /// accepts them, from any other thread with the next "may send" notification.
     void sendBytes(std::string&& bytes);
+
+    /// So many bytes of a record are still to come; 0: nobody knows. What a notification brings of
+    /// them beyond its first chunk is taken at once, for each notification has its price.
+    void expect(std::size_t bytes);
 
     bool isOpen() const { return m_hSocket != INVALID_SOCKET; }
     bool isOwnedByCaller() const;
@@ -47,11 +55,14 @@ private:
     bool addPending(std::string&& bytes);
     UnsentOutput takePending();
     void putBack(UnsentOutput&& unsent);
-    void receiveChunk();
+    void receiveChunks();
+    bool receiveInto(std::string& chunk);
     void sendAsMuchAsPossible(UnsentOutput& output);
 
     ConnInstance& connection_;
     UnsentOutput pendingOutput_;
     common::Lock lock_;  // guards pendingOutput_; never held while sending
     unsigned int ownerThread_;
+    std::size_t expectedBytes_ = 0;
+    std::string expectedChunk_;  // its room, while more of a record is to come
 };

@@ -97,7 +97,6 @@ void SocketWorker::handleReceived() {
     if (bytes.empty()) return;
     const std::size_t handled = handleRecords(bytes);
     sendAcknowledgements();
-    if (handled == bytes.size()) return;
     // What is left must not keep the memory of a long record: swapped, for a short text that is
     // assigned goes into the room that is there.
     if (handled != 0) bytes.substr(handled).swap(bytes);

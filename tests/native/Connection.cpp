@@ -62,6 +62,8 @@ ConnInstance::~ConnInstance() = default;
 
 void ConnInstance::onConnect(int) {}
 
+void ConnInstance::expect(std::size_t) {}
+
 void ConnInstance::onData(const std::string&) {}
 
 void ConnInstance::onError(int errorCode) {

@@ -1,6 +1,6 @@
 #include "transport/ConnInstance.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <new>
 #include <thread>
@@ -13,6 +13,7 @@
 namespace {
 
 using tcp::TcpPeer;
+using testing::ElementsAre;
 
 class RecordingConnection final : public ConnInstance {
 public:
@@ -154,6 +155,38 @@ TEST_F(Connection, ReceivedBytesComeInChunksOfAtMostSixteenKilobytes) {
     ASSERT_TRUE(pumpUntil([&] { return connection.data.size() == sent.size(); }));
     for (const std::size_t chunk : connection.chunks) EXPECT_LE(chunk, 16384u);
     EXPECT_TRUE(connection.errors.empty());
+}
+
+TEST_F(Connection, WhatIsStillToComeOfARecordIsTakenWithItsFirstChunk) {
+    ASSERT_TRUE(connect());
+    connection.expect(50000);
+
+    peer.send(std::string(60000, 'x'));
+    Sleep(100);  // without pumping: all of it is there
+
+    ASSERT_TRUE(pumpUntil([&] { return connection.data.size() == 60000; }));
+    EXPECT_THAT(connection.chunks, ElementsAre(16384, 50000 - 16384, 10000));
+    EXPECT_TRUE(connection.errors.empty());
+}
+
+TEST_F(Connection, ARecordThatComesInPiecesIsTakenWithoutErrors) {
+    ASSERT_TRUE(connect());
+    connection.expect(60000);
+    for (int piece = 0; piece < 3; ++piece) {
+        peer.send(std::string(20000, 'x'));
+        const std::size_t sent = 20000u * (piece + 1);
+        ASSERT_TRUE(pumpUntil([&] { return connection.data.size() == sent; }));
+    }
+    EXPECT_TRUE(connection.errors.empty());
+}
+
+TEST_F(Connection, AnEndInTheMiddleOfARecordIsToldOf) {
+    ASSERT_TRUE(connect());
+    connection.expect(100000);
+    peer.send(std::string(16384, 'x'));
+    peer.close();
+    EXPECT_TRUE(pumpUntil([&] { return !connection.isOpen() && !connection.errors.empty(); }));
+    EXPECT_EQ(16384u, connection.data.size());
 }
 
 TEST_F(Connection, AfterACloseByThePeerItIsNotOpen) {

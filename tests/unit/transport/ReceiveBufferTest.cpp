@@ -4,7 +4,15 @@
 
 #include <thread>
 
+#include "protocol/RecordHead.h"
+
 namespace {
+
+std::string record(std::uint32_t payloadBytes) {
+    std::string bytes;
+    wire::Writer(bytes).put(protocol::RecordHead{7, 0, payloadBytes});
+    return bytes + std::string(payloadBytes, 'p');
+}
 
 TEST(ReceiveBuffer, TakingLeavesItEmpty) {
     ReceiveBuffer buffer;
@@ -53,6 +61,59 @@ TEST(ReceiveBuffer, TheRoomGrowsByDoublingButNeverBeyondTheBound) {
         buffer.putBack(std::move(bytes));
     }
     EXPECT_LE(growths, 9u);
+}
+
+TEST(ReceiveBuffer, ItKnowsHowMuchOfTheLastRecordIsStillToCome) {
+    ReceiveBuffer buffer;
+    const std::string two = record(20) + record(1000);
+    EXPECT_EQ(0u, buffer.append(two.substr(0, 11))) << "its head is not there";
+    EXPECT_EQ(19u, buffer.append(two.substr(11, 2)));
+    EXPECT_EQ(0u, buffer.append(two.substr(13, 19))) << "it is there";
+    EXPECT_EQ(900u, buffer.append(two.substr(32, 112)));
+    EXPECT_EQ(0u, buffer.append(two.substr(144)));
+    EXPECT_EQ(two, buffer.takeAll());
+}
+
+TEST(ReceiveBuffer, WhereRecordsBeginIsNotKnownUntilSomethingIsPutBack) {
+    ReceiveBuffer buffer;
+    buffer.append(record(1000).substr(0, 100));
+    std::string taken = buffer.takeAll();
+    EXPECT_EQ(0u, buffer.append(record(500).substr(0, 50)));
+    buffer.putBack(std::move(taken));
+    EXPECT_EQ(1012u - 151, buffer.append("x"));
+
+    buffer.takeAll();
+    buffer.putBack("");
+    EXPECT_EQ(500u, buffer.append(record(500).substr(0, 12)));
+
+    buffer.takeAll();
+    buffer.clear();
+    EXPECT_EQ(500u, buffer.append(record(500).substr(0, 12)));
+}
+
+TEST(ReceiveBuffer, ALengthThatNoRecordHasPromisesNothing) {
+    ReceiveBuffer buffer;
+    EXPECT_EQ(0u, buffer.append(record(20) + std::string(12, '\xFF')));
+    EXPECT_EQ(0u, buffer.append("x"));
+}
+
+TEST(ReceiveBuffer, InsideOfALongRecordTheRoomGrowsInFewStepsToItsEndAndNoFurther) {
+    ReceiveBuffer buffer;
+    const std::string whole = record(30000000);
+    const std::string chunk = whole.substr(0, 16384);
+    unsigned growths = 0;
+    const char* memory = nullptr;
+    for (std::size_t held = 0; held < whole.size();) {
+        buffer.append(whole.substr(held, chunk.size()));
+        held = std::min(held + chunk.size(), whole.size());
+        std::string bytes = buffer.takeAll();
+        if (bytes.data() != memory) ++growths;
+        memory = bytes.data();
+        ASSERT_EQ(held, bytes.size());
+        ASSERT_LE(bytes.capacity(), std::min(8 * held, whole.size() + 1));
+        buffer.putBack(std::move(bytes));
+    }
+    EXPECT_LE(growths, 5u);
 }
 
 TEST(ReceiveBuffer, BytesBeyondTheBoundAreDroppedAndToldOf) {
