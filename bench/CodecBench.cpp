@@ -33,6 +33,7 @@ struct Fill {
         items.resize(typicalCount);
         for (T& item : items) set(item);
     }
+    static void set(common::Doubles& values) { values = std::vector<double>(typicalCount, 3.14); }
     template <class T>
     static void set(wire::BareRun<T>& run) {
         set(run.items);

@@ -12,6 +12,7 @@
 #include "client/ClientState.h"
 #include "client/IMessageBox.h"
 #include "client/IProcessStarter.h"
+#include "common/Doubles.h"
 #include "common/Guarded.h"
 #include "common/Interest.h"
 #include "common/News.h"
@@ -114,15 +115,15 @@ public:
     /// is that of the name: it does not mark the verdict.
     bool lookUp(const std::string& name, protocol::ParamInfo& description, unsigned int timeoutMs);
     /// The first array of a parameter; without `refresh` a value that is there already will do.
-    bool getParamData(const std::string& name, std::vector<double>& values, unsigned int timeoutMs,
+    bool getParamData(const std::string& name, common::Doubles& values, unsigned int timeoutMs,
                       bool refresh);
-    bool setParamData(const std::string& name, std::vector<double> values);
+    bool setParamData(const std::string& name, common::Doubles values);
     /// The three arrays of a parameter.
     bool getStaticParam(const std::string& name, SampledValue& sample, unsigned int timeoutMs);
     bool setStaticParam(const std::string& name, SampledValue sample);
 
     /// The value as a text in QOR's notation.
-    bool setDynamicData(const std::string& name, std::vector<double> values, std::string text);
+    bool setDynamicData(const std::string& name, common::Doubles values, std::string text);
     bool startDirectCtrl(const std::string& name);
     bool stopDirectCtrl(const std::string& name);
     /// The first arrays of several parameters, in the order of the names. What came for some of
@@ -235,7 +236,7 @@ private:
     /// A record names a request; is it of the kind that that one awaits?
     void noteKind(std::uint32_t commandId, std::uint32_t requestId);
 
-    bool directCtrl(const std::string& name, std::uint32_t operation, std::vector<double> values,
+    bool directCtrl(const std::string& name, std::uint32_t operation, common::Doubles values,
                     std::string text);
     /// The names' indices, all of one epoch.
     bool resolveAll(const std::vector<std::string>& names, unsigned int timeoutMs, Epoch& epoch,

@@ -47,7 +47,7 @@ bool ClientExternalOperating::readTogether(const std::vector<std::string>& names
         for (const std::int32_t index : indices)
             if (state->params.values(index) == nullptr) return false;
         for (std::size_t i = 0; i < indices.size(); ++i)
-            found[i] = *state->params.values(indices[i]);
+            found[i] = state->params.values(indices[i])->all();
         return true;
     };
     // QOR answers once, however often a name stands there.

@@ -75,7 +75,7 @@ bool ClientExternalOperating::resolve(const std::string& name, unsigned int time
     return true;
 }
 
-bool ClientExternalOperating::getParamData(const std::string& name, std::vector<double>& values,
+bool ClientExternalOperating::getParamData(const std::string& name, common::Doubles& values,
                                            unsigned int timeoutMs, bool refresh) {
     Place place;
     if (!resolve(name, timeoutMs, place)) return false;
@@ -97,11 +97,11 @@ bool ClientExternalOperating::getParamData(const std::string& name, std::vector<
            awaitData(timeoutMs, isThere);
 }
 
-bool ClientExternalOperating::setParamData(const std::string& name, std::vector<double> values) {
+bool ClientExternalOperating::setParamData(const std::string& name, common::Doubles values) {
     return directCtrl(name, DirectCtrl::writeValues, std::move(values), std::string());
 }
 
-bool ClientExternalOperating::setDynamicData(const std::string& name, std::vector<double> values,
+bool ClientExternalOperating::setDynamicData(const std::string& name, common::Doubles values,
                                              std::string text) {
     return directCtrl(name, DirectCtrl::writeDynamic, std::move(values), std::move(text));
 }
@@ -115,7 +115,7 @@ bool ClientExternalOperating::stopDirectCtrl(const std::string& name) {
 }
 
 bool ClientExternalOperating::directCtrl(const std::string& name, std::uint32_t operation,
-                                         std::vector<double> values, std::string text) {
+                                         common::Doubles values, std::string text) {
     Place place;
     if (!resolve(name, clientsend::resolveMs, place)) return false;
     DirectCtrl request;

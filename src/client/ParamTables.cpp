@@ -13,7 +13,7 @@ std::size_t bytesOf(const ParamInfo& record) {
            record.thirdText.size();
 }
 
-std::size_t bytesOf(const std::vector<double>& values) {
+std::size_t bytesOf(const common::Doubles& values) {
     return values.size() * sizeof(double);
 }
 
@@ -27,7 +27,7 @@ const ParamInfo* ParamTables::description(const std::string& name) const {
     return find(descriptions_, name);
 }
 
-const std::vector<double>* ParamTables::values(std::int32_t index) const {
+const common::Doubles* ParamTables::values(std::int32_t index) const {
     return find(values_, index);
 }
 
@@ -62,7 +62,7 @@ void ParamTables::storeDescription(const std::string& name, ParamInfo record) {
     store(descriptions_, name, std::move(record), bytes);
 }
 
-void ParamTables::storeValues(std::int32_t index, std::vector<double> values) {
+void ParamTables::storeValues(std::int32_t index, common::Doubles values) {
     const std::size_t bytes = bytesOf(values);
     store(values_, index, std::move(values), bytes);
 }

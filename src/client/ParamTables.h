@@ -10,15 +10,16 @@
 #include <vector>
 
 #include "client/Arrivals.h"
+#include "common/Doubles.h"
 #include "common/Moment.h"
 #include "protocol/Records.h"
 #include "protocol/RecordStream.h"
 
 /// The three arrays that QOR last told of a parameter, and when they were stored.
 struct SampledValue {
-    std::vector<double> values;
-    std::vector<double> second;
-    std::vector<double> third;
+    common::Doubles values;
+    common::Doubles second;
+    common::Doubles third;
     common::Moment tick;
 };
 
@@ -44,12 +45,12 @@ public:
 
     /// Null if there is none. The pointers hold until the tables are next changed.
     const protocol::ParamInfo* description(const std::string& name) const;
-    const std::vector<double>* values(std::int32_t index) const;
+    const common::Doubles* values(std::int32_t index) const;
     const SampledValue* sample(std::int32_t index) const;
 
     /// Replace or add an entry, which is the newest then.
     void storeDescription(const std::string& name, protocol::ParamInfo record);
-    void storeValues(std::int32_t index, std::vector<double> values);
+    void storeValues(std::int32_t index, common::Doubles values);
     void storeSample(std::int32_t index, SampledValue sample);
 
     void dropDescription(const std::string& name);
@@ -123,7 +124,7 @@ private:
     Ages ages_;  // of all entries, the oldest first
     std::size_t heldBytes_ = 0;
     Table<std::string, protocol::ParamInfo> descriptions_;
-    Table<std::int32_t, std::vector<double>> values_;
+    Table<std::int32_t, common::Doubles> values_;
     Table<std::int32_t, SampledValue> samples_;
     Streams streams_;
     Streams formerStreams_;  // of before the last clear, for their arrivals

@@ -46,10 +46,10 @@ bool QorControlFacade::getParamData(const std::string& name, std::vector<double>
     bool isMarked = false;
     if (shared.values.find(name, values, second, third, isMarked)) return call.succeed(isMarked);
     if (auto* const answer = call.ask(name, timeoutMs)) {
-        values = answer->values;
-        second = answer->second;
-        third = answer->third;
-        const std::string shown = text::ofValues(answer->values);
+        values = answer->values.all();
+        second = answer->second.all();
+        third = answer->third.all();
+        const std::string shown = text::ofValues(values);
         shared.values.store(
             name, {std::move(answer->values), std::move(answer->second), std::move(answer->third),
                    answer->stamp, call.mayBelongToEarlier()});
@@ -85,9 +85,12 @@ bool QorControlFacade::setParamData(const std::string& name, const std::vector<d
                                     const std::vector<double>& third,
                                     unsigned int timeoutMs) const {
     TimedCall<Kind::setParamData> call(*impl_, timeoutMs);
-    if (call.run(name, values, second, third, timeoutMs)) {
+    if (!call.mayBeOperating()) return false;
+    channel::CachedValue sent{values, second, third, {}, false};
+    if (call.run(name, sent.values, sent.second, sent.third, timeoutMs)) {
         paramlines::traceValue(call, "set", name, text::ofValues(values));
-        call.channel().values.store(name, {values, second, third, call.request().stamp, false});
+        sent.stamp = call.request().stamp;
+        call.channel().values.store(name, std::move(sent));
         return true;
     }
     if (call.hasFailed()) {

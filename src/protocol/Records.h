@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "common/Doubles.h"
 #include "protocol/Wire.h"
 
 /// The payloads of the 19 commands. Each record names its fields once, in wire order; writing and
@@ -167,7 +168,7 @@ struct DirectCtrl {
 
     std::uint32_t paramIndex = 0;
     std::uint32_t operation = 0;
-    std::vector<double> values;
+    common::Doubles values;
     std::string name;
 
     template <class Self, class Visitor>
@@ -265,9 +266,9 @@ struct StaticParam {
 
     std::uint32_t paramIndex = 0;
     std::uint32_t operation = 0;
-    std::vector<double> first;
-    std::vector<double> second;
-    std::vector<double> third;
+    common::Doubles first;
+    common::Doubles second;
+    common::Doubles third;
 
     template <class Self, class Visitor>
     static void fields(Self& self, Visitor&& visit) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <stdexcept>
+#include <utility>
 
 namespace wire {
 
@@ -98,6 +99,12 @@ void Reader::get(std::map<std::string, std::string>& entries) {
         entries[key] = value;
         if (position_ == before) return;
     }
+}
+
+void Reader::get(common::Doubles& values) {
+    std::vector<double> read;
+    get(read);
+    values = std::move(read);
 }
 
 void Reader::copyImages(void* to, std::size_t count, std::size_t elementBytes) {

@@ -8,6 +8,8 @@
 #include <type_traits>
 #include <vector>
 
+#include "common/Doubles.h"
+
 /// The value encodings of a command's payload. All integers are little-endian; values follow one
 /// another without tags, names or padding. This is the one place that touches raw bytes.
 ///
@@ -59,6 +61,8 @@ public:
         putEach(items);
     }
 
+    void put(const common::Doubles& values) { put(values.all()); }
+
     template <class T>
     void put(const BareRun<T>& run) {
         putEach(run.items);
@@ -100,6 +104,8 @@ public:
         bytes_ += 4;
         putEach(items);
     }
+
+    void put(const common::Doubles& values) { put(values.all()); }
 
     template <class T>
     void put(const BareRun<T>& run) {
@@ -172,6 +178,7 @@ public:
     void get(double& value);
     void get(std::string& text);
     void get(std::map<std::string, std::string>& entries);
+    void get(common::Doubles& values);
 
     template <class T>
     void get(std::vector<T>& items) {

@@ -65,6 +65,11 @@ private:
         items.assign(below(3) == 0 ? 0 : below(6), T());
         for (T& item : items) fill(item);
     }
+    void fill(common::Doubles& values) {
+        std::vector<double> filled;
+        fill(filled);
+        values = filled;
+    }
     template <class T>
     void fill(wire::BareRun<T>& run) {
         fill(run.items);

@@ -247,13 +247,13 @@ void Qor::describe(CommandGetParamInfo& info) const {
 
 void Qor::readValues(CommandDirectCtrl& request) {
     const unsigned int param = paramOf(request.paramIndex, "a read");
-    request.values.clear();
+    const ValueOrigin origin{machine().now(), param, ValueOrigin::read};
+    std::vector<double> values(3, origin.encode());
     if (param == textParam) {
-        for (const char each : std::to_string(machine().now()))
-            request.values.push_back(static_cast<double>(each));
-    } else {
-        request.values.assign(3, ValueOrigin{machine().now(), param, ValueOrigin::read}.encode());
+        const std::string text = std::to_string(machine().now());
+        values.assign(text.begin(), text.end());
     }
+    request.values = std::move(values);
 }
 
 void Qor::readArrays(CommandStaticParam& request) {

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "common/Clock.h"
+#include "common/Doubles.h"
 #include "facade/channel/HostQueues.h"
 #include "facade/channel/StreamSinks.h"
 #include "facade/QorControlFacade.h"
@@ -58,9 +59,8 @@ struct CmdDataParamData : CmdData {
         : name(std::move(paramName)), timeoutMs(timeout) {}
     CmdDataParamData(std::string paramName, std::string newValue, unsigned int timeout)
         : name(std::move(paramName)), text(std::move(newValue)), timeoutMs(timeout) {}
-    CmdDataParamData(std::string paramName, std::vector<double> first,
-                     std::vector<double> secondArray, std::vector<double> thirdArray,
-                     unsigned int timeout)
+    CmdDataParamData(std::string paramName, common::Doubles first, common::Doubles secondArray,
+                     common::Doubles thirdArray, unsigned int timeout)
         : name(std::move(paramName)),
           values(std::move(first)),
           second(std::move(secondArray)),
@@ -68,9 +68,9 @@ struct CmdDataParamData : CmdData {
           timeoutMs(timeout) {}
 
     std::string name;
-    std::vector<double> values;
-    std::vector<double> second;
-    std::vector<double> third;
+    common::Doubles values;
+    common::Doubles second;
+    common::Doubles third;
     common::Moment stamp = common::now();  ///< when this record was made
     std::string text;                      ///< the value of a dynamic write
     unsigned int timeoutMs;

@@ -17,16 +17,20 @@ std::uint32_t ValueCache::readPeriodMs() {
 bool ValueCache::find(const std::string& name, std::vector<double>& values,
                       std::vector<double>& second, std::vector<double>& third,
                       bool& mayBelongToEarlier) {
-    const auto state = state_.lock();
-    const auto found = state->paramValueCache.find(name);
-    if (found == state->paramValueCache.end()) return false;
-    const CachedValue& cached = found->second;
-    if (cached.stamp <= state->begin) return false;
-    const common::Moment end = cached.stamp + state->readPeriodMs / 2;
-    if (common::now() >= end) return false;
-    values = cached.values;
-    second = cached.second;
-    third = cached.third;
+    CachedValue cached;
+    {
+        const auto state = state_.lock();
+        const auto found = state->paramValueCache.find(name);
+        if (found == state->paramValueCache.end()) return false;
+        if (found->second.stamp <= state->begin) return false;
+        const common::Moment end = found->second.stamp + state->readPeriodMs / 2;
+        if (common::now() >= end) return false;
+        cached = found->second;
+    }
+    // Others need not wait for the copies, which may be long.
+    values = cached.values.all();
+    second = cached.second.all();
+    third = cached.third.all();
     mayBelongToEarlier = cached.mayBelongToEarlier;
     return true;
 }

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "common/Doubles.h"
 #include "common/Guarded.h"
 #include "common/Moment.h"
 
@@ -12,9 +13,9 @@ namespace channel {
 
 /// The last values of a parameter and when they were had.
 struct CachedValue {
-    std::vector<double> values;
-    std::vector<double> second;
-    std::vector<double> third;
+    common::Doubles values;
+    common::Doubles second;
+    common::Doubles third;
     common::Moment stamp;
     bool mayBelongToEarlier = false;  ///< as the read was that had them
 };

@@ -93,7 +93,7 @@ void callDiagnostics(ClientExternalOperating& client, Input& input, std::uint32_
 void callParams(ClientExternalOperating& client, Input& input, std::uint32_t which) {
     protocol::ParamInfo description;
     SampledValue sample;
-    std::vector<double> values;
+    common::Doubles values;
     std::vector<std::vector<double>> several;
     std::vector<ArrivalCursor> cursors;
     const std::string name = nameBy(input);

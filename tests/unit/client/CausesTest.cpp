@@ -33,7 +33,7 @@ protected:
     } callback;
     FakeMonitor monitor;
     std::shared_ptr<common::Interest> interest = std::make_shared<common::Interest>();
-    std::vector<double> values;
+    common::Doubles values;
     SampledValue sample;
     protocol::ParamInfo description;
 };

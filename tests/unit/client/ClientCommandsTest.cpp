@@ -23,9 +23,9 @@ protected:
     std::vector<double> valuesOf(std::int32_t index) {
         const std::string name = "Parameter " + std::to_string(index);
         qor.knows(name, index);
-        std::vector<double> values;
+        common::Doubles values;
         client().getParamData(name, values, 0, false);
-        return values;
+        return values.all();
     }
 };
 

@@ -146,7 +146,7 @@ protected:
     }
 
     NoCallback callback;
-    std::vector<double> values;
+    common::Doubles values;
     std::vector<std::vector<double>> arrays;
     SampledValue sample;
 };

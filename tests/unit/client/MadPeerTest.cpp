@@ -22,7 +22,7 @@ protected:
     static protocol::StaticParam announcing(std::uint32_t index) {
         protocol::StaticParam record;
         record.paramIndex = index;
-        record.first.resize(2000000);
+        record.first = std::vector<double>(2000000);
         return record;
     }
 };

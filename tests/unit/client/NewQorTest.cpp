@@ -30,9 +30,9 @@ protected:
         client().onNewQor();
     }
     std::vector<double> read(const std::string& name) {
-        std::vector<double> values;
+        common::Doubles values;
         EXPECT_TRUE(client().getParamData(name, values, 100, true));
-        return values;
+        return values.all();
     }
     std::uint32_t writtenIndex(const std::string& name) {
         EXPECT_TRUE(client().setParamData(name, {1.0}));
@@ -110,7 +110,7 @@ TEST_F(NewQor, AnAnswerOfTheNextOneIsNotTakenForThatOfTheOld) {
     });
     SampledValue sample;
     EXPECT_FALSE(client().getStaticParam("S1", sample, 100));
-    std::vector<double> values;
+    common::Doubles values;
     qor.on<CommandDirectCtrl>([this](const CommandDirectCtrl& request) {
         client().onNewQor();
         client().onDirectCtrl(request);

@@ -122,7 +122,7 @@ protected:
     }
     std::string read(const std::string& name) {
         return outcome([&] {
-            std::vector<double> values;
+            common::Doubles values;
             return client().getParamData(name, values, 100, true);
         });
     }

@@ -35,7 +35,7 @@ protected:
         return client().getParamData("Speed", values, timeoutMs, refresh);
     }
 
-    std::vector<double> values;
+    common::Doubles values;
 };
 
 TEST_F(ParamData, AReadIsADescriptionAndThenTheValues) {
@@ -117,7 +117,7 @@ TEST_F(ParamData, ASendThatFailsFailsTheRead) {
 }
 
 TEST_F(ParamData, AnUnknownNameIsNeitherReadNorWritten) {
-    std::vector<double> untouched{3.0};
+    common::Doubles untouched{3.0};
     EXPECT_FALSE(client().getParamData("Unknown", untouched, 77, true));
     EXPECT_FALSE(client().setParamData("Unknown", {1.0}));
     EXPECT_THAT(untouched, ElementsAre(3.0));
@@ -145,11 +145,11 @@ TEST_F(ParamData, SpecialNumbersComeBackBitForBit) {
     hasValues({std::nan(""), infinity, -infinity, -0.0, std::numeric_limits<double>::denorm_min()});
     ASSERT_TRUE(get());
     ASSERT_THAT(values, SizeIs(5));
-    EXPECT_TRUE(std::isnan(values[0]));
-    EXPECT_EQ(values[1], infinity);
-    EXPECT_EQ(values[2], -infinity);
-    EXPECT_TRUE(std::signbit(values[3]));
-    EXPECT_EQ(values[4], std::numeric_limits<double>::denorm_min());
+    EXPECT_TRUE(std::isnan(values.all()[0]));
+    EXPECT_EQ(values.all()[1], infinity);
+    EXPECT_EQ(values.all()[2], -infinity);
+    EXPECT_TRUE(std::signbit(values.all()[3]));
+    EXPECT_EQ(values.all()[4], std::numeric_limits<double>::denorm_min());
 }
 
 TEST_F(ParamData, AHundredThousandValuesComeBack) {

@@ -266,7 +266,7 @@ TEST_F(ParamOperations, SpecialNumbersAndManyOfThemTravelUnchanged) {
     start();
     EXPECT_TRUE(facade->setParamData("Speed", many, {}, {}, 500));
     EXPECT_EQ(request().values.size(), many.size());
-    EXPECT_TRUE(std::isnan(request().values[0]));
+    EXPECT_TRUE(std::isnan(request().values.front()));
     EXPECT_TRUE(get());
     ASSERT_EQ(values.size(), many.size());
     EXPECT_TRUE(std::isnan(values[0]));

@@ -40,6 +40,11 @@ private:
         items.resize(items.size() + 2);
         for (T& item : items) change(item);
     }
+    void change(common::Doubles& values) {
+        std::vector<double> changed = values.all();
+        change(changed);
+        values = changed;
+    }
     template <class T>
     void change(wire::BareRun<T>& run) {
         change(run.items);

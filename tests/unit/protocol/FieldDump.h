@@ -45,6 +45,7 @@ private:
         for (const T& item : items) all += text(item) + " ";
         return all + "]";
     }
+    static std::string text(const common::Doubles& values) { return text(values.all()); }
     template <class T>
     static std::string text(const wire::BareRun<T>& run) {
         return text(run.items);

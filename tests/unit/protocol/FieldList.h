@@ -39,6 +39,7 @@ private:
     static std::string typeOf(const std::vector<T>&) {
         return "seq<" + typeOf(T()) + ">";
     }
+    static std::string typeOf(const common::Doubles& values) { return typeOf(values.all()); }
     template <class T>
     static std::string typeOf(const wire::BareRun<T>&) {
         return "run<" + typeOf(T()) + ">";
@@ -63,6 +64,7 @@ private:
     static std::string valueOf(const std::vector<T>& initial) {
         return given(initial.empty());
     }
+    static std::string valueOf(const common::Doubles& initial) { return given(initial.empty()); }
     template <class T>
     static std::string valueOf(const wire::BareRun<T>& initial) {
         return given(initial.items.empty());

@@ -160,7 +160,7 @@ TEST(Framing, EveryCommandCountsAsManyBytesAsItWrites) {
 
 TEST(Framing, ALongRecordIsWrittenIntoRoomOfItsExactSize) {
     CommandDirectCtrl command;
-    command.values.assign(100000, 1.5);
+    command.values = std::vector<double>(100000, 1.5);
     const std::string bytes = written(command);
     EXPECT_EQ(bytes.size(), 12u + 16u + 800000u);
     EXPECT_EQ(bytes.capacity(), bytes.size());

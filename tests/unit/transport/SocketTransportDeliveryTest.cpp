@@ -82,7 +82,7 @@ TEST_F(SocketDelivery, AlsoIfThereIsAnotherOneBeforeTheTimeIsOver) {
 
 TEST_F(SocketDelivery, WhatNoRecordCanHoldIsTooLong) {
     CommandDirectCtrl command;
-    command.values.resize((128u << 20) / sizeof(double));
+    command.values = std::vector<double>((128u << 20) / sizeof(double));
     EXPECT_EQ(Delivery::tooLong,
               transport.sendIf([] { return true; },
                                std::make_unique<CommandDirectCtrl>(std::move(command)), 5000));

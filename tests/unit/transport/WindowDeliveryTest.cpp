@@ -75,7 +75,7 @@ TEST_F(WindowDelivery, WithoutAPermitItIsWithdrawn) {
 
 TEST_F(WindowDelivery, WhatNoRecordCanHoldIsTooLong) {
     auto command = std::make_unique<CommandDirectCtrl>();
-    command->values.resize((128u << 20) / sizeof(double));
+    command->values = std::vector<double>((128u << 20) / sizeof(double));
     EXPECT_EQ(Delivery::tooLong, transport.sendIf(nullptr, std::move(command), 500));
 }
 
