@@ -8,8 +8,9 @@ A file of the folder `catalogue` has those of one folder of src/, in TOML:
     before = 'launchMs = 10000'                # occurs exactly once in that file
     after = 'launchMs = 1000'
     test = "agent_test AgentStart.LastsTenSeconds"   # [PRESET:]PROGRAM FILTER[:FILTER...]
+    dies = "hang"    # or "crash": that the test's program may end so is how the fault shows itself
 
-A preset other than mingw32 is named in front of the program, as in "native64:protocol_test".
+`dies` is left out where the test must fail in order. A preset other than mingw32 is named in front of the program, as in "native64:protocol_test".
 """
 import re
 import tomllib
@@ -18,6 +19,7 @@ from typing import Dict, Iterator, List, NamedTuple, Tuple
 
 CATALOGUE = Path("tests/mutants/catalogue")
 FIELDS = {"name", "file", "before", "after", "test"}
+DEATHS = {"crash", "hang"}
 PRESETS = {"mingw32", "native64", "native32", "race64"}
 TEST = re.compile(r"(?:(\w+):)?(\w+) (\S+)")
 TEST_IN_SOURCE = re.compile(r"^(?:TYPED_)?TEST(?:_F|_P)?\(\s*(\w+)\s*,\s*(\w+)\s*\)", re.MULTILINE)
@@ -36,21 +38,24 @@ class Mutant(NamedTuple):
     preset: str
     program: str
     filters: str  # as --gtest_filter wants them
+    dies: str = ""  # one of DEATHS, or by its test alone
 
     def key(self) -> Tuple[str, str]:
         return self.preset, self.program
 
 
 def made_of(path: Path, entry: Dict[str, str]) -> Mutant:
-    if set(entry) != FIELDS:
+    if set(entry) - {"dies"} != FIELDS:
         raise Malformed(f"{path}: {entry.get('name', 'a mutant')}: the fields are {sorted(FIELDS)}")
     parts = TEST.fullmatch(entry["test"])
     if parts is None or (parts[1] or "mingw32") not in PRESETS:
         raise Malformed(f"{path}: {entry['name']}: no test: {entry['test']}")
+    if entry.get("dies", "crash") not in DEATHS:
+        raise Malformed(f"{path}: {entry['name']}: no way to die: {entry['dies']}")
     if entry["before"] == entry["after"] or not entry["before"]:
         raise Malformed(f"{path}: {entry['name']}: it changes nothing")
     return Mutant(entry["name"], entry["file"], entry["before"], entry["after"], parts[1] or "mingw32",
-                  parts[2], parts[3])
+                  parts[2], parts[3], entry.get("dies", ""))
 
 
 def mutants_of(root: Path) -> List[Mutant]:

@@ -72,7 +72,10 @@ class ACatalogue(unittest.TestCase):
                              ("sum_test Sum.AddsUp", "a - b"), ("sum_test Sum.AddsUp", "")):
             with self.assertRaises(catalogue.Malformed):
                 self.complaints(test, before)
-        for text in ("[[mutant]]\nname = 'without the rest'\n", "[[mutant\n"):
+        self.complaints("sum_test Sum.AddsUp")
+        first = (self.root / "tests/mutants/catalogue/sum.toml").read_text(encoding="utf-8")
+        entry = first.replace("sum: subtracts", "sum: subtracts slowly")
+        for text in ("[[mutant]]\nname = 'without the rest'\n", "[[mutant\n", entry + "dies = 'slowly'\n"):
             self.write("tests/mutants/catalogue/other.toml", text)
             with self.assertRaises(catalogue.Malformed):
                 catalogue.mutants_of(self.root)

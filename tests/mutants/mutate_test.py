@@ -47,9 +47,9 @@ class PythonWorkshop(workshop.Workshop):
                             self.copy, limit_s)
 
 
-def entry(name, before, after, test):
+def entry(name, before, after, test, dies=""):
     return (f"[[mutant]]\nname = '{name}'\nfile = 'src/sums.py'\nbefore = '{before}'\nafter = '{after}'\n"
-            f"test = 'sum_test {test}'\n")
+            f"test = 'sum_test {test}'\n" + (f"dies = '{dies}'\n" if dies else ""))
 
 
 class Mutating(unittest.TestCase):
@@ -102,14 +102,22 @@ class Mutating(unittest.TestCase):
         self.tells(1, "test is red without it: subtracts (", entry("subtracts", "a + b", "a - b", "Sum.IsRed"))
         self.tells(1, "test is red without it: subtracts (", entry("subtracts", "a + b", "a - b", "Sum.IsNone"))
 
-    def test_a_crash_is_seen(self):
-        self.tells(0, "killed: leaves (it did not come to its end; ",
-                   entry("leaves", "    pass", "    import os; os._exit(3)", "Sum.Pauses"))
+    def test_a_crash_counts_only_if_it_is_how_the_fault_shows_itself(self):
+        crash = ["leaves", "    pass", "    import os; os._exit(3)", "Sum.Pauses"]
+        self.tells(0, "killed by a crash: leaves (it did not come to its end; ", entry(*crash, "crash"))
+        told = self.tells(1, "killed by a crash, which the catalogue does not say: leaves (", entry(*crash))
+        self.assertTrue(told.endswith("== 1 killed by a crash\n"), told)
+        self.tells(1, "killed by a crash, which the catalogue does not say: leaves (", entry(*crash, "hang"))
 
-    def test_one_that_hangs_is_ended(self):
+    def test_one_that_hangs_is_ended_and_counts_only_if_it_is_how_the_fault_shows_itself(self):
         mutate.MIN_LIMIT_S = 0.3
-        self.tells(0, "killed: hangs (no end within ", entry("hangs", "pass", "time.sleep(600)", "Sum.Pauses"))
+        hang = ["hangs", "pass", "time.sleep(600)", "Sum.Pauses"]
+        self.tells(0, "killed by a hang: hangs (no end within ", entry(*hang, "hang"))
         self.assertFalse(is_running(self.copy))
+        self.tells(1, "killed by a hang, which the catalogue does not say: hangs (", entry(*hang))
+
+    def test_one_that_may_die_may_also_be_seen_by_its_test(self):
+        self.tells(0, "killed: subtracts (Sum.AddsUp; ", entry("subtracts", "a + b", "a - b", "Sum.AddsUp", "crash"))
 
     def test_each_is_alone_in_the_tree(self):
         told = self.tells(1, "1 killed, 1 SURVIVED", entry("subtracts", "a + b", "a - b", "Sum.AddsUp"),

@@ -1,5 +1,7 @@
 #include "Operations.h"
 
+#include <algorithm>
+
 #include "HostsOwn.h"
 #include "qorcontrol/ConnectProgress.h"
 #include "qorcontrol/MessageBoxes.h"
@@ -271,6 +273,32 @@ bool Host::awaitAnswer() const {
         if (qorcontrol::lastOutcome().cause == qorcontrol::Cause::agentEnded) return false;
     }
     return false;
+}
+
+namespace {
+
+/// Begins or ends a facade, or only asks for what it knows: nothing is told of that.
+bool isAboutLife(const Operation& operation) {
+    return !operation.needsFacade || operation.kinds.empty();
+}
+
+/// Whose values may just not come: no request of the host's has failed then.
+bool isStream(const Operation& operation) {
+    return std::any_of(operation.kinds.begin(), operation.kinds.end(), [](Kind kind) {
+        return kind == Kind::stopParamRead || kind == Kind::stopDtcRead;
+    });
+}
+
+}  // namespace
+
+std::string complaintAbout(const Operation& operation, Result result) {
+    if (isAboutLife(operation) || result == Result::worked) return {};
+    const qorcontrol::Cause cause = qorcontrol::lastOutcome().cause;
+    if (result == Result::threw)
+        return cause == qorcontrol::Cause::outOfMemory ? ""
+                                                       : "memory ran out, and the cause is another";
+    return cause != qorcontrol::Cause::none || isStream(operation) ? ""
+                                                                   : "it failed without a cause";
 }
 
 const std::vector<Operation>& operations() {

@@ -68,4 +68,11 @@ struct Operation {
 
 const std::vector<Operation>& operations();
 
+/// How one has ended.
+enum class Result { failed, worked, threw };
+
+/// What `lastOutcome` of the calling thread, whose last operation it is, should tell then and does
+/// not; empty if it does.
+std::string complaintAbout(const Operation& operation, Result result);
+
 }  // namespace torture

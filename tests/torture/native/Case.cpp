@@ -2,7 +2,6 @@
 
 #include <sanitizer/lsan_interface.h>
 
-#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <new>
@@ -40,8 +39,6 @@ public:
 private:
     int count_ = 0;
 };
-
-enum class Result { failed, worked, threw };
 
 /// On a thread that is watched, as long as something can fail.
 Result play(const Operation& operation, Host& host) {
@@ -109,32 +106,12 @@ void expectNothingIsLeft(bool isAgentThere, Findings& findings) {
     findings.expect(__lsan_do_recoverable_leak_check() == 0, "memory is left");
 }
 
-bool isAboutLife(const Operation& operation) {
-    return !operation.needsFacade || operation.kinds.empty();
-}
-
 /// Whose state cannot be read when the host wants it to end: nobody waits for it then, and it goes
 /// on with all that is its own.
 bool staysByOrder(const Operation& operation, const Site& site) {
     const std::string name = nameOf(site);
     return operation.name == std::string("destruction") && site.call == Call::exitCode &&
            name.find("AgentLife::state < QorControlFacade::") != std::string::npos;
-}
-
-/// Whose values may just not come: no request of the host's has failed then.
-bool isStream(const Operation& operation) {
-    return std::any_of(operation.kinds.begin(), operation.kinds.end(), [](channel::Kind kind) {
-        return kind == channel::Kind::stopParamRead || kind == channel::Kind::stopDtcRead;
-    });
-}
-
-void judge(const Operation& operation, Result result, Findings& findings) {
-    if (isAboutLife(operation) || result == Result::worked) return;
-    const Cause cause = qorcontrol::lastOutcome().cause;
-    if (result == Result::failed && !isStream(operation))
-        findings.expect(cause != Cause::none, "it failed without a cause");
-    if (result == Result::threw)
-        findings.expect(cause == Cause::outOfMemory, "memory ran out, and the cause is another");
 }
 
 }  // namespace
@@ -160,7 +137,8 @@ int playAndFail(const Operation& operation, const Site& site) {
         const auto start = steady_clock::now();
         const Result result = play(operation, host);
         findings.expect(steady_clock::now() - start < longestOperation, "it took too long");
-        judge(operation, result, findings);
+        const std::string complaint = complaintAbout(operation, result);
+        findings.expect(complaint.empty(), complaint.c_str());
         rest();
         expectNextWorks(host, findings);
         host.arrivals.reset();

@@ -58,7 +58,11 @@ public:
         : operation_(operation), host_(settings, "LambdaMap"), transport_(transport) {}
 
     bool begin() { return !operation_.needsFacade || host_.start(); }
-    bool run() override { return operation_.run(host_); }
+    bool run() override {
+        const bool worked = operation_.run(host_);
+        EXPECT_EQ("", complaintAbout(operation_, worked ? Result::worked : Result::failed));
+        return worked;
+    }
     void expectNextWorks(const Site& failed) override {
         const bool answers = host_.facade == nullptr || host_.awaitAnswer();
         const qorcontrol::Outcome outcome = qorcontrol::lastOutcome();
