@@ -60,7 +60,7 @@ bool ClientExternalOperating::getDtc(std::uint32_t statusMask,
     return ask<ClientCommandGetDTC, Answer>(request, timeoutMs, &ClientState::owedAnswers,
                                             {Answer::troubleCodes},
                                             forgetting(&ClientState::dtcs)) &&
-           awaitData(timeoutMs, [&] { return take(state_.lock()->dtcs, dtcs); });
+           awaitData(timeoutMs, [&](ClientState& state) { return take(state.dtcs, dtcs); });
 }
 
 bool ClientExternalOperating::clearDtc() {
@@ -80,7 +80,7 @@ bool ClientExternalOperating::execKwp(const protocol::ExecKwp& request, protocol
     return ask<ClientCommandExecKwp, Answer>(std::move(command), kwpMs, &ClientState::owedAnswers,
                                              {Answer::kwp}, forgetting(&ClientState::kwpAnswer)) &&
            awaitData(clientsend::withExtra(request.timeoutMs, kwpMs),
-                     [&] { return take(state_.lock()->kwpAnswer, answer); });
+                     [&](ClientState& state) { return take(state.kwpAnswer, answer); });
 }
 
 bool ClientExternalOperating::connectCanBus(const protocol::CanBusConnect& settings) {
@@ -95,7 +95,7 @@ bool ClientExternalOperating::getCanBusData(const std::vector<protocol::CanBusIt
                                                 &ClientState::owedAnswers, {Answer::canValues},
                                                 forgetting(&ClientState::canFrames)) &&
            awaitData(clientsend::withExtra(timeoutMs, canExtraMs),
-                     [&] { return take(state_.lock()->canFrames, frames); });
+                     [&](ClientState& state) { return take(state.canFrames, frames); });
 }
 
 bool ClientExternalOperating::sendCanBusMsg(const protocol::CanBusSend& message,

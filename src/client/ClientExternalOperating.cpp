@@ -139,16 +139,6 @@ bool ClientExternalOperating::fail(Cause cause, const char* detail, const char* 
     return false;
 }
 
-bool ClientExternalOperating::isAnswerCertain() {
-    const auto state = state_.lock();
-    return state->asked.loan != nullptr && state->asked.loan->isCertain();
-}
-
-bool ClientExternalOperating::isAnswerDoubtful() {
-    const auto state = state_.lock();
-    return state->asked.loan != nullptr && state->asked.loan->hasMetForeign();
-}
-
 bool ClientExternalOperating::failForLackOfData() {
     if (epoch() != sentIn_) return fail(Cause::qorChanged);
     const Asked asked = state_.lock()->asked;

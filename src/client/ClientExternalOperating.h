@@ -219,18 +219,17 @@ private:
 
     /// Copies what `entry` finds in the tables; false if there is nothing, or another epoch.
     template <class Find, class T>
-    bool copyOut(Epoch epoch, Find entry, T& copy);
+    static bool copyOut(const ClientState& state, Epoch epoch, Find entry, T& copy);
 
     /// Pumps until `isThere` is true, the time-out has passed or the client ends; in between it
     /// waits for QOR's next command to be handled.
     template <class Condition>
     bool waitUntil(unsigned int timeoutMs, Condition isThere);
-    /// The same for the data that a command has asked for. An answer that names its request is no
-    /// earlier one's; one behind data that was another's may be, though nothing is owed any more.
+    /// The same for the data that a command has asked for, which `isThere` finds in the state, and
+    /// takes. An answer that names its request is no earlier one's; one behind data that was
+    /// another's may be, though nothing is owed any more.
     template <class Condition>
     bool awaitData(unsigned int timeoutMs, Condition isThere);
-    bool isAnswerCertain();
-    bool isAnswerDoubtful();
     /// The whole handling of a received command.
     bool dispatch(IExternalCommand& command, IExternalCommand::ICommandReplyer& replyer);
     /// A record names a request; is it of the kind that that one awaits?

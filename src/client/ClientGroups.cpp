@@ -41,13 +41,12 @@ bool ClientExternalOperating::readTogether(const std::vector<std::string>& names
         for (const std::int32_t index : indices) state.params.dropValues(index);
     };
     std::vector<std::vector<double>> found(indices.size());
-    const auto areThere = [&] {
-        const auto state = state_.lock();
-        if (state->epoch != epoch) return false;
+    const auto areThere = [&](const ClientState& state) {
+        if (state.epoch != epoch) return false;
         for (const std::int32_t index : indices)
-            if (state->params.values(index) == nullptr) return false;
+            if (state.params.values(index) == nullptr) return false;
         for (std::size_t i = 0; i < indices.size(); ++i)
-            found[i] = state->params.values(indices[i])->all();
+            found[i] = state.params.values(indices[i])->all();
         return true;
     };
     // QOR answers once, however often a name stands there.
@@ -126,7 +125,8 @@ bool ClientExternalOperating::peekParamData(const std::string& name, SampledValu
     if (!resolve(name, clientsend::resolveMs, place)) return false;
     SampledValue found;
     const bool isThere = copyOut(
-        place.epoch, [&](const ParamTables& params) { return params.sample(place.index); }, found);
+        *state_.lock(), place.epoch,
+        [&](const ParamTables& params) { return params.sample(place.index); }, found);
     if (!isThere || found.values.empty()) return false;
     sample = std::move(found);
     return true;

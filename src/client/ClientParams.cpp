@@ -25,15 +25,14 @@ bool ClientExternalOperating::getParamInfo(const std::string& name, ParamInfo& d
 bool ClientExternalOperating::describe(const std::string& name, ParamInfo& description,
                                        Epoch& epoch, unsigned int timeoutMs) {
     ParamInfo found;
-    const auto isThere = [&] {
-        const auto state = state_.lock();
-        const ParamInfo* const known = state->params.description(name);
+    const auto isThere = [&](const ClientState& state) {
+        const ParamInfo* const known = state.params.description(name);
         if (known == nullptr) return false;
         found = *known;
-        epoch = state->epoch;
+        epoch = state.epoch;
         return true;
     };
-    if (!isThere()) {
+    if (!isThere(*state_.lock())) {
         const Awaiting awaiting(state_, name);
         ParamInfo request;
         request.name = name;
@@ -81,12 +80,12 @@ bool ClientExternalOperating::getParamData(const std::string& name, common::Doub
     if (!resolve(name, timeoutMs, place)) return false;
     const Awaiting awaiting(state_, std::vector<std::int32_t>{place.index});
     if (refresh) state_.lock()->params.dropValues(place.index);
-    const auto isThere = [&] {
+    const auto isThere = [&](const ClientState& state) {
         return copyOut(
-            place.epoch, [&](const ParamTables& params) { return params.values(place.index); },
-            values);
+            state, place.epoch,
+            [&](const ParamTables& params) { return params.values(place.index); }, values);
     };
-    if (isThere()) return true;
+    if (isThere(*state_.lock())) return true;
     DirectCtrl request;
     request.paramIndex = static_cast<std::uint32_t>(place.index);
     request.operation = DirectCtrl::readValues;
@@ -134,10 +133,10 @@ bool ClientExternalOperating::getStaticParam(const std::string& name, SampledVal
     StaticParam request;
     request.paramIndex = static_cast<std::uint32_t>(place.index);
     request.operation = StaticParam::readArrays;
-    const auto isThere = [&] {
+    const auto isThere = [&](const ClientState& state) {
         return copyOut(
-            place.epoch, [&](const ParamTables& params) { return params.sample(place.index); },
-            sample);
+            state, place.epoch,
+            [&](const ParamTables& params) { return params.sample(place.index); }, sample);
     };
     const auto forget = [&](ClientState& state) { state.params.dropSample(place.index); };
     return ask<ClientCommandStaticParam, std::int32_t>(

@@ -50,9 +50,8 @@ private:
 };
 
 template <class Find, class T>
-bool ClientExternalOperating::copyOut(Epoch epoch, Find entry, T& copy) {
-    const auto state = state_.lock();
-    const T* const found = state->epoch == epoch ? entry(state->params) : nullptr;
+bool ClientExternalOperating::copyOut(const ClientState& state, Epoch epoch, Find entry, T& copy) {
+    const T* const found = state.epoch == epoch ? entry(state.params) : nullptr;
     if (found != nullptr) copy = *found;
     return found != nullptr;
 }
@@ -117,18 +116,21 @@ bool ClientExternalOperating::waitUntil(unsigned int timeoutMs, Condition isTher
 
 template <class Condition>
 bool ClientExternalOperating::awaitData(unsigned int timeoutMs, Condition isThere) {
-    // What comes between the two looks may replace what was certain.
     bool isCertain = false;
-    const auto isThereForCertain = [&] {
-        const bool wasCertain = isAnswerCertain();
-        if (!isThere()) return false;
-        isCertain = wasCertain && isAnswerCertain();
+    bool isDoubtful = false;
+    const auto take = [&] {
+        // In one lock with the data: what comes behind it is another matter.
+        const auto state = state_.lock();
+        if (!isThere(*state)) return false;
+        const ILoan* const loan = state->asked.loan.get();
+        isCertain = loan != nullptr && loan->isCertain();
+        isDoubtful = loan != nullptr && loan->hasMetForeign();
         return true;
     };
-    if (!waitUntil(timeoutMs, isThereForCertain)) return failForLackOfData();
+    if (!waitUntil(timeoutMs, take)) return failForLackOfData();
     if (isCertain)
         verdict_.mayBelongToEarlier = wasMarked_;
-    else if (isAnswerDoubtful())
+    else if (isDoubtful)
         verdict_.mayBelongToEarlier = true;
     return true;
 }
