@@ -32,6 +32,7 @@ class Station:
         self.settings.write_text(self.qor.settings_for(self.proxy.port if tcp else port))
         self.host, self.before, self.period_ms, self.is_strict = None, None, 0, True
         self.reachable_us = 0  # since then QOR is, by the host's clock
+        self.lives = 0  # of QOR
 
     # The whole of it.
 
@@ -184,6 +185,8 @@ class Station:
             self.proxy.listen()
         else:
             self.reachable_us = self.clock_us()
+        self.lives += 1
+        self.order(f"life {self.lives}")
 
     def stop_qor(self):
         if self.qor.kill():
@@ -312,6 +315,7 @@ class Station:
             self.qor.hang()
             self.tally.count("hangs")
             self.rest(self.dice.uniform(0.0, 0.2))
+        self.order("life 0")
         self.stop_qor()
         self.rest(self.dice.choice((0.0, 0.0, 0.3)))
         self.start_qor(self.dice.choice((0, 4)))

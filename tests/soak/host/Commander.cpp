@@ -74,6 +74,10 @@ std::string Commander::answer(const std::string& order, const std::string& rest)
         judge_.isStrict = rest == "1";
         return "done";
     }
+    if (order == "life") {
+        judge_.life = static_cast<unsigned>(std::strtoul(rest.c_str(), nullptr, 10));
+        return "done";
+    }
     if (order == "streams") return stream(rest == "1");
     if (order == "warm") {
         load_.warmUp(*qor_);
@@ -143,11 +147,10 @@ std::string Commander::await() {
     return "never " + qorcontrol::lastOutcome().sentence;
 }
 
-// The cache and QOR's streams go by the period: values may then be half of it older, behind a call
-// of their own that took its time.
+// The cache and QOR's streams go by the period.
 std::string Commander::connect(const std::string& periodText) {
     const auto periodMs = static_cast<unsigned>(std::strtoul(periodText.c_str(), nullptr, 10));
-    judge_.cacheUs = 1000000000;
+    judge_.allowAnyAge();
     Patience patience;
     const std::uint64_t startUs = nowUs();
     std::string failures;
@@ -163,8 +166,7 @@ std::string Commander::connect(const std::string& periodText) {
     const QorControlFacade::CanBusConnect bus = {250000, true, false};
     note("connectCanBus",
          qorcontrol::connectCanBusAndWait(*qor_, bus, QorControlFacade::EcuConnect::Default));
-    constexpr std::uint64_t longestCallUs = 8000000;
-    judge_.cacheUs = periodMs > 1 ? periodMs * 500 + longestCallUs : 0;
+    judge_.beginCache(periodMs);
     return failures.empty() ? "done" : "failed:" + failures;
 }
 

@@ -14,6 +14,11 @@ constexpr unsigned tickMs = 20;  // one step of the system's tick count, which d
 constexpr unsigned recoveryMs = 1500;
 /// Between two readings of one clock in two programs.
 constexpr std::uint64_t clockUs = 20;
+/// What the cache has may end so much later than it should: by steps of its clock.
+constexpr std::uint64_t cacheSlackUs = 50000;
+/// Longer than a thread of the load waits for an answer. (Who verifies is alone, so that its calls
+/// are among those that have ended.)
+constexpr std::uint64_t patientCallUs = 1000000;
 
 template <class T>
 void raise(std::atomic<T>& highest, T value) {
@@ -37,6 +42,9 @@ void Judge::callEnded(const std::string& where, const Limits& limits, std::uint6
     const unsigned cause = ok ? 0u : static_cast<unsigned>(qorcontrol::lastOutcome().cause);
     ++byCause_[std::min(cause, causes - 1)];
     expect(ok || cause != 0, where, "it failed without a cause");
+    if (ok) raise(longestCallUs_, endUs - startUs);
+    expect(!(ok && owesNothing && qorcontrol::lastOutcome().mayBelongToEarlier), where,
+           "its answer is marked as perhaps an earlier request's, and QOR owed none");
     if (limits.isTimed) judgeTime(where, limits.waitMs, startUs, endUs);
 }
 
@@ -56,6 +64,16 @@ void Judge::judgeTime(const std::string& where, unsigned waitMs, std::uint64_t s
                               (isBusy ? " and busy" : ""));
 }
 
+void Judge::beginCache(unsigned periodMs) {
+    longestCallUs_ = 0;
+    cacheUs_ = periodMs > 1 ? std::uint64_t{periodMs} * 500 : 0;
+}
+
+std::uint64_t Judge::oldestCachedUs() const {
+    if (cacheUs_ == 0) return 0;
+    return cacheUs_ + cacheSlackUs + std::max<std::uint64_t>(longestCallUs_, patientCallUs);
+}
+
 void Judge::stamp(const std::string& where, double value, unsigned number, std::uint64_t sinceUs) {
     ++values_;
     const Stamp stamp = Stamp::in(value);
@@ -63,7 +81,7 @@ void Judge::stamp(const std::string& where, double value, unsigned number, std::
            "a wrong value: " + std::to_string(value) + " is of number " +
                std::to_string(stamp.number) + ", not " + std::to_string(number));
     const std::uint64_t now = nowUs();
-    if (stamp.ageUs(now) <= now - sinceUs + clockUs + cacheUs) return;
+    if (stamp.ageUs(now) <= now - sinceUs + clockUs + oldestCachedUs()) return;
     if (qorcontrol::lastOutcome().mayBelongToEarlier)
         ++marked_;
     else if (isStrict)

@@ -36,11 +36,22 @@ public:
         if (!holds) report_.breach(where, what);
     }
 
-    /// A value that is read out of the library's cache may be so much older.
-    std::atomic<std::uint64_t> cacheUs{0};
+    /// @name How much older than its call a value out of the library's cache may be
+    /// It is half a refresh period there, behind a call of its own that took its time.
+    /// @{
+    void beginCache(unsigned periodMs);
+    /// While it is not known which period holds.
+    void allowAnyAge() { cacheUs_ = std::uint64_t{1} << 40; }
+    std::uint64_t oldestCachedUs() const;
+    /// @}
     /// Whether an answer that QOR gave to an earlier request, and of which the library does not say
     /// that it may be one, is a breach. Not where QOR does wrong and does not say whom it answers.
     std::atomic<bool> isStrict{true};
+    /// Whether QOR has answered all that it was asked, so that no answer may be marked as perhaps
+    /// an earlier request's.
+    std::atomic<bool> owesNothing{false};
+    /// Which QOR it is; 0 while one goes and another one comes.
+    std::atomic<unsigned> life{0};
 
     bool isBusySince(std::uint64_t startUs) const { return lateness_.isBusy(startUs, nowUs()); }
 
@@ -55,6 +66,8 @@ private:
 
     Report& report_;
     const unsigned graceMs_;
+    std::atomic<std::uint64_t> cacheUs_{0};        // 0: there is none
+    std::atomic<std::uint64_t> longestCallUs_{0};  // of those that have worked with this cache
     Lateness lateness_;
     std::atomic<std::uint64_t> calls_{0}, values_{0}, marked_{0}, recoveries_{0};
     std::atomic<int> worstOverrunMs_{0};

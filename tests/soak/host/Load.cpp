@@ -3,6 +3,7 @@
 #include "qorcontrol/Outcome.h"
 #include "Turn.h"
 #include "Warming.h"
+#include "Writes.h"
 
 namespace soak {
 
@@ -122,9 +123,12 @@ void Load::warm(Place& place, const QorControlFacade& qor) {
     callEachOnce(turn);
 }
 
+// On a new connection, and nobody else asks; but a stream of trouble codes does, and gives up soon.
 void Load::verify(const QorControlFacade& qor, const std::string& where) {
+    hasGivenUp_ = false;
     for (unsigned i = 0; i < operationCount; ++i) verifyOne(qor, where, operations[i]);
     for (unsigned i = 0; i < moreReads; ++i) verifyOne(qor, where, operations[readOperation]);
+    judge_.owesNothing = false;
 }
 
 // QOR has half a second for a write and the like, whatever the caller says, which on a machine that
@@ -134,9 +138,11 @@ void Load::verifyOne(const QorControlFacade& qor, const std::string& where,
     const std::string here = where + ", verifying " + operation.name;
     const std::uint64_t startUs = nowUs();
     for (unsigned tries = 1;; ++tries) {
+        judge_.owesNothing = !hasGivenUp_ && operation.run != readCodes;
         Turn turn{qor,       judge_, verifier_, Dice(seed_, verifier_.number, ++verifier_.steps),
                   patientMs, here};
         if (operation.run(turn)) return;
+        hasGivenUp_ = true;  // QOR may answer yet
         if (tries < mostTries && judge_.isBusySince(startUs)) continue;
         const qorcontrol::Outcome outcome = qorcontrol::lastOutcome();
         return report_.breach(

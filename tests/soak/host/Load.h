@@ -67,6 +67,7 @@ private:
     std::atomic<unsigned> active_{0}, warming_{0};
     std::atomic<bool> ends_{false};
     Worker verifier_;
+    bool hasGivenUp_ = false;  // who verifies, an answer
     std::deque<Place> places_;
     std::vector<std::thread> threads_;
 };

@@ -17,6 +17,7 @@ struct Worker {
     unsigned textsWritten = 0;
     unsigned textsConfirmed = 0;
     std::uint64_t textConfirmedUs = 0;
+    unsigned confirmedLife = 0;  ///< of the QOR that has said yes to a count
 };
 
 /// What an operation gets: one call of the library, and the judgement of it.
@@ -34,7 +35,11 @@ struct Turn {
     template <class Call>
     bool makeUntimed(Call call);
 
+    /// Which QOR the last call was answered by; 0 if nobody knows.
+    unsigned lifeOfCall() const { return startLife == judge.life ? startLife : 0; }
+
     std::uint64_t startUs = 0;  ///< of the last call
+    unsigned startLife = 0;     ///< of QOR, when that began
 };
 
 /// One kind of step. True if every call of it worked.

@@ -132,10 +132,12 @@ bool readOwn(Turn& turn) {
     });
     if (!ok) return false;
     const double count = values.empty() ? -1 : values[0] - turn.worker.number * ownUnit;
-    // QOR has 0 there when it starts, and on the other page.
+    // QOR has 0 there when it starts.
+    const unsigned life = turn.lifeOfCall();
+    const bool mayBeNew = life == 0 || life != turn.worker.confirmedLife;
     const bool fits =
-        values.size() == 1 &&
-        (count == 0 || (count >= turn.worker.confirmed && count <= turn.worker.written));
+        values.size() == 1 && ((count == 0 && mayBeNew) ||
+                               (count >= turn.worker.confirmed && count <= turn.worker.written));
     turn.judge.expect(fits || qorMayMeanEarlier() || !turn.judge.isStrict, turn.where,
                       "of its own it read the count " + std::to_string(count) + ", written were " +
                           std::to_string(turn.worker.confirmed) + " to " +
@@ -154,7 +156,8 @@ bool readText(Turn& turn) {
     if (!ok) return false;
     bool fits = text == name + ":0";
     // Unlike a number that is written, a text does not go into the library's cache.
-    const bool mayBeCached = turn.startUs < turn.worker.textConfirmedUs + turn.judge.cacheUs;
+    const bool mayBeCached =
+        turn.startUs < turn.worker.textConfirmedUs + turn.judge.oldestCachedUs();
     for (unsigned count = mayBeCached ? 0 : turn.worker.textsConfirmed;
          !fits && count <= turn.worker.textsWritten; ++count)
         fits = text == name + ":" + std::to_string(count);

@@ -8,6 +8,7 @@ namespace soak {
 template <class Call>
 bool Turn::make(unsigned waitMs, Call call) {
     startUs = nowUs();
+    startLife = judge.life;
     const bool ok = call();
     judge.callEnded(where, {true, waitMs}, startUs, ok);
     return ok;

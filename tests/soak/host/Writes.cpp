@@ -26,7 +26,10 @@ bool writeOwn(Turn& turn) {
         return turn.qor.setParamData(numbered(ownStem, worker.number),
                                      {worker.number * ownUnit + count}, {}, {}, turn.timeoutMs);
     });
-    if (ok) worker.confirmed = count;
+    if (ok) {
+        worker.confirmed = count;
+        worker.confirmedLife = turn.lifeOfCall();
+    }
     return ok;
 }
 
