@@ -36,8 +36,9 @@ bool ClientExternalOperating::describe(const std::string& name, ParamInfo& descr
         const Awaiting awaiting(state_, name);
         ParamInfo request;
         request.name = name;
+        const auto forget = [&](ClientState& state) { state.params.dropDescription(name); };
         if (!ask<ClientCommandGetParamInfo, std::string>(
-                request, timeoutMs, &ClientState::owedDescriptions, {name}, [](auto&) {}))
+                request, timeoutMs, &ClientState::owedDescriptions, {name}, forget))
             return false;
         if (!awaitData(timeoutMs, isThere)) {
             // Under the empty name, so that the requested one is asked for again next time.

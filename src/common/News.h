@@ -12,11 +12,12 @@ class News {
 public:
     /// From any thread, when what is new can be seen.
     void tell() noexcept {
-        if (isAwaited_) event_.signal();
+        if (isAwaited_ && isAwaited_.exchange(false)) event_.signal();
     }
 
-    /// For as long as it lives everything new is told. What came before is not: who waits looks
-    /// for that once more before he waits for this event, which may be signalled without need.
+    /// For one wait of one thread at a time: the first that is new while it lives is told. What
+    /// came before is not: who waits looks for that once more before he waits for this event, which
+    /// may be signalled without need.
     class Awaiting {
     public:
         explicit Awaiting(News& news) : news_(news) { news_.isAwaited_ = true; }

@@ -36,7 +36,8 @@ void TimedCallBase::post(channel::Kind kind, std::shared_ptr<channel::CmdData> r
 }
 
 bool TimedCallBase::takeBack() {
-    if (!queue_->isEmpty()) return true;
+    const bool isBegun = queue_->present() != qorcontrol::Cause::none;
+    if (isBegun || !queue_->isEmpty()) return true;
     queue_->giveUp();
     queue_ = nullptr;
     return false;

@@ -7,12 +7,11 @@
 #include "facade/Call.h"
 #include "facade/channel/AnswerTable.h"
 
-/// The course of every operation that waits for its answer within a time: note the time (which
-/// costs nothing, while the next step asks the system), see that there is an agent, find the
-/// calling thread's answer queue, post the request, wait for the answer, and give up one that does
-/// not come: then the answer goes astray, and what the agent has not begun for this caller it does
-/// not begin any more. An operation adds only its payload, its results and its lines, which tell
-/// nothing of a call that found no agent.
+/// The course of every operation that waits for its answer within a time: note the time, see that
+/// there is an agent, find the calling thread's answer queue, post the request, wait for the
+/// answer, and give up one that does not come: then the answer goes astray, and what the agent has
+/// not begun for this caller it does not begin any more. An operation adds only its payload, its
+/// results and its lines, which tell nothing of a call that found no agent.
 ///
 /// This is what does not depend on the operation; see TimedCall.
 class TimedCallBase : public Call {
@@ -35,7 +34,7 @@ protected:
 
     void post(channel::Kind kind, std::shared_ptr<channel::CmdData> request);
     /// As if nothing had been posted, because nobody is there; false then. True if there was
-    /// somebody who has answered it.
+    /// somebody who has begun with it, or answered it.
     bool takeBack();
 
     /// Waits for the answer; true if it came and tells success. A caller that waits no time at all

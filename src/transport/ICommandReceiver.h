@@ -37,9 +37,10 @@ public:
     /// is offered to them. It does not change while the transport lives.
     virtual const Prototypes& prototypes() const = 0;
 
-    /// Acts on a command that one of the prototypes has made of a record, or, over TCP, on a ping;
-    /// false means "not handled", also for lack of memory. It may take the content out of the
-    /// command and send commands of its own, but keep neither the command nor the replyer.
+    /// Acts on a command that one of the prototypes has made of a record, or, over TCP, on a ping
+    /// that QOR asks an answer for; false means "not handled", also for lack of memory. It may take
+    /// the content out of the command and send commands of its own, but keep neither the command
+    /// nor the replyer.
     virtual bool handleCommand(IExternalCommand& command,
                                IExternalCommand::ICommandReplyer& replyer) = 0;
 

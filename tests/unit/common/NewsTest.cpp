@@ -23,3 +23,17 @@ TEST(News, AreToldToWhoWaits) {
     EXPECT_TRUE(awaiting.event().wait(5000));
     EXPECT_FALSE(awaiting.event().wait(0)) << "once";
 }
+
+TEST(News, AreToldOncePerWait) {
+    News news;
+    {
+        const News::Awaiting awaiting(news);
+        news.tell();
+        EXPECT_TRUE(awaiting.event().wait(0));
+        news.tell();
+        EXPECT_FALSE(awaiting.event().wait(0)) << "it is told already";
+    }
+    const News::Awaiting next(news);
+    news.tell();
+    EXPECT_TRUE(next.event().wait(0));
+}
