@@ -64,8 +64,11 @@ SizeBench::SizeBench()
     settings.protocol = 1;
     require(facade_->connect(settings, QorControlFacade::EcuConnect::Default, nullptr), "connect");
     await([&] { return facade_->isEcuOnline(); }, "the connect");
-    wex::ParamDescription description;
-    require(facade_->getParamDescription(sizepeer::parameter, description), "the description");
+    for (int number = 0; number < sizepeer::parameters; ++number) {
+        wex::ParamDescription description;
+        require(facade_->getParamDescription(sizepeer::parameter(number), description),
+                "a description");
+    }
 }
 
 SizeBench::~SizeBench() {
@@ -73,14 +76,15 @@ SizeBench::~SizeBench() {
     DeleteFileA(settingsPath_.c_str());
 }
 
-void SizeBench::read() {
-    require(facade_->getParamData(sizepeer::parameter, values_, timeoutMs), "getParamData");
+void SizeBench::read(int number) {
+    require(facade_->getParamData(sizepeer::parameter(number), values_, timeoutMs), "getParamData");
     require(values_.size() == sizepeer::doubles, "a whole getParamData");
 }
 
 void SizeBench::write() {
     values_.resize(sizepeer::doubles);
-    require(facade_->setParamData(sizepeer::parameter, values_, {}, {}, timeoutMs), "setParamData");
+    require(facade_->setParamData(sizepeer::parameter(0), values_, {}, {}, timeoutMs),
+            "setParamData");
 }
 
 void SizeBench::letGo() {

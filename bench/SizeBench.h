@@ -28,7 +28,7 @@ private:
     std::vector<double> values_;
 };
 
-/// A facade over TCP with a bare peer behind it that has one very large parameter.
+/// A facade over TCP with a bare peer behind it that has very large parameters.
 class SizeBench {
 public:
     SizeBench();
@@ -36,7 +36,7 @@ public:
     SizeBench(const SizeBench&) = delete;
     SizeBench& operator=(const SizeBench&) = delete;
 
-    void read();
+    void read(int number = 0);
     void write();
     /// The host's own copy of the values, in bytes; none is held any more.
     void letGo();

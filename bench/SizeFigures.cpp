@@ -23,29 +23,33 @@ double timesData(Action action) {
 }  // namespace
 
 void measureSize(int rounds, Report& report) {
-    Samples rawRead, rawWrite, read, write;
+    Samples rawRead, rawWrite, fresh, read, write;
     SizeFloor floor;
     SizeBench facade;
-    facade.letGo();
+    const auto before = static_cast<double>(privateBytes());
     const double readMemory = timesData([&] { facade.read(); });
+    for (int number = 0; number < sizepeer::parameters; ++number) facade.read(number);
     facade.letGo();
-    const std::size_t before = privateBytes();
-    facade.write();
-    facade.letGo();
-    const double kept = static_cast<double>(privateBytes()) - static_cast<double>(before);
+    const double kept = static_cast<double>(privateBytes()) - before;
+    facade.write();  // the host has its own array
     const double writeMemory = timesData([&] { facade.write(); });
     for (int round = 0; round < rounds; ++round) {
         measure(rawRead, perRound, [&] { floor.read(); });
         measure(read, perRound, [&] { facade.read(); });
         measure(rawWrite, perRound, [&] { floor.write(); });
+        measure(fresh, perRound, [] { std::vector<char>(sizepeer::bytes, 1); });
         measure(write, perRound, [&] { facade.write(); });
     }
     const std::string what = fmt::format("{} doubles, TCP", sizepeer::doubles);
     report.add("floor: read " + what, rawRead);
+    report.add("so much memory taken, filled, given back", fresh);
     report.add("getParamData, " + what, read, rawRead.p50() / leastShareOfRaw);
     report.add("floor: write " + what, rawWrite);
     report.add("setParamData, " + what, write, rawWrite.p50() / leastShareOfRaw);
-    report.addAmount("memory while they are read", "x data", readMemory, mostTimesData);
-    report.addAmount("memory while they are written", "x data", writeMemory, mostTimesData);
-    report.addAmount("memory kept after that", "x data", kept / sizepeer::bytes);
+    report.addAmount("memory while they are read, the host's own too", "x data", readMemory,
+                     mostTimesData);
+    report.addAmount("memory while they are written, without the host's own", "x data", writeMemory,
+                     mostTimesData);
+    report.addAmount("memory kept of 13 such parameters, read", "x data",
+                     kept / (sizepeer::parameters * sizepeer::bytes));
 }

@@ -68,14 +68,17 @@ private:
 
     bool describe() {
         ParamInfoPayload info = ParamInfoPayload::read(payload_);
-        info.index = 1;
+        for (int number = 0; number < parameters; ++number)
+            if (info.name == parameter(number)) info.index = number;
         info.threeArrays = false;
         return send({id_, true, requestId_, info.write()});
     }
 
     /// The one copy: of what was written, or into the answer.
     bool control() {
+        std::uint32_t index = 0;
         std::uint32_t operation = 0;
+        std::memcpy(&index, payload_.data(), sizeof index);
         std::memcpy(&operation, payload_.data() + operationAt, sizeof operation);
         if (operation != DirectCtrlPayload::Read) {
             if (payload_.size() < valuesAt + bytes) return false;
@@ -85,7 +88,7 @@ private:
         const std::uint32_t words[] = {0x10000u | static_cast<std::uint32_t>(id_),
                                        requestId_,
                                        static_cast<std::uint32_t>(valuesAt + bytes + 4),
-                                       1,
+                                       index,
                                        operation,
                                        static_cast<std::uint32_t>(doubles)};
         answer_.resize(sizeof words + bytes + 4);

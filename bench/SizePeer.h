@@ -1,14 +1,19 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 
-/// The other side of the large arrays: a bare QOR with one parameter of very many values, and a
+/// The other side of the large arrays: a bare QOR with parameters of very many values, and a
 /// raw socket that moves the same bytes. Both copy what they move once.
 namespace sizepeer {
 
 constexpr std::size_t doubles = 1000000;
 constexpr std::size_t bytes = doubles * 8;
-constexpr const char* parameter = "Large";
+/// There are so many of them.
+constexpr int parameters = 13;
+inline std::string parameter(int number) {
+    return "Large" + std::to_string(number);
+}
 
 /// What the raw side is asked for, by one byte. What it has received it acknowledges with one.
 constexpr char give = 'g';
