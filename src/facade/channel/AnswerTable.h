@@ -14,8 +14,8 @@ public:
     AnswerTable(const AnswerTable&) = delete;
     AnswerTable& operator=(const AnswerTable&) = delete;
 
-    /// The calling thread's queue, without any answer that an earlier call left in it. Who waits for
-    /// an answer has it for himself: whatever becomes of him, nobody else gets that answer.
+    /// The calling thread's queue, without any answer that an earlier call left in it. Who waits
+    /// for an answer has it for himself: whatever becomes of him, nobody else gets that answer.
     std::shared_ptr<AnswerQueue> take();
 
     /// Keeps an answered queue for the thread's next call. (One that is not given back is replaced
