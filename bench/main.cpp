@@ -7,6 +7,7 @@
 
 #include "BarePeer.h"
 #include "BatchFigures.h"
+#include "BesideFigures.h"
 #include "CodecBench.h"
 #include "CopyDataFloor.h"
 #include "EchoPeer.h"
@@ -19,6 +20,7 @@
 #include "RequestFigures.h"
 #include "ServeFigures.h"
 #include "StreamFigures.h"
+#include "ThreadFigures.h"
 
 namespace {
 
@@ -75,6 +77,8 @@ auto inFullRounds(Measure measure) {
 const std::vector<Section>& sections() {
     static const std::vector<Section> all = {{"requests", inFullRounds(measureRequests)},
                                              {"batch", inFullRounds(measureBatch)},
+                                             {"threads", inRounds(measureThreads)},
+                                             {"beside", inFullRounds(measureBeside)},
                                              {"codec", measureCodecOf},
                                              {"no-delay", inRounds(measureNoDelay)},
                                              {"idle", inRounds(measureIdle)},
