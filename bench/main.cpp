@@ -13,6 +13,7 @@
 #include "EchoPeer.h"
 #include "framework/AsyncSocket.h"
 #include "IdleFigures.h"
+#include "MemoryFigures.h"
 #include "NoDelayFigures.h"
 #include "PipedProcess.h"
 #include "profile/ProfileFigures.h"
@@ -36,6 +37,9 @@ struct Options {
     std::string only;                           ///< one of the sections; empty: all
     bool isProfile = false;
     bool isPipePeer = false;
+    int requests = 100000;
+    std::string memoryHostOver;
+    std::string mark;
 };
 
 constexpr double shortActionBoundUs = 1.0;
@@ -75,15 +79,17 @@ auto inFullRounds(Measure measure) {
 }
 
 const std::vector<Section>& sections() {
-    static const std::vector<Section> all = {{"requests", inFullRounds(measureRequests)},
-                                             {"batch", inFullRounds(measureBatch)},
-                                             {"threads", inRounds(measureThreads)},
-                                             {"beside", inFullRounds(measureBeside)},
-                                             {"codec", measureCodecOf},
-                                             {"no-delay", inRounds(measureNoDelay)},
-                                             {"idle", inRounds(measureIdle)},
-                                             {"streams", inFullRounds(measureStreams)},
-                                             {"serve", inFullRounds(measureServe)}};
+    static const std::vector<Section> all = {
+        {"requests", inFullRounds(measureRequests)},
+        {"batch", inFullRounds(measureBatch)},
+        {"threads", inRounds(measureThreads)},
+        {"beside", inFullRounds(measureBeside)},
+        {"codec", measureCodecOf},
+        {"no-delay", inRounds(measureNoDelay)},
+        {"idle", inRounds(measureIdle)},
+        {"memory", [](const Options& of, Report& to) { measureMemory(of.requests, to); }},
+        {"streams", inFullRounds(measureStreams)},
+        {"serve", inFullRounds(measureServe)}};
     return all;
 }
 
@@ -111,6 +117,8 @@ void addOptionsOfPeers(CLI::App& app, Options& options) {
     app.add_flag("--pipe-peer", options.isPipePeer, "be the other side of a floor")->group("");
     app.add_option("--bare-peer", options.barePeerPort, "be QOR")->group("");
     app.add_option("--bare-window", options.bareWindow, "values on their way")->group("");
+    app.add_option("--memory-host", options.memoryHostOver, "be a host")->group("");
+    app.add_option("--mark", options.mark, "tells that host from others")->group("");
     app.add_option("--window-peer", options.windowPeerTitles, "be QOR")->expected(2)->group("");
 }
 
@@ -118,6 +126,8 @@ void addOptions(CLI::App& app, Options& options) {
     app.add_option("--rounds", options.rounds, "rounds in which everything takes its turn")
         ->check(CLI::PositiveNumber);
     app.add_option("--per-round", options.perRound, "round trips of each kind in a round")
+        ->check(CLI::PositiveNumber);
+    app.add_option("--requests", options.requests, "made by the host whose memory is measured")
         ->check(CLI::PositiveNumber);
     app.add_option("--json", options.jsonPath, "file for the figures");
     app.add_option("--only", options.only, "measure nothing but this")
@@ -135,6 +145,10 @@ int runAny(const Options& options) {
     if (options.barePeerPort != 0) return barepeer::run(options.barePeerPort, options.bareWindow);
     if (!options.windowPeerTitles.empty())
         return barepeer::runWindow(options.windowPeerTitles.at(0), options.windowPeerTitles.at(1));
+    if (!options.memoryHostOver.empty())
+        return runMemoryHost(
+            options.memoryHostOver == nameOf(Transport::tcp) ? Transport::tcp : Transport::window,
+            options.requests, options.mark);
     if (options.isProfile) return printProfile(options.rounds, options.perRound);
     return run(options);
 }
