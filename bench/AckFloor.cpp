@@ -4,8 +4,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "BarePeer.h"
 #include "FloorSocket.h"
-#include "StreamPeer.h"
 
 namespace {
 
@@ -29,7 +29,7 @@ protected:
         if (received <= 0) return;
         int at = 0;
         const int end = restBytes_ + received;
-        for (; at + streampeer::valueBytes <= end; at += streampeer::valueBytes)
+        for (; at + barepeer::valueBytes <= end; at += barepeer::valueBytes)
             acknowledge(bytes + at);
         restBytes_ = end - at;
         std::memcpy(rest_, bytes + at, static_cast<std::size_t>(restBytes_));
@@ -38,21 +38,21 @@ protected:
 private:
     void acknowledge(const char* value) {
         // A ping's answer, stamped with the value's request id.
-        char answer[streampeer::acknowledgementBytes] = {0, 0, 1, 0, 0, 0, 0, 0, 4, 0, 0, 0, 1};
+        char answer[barepeer::acknowledgementBytes] = {0, 0, 1, 0, 0, 0, 0, 0, 4, 0, 0, 0, 1};
         std::memcpy(answer + requestIdAt, value + requestIdAt, requestIdBytes);
         Send(answer, sizeof answer);
         ++acknowledged_;
     }
 
-    char rest_[streampeer::valueBytes] = {};
+    char rest_[barepeer::valueBytes] = {};
     int restBytes_ = 0;
     std::atomic<int>& acknowledged_;
 };
 
 AckFloor::AckFloor(int window)
     : port_(freePort()),
-      peer_("qor-bench.exe", "--stream-peer " + std::to_string(port_) + " --stream-window " +
-                                 std::to_string(window)) {
+      peer_("qor-bench.exe",
+            "--bare-peer " + std::to_string(port_) + " --bare-window " + std::to_string(window)) {
     worker_.start(run, this);
 }
 

@@ -2,11 +2,10 @@
 
 #include <cstring>
 #include <stdexcept>
-#include <string_view>
 #include <type_traits>
 
+#include "CodecRound.h"
 #include "protocol/Commands.h"
-#include "protocol/RecordHead.h"
 
 namespace {
 
@@ -51,17 +50,8 @@ CodecResult measureCommand(const char* name, int runs) {
     CodecResult result;
     result.command = name;
     typename Command::Payload read;
-    measureBatches(result.samples, runs, batch, [&] {
-        std::string record;
-        command.write(record);
-        result.recordBytes = record.size();
-        const auto head = protocol::RecordHead::read(record, 0);
-        const auto payload =
-            std::string_view(record).substr(protocol::RecordHead::encodedBytes, head.payloadLength);
-        typename Command::Payload fresh;
-        wire::Reader(payload).get(fresh);
-        read = std::move(fresh);
-    });
+    measureBatches(result.samples, runs, batch,
+                   [&] { result.recordBytes = writeAndRead(command, read); });
     return result;
 }
 

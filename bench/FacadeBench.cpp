@@ -2,17 +2,14 @@
 
 #include <windows.h>
 
-#include <stdexcept>
-
-#include "common/Deadline.h"
 #include "Process.h"
 #include "qorcontrol/TcpNoDelay.h"
+#include "Require.h"
 
 namespace {
 
 const char* const scalar = "EngineSpeed";
 constexpr unsigned int timeoutMs = 2000;
-constexpr unsigned int readyMs = 15000;
 constexpr unsigned int streamPeriodMs = 100;
 constexpr unsigned int popMs = 20;
 constexpr unsigned int longPeriodMs = 10u * 60u * 1000u;
@@ -36,10 +33,6 @@ public:
     void reportError(const std::string&, unsigned int) override {}
 };
 
-void require(bool succeeded, const char* what) {
-    if (!succeeded) throw std::runtime_error(std::string(what) + " failed");
-}
-
 }  // namespace
 
 FacadeBench::FacadeBench(Transport transport, Answers answers)
@@ -47,20 +40,14 @@ FacadeBench::FacadeBench(Transport transport, Answers answers)
           writeSettings(transport, answers == Answers::stamped ? "facade" : "separate", answers)) {
     facade_ = std::make_unique<QorControlFacade>(settingsPath_, nullptr, 0,
                                                  programFolder() + "qor-bench.exe");
-    awaitReady();
+    await([&] { return facade_->pingQor(timeoutMs); },
+          "the first ping of the simulated QOR (see qor-bench.log)");
     connect(0);
 }
 
 FacadeBench::~FacadeBench() {
     facade_.reset();
     DeleteFileA(settingsPath_.c_str());
-}
-
-void FacadeBench::awaitReady() {
-    const auto deadline = common::Deadline::after(common::now(), readyMs);
-    while (!facade_->pingQor(timeoutMs))
-        if (deadline.hasPassed())
-            throw std::runtime_error("the simulated QOR does not answer (see qor-bench.log)");
 }
 
 void FacadeBench::connect(unsigned int refreshPeriodMs) {
@@ -99,12 +86,13 @@ void FacadeBench::slowExchange() {
 std::unique_ptr<Taker> FacadeBench::startStream() {
     if (periodMs_ != streamPeriodMs) connect(streamPeriodMs);
     require(facade_->startParamRead(&queue_, streamed), "startParamRead");
-    const auto deadline = common::Deadline::after(common::now(), readyMs);
     std::vector<QorControlFacade::ParamValue> batch;
-    while (batch.size() < streamed.size()) {
-        queue_.pop(batch, popMs);
-        require(!deadline.hasPassed(), "the first batch");
-    }
+    await(
+        [&] {
+            queue_.pop(batch, popMs);
+            return batch.size() >= streamed.size();
+        },
+        "the first batch");
     return std::make_unique<Taker>([this] {
         std::vector<QorControlFacade::ParamValue> taken;
         queue_.pop(taken, popMs);

@@ -35,7 +35,6 @@ public:
     void stopStream();
 
 private:
-    void awaitReady();
     void connect(unsigned int refreshPeriodMs);
 
     const std::string settingsPath_;

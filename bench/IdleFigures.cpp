@@ -1,5 +1,7 @@
 #include "IdleFigures.h"
 
+#include <fmt/core.h>
+
 #include <atomic>
 #include <functional>
 
@@ -9,6 +11,7 @@
 #include "KernelView.h"
 #include "qorcontrol/ThreadSafeQueue.h"
 #include "Samples.h"
+#include "StreamBench.h"
 #include "transport/SocketPump.h"
 
 namespace {
@@ -16,6 +19,8 @@ namespace {
 constexpr unsigned int spanMs = 2000;
 constexpr double idleAim = 1;     // beyond the rounds
 constexpr double waitingAim = 5;  // the same
+const char* const unit = "% of a core, with Wine's server";
+constexpr StreamBench::Push allEvery100Ms{0, barepeer::streamed, 100000};
 
 /// What an agent and a worker do once in a millisecond, and nothing else.
 class RoundsFloor {
@@ -73,31 +78,53 @@ void waitFor(FacadeBench& facade) {
     for (const double startUs = nowUs(); nowUs() - startUs < spanMs * 1e3;) facade.slowExchange();
 }
 
-void measureOver(Transport transport, Work& idle, Work& waiting) {
-    FacadeBench facade(transport, Answers::separate);
-    idle.add(rest);
-    waiting.add([&] { waitFor(facade); });
+/// What is done over one transport.
+struct Works {
+    Work idle, waiting, streaming;
+};
+
+void measureStreaming(Transport transport, Work& streaming) {
+    StreamBench stream(transport);
+    stream.startStream();
+    stream.setPush(allEvery100Ms);
+    const auto taker = stream.taker();
+    streaming.add(rest);
+}
+
+void measureOver(Transport transport, Works& works) {
+    {
+        FacadeBench facade(transport, Answers::separate);
+        works.idle.add(rest);
+        works.waiting.add([&] { waitFor(facade); });
+    }
+    measureStreaming(transport, works.streaming);
+}
+
+void reportOver(Transport transport, const Works& works, double rounds1Ms, Report& report) {
+    const auto add = [&](const char* what, const Work& work, double mostBound) {
+        report.addAmount(fmt::format("{}, {}", what, nameOf(transport)), unit, work.share(),
+                         mostBound);
+    };
+    add("idle", works.idle, rounds1Ms + idleAim);
+    add("waiting for acknowledged data", works.waiting, rounds1Ms + waitingAim);
+    add("12 values 10 times a second", works.streaming, 0);
 }
 
 }  // namespace
 
 void measureIdle(int rounds, Report& report) {
-    Work floor, tcpIdle, tcpWaiting, windowIdle, windowWaiting;
+    Work floor;
+    Works tcp, window;
     for (int round = 0; round < rounds; ++round) {
         {
             const RoundsFloor running;
             floor.add(rest);
         }
-        measureOver(Transport::tcp, tcpIdle, tcpWaiting);
-        measureOver(Transport::window, windowIdle, windowWaiting);
+        measureOver(Transport::tcp, tcp);
+        measureOver(Transport::window, window);
     }
-    const char* const unit = "% of a core, with Wine's server";
     const double rounds1Ms = floor.share();
     report.addAmount("floor: two threads that look around every ms", unit, rounds1Ms);
-    report.addAmount("idle, TCP", unit, tcpIdle.share(), rounds1Ms + idleAim);
-    report.addAmount("idle, window", unit, windowIdle.share(), rounds1Ms + idleAim);
-    report.addAmount("waiting for acknowledged data, TCP", unit, tcpWaiting.share(),
-                     rounds1Ms + waitingAim);
-    report.addAmount("waiting for acknowledged data, window", unit, windowWaiting.share(),
-                     rounds1Ms + waitingAim);
+    reportOver(Transport::tcp, tcp, rounds1Ms, report);
+    reportOver(Transport::window, window, rounds1Ms, report);
 }

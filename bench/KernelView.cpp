@@ -51,9 +51,17 @@ double KernelView::workS() const {
 }
 
 double KernelView::memoryKb() const {
+    return statusOf("RssAnon:");
+}
+
+int KernelView::threads() const {
+    return static_cast<int>(statusOf("Threads:"));
+}
+
+double KernelView::statusOf(const std::string& key) const {
     std::istringstream lines(textOf(folder_ + "status"));
     for (std::string line; std::getline(lines, line);)
-        if (line.rfind("RssAnon:", 0) == 0) return std::stod(line.substr(8));
+        if (line.rfind(key, 0) == 0) return std::stod(line.substr(key.size()));
     return 0;
 }
 

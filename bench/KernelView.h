@@ -14,8 +14,11 @@ public:
     double workS() const;
     /// What it has of the machine's memory that nobody shares, in KiB.
     double memoryKb() const;
+    int threads() const;
 
 private:
+    double statusOf(const std::string& key) const;
+
     explicit KernelView(std::string folder) : folder_(std::move(folder)) {}
 
     std::string folder_;

@@ -6,10 +6,20 @@ enum class Transport { tcp, window };
 /// How QOR answers with data: by the answer, or by a command of its own behind an acknowledgement.
 enum class Answers { stamped, separate };
 
-/// Writes the settings of a simulated QOR that nobody else talks to, over that transport, and gives
-/// the path of the file. `who` tells those of one run apart.
+/// "TCP" or "window", as the figures are named.
+const char* nameOf(Transport transport);
+
+/// Where a facade and a QOR meet that nobody else talks to.
+struct Meeting {
+    Transport transport;
+    unsigned int port;
+    std::string serverTitle, clientTitle;
+    std::string settingsPath;  ///< of the file that tells the facade
+};
+
+/// Writes the settings for a QOR that somebody else starts. `who` tells those of one run apart.
+Meeting meetPeer(Transport transport, const std::string& who);
+
+/// Writes the settings of a simulated QOR over that transport, and gives the path of the file.
 std::string writeSettings(Transport transport, const std::string& who,
                           Answers answers = Answers::stamped);
-
-/// The same for a peer of the benchmark's own that listens at the port.
-std::string writeSettings(unsigned int port, const std::string& who);

@@ -3,28 +3,14 @@
 #include <windows.h>
 
 #include <cstring>
-#include <stdexcept>
 
 #include "BlockingSocket.h"
-#include "common/Deadline.h"
-#include "Settings.h"
+#include "Require.h"
 #include "SizePeer.h"
 
 namespace {
 
 constexpr unsigned int timeoutMs = 10000;
-constexpr unsigned int readyMs = 15000;
-
-void require(bool succeeded, const char* what) {
-    if (!succeeded) throw std::runtime_error(std::string(what) + " failed");
-}
-
-/// Tries again and again for a while.
-template <class Condition>
-void await(Condition holds, const char* what) {
-    const auto deadline = common::Deadline::after(common::now(), readyMs);
-    while (!holds()) require(!deadline.hasPassed(), what);
-}
 
 }  // namespace
 
@@ -54,10 +40,9 @@ void SizeFloor::write() {
 }
 
 SizeBench::SizeBench()
-    : port_(freePort()),
-      settingsPath_(writeSettings(port_, "size")),
-      peer_("qor-bench.exe", "--size-peer " + std::to_string(port_)),
-      facade_(std::make_unique<QorControlFacade>(settingsPath_, nullptr, 0,
+    : meeting_(meetPeer(Transport::tcp, "size")),
+      peer_("qor-bench.exe", "--size-peer " + std::to_string(meeting_.port)),
+      facade_(std::make_unique<QorControlFacade>(meeting_.settingsPath, nullptr, 0,
                                                  programFolder() + "qor-bench.exe")) {
     await([&] { return facade_->pingQor(timeoutMs); }, "the first ping");
     QorControlFacade::EcuConnect settings = {};
@@ -73,7 +58,7 @@ SizeBench::SizeBench()
 
 SizeBench::~SizeBench() {
     facade_.reset();
-    DeleteFileA(settingsPath_.c_str());
+    DeleteFileA(meeting_.settingsPath.c_str());
 }
 
 void SizeBench::read(int number) {

@@ -8,6 +8,7 @@
 
 #include "facade/QorControlFacade.h"
 #include "Process.h"
+#include "Settings.h"
 
 /// The raw thing: so many bytes through a blocking TCP connection, copied once on either side.
 class SizeFloor {
@@ -42,8 +43,7 @@ public:
     void letGo();
 
 private:
-    const unsigned int port_;
-    const std::string settingsPath_;
+    const Meeting meeting_;
     Process peer_;
     std::unique_ptr<QorControlFacade> facade_;
     std::vector<double> values_;

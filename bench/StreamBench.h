@@ -5,10 +5,10 @@
 #include <string>
 #include <vector>
 
+#include "BarePeer.h"
 #include "facade/QorControlFacade.h"
-#include "Process.h"
+#include "PeerBench.h"
 #include "Samples.h"
-#include "StreamPeer.h"
 #include "Taker.h"
 
 /// What the host's queue gave while values flowed.
@@ -20,7 +20,7 @@ struct Popped {
     Samples anyAgeUs;  ///< of all
 };
 
-/// A facade that streams twelve values over TCP from a bare peer, and the host that takes them.
+/// A facade that streams twelve values from a bare peer, and the host that takes them.
 class StreamBench {
 public:
     /// What the peer pushes: so many values at a time, every so often; or as many as are
@@ -32,8 +32,7 @@ public:
     };
     static constexpr Push atRest{0, 0, 0};
 
-    StreamBench();
-    ~StreamBench();
+    explicit StreamBench(Transport transport);
     StreamBench(const StreamBench&) = delete;
     StreamBench& operator=(const StreamBench&) = delete;
 
@@ -60,12 +59,8 @@ private:
     Count acknowledged();
     void take(Popped& popped);
 
-    const unsigned int port_;
-    const std::string settingsPath_;
-    Process peer_;
-    ThreadSafeQueue<std::vector<QorControlFacade::ParamValue>> queue_{10};
-    std::array<double, streampeer::streamed> latest_{};
-    std::unique_ptr<QorControlFacade> facade_;
-    std::vector<double> values_;
+    ThreadSafeQueue<std::vector<QorControlFacade::ParamValue>> queue_{10};  // outlives the facade
+    std::array<double, barepeer::streamed> latest_{};
+    PeerBench peer_;
     int nextRead_ = 0;
 };

@@ -19,11 +19,11 @@ constexpr int objectsPerValue = 2;
 constexpr double rateAim = 0.8;
 /// A request while values flow may take twice as long as without.
 constexpr double requestAim = 2.0;
-constexpr int wideWindow = streampeer::streamed;
+constexpr int wideWindow = barepeer::streamed;
 
 constexpr StreamBench::Push oneAtATime{1, 0, 0};
 constexpr StreamBench::Push manyAtATime{wideWindow, 0, 0};
-constexpr StreamBench::Push allEvery100Ms{0, streampeer::streamed, 100000};
+constexpr StreamBench::Push allEvery100Ms{0, barepeer::streamed, 100000};
 constexpr StreamBench::Push oneEveryMs{0, 1, 1000};
 
 /// Values that are pushed without a pause.
@@ -111,7 +111,7 @@ void measureStreams(int rounds, int perRound, Report& report) {
     Streams all;
     AckFloor narrow(1);
     AckFloor wide(wideWindow);
-    StreamBench stream;
+    StreamBench stream(Transport::tcp);
     for (int round = 0; round < rounds; ++round) {
         fmt::print("\rstreams, round {} of {}", round + 1, rounds);
         std::fflush(stdout);

@@ -3,6 +3,7 @@
 benchUsage() {
     cat >&2 <<'TEXT'
 usage: ./run bench [--against FILE] [--json FILE] [--only SECTION|peer] [--rounds N] [--per-round N]
+                   [--requests N]
        ./run bench --profile [--rounds N] [--per-round N]    (where the time of a request goes)
        ./run bench --compare OLD NEW    (no run)
        ./run bench --history FILE...    (no run)
@@ -58,11 +59,12 @@ measureOurs() {
 parseBench() {
     while [ $# -gt 0 ]; do
         case $1 in
-            --against | --json | --only | --rounds | --per-round) [ $# -ge 2 ] || benchUsage ;;&
+            --against | --json | --only | --rounds | --per-round | --requests) [ $# -ge 2 ] || benchUsage ;;&
             --against) against=$2 ;;
             --json) json=$2 ;;
             --only) only=$2 ;;
             --rounds | --per-round) both+=("$1" "$2") ;;
+            --requests) ours+=("$1" "$2") ;;
             -h | --help) benchUsage ;;
             *)
                 echo "run: the benchmarks have no option '$1'" >&2
@@ -91,12 +93,12 @@ measureAll() {
         benchTool join "$json" "${peer[@]}"
         return
     fi
-    measureOurs ${only:+--only "$only"} "${both[@]}"
+    measureOurs ${only:+--only "$only"} "${both[@]}" "${ours[@]}"
     benchTool join "$json" "$runTemp/ours.json" "${peer[@]}"
 }
 
 runBench() {
-    local against="" json="$build/bench.json" only="" both=() old=()
+    local against="" json="$build/bench.json" only="" both=() ours=() old=()
     case ${1:-} in
         --compare)
             [ $# = 3 ] || benchUsage
@@ -112,7 +114,7 @@ runBench() {
             ;;
         --profile)
             parseBench "${@:2}"
-            [ -z "$against$only" ] || benchUsage
+            [ -z "$against$only${ours[*]}" ] || benchUsage
             installPackages bench
             makeTemp
             lockCheckout

@@ -14,9 +14,10 @@ class Options(unittest.TestCase):
         return done.stderr.decode()
 
     def test_an_option_without_its_value_is_answered_with_the_usage(self):
-        for arguments in (["--against"], ["--json"], ["--only", "codec", "--rounds"], ["--compare", "old"],
+        for arguments in (["--against"], ["--json"], ["--only", "codec", "--rounds"], ["--requests"], ["--compare", "old"],
                           ["--compare", "old", "new", "third"], ["--history"], ["--help"],
-                          ["--profile", "--only", "codec"], ["--profile", "--against", "old"]):
+                          ["--profile", "--only", "codec"], ["--profile", "--against", "old"],
+                          ["--profile", "--requests", "7"]):
             with self.subTest(arguments=arguments):
                 self.assertRegex(self.refused(*arguments), r"^usage: \./run bench ")
 

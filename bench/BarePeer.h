@@ -2,16 +2,19 @@
 
 #include <string>
 
-/// The other side of the streams: a bare QOR that answers what a stream needs and pushes values,
-/// as the host tells it by writing a parameter. A pushed value is the time at which it was sent,
-/// in microseconds of the system's counter, which all processes share.
-namespace streampeer {
+/// The other side of most figures: a bare QOR, which answers what it is asked with next to no work
+/// and pushes values, as the host tells it by writing a parameter. A pushed value is the time at
+/// which it was sent, in microseconds of the system's counter, which all processes share.
+namespace barepeer {
 
 /// The streamed parameters, "V0" and so on.
 constexpr int streamed = 12;
 /// Parameters that are only read, "R0" and so on: so many that none is read twice within the time
 /// for which the library would answer from its cache.
 constexpr int readOnly = 200;
+/// The parameter of three arrays, and how many values each has.
+constexpr const char* arrays = "Arrays";
+constexpr int perArray = 1000;
 
 inline std::string streamedName(int number) {
     return "V" + std::to_string(number);
@@ -34,4 +37,7 @@ constexpr int acknowledgementBytes = 16;
 /// start, without waiting to be told. Returns the exit code of the process.
 int run(unsigned int port, int window);
 
-}  // namespace streampeer
+/// The same over window messages, until the host's window has gone.
+int runWindow(const std::string& ownTitle, const std::string& hostTitle);
+
+}  // namespace barepeer
