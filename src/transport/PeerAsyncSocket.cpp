@@ -90,11 +90,6 @@ void PeerAsyncSocket::OnReceive(int errorCode) {
     CAsyncSocket::OnReceive(errorCode);
 }
 
-void PeerAsyncSocket::expect(std::size_t bytes) {
-    expectedBytes_ = bytes;
-    if (bytes == 0) std::string().swap(expectedChunk_);
-}
-
 void PeerAsyncSocket::receiveChunks() {
     std::string chunk(chunkBytes, '\0');
     bool isMoreThere = receiveInto(chunk);
@@ -102,6 +97,7 @@ void PeerAsyncSocket::receiveChunks() {
         expectedChunk_.resize(std::min(expectedBytes_, maxExpectedChunkBytes));
         isMoreThere = receiveInto(expectedChunk_);
     }
+    if (expectedBytes_ == 0) std::string().swap(expectedChunk_);
 }
 
 /// True if it was filled, which leaves it open whether there is more.

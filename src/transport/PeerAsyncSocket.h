@@ -40,7 +40,7 @@ public:
 
     /// So many bytes of a record are still to come; 0: nobody knows. What a notification brings of
     /// them beyond its first chunk is taken at once, for each notification has its price.
-    void expect(std::size_t bytes);
+    void expect(std::size_t bytes) { expectedBytes_ = bytes; }
 
     bool isOpen() const { return m_hSocket != INVALID_SOCKET; }
     bool isOwnedByCaller() const;
