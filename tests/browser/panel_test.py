@@ -162,7 +162,7 @@ class Parameters(SharedServer):
     def test_a_page_that_another_client_chooses_is_marked_too(self):
         for page in ("ReferencePage", "WorkingPage"):
             self.served.call("setEcuSegment", segment=page)
-            self.panel.wait(f"document.querySelector('#pages [data-page={page}]').ariaChecked === 'true'")
+            self.panel.wait(f"document.querySelector('#pages [data-page={page}]')?.ariaChecked === 'true'")
 
 
 class Watching(SharedServer):
