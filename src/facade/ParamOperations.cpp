@@ -49,7 +49,7 @@ bool QorControlFacade::getParamData(const std::string& name, std::vector<double>
         values = answer->values.all();
         second = answer->second.all();
         third = answer->third.all();
-        const std::string shown = text::ofValues(values);
+        const std::string shown = text::ofValues(answer->values.all());
         shared.values.store(
             name, {std::move(answer->values), std::move(answer->second), std::move(answer->third),
                    answer->stamp, call.mayBelongToEarlier()});

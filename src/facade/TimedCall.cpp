@@ -37,7 +37,8 @@ void TimedCallBase::post(channel::Kind kind, std::shared_ptr<channel::CmdData> r
 
 bool TimedCallBase::takeBack() {
     const bool isBegun = queue_->present() != qorcontrol::Cause::none;
-    if (isBegun || !queue_->isEmpty()) return true;
+    isLastLook_ = isBegun || !queue_->isEmpty();
+    if (isLastLook_) return true;
     queue_->giveUp();
     queue_ = nullptr;
     return false;
@@ -45,7 +46,7 @@ bool TimedCallBase::takeBack() {
 
 bool TimedCallBase::await(std::uint32_t waitMs) {
     waits_ = waitMs != 0;
-    answered_ = popWithin(waitMs);
+    answered_ = popWithin(isLastLook_ ? 0 : waitMs);
     if (answered_) return noteAnswer(response_);
     return waits_ ? failWithoutAnswer(*queue_) : failWithoutWaiting();
 }

@@ -53,6 +53,7 @@ private:
     const char* const name_;
     std::shared_ptr<channel::AnswerQueue> queue_;
     bool waits_ = true;
+    bool isLastLook_ = false;  // the agent has ended: what is not there will not come
     bool answered_ = false;
     channel::CmdResponse response_;
 };

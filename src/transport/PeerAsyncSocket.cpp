@@ -84,8 +84,9 @@ void PeerAsyncSocket::OnReceive(int errorCode) {
         receiveChunks();
     } catch (const std::bad_alloc&) {
         // It must not pass through the system's code that called us. A chunk is lost, and with it
-        // the place in the stream: a broken connection.
+        // the place in the stream: a broken connection, of which nothing more may be taken.
         connection_.onError(WSAENOBUFS);
+        Close();
     }
     CAsyncSocket::OnReceive(errorCode);
 }
@@ -93,9 +94,11 @@ void PeerAsyncSocket::OnReceive(int errorCode) {
 void PeerAsyncSocket::receiveChunks() {
     std::string chunk(chunkBytes, '\0');
     bool isMoreThere = receiveInto(chunk);
+    std::size_t roomBytes = maxExpectedChunkBytes / 4;
     while (isMoreThere && expectedBytes_ > 0) {
-        expectedChunk_.resize(std::min(expectedBytes_, maxExpectedChunkBytes));
+        expectedChunk_.resize(std::min(expectedBytes_, roomBytes));
         isMoreThere = receiveInto(expectedChunk_);
+        roomBytes = std::min(2 * roomBytes, maxExpectedChunkBytes);
     }
     if (expectedBytes_ == 0) std::string().swap(expectedChunk_);
 }

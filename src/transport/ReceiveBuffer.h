@@ -13,8 +13,12 @@ public:
     /// the longest record even. Beyond this it is taken for one gone mad.
     static constexpr std::size_t maxBytes = protocol::maxRecordBytes + (32u << 20);
 
+    /// Behind so many bytes of whole records no record is hurried: these are to be handled first.
+    static constexpr std::size_t maxWaitingBytes = 1u << 20;
+
     /// Past the bound the bytes are dropped, and the stream has overrun. Returns how many bytes are
-    /// still to come of the record that the last of these belong to; 0: that is not known.
+    /// still to come, and worth being taken at once, of the record that the last of these belong
+    /// to; 0: that is not known.
     std::size_t append(const std::string& bytes) {
         const common::LockGuard guard(lock_);
         overrun_ = overrun_ || bytes_.size() + bytes.size() > maxBytes;
@@ -22,7 +26,8 @@ public:
         makeRoomFor(bytes_.size() + bytes.size());
         bytes_ += bytes;
         findEnd();
-        return end_ - std::min(end_, bytes_.size());
+        const bool isTimeToParse = begin_ > maxWaitingBytes;
+        return isTimeToParse ? 0 : end_ - std::min(end_, bytes_.size());
     }
 
     /// Leaves the buffer empty. Until something is put back, be it nothing, it is not known where
@@ -72,8 +77,8 @@ private:
         if (size <= present) return;
         const bool isInside = size <= end_;
         std::string roomier;
-        roomier.reserve(
-            std::min(std::max(size, (isInside ? 8 : 2) * present), isInside ? end_ : maxBytes));
+        roomier.reserve(std::min(std::max(size, (isInside ? 8 : 2) * present),
+                                 std::min(isInside ? end_ : maxBytes, maxBytes)));
         roomier += bytes_;
         bytes_.swap(roomier);
     }

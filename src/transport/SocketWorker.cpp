@@ -38,7 +38,7 @@ void SocketWorker::runOnce() {
         work();
     } catch (const std::bad_alloc&) {
         acknowledgements_.clear();
-        connection_.abandon();
+        abandon();
     }
 }
 
@@ -51,6 +51,11 @@ void SocketWorker::work() {
     factory_.isConnected_ = connection_.isConnected();
     sendNextCommand();
     pumpSocketNotifications(&factory_.outgoing_.pushed());
+}
+
+void SocketWorker::abandon() {
+    factory_.received_.clear();
+    connection_.abandon();
 }
 
 void SocketWorker::noteConnection() {
@@ -89,8 +94,7 @@ void SocketWorker::sendAcknowledgements() {
 
 void SocketWorker::handleReceived() {
     if (factory_.received_.hasOverrun()) {
-        factory_.received_.clear();
-        connection_.abandon();
+        abandon();
         return;
     }
     std::string bytes = factory_.received_.takeAll();
@@ -110,7 +114,7 @@ std::size_t SocketWorker::handleRecords(const std::string& bytes) {
         if (framed.state == protocol::StreamState::incomplete) return position;
         if (framed.state == protocol::StreamState::hopeless) {
             sendAcknowledgements();
-            connection_.abandon();
+            abandon();
             return bytes.size();
         }
         // A long record takes many passes to arrive and stands first in its last one: only short

@@ -27,6 +27,8 @@ public:
 
 private:
     void work();
+    /// Gives the connection up, and what has come over it.
+    void abandon();
     /// Makes known whether there is a connection.
     void noteConnection();
     void handleReceived();

@@ -234,6 +234,7 @@ TEST_F(Connection, RunningOutOfMemoryWhileReceivingIsAnErrorOfTheConnection) {
 
     ASSERT_TRUE(pumpUntil([&] { return !connection.errors.empty(); }));
     EXPECT_EQ(WSAENOBUFS, connection.errors.front());
+    EXPECT_FALSE(connection.isOpen()) << "what comes next would close the gap";
 }
 
 }  // namespace

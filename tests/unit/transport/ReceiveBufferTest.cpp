@@ -91,6 +91,26 @@ TEST(ReceiveBuffer, WhereRecordsBeginIsNotKnownUntilSomethingIsPutBack) {
     EXPECT_EQ(500u, buffer.append(record(500).substr(0, 12)));
 }
 
+TEST(ReceiveBuffer, BehindManyWholeRecordsThatWaitNoneIsHurried) {
+    ReceiveBuffer buffer;
+    const std::string begun = record(500).substr(0, 12);
+    buffer.append(record(1u << 20));
+    EXPECT_EQ(0u, buffer.append(begun));
+    buffer.takeAll();
+    buffer.putBack(std::string(begun));
+    EXPECT_EQ(499u, buffer.append("p"));
+}
+
+TEST(ReceiveBuffer, ARecordThatEndsBeyondTheBoundGetsNoRoomBeyondIt) {
+    ReceiveBuffer buffer;
+    buffer.append(record(40u << 20));
+    std::string head;
+    wire::Writer(head).put(protocol::RecordHead{7, 0, (128u << 20) - 12});
+    buffer.append(head);
+    buffer.append(std::string(60u << 20, 'p'));
+    EXPECT_LE(buffer.takeAll().capacity(), ReceiveBuffer::maxBytes);
+}
+
 TEST(ReceiveBuffer, ALengthThatNoRecordHasPromisesNothing) {
     ReceiveBuffer buffer;
     EXPECT_EQ(0u, buffer.append(record(20) + std::string(12, '\xFF')));
