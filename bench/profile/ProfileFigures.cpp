@@ -14,6 +14,7 @@
 #include "profile/RequestPath.h"
 #include "protocol/RequestId.h"
 #include "Samples.h"
+#include "StreamBench.h"
 
 namespace {
 
@@ -149,6 +150,17 @@ void profileOf(Transport transport, Profiles& profiles, int count) {
     }
 }
 
+/// Over TCP, beside a stream, whose values make calls of their own.
+void profileBeside(Profile& profile, int count) {
+    constexpr StreamBench::Push oneEveryMs{0, 1, 1000};
+    StreamBench stream(Transport::tcp);
+    profile::Recorder recorder;
+    stream.startStream();
+    stream.setPush(oneEveryMs);
+    const auto taker = stream.taker();
+    for (int i = 0; i < count; ++i) profileOne(recorder, profile, [&] { stream.read(); });
+}
+
 }  // namespace
 
 int printProfile(int rounds, int perRound) {
@@ -158,10 +170,13 @@ int printProfile(int rounds, int perRound) {
     Profiles tcp, window;
     profileOf(Transport::tcp, tcp, rounds * perRound);
     profileOf(Transport::window, window, rounds * perRound);
+    Profile beside;
+    profileBeside(beside, rounds * perRound);
     tcp.ping.print("pingQor, TCP");
     tcp.read.print("getParamData, one value, TCP");
     window.ping.print("pingQor, window");
     window.read.print("getParamData, one value, window");
+    beside.print("getParamData beside 1 value per ms, TCP");
     fmt::print("\nprofile made of {} requests of each kind\n", rounds * perRound);
     return 0;
 }
