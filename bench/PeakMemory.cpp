@@ -1,20 +1,11 @@
 #include "PeakMemory.h"
 
-#include <windows.h>
-
-#include <psapi.h>  // behind what it needs
-
-std::size_t privateBytes() {
-    PROCESS_MEMORY_COUNTERS_EX counters = {};
-    K32GetProcessMemoryInfo(GetCurrentProcess(),
-                            reinterpret_cast<PROCESS_MEMORY_COUNTERS*>(&counters), sizeof counters);
-    return counters.PagefileUsage;
-}
+#include "support/TcpProcessFigures.h"
 
 PeakMemory::PeakMemory()
-    : before_(privateBytes()), most_(before_), thread_([this] {
+    : before_(tcp::memoryBytes()), most_(before_), thread_([this] {
           while (!stop_) {
-              const std::size_t now = privateBytes();
+              const std::size_t now = tcp::memoryBytes();
               if (now > most_) most_ = now;
               Sleep(0);
           }

@@ -1,12 +1,11 @@
 #pragma once
 
 #include <atomic>
+#include <cstddef>
 #include <thread>
 
-/// Bytes that this process has for itself alone.
-std::size_t privateBytes();
-
-/// The most of them, looked at without pause, since the object was made.
+/// The most memory that this process has had for itself since the object was made, looked at
+/// without pause, in bytes.
 class PeakMemory {
 public:
     PeakMemory();

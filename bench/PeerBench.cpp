@@ -8,16 +8,17 @@ namespace {
 
 constexpr unsigned int timeoutMs = 2000;
 
-std::string argumentsOf(const Meeting& meeting) {
-    if (meeting.transport == Transport::tcp) return "--bare-peer " + std::to_string(meeting.port);
+std::string argumentsOf(const Meeting& meeting, const std::string& tcpPeer) {
+    if (meeting.transport == Transport::tcp) return tcpPeer + " " + std::to_string(meeting.port);
     return "--window-peer \"" + meeting.serverTitle + "\" \"" + meeting.clientTitle + "\"";
 }
 
 }  // namespace
 
-PeerBench::PeerBench(Transport transport, unsigned int refreshMs, const std::string& who)
+PeerBench::PeerBench(Transport transport, unsigned int refreshMs, const std::string& who,
+                     const char* tcpPeer)
     : meeting_(meetPeer(transport, who)),
-      peer_("qor-bench.exe", argumentsOf(meeting_)),
+      peer_("qor-bench.exe", argumentsOf(meeting_, tcpPeer)),
       facade_(std::make_unique<QorControlFacade>(meeting_.settingsPath, nullptr, refreshMs,
                                                  programFolder() + "qor-bench.exe")) {
     await([&] { return facade_->pingQor(timeoutMs); }, "the first ping");

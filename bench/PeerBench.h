@@ -13,8 +13,9 @@
 class PeerBench {
 public:
     /// Without a refresh period each read is QOR's to answer; no cache is in its way. `who` tells
-    /// those of one run apart.
-    PeerBench(Transport transport, unsigned int refreshMs, const std::string& who);
+    /// those of one run apart. `tcpPeer` is the option of another peer over TCP, with its port.
+    PeerBench(Transport transport, unsigned int refreshMs, const std::string& who,
+              const char* tcpPeer = "--bare-peer");
     ~PeerBench();
     PeerBench(const PeerBench&) = delete;
     PeerBench& operator=(const PeerBench&) = delete;

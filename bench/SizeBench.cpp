@@ -1,7 +1,5 @@
 #include "SizeBench.h"
 
-#include <windows.h>
-
 #include <cstring>
 
 #include "BlockingSocket.h"
@@ -39,36 +37,23 @@ void SizeFloor::write() {
     require(receiveWhole(socket_, &taken, 1), "the raw peer's receive");
 }
 
-SizeBench::SizeBench()
-    : meeting_(meetPeer(Transport::tcp, "size")),
-      peer_("qor-bench.exe", "--size-peer " + std::to_string(meeting_.port)),
-      facade_(std::make_unique<QorControlFacade>(meeting_.settingsPath, nullptr, 0,
-                                                 programFolder() + "qor-bench.exe")) {
-    await([&] { return facade_->pingQor(timeoutMs); }, "the first ping");
-    QorControlFacade::EcuConnect settings = {};
-    settings.protocol = 1;
-    require(facade_->connect(settings, QorControlFacade::EcuConnect::Default, nullptr), "connect");
-    await([&] { return facade_->isEcuOnline(); }, "the connect");
+SizeBench::SizeBench() : peer_(Transport::tcp, 0, "size", "--size-peer") {
     for (int number = 0; number < sizepeer::parameters; ++number) {
         wex::ParamDescription description;
-        require(facade_->getParamDescription(sizepeer::parameter(number), description),
+        require(peer_.facade().getParamDescription(sizepeer::parameter(number), description),
                 "a description");
     }
 }
 
-SizeBench::~SizeBench() {
-    facade_.reset();
-    DeleteFileA(meeting_.settingsPath.c_str());
-}
-
 void SizeBench::read(int number) {
-    require(facade_->getParamData(sizepeer::parameter(number), values_, timeoutMs), "getParamData");
+    require(peer_.facade().getParamData(sizepeer::parameter(number), values_, timeoutMs),
+            "getParamData");
     require(values_.size() == sizepeer::doubles, "a whole getParamData");
 }
 
 void SizeBench::write() {
     values_.resize(sizepeer::doubles);
-    require(facade_->setParamData(sizepeer::parameter(0), values_, {}, {}, timeoutMs),
+    require(peer_.facade().setParamData(sizepeer::parameter(0), values_, {}, {}, timeoutMs),
             "setParamData");
 }
 

@@ -2,13 +2,9 @@
 
 #include <winsock2.h>
 
-#include <memory>
-#include <string>
 #include <vector>
 
-#include "facade/QorControlFacade.h"
-#include "Process.h"
-#include "Settings.h"
+#include "PeerBench.h"
 
 /// The raw thing: so many bytes through a blocking TCP connection, copied once on either side.
 class SizeFloor {
@@ -33,18 +29,13 @@ private:
 class SizeBench {
 public:
     SizeBench();
-    ~SizeBench();
-    SizeBench(const SizeBench&) = delete;
-    SizeBench& operator=(const SizeBench&) = delete;
 
     void read(int number = 0);
     void write();
-    /// The host's own copy of the values, in bytes; none is held any more.
+    /// The host keeps no array of its own any more.
     void letGo();
 
 private:
-    const Meeting meeting_;
-    Process peer_;
-    std::unique_ptr<QorControlFacade> facade_;
+    PeerBench peer_;
     std::vector<double> values_;
 };

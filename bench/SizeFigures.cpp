@@ -5,6 +5,7 @@
 #include "PeakMemory.h"
 #include "SizeBench.h"
 #include "SizePeer.h"
+#include "support/TcpProcessFigures.h"
 
 namespace {
 
@@ -26,11 +27,11 @@ void measureSize(int rounds, Report& report) {
     Samples rawRead, rawWrite, fresh, read, write;
     SizeFloor floor;
     SizeBench facade;
-    const auto before = static_cast<double>(privateBytes());
+    const auto before = static_cast<double>(tcp::memoryBytes());
     const double readMemory = timesData([&] { facade.read(); });
     for (int number = 0; number < sizepeer::parameters; ++number) facade.read(number);
     facade.letGo();
-    const double kept = static_cast<double>(privateBytes()) - before;
+    const double kept = static_cast<double>(tcp::memoryBytes()) - before;
     facade.write();  // the host has its own array
     const double writeMemory = timesData([&] { facade.write(); });
     for (int round = 0; round < rounds; ++round) {

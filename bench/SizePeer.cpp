@@ -6,6 +6,7 @@
 
 #include "Accept.h"
 #include "BlockingSocket.h"
+#include "PeerConversation.h"
 #include "wire/Payloads.h"
 #include "wire/Record.h"
 
@@ -14,10 +15,7 @@ namespace sizepeer {
 namespace {
 
 using simulator::CommandId;
-using simulator::ConnectPayload;
 using simulator::DirectCtrlPayload;
-using simulator::ParamDataPayload;
-using simulator::ParamInfoPayload;
 using simulator::PingPayload;
 using simulator::Record;
 
@@ -33,13 +31,23 @@ std::vector<char> someValues() {
     return kept;
 }
 
-class Peer {
+/// What is short it says like any bare QOR; arrays it moves by itself.
+class Peer final : public barepeer::Way {
 public:
     explicit Peer(SOCKET socket) : socket_(socket), kept_(someValues()) {}
 
     void run() {
         while (receiveHead() && handle()) {
         }
+    }
+
+    bool send(const Record& record) override {
+        const std::string encoded = record.bytes();
+        isConnected_ = sendWhole(socket_, encoded.data(), encoded.size());
+        return false;
+    }
+    void acknowledge(const Record& request) override {
+        send({CommandId::Ping, true, request.requestId, PingPayload{PingPayload::Handled}.write()});
     }
 
 private:
@@ -56,22 +64,9 @@ private:
     }
 
     bool handle() {
-        if (isReply_) return true;
         if (id_ == CommandId::DirectCtrl) return control();
-        if (id_ == CommandId::GetParamInfo) return describe();
-        if (!acknowledge()) return false;
-        const bool isQuery = id_ == CommandId::KwpConnect &&
-                             ConnectPayload::read(payload_).mode == ConnectPayload::Query;
-        return !isQuery || send({CommandId::ReceiveParamData, false, 0,
-                                 ParamDataPayload{ParamDataPayload::Online, 1.0}.write()});
-    }
-
-    bool describe() {
-        ParamInfoPayload info = ParamInfoPayload::read(payload_);
-        for (int number = 0; number < parameters; ++number)
-            if (info.name == parameter(number)) info.index = number;
-        info.threeArrays = false;
-        return send({id_, true, requestId_, info.write()});
+        conversation_.handle({id_, isReply_, requestId_, payload_});
+        return isConnected_;
     }
 
     /// The one copy: of what was written, or into the answer.
@@ -83,7 +78,8 @@ private:
         if (operation != DirectCtrlPayload::Read) {
             if (payload_.size() < valuesAt + bytes) return false;
             std::memcpy(kept_.data(), payload_.data() + valuesAt, bytes);
-            return acknowledge();
+            acknowledge({id_, false, requestId_, {}});
+            return isConnected_;
         }
         const std::uint32_t words[] = {0x10000u | static_cast<std::uint32_t>(id_),
                                        requestId_,
@@ -97,15 +93,9 @@ private:
         return sendWhole(socket_, answer_.data(), answer_.size());
     }
 
-    bool acknowledge() {
-        return send({CommandId::Ping, true, requestId_, PingPayload{PingPayload::Handled}.write()});
-    }
-    bool send(const Record& record) {
-        const std::string encoded = record.bytes();
-        return sendWhole(socket_, encoded.data(), encoded.size());
-    }
-
     const SOCKET socket_;
+    barepeer::Conversation conversation_{*this, 0};
+    bool isConnected_ = true;
     std::vector<char> kept_;
     std::vector<char> answer_;
     std::string payload_;

@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <string>
 
+#include "BarePeer.h"
+
 /// The other side of the large arrays: a bare QOR with parameters of very many values, and a
 /// raw socket that moves the same bytes. Both copy what they move once.
 namespace sizepeer {
@@ -12,7 +14,7 @@ constexpr std::size_t bytes = doubles * 8;
 /// There are so many of them.
 constexpr int parameters = 13;
 inline std::string parameter(int number) {
-    return "Large" + std::to_string(number);
+    return barepeer::readOnlyName(number);
 }
 
 /// What the raw side is asked for, by one byte. What it has received it acknowledges with one.

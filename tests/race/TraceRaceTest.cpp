@@ -1,12 +1,8 @@
 #include <gtest/gtest.h>
 
-#include <cstdio>
-#include <filesystem>
-#include <fstream>
-#include <string>
-
 #include "Crowd.h"
 #include "trace/Trace.h"
+#include "TraceFiles.h"
 
 namespace {
 
@@ -14,30 +10,9 @@ using tracelog::libraryModule;
 
 constexpr int lines = 200;
 
-/// A trace file and its settings, gone with this object.
-class TraceRace : public ::testing::Test {
-protected:
-    TraceRace() { std::ofstream(base + ".cfg") << "tid\ndt\ntc\nhpc\ntfr=1\n"; }
-    ~TraceRace() override {
-        tracelog::openTraceFile("/no such folder/x.log", "w");
-        std::filesystem::remove(base + ".cfg");
-        std::filesystem::remove(base + ".log");
-    }
-
-    int linesWith(const std::string& text) const {
-        std::ifstream file(base + ".log");
-        int count = 0;
-        for (std::string line; std::getline(file, line);)
-            if (line.find(text) != std::string::npos) ++count;
-        return count;
-    }
-
-    const std::string base = ::testing::TempDir() + "trace-race-" + std::to_string(::getpid());
-};
-
-TEST_F(TraceRace, FourThreadsWriteAndOpenScopesWhileTheSettingsAreReadAgain) {
-    tracelog::loadSettings((base + ".cfg").c_str());
-    tracelog::openTraceFile((base + ".log").c_str(), "w");
+TEST(TraceRace, FourThreadsWriteAndOpenScopesWhileTheSettingsAreReadAgain) {
+    const TraceFiles files("trace-race", "tid\ndt\ntc\nhpc\ntfr=1\n");
+    files.open();
     {
         Crowd crowd;
         crowd.add(4, [](int thread) {
@@ -46,14 +21,11 @@ TEST_F(TraceRace, FourThreadsWriteAndOpenScopesWhileTheSettingsAreReadAgain) {
                 tracelog::trace(libraryModule, tracelog::warning, 0, "line %d of %d\n", i, thread);
             }
         });
-        for (int i = 0; i < 20; ++i) {
-            tracelog::loadSettings((base + ".cfg").c_str());
-            tracelog::openTraceFile((base + ".log").c_str(), "w");  // it is open: nothing happens
-        }
+        for (int i = 0; i < 20; ++i) files.open();
     }
-    EXPECT_EQ(linesWith("line "), 4 * lines);
-    EXPECT_EQ(linesWith("{ scope"), 4 * lines);
-    EXPECT_EQ(linesWith("} scope"), 4 * lines);
+    EXPECT_EQ(files.linesWith("line "), 4 * lines);
+    EXPECT_EQ(files.linesWith("{ scope"), 4 * lines);
+    EXPECT_EQ(files.linesWith("} scope"), 4 * lines);
 }
 
 }  // namespace
